@@ -1,0 +1,49 @@
+# The pack. Everything between a handler and a kernel may be left by an exception that a processor
+# fault raises; kernels own nothing and are compiled on their own, without that switch (it turns
+# vectorization off) and once for each instruction set.
+file(GLOB pack_sources CONFIGURE_DEPENDS
+  pack/*.cpp structural/*.cpp linsys/*.cpp norms/*.cpp eigen/*.cpp svd/*.cpp)
+set(kernel_sources ${pack_sources})
+list(FILTER kernel_sources INCLUDE REGEX "_kernels\\.cpp$")
+list(FILTER pack_sources EXCLUDE REGEX "_kernels\\.cpp$")
+
+add_library(pack_objects OBJECT ${pack_sources})
+target_link_libraries(pack_objects PUBLIC matrix_options)
+target_compile_options(pack_objects PRIVATE -fnon-call-exceptions -fasynchronous-unwind-tables)
+set(pack_parts pack_objects)
+
+function(add_kernel_set name)
+  if(NOT kernel_sources)
+    return()
+  endif()
+  add_library(kernels_${name} OBJECT ${kernel_sources})
+  target_link_libraries(kernels_${name} PUBLIC matrix_options)
+  target_compile_definitions(kernels_${name} PRIVATE MATRIX_KERNEL_SET=${name})
+  target_compile_options(kernels_${name} PRIVATE
+    $<$<NOT:$<CONFIG:Debug>>:-O3> -fasynchronous-unwind-tables ${ARGN})
+  set(pack_parts ${pack_parts} kernels_${name} PARENT_SCOPE)
+endfunction()
+
+add_kernel_set(baseline)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64" AND CMAKE_SIZEOF_VOID_P EQUAL 8)
+  add_kernel_set(v3 -march=x86-64-v3)
+  add_kernel_set(v4 -march=x86-64-v4)
+endif()
+
+# For tests and benchmarks: all of the pack, with its internals in reach.
+add_library(matrix_internals INTERFACE)
+target_link_libraries(matrix_internals INTERFACE ${pack_parts} EfiUtils)
+foreach(part ${pack_parts})
+  target_sources(matrix_internals INTERFACE $<TARGET_OBJECTS:${part}>)
+endforeach()
+
+add_library(matrix SHARED)
+foreach(part ${pack_parts})
+  target_sources(matrix PRIVATE $<TARGET_OBJECTS:${part}>)
+endforeach()
+target_link_libraries(matrix PRIVATE matrix_options EfiUtils)
+target_link_options(matrix PRIVATE
+  -Wl,--version-script=${PROJECT_SOURCE_DIR}/pack/exports.map -Wl,-z,defs)
+set_target_properties(matrix PROPERTIES
+  LINK_DEPENDS ${PROJECT_SOURCE_DIR}/pack/exports.map
+  VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})

@@ -1,0 +1,109 @@
+// Rows whose function is not built yet.
+#include "eigen/eigen.hpp"
+#include "linsys/linsys.hpp"
+#include "norms/norms.hpp"
+#include "pack/exports.hpp"
+#include "pack/results.hpp"
+#include "structural/structural.hpp"
+#include "svd/svd.hpp"
+
+namespace matrix_pack {
+
+namespace {
+
+Anyval* not_available(EfiCallContext* context) {
+  return call_error(context, "not available in this build");
+}
+
+}  // namespace
+
+Anyval* submatrix(EfiCallContext* context, Anyval*, Anyval*, Anyval*, Anyval*, Anyval*, Anyval*) {
+  return not_available(context);
+}
+Anyval* matrix(EfiCallContext* context, Anyval*, Anyval*, Anyval*) {
+  return not_available(context);
+}
+Anyval* lu(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* lsolve(EfiCallContext* context, Anyval*, Anyval*) {
+  return not_available(context);
+}
+Anyval* cholesky(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* qr(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* rref(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* rank(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* geninv(EfiCallContext* context, Anyval*, Anyval*) {
+  return not_available(context);
+}
+Anyval* norm1(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* norm2(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* norme(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* normi(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* cond1(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* cond2(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* conde(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* condi(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* eigenvec(EfiCallContext* context, Anyval*, Anyval*) {
+  return not_available(context);
+}
+Anyval* genvals(EfiCallContext* context, Anyval*, Anyval*, Anyval*) {
+  return not_available(context);
+}
+Anyval* genvecs(EfiCallContext* context, Anyval*, Anyval*, Anyval*) {
+  return not_available(context);
+}
+Anyval* svd(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+Anyval* svds(EfiCallContext* context, Anyval*) {
+  return not_available(context);
+}
+
+}  // namespace matrix_pack
+
+Anyval* eigenvals(EfiCallContext* context, Anyval*, Anyval*) {
+  return matrix_pack::not_available(context);
+}
+Anyval* eigenvals(EfiCallContext* context, aMatrix*, double) {
+  return matrix_pack::not_available(context);
+}
+Anyval* eigenvecs(EfiCallContext* context, Anyval*) {
+  return matrix_pack::not_available(context);
+}
+Anyval* eigenvecs(EfiCallContext* context, aMatrix*) {
+  return matrix_pack::not_available(context);
+}
+Anyval* inv(EfiCallContext* context, Anyval*) {
+  return matrix_pack::not_available(context);
+}
+Anyval* inv(EfiCallContext* context, aMatrix*) {
+  return matrix_pack::not_available(context);
+}
+const char* cinv(EfiCallContext*, aMatrix*, aMatrix**, bool) {
+  return "not available in this build";
+}
