@@ -1,6 +1,7 @@
 # The pack. Everything between a handler and a kernel may be left by an exception that a processor
 # fault raises; kernels own nothing and are compiled on their own, without that switch (it turns
-# vectorization off) and once for each instruction set.
+# vectorization off) and once for each instruction set. No vector crosses a function call that is not
+# inlined, so the warning about how one would be passed does not apply.
 file(GLOB pack_sources CONFIGURE_DEPENDS
   pack/*.cpp structural/*.cpp linsys/*.cpp norms/*.cpp eigen/*.cpp svd/*.cpp)
 set(kernel_sources ${pack_sources})
@@ -20,7 +21,7 @@ function(add_kernel_set name)
   target_link_libraries(kernels_${name} PUBLIC matrix_options)
   target_compile_definitions(kernels_${name} PRIVATE MATRIX_KERNEL_SET=${name})
   target_compile_options(kernels_${name} PRIVATE
-    $<$<NOT:$<CONFIG:Debug>>:-O3> -fasynchronous-unwind-tables ${ARGN})
+    $<$<NOT:$<CONFIG:Debug>>:-O3> -fasynchronous-unwind-tables -Wno-psabi ${ARGN})
   set(pack_parts ${pack_parts} kernels_${name} PARENT_SCOPE)
 endfunction()
 
