@@ -31,6 +31,11 @@ inline aComplex* as_scalar(Anyval* v) {
   return static_cast<aComplex*>(v);
 }
 
+// The number that the host passes for a worksheet variable. What is not a scalar counts as 0.
+inline double context_value(Anyval* v) {
+  return is_scalar(v) ? as_scalar(v)->re : 0.0;
+}
+
 inline std::ptrdiff_t element_index(int ld, int i, int j) {
   return static_cast<std::ptrdiff_t>(j) * ld + i;
 }

@@ -1,5 +1,4 @@
-// The evaluator bracket: opened on construction with one root and one local word, closed on every
-// way out.
+// The evaluator bracket: opened on construction, closed on every way out.
 #pragma once
 
 #include "pack/host_interface.hpp"
@@ -10,14 +9,27 @@ struct EvaluatorFrame {
   // Opens the bracket around the value in *root.
   EvaluatorFrame(EfiCallContext* context, Anyval** root) : evaluator(context->evaluator) {
     evaluator->push_root(root);
-    evaluator->push_local(&local);
   }
   ~EvaluatorFrame() { evaluator->pop_frame(); }
   EvaluatorFrame(const EvaluatorFrame&) = delete;
   EvaluatorFrame& operator=(const EvaluatorFrame&) = delete;
 
+  // Adds a word that holds, or will hold, a value.
+  void add(Anyval** local) { evaluator->push_local(local); }
+
   EfiEvaluator* evaluator;
+};
+
+// The bracket as most functions use it: one argument, and one empty local word.
+struct ArgumentFrame {
+  ArgumentFrame(EfiCallContext* context, Anyval* value)
+      : argument(value), frame(context, &argument) {
+    frame.add(&local);
+  }
+
+  Anyval* argument;
   Anyval* local = nullptr;
+  EvaluatorFrame frame;
 };
 
 }  // namespace matrix_pack

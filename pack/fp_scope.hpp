@@ -1,4 +1,5 @@
-// A stretch of guarded floating-point arithmetic: entered on construction, left on destruction.
+// Stretches of floating-point arithmetic, entered on construction and left on destruction: FpKeeper
+// leaves the environment as it was found, FpScope also sets up guarded arithmetic.
 #pragma once
 
 #include "pack/faults.hpp"
@@ -7,6 +8,16 @@
 namespace matrix_pack {
 
 #if MATRIX_HAS_MXCSR
+
+// Puts the control word and the status flags back as they were.
+struct FpKeeper {
+  FpKeeper() : saved(_mm_getcsr()) {}
+  ~FpKeeper() { _mm_setcsr(saved); }
+  FpKeeper(const FpKeeper&) = delete;
+  FpKeeper& operator=(const FpKeeper&) = delete;
+
+  std::uint32_t saved;
+};
 
 struct FpScope {
   FpScope() : saved(_mm_getcsr()) {
@@ -42,6 +53,15 @@ inline std::uint32_t pending_fault() {
 }
 
 #else
+
+struct FpKeeper {
+  FpKeeper() { std::fegetenv(&saved); }
+  ~FpKeeper() { std::fesetenv(&saved); }
+  FpKeeper(const FpKeeper&) = delete;
+  FpKeeper& operator=(const FpKeeper&) = delete;
+
+  std::fenv_t saved;
+};
 
 struct FpScope {
   FpScope() {

@@ -36,6 +36,7 @@ Anyval* run_guarded(EfiCallContext* context, FrameBody body, void* closure) {
 }
 
 Anyval* run_contained(EfiCallContext* context, FrameBody body, void* closure) {
+  const FpKeeper keeper;
   try {
     return body(closure);
   } catch (const char* thrown) {

@@ -17,12 +17,6 @@ Anyval* not_available(EfiCallContext* context) {
 
 }  // namespace
 
-Anyval* submatrix(EfiCallContext* context, Anyval*, Anyval*, Anyval*, Anyval*, Anyval*, Anyval*) {
-  return not_available(context);
-}
-Anyval* matrix(EfiCallContext* context, Anyval*, Anyval*, Anyval*) {
-  return not_available(context);
-}
 Anyval* lu(EfiCallContext* context, Anyval*) {
   return not_available(context);
 }

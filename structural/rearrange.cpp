@@ -1,0 +1,86 @@
+// reverse, transpose and tr.
+#include <algorithm>
+
+#include "pack/elements.hpp"
+#include "pack/guard.hpp"
+#include "pack/memory.hpp"
+#include "pack/results.hpp"
+#include "structural/structural.hpp"
+#include "structural/transpose.hpp"
+#include "structural/transpose_kernels.hpp"
+
+namespace matrix_pack {
+
+namespace {
+
+// One part of A with the order of its rows reversed.
+Doubles reversed_part(const aMatrix* a, int cols, const double* part) {
+  Doubles reversed = new_part(a->rows, cols);
+  if (!reversed) return nullptr;
+  for (int j = 0; j < cols; ++j) {
+    const double* column = part + element_index(a->leading_dimension, 0, j);
+    std::reverse_copy(column, column + a->rows, reversed.get() + element_index(a->rows, 0, j));
+  }
+  return reversed;
+}
+
+Anyval* reverse_worker(EfiCallContext* context, aMatrix* a) {
+  // No elements to move: null, and a single row is its own reverse. Both kept: hosts rely on them.
+  if (a->re == nullptr && a->im == nullptr) return nullptr;
+  if (a->rows == 1) return a;
+  const int cols = std::max(a->cols, 1);
+  Doubles re;
+  if (a->re != nullptr && !(re = reversed_part(a, cols, a->re))) return sError_OutOfMemory;
+  Doubles im;
+  if (a->im != nullptr && !(im = reversed_part(a, cols, a->im))) return sError_OutOfMemory;
+  return matrix_result(new_matrix(context, a->rows, cols, std::move(re), std::move(im)));
+}
+
+Doubles transposed_part(const aMatrix* a, const double* part) {
+  Doubles transposed = new_part(a->rows, a->cols);
+  if (transposed)
+    transpose_kernels().transpose(a->rows, a->cols, part, a->leading_dimension, transposed.get());
+  return transposed;
+}
+
+// The sum of the diagonal of one part, from the first element on.
+double trace_part(const aMatrix* a, const double* part) {
+  double sum = 0.0;
+  for (int k = 0; k < a->rows; ++k) sum += *elem_ptr(part, a->leading_dimension, k, k);
+  return sum;
+}
+
+}  // namespace
+
+Anyval* transpose_matrix(EfiCallContext* context, const aMatrix* a) {
+  Doubles re;
+  if (a->re != nullptr && !(re = transposed_part(a, a->re))) return sError_OutOfMemory;
+  Doubles im;
+  if (a->im != nullptr && !(im = transposed_part(a, a->im))) return sError_OutOfMemory;
+  return matrix_result(new_matrix(context, a->cols, a->rows, std::move(re), std::move(im)));
+}
+
+Anyval* reverse(EfiCallContext* context, Anyval* a) {
+  return contained(context, [=] {
+    if (!is_matrix(a)) return argument_error(context, 1, "must be array");
+    return reverse_worker(context, as_matrix(a));
+  });
+}
+
+Anyval* transpose(EfiCallContext* context, Anyval* a) {
+  return contained(context, [=] {
+    if (!is_matrix(a)) return argument_error(context, 1, "must be array");
+    return transpose_matrix(context, as_matrix(a));
+  });
+}
+
+Anyval* tr(EfiCallContext* context, Anyval* v) {
+  return guarded(context, [=] {
+    if (!is_matrix(v)) return argument_error(context, 1, "must be array");
+    const aMatrix* a = as_matrix(v);
+    if (a->rows != a->cols) return argument_error(context, 1, "must be square");
+    return scalar_result(context, trace_part(a, a->re), trace_part(a, a->im));
+  });
+}
+
+}  // namespace matrix_pack
