@@ -1,0 +1,78 @@
+#include "host/efiutils/fault_translation.hpp"
+
+#include <signal.h>
+#include <ucontext.h>
+
+#include <system_error>
+
+#include "pack/faults.hpp"
+
+namespace efi {
+
+namespace {
+
+// The structured-exception code of a fault; 0 for a signal that is not one.
+std::uint32_t fault_code(int si_code) {
+  switch (si_code) {
+    case FPE_FLTDIV:
+      return kFaultDivideByZero;
+    case FPE_FLTINV:
+      return kFaultInvalid;
+    case FPE_FLTOVF:
+      return kFaultOverflow;
+    case FPE_FLTUND:
+      return 0xC0000093u;
+    case FPE_FLTRES:
+      return 0xC000008Fu;
+    case FPE_FLTSUB:
+      return 0xC000008Cu;
+    case FPE_INTDIV:
+      return 0xC0000094u;
+    case FPE_INTOVF:
+      return 0xC0000095u;
+    default:
+      return 0;
+  }
+}
+
+// The kernel gives a signal handler a fresh floating-point unit. What unwinding leads to expects
+// the interrupted x87 control word; the status flags are for the exception to take. The exceptions
+// stay masked: nothing may fault while a fault is on its way.
+void take_over_unit([[maybe_unused]] const ucontext_t* interrupted) {
+#if defined(__x86_64__)
+  if (const auto* unit = interrupted->uc_mcontext.fpregs) {
+    const std::uint16_t control = unit->cwd;
+    asm volatile("fldcw %0" : : "m"(control));
+    _mm_setcsr(matrix_pack::kAllMasked | (unit->mxcsr & 0x3Fu));
+  }
+#elif defined(__i386__)
+  if (const auto* unit = interrupted->uc_mcontext.fpregs) {
+    const auto control = static_cast<std::uint16_t>(unit->cw);
+    asm volatile("fldcw %0" : : "m"(control));
+  }
+#endif
+}
+
+void on_fault(int signal, siginfo_t* info, void* interrupted) {
+  const std::uint32_t code = fault_code(info->si_code);
+  if (code == 0) {
+    // Sent by a process: there is no instruction to unwind from.
+    ::signal(signal, SIG_DFL);
+    raise(signal);
+    return;
+  }
+  take_over_unit(static_cast<const ucontext_t*>(interrupted));
+  throw SE_FPE_Exception(code);
+}
+
+}  // namespace
+
+void install_fault_translation() {
+  struct sigaction action = {};
+  action.sa_sigaction = on_fault;
+  action.sa_flags = SA_SIGINFO | SA_NODEFER;
+  if (sigaction(SIGFPE, &action, nullptr) != 0)
+    throw std::system_error(errno, std::generic_category(), "sigaction");
+}
+
+}  // namespace efi

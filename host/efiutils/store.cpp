@@ -1,0 +1,275 @@
+#include "host/efiutils/store.hpp"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace efi {
+
+namespace {
+
+constexpr std::size_t kSlotsPerChunk = 1u << 14;
+
+// The kind of a slot that holds no value, and of one that lists the parts of a joined value.
+constexpr std::int32_t kFreeSlot = -1;
+constexpr std::int32_t kPartList = -2;
+
+struct PartList : Anyval {
+  std::int32_t count;
+  aMatrix* parts[Store::kMostParts];
+};
+
+constexpr std::uint64_t kAddressLimit = std::uint64_t{1} << 32;
+
+// Maps `bytes` below 4 GiB; null when that is impossible.
+void* map_low(std::size_t bytes) {
+  constexpr int kProtection = PROT_READ | PROT_WRITE;
+  constexpr int kFlags = MAP_PRIVATE | MAP_ANONYMOUS;
+#if defined(MAP_32BIT)
+  void* const low = mmap(nullptr, bytes, kProtection, kFlags | MAP_32BIT, -1, 0);
+  if (low != MAP_FAILED) return low;
+#endif
+  // The kernel takes the address as a hint: what it gives elsewhere is given back.
+  constexpr std::uint64_t kLowest = 0x10000000;
+  for (std::uint64_t at = kLowest; at + bytes <= kAddressLimit; at += bytes) {
+    void* const hint = reinterpret_cast<void*>(static_cast<std::uintptr_t>(at));
+    void* const got = mmap(hint, bytes, kProtection, kFlags, -1, 0);
+    if (got == MAP_FAILED) return nullptr;
+    if (reinterpret_cast<std::uintptr_t>(got) + bytes <= kAddressLimit) return got;
+    munmap(got, bytes);
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+bool is_nested_element(double element) {
+  std::uint64_t bits;
+  std::memcpy(&bits, &element, sizeof bits);
+  return is_nested_element(bits);
+}
+
+Anyval* nested_value(double element) {
+  std::uint64_t bits;
+  std::memcpy(&bits, &element, sizeof bits);
+  return reinterpret_cast<Anyval*>(static_cast<std::uintptr_t>(bits & 0xFFFFFFFFu));
+}
+
+double nested_element(const Anyval* value) {
+  const std::uint64_t bits = (std::uint64_t{kNestedMark} << 32) |
+                             static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(value));
+  double element;
+  std::memcpy(&element, &bits, sizeof element);
+  return element;
+}
+
+// What the host keeps in front of a record. Addresses of records fit 32 bits.
+struct Store::Header {
+  std::uint32_t marked;
+  std::uint32_t link;  // To the list of a joined value's parts; in a free slot to the next one.
+  const void* tag;
+
+  Slot* linked() const { return reinterpret_cast<Slot*>(static_cast<std::uintptr_t>(link)); }
+  void set_link(const Slot* slot) {
+    link = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(slot));
+  }
+};
+
+// One value; a cache line in a 64-bit build.
+struct Store::Slot : Header {
+  union {
+    Anyval value;
+    aComplex scalar;
+    aMatrix matrix;
+    aString string;
+    aError error;
+    aFunction function;
+    PartList list;
+  };
+};
+
+Store::Slot* Store::slot_of(const Anyval* value) {
+  static_assert(sizeof(Header) % alignof(Slot) == 0, "the record follows the header at once");
+  auto* const bytes = reinterpret_cast<char*>(const_cast<Anyval*>(value));
+  return reinterpret_cast<Slot*>(bytes - sizeof(Header));
+}
+
+Store::~Store() {
+  for (Slot* slot : live_) reclaim(slot);
+  for (Slot* chunk : chunks_) munmap(chunk, kSlotsPerChunk * sizeof(Slot));
+}
+
+bool Store::add_chunk() {
+  try {
+    chunks_.reserve(chunks_.size() + 1);
+    live_.reserve((chunks_.size() + 1) * kSlotsPerChunk);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  auto* const chunk = static_cast<Slot*>(map_low(kSlotsPerChunk * sizeof(Slot)));
+  if (chunk == nullptr) return false;
+  chunks_.push_back(chunk);
+  for (std::size_t i = kSlotsPerChunk; i-- > 0;) {
+    chunk[i].value.kind = kFreeSlot;
+    chunk[i].set_link(free_);
+    free_ = &chunk[i];
+  }
+  return true;
+}
+
+Store::Slot* Store::take(std::int32_t kind) {
+  if (refuse != nullptr && refuse()) return nullptr;
+  if (free_ == nullptr && !add_chunk()) return nullptr;
+  Slot* const slot = free_;
+  free_ = slot->linked();
+  std::memset(static_cast<void*>(slot), 0, sizeof *slot);
+  slot->value.kind = kind;
+  live_.push_back(slot);
+  return slot;
+}
+
+void Store::reclaim(Slot* slot) {
+  if (slot->value.kind == kMatrixKind) {
+    ::operator delete(slot->matrix.re);
+    ::operator delete(slot->matrix.im);
+  } else if (slot->value.kind == kStringKind) {
+    ::operator delete(const_cast<char*>(slot->string.text));
+  }
+  slot->value.kind = kFreeSlot;
+  slot->set_link(free_);
+  free_ = slot;
+}
+
+aComplex* Store::new_scalar(double re, double im) {
+  Slot* const slot = take(kScalarKind);
+  if (slot == nullptr) return nullptr;
+  slot->scalar.re = re;
+  slot->scalar.im = im;
+  return &slot->scalar;
+}
+
+void Store::new_scalar(aComplex** out) {
+  *out = new_scalar(0.0, 0.0);
+}
+
+aMatrix* Store::new_matrix(int rows, int cols, double* re, double* im, unsigned bytes) {
+  Slot* const slot = take(kMatrixKind);
+  if (slot == nullptr) return nullptr;
+  aMatrix& matrix = slot->matrix;
+  matrix.leading_dimension = rows;
+  matrix.byte_size = bytes;
+  matrix.re = re;
+  matrix.im = im;
+  matrix.rows = rows;
+  matrix.cols = cols;
+  return &matrix;
+}
+
+aString* Store::new_string(const char* text) {
+  const std::size_t length = std::strlen(text);
+  auto* const copy = static_cast<char*>(::operator new(length + 1, std::nothrow));
+  if (copy == nullptr) return nullptr;
+  Slot* const slot = take(kStringKind);
+  if (slot == nullptr) {
+    ::operator delete(copy);
+    return nullptr;
+  }
+  std::memcpy(copy, text, length + 1);
+  slot->string.text = copy;
+  slot->string.length = static_cast<std::int32_t>(length);
+  return &slot->string;
+}
+
+aError* Store::new_error(const aString* message, int mark, int arg, Anyval* value) {
+  Slot* const slot = take(kErrorKind);
+  if (slot == nullptr) return nullptr;
+  slot->error.mark = mark;
+  slot->error.arg = arg;
+  slot->error.message = message;
+  slot->error.value = value;
+  return &slot->error;
+}
+
+aFunction* Store::new_function(void* body) {
+  Slot* const slot = take(kFunctionKind);
+  if (slot == nullptr) return nullptr;
+  slot->function.body = body;
+  return &slot->function;
+}
+
+bool Store::set_parts(aMatrix* joined, std::span<aMatrix* const> parts) {
+  Slot* const slot = take(kPartList);
+  if (slot == nullptr) return false;
+  slot->list.count = static_cast<std::int32_t>(parts.size());
+  std::copy(parts.begin(), parts.end(), slot->list.parts);
+  slot_of(joined)->set_link(slot);
+  return true;
+}
+
+std::span<aMatrix* const> Store::parts(const Anyval* value) const {
+  if (!owns(value) || slot_of(value)->link == 0) return {};
+  const PartList& list = slot_of(value)->linked()->list;
+  return {list.parts, static_cast<std::size_t>(list.count)};
+}
+
+const void* Store::tag(const Anyval* value) const {
+  return slot_of(value)->tag;
+}
+
+void Store::set_tag(Anyval* value, const void* tag) {
+  slot_of(value)->tag = tag;
+}
+
+bool Store::owns(const Anyval* value) const {
+  const auto address = reinterpret_cast<std::uintptr_t>(slot_of(value));
+  for (const Slot* chunk : chunks_) {
+    const auto offset = address - reinterpret_cast<std::uintptr_t>(chunk);
+    if (offset < kSlotsPerChunk * sizeof(Slot))
+      return offset % sizeof(Slot) == 0 && value->kind != kFreeSlot;
+  }
+  return false;
+}
+
+void Store::mark(const Anyval* value, std::vector<const Anyval*>& pending) {
+  if (value == nullptr || !owns(value) || slot_of(value)->marked) return;
+  slot_of(value)->marked = true;
+  pending.push_back(value);
+}
+
+void Store::mark_children(const Anyval* value, std::vector<const Anyval*>& pending) {
+  const Slot* const slot = slot_of(value);
+  if (value->kind == kErrorKind) {
+    mark(slot->error.message, pending);
+    mark(slot->error.value, pending);
+  } else if (value->kind == kMatrixKind) {
+    if (slot->link != 0) mark(&slot->linked()->value, pending);
+    const std::size_t count = slot->matrix.re == nullptr ? 0 : slot->matrix.byte_size / 8;
+    for (std::size_t k = 0; k < count; ++k)
+      if (is_nested_element(slot->matrix.re[k])) mark(nested_value(slot->matrix.re[k]), pending);
+  } else if (value->kind == kPartList) {
+    for (int k = 0; k < slot->list.count; ++k) mark(slot->list.parts[k], pending);
+  }
+}
+
+void Store::collect(std::span<Anyval* const> roots, std::size_t since) {
+  std::vector<const Anyval*> pending;
+  for (const Anyval* root : roots) mark(root, pending);
+  while (!pending.empty()) {
+    const Anyval* const value = pending.back();
+    pending.pop_back();
+    mark_children(value, pending);
+  }
+  std::size_t kept = since;
+  for (std::size_t k = since; k < live_.size(); ++k) {
+    if (live_[k]->marked)
+      live_[kept++] = live_[k];
+    else
+      reclaim(live_[k]);
+  }
+  live_.resize(kept);
+  for (Slot* slot : live_) slot->marked = false;
+}
+
+}  // namespace efi

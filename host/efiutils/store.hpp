@@ -1,0 +1,100 @@
+// The values of a host: their records, kept below 4 GiB so that a nested element can hold an
+// address, and the arrays and texts that they own.
+//
+// A store owns every value made through it. The values that the host still reaches are named to
+// `collect`, which reclaims the others.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "pack/host_interface.hpp"
+
+namespace efi {
+
+#pragma GCC visibility push(default)
+
+// A function value. What `body` means is the application's business.
+struct aFunction : Anyval {
+  std::int32_t host_word;
+  void* body;
+};
+
+// Whether `bits` is the pattern of a nested element, and the value that it holds.
+inline bool is_nested_element(std::uint64_t bits) {
+  return (bits >> 32) == kNestedMark;
+}
+bool is_nested_element(double element);
+Anyval* nested_value(double element);
+double nested_element(const Anyval* value);
+
+class Store final : public IqlAllocator {
+ public:
+  static constexpr int kMostParts = 4;
+
+  Store() = default;
+  ~Store();
+  Store(const Store&) = delete;
+  Store& operator=(const Store&) = delete;
+
+  // Each returns null when there is no memory. new_matrix adopts the arrays then and only then when
+  // it succeeds.
+  aComplex* new_scalar(double re, double im);
+  aMatrix* new_matrix(int rows, int cols, double* re, double* im, unsigned bytes);
+  aString* new_string(const char* text);
+  aError* new_error(const aString* message, int mark, int arg, Anyval* value);
+  aFunction* new_function(void* body);
+
+  // Makes `joined` remember the values of which it was made. False when there is no memory.
+  bool set_parts(aMatrix* joined, std::span<aMatrix* const> parts);
+  // The values of which `value` was joined; empty for any other value.
+  std::span<aMatrix* const> parts(const Anyval* value) const;
+
+  // A word that the application ties to a value, null at first. The value is this store's.
+  const void* tag(const Anyval* value) const;
+  void set_tag(Anyval* value, const void* tag);
+
+  // Whether `value` is a live value of this store.
+  bool owns(const Anyval* value) const;
+
+  // The number of live values, which is also the mark that separates the values made so far from
+  // those made later.
+  std::size_t size() const { return live_.size(); }
+
+  // Reclaims the values made since `since` that none of the roots reaches.
+  void collect(std::span<Anyval* const> roots, std::size_t since = 0);
+
+  // For tests: asked before each value is made; true means that there is no memory for it.
+  bool (*refuse)() = nullptr;
+
+  void operation1() override {}
+  void operation2() override {}
+  void operation3() override {}
+  void operation4() override {}
+  void operation5() override {}
+  void operation6() override {}
+  void operation7() override {}
+  void operation8() override {}
+  void new_scalar(aComplex** out) override;
+
+ private:
+  struct Header;
+  struct Slot;
+
+  Slot* take(std::int32_t kind);
+  bool add_chunk();
+  void reclaim(Slot* slot);
+  void mark(const Anyval* value, std::vector<const Anyval*>& pending);
+  void mark_children(const Anyval* value, std::vector<const Anyval*>& pending);
+  static Slot* slot_of(const Anyval* value);
+
+  std::vector<Slot*> chunks_;
+  std::vector<Slot*> live_;  // In the order in which they were made.
+  Slot* free_ = nullptr;
+};
+
+#pragma GCC visibility pop
+
+}  // namespace efi

@@ -1,0 +1,25 @@
+// Counting allocations, and letting them fail on request: operator new in all its forms, and the
+// making of values by a TestHost.
+#pragma once
+
+namespace test {
+
+enum class Failing { once, from_then_on };
+
+// While it lives: counts allocations, and fails the `nth` (counted from 1; 0: none) or all from the
+// nth.
+class AllocationFaults {
+ public:
+  explicit AllocationFaults(int nth = 0, Failing failing = Failing::once);
+  ~AllocationFaults();
+  AllocationFaults(const AllocationFaults&) = delete;
+  AllocationFaults& operator=(const AllocationFaults&) = delete;
+
+  int count() const;      // Allocations asked for so far.
+  bool happened() const;  // Whether one has been made to fail.
+};
+
+// Counts one allocation; true when it is to fail.
+bool allocation_fails();
+
+}  // namespace test

@@ -1,0 +1,271 @@
+#include "tests/support/test_host.hpp"
+
+#include <cstring>
+#include <limits>
+#include <new>
+#include <sstream>
+
+#include "host/efiutils/fault_translation.hpp"
+
+namespace test {
+
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
+int to_int(std::size_t n) {
+  return static_cast<int>(n);
+}
+
+void fail_at(const std::source_location& where, const std::string& message) {
+  ADD_FAILURE_AT(where.file_name(), static_cast<int>(where.line())) << message;
+}
+
+std::vector<std::uint64_t> bits(const double* part, const aMatrix* m) {
+  std::vector<std::uint64_t> words(part == nullptr ? 0 : m->byte_size / sizeof(double));
+  if (!words.empty()) std::memcpy(words.data(), part, words.size() * sizeof(double));
+  return words;
+}
+
+template <class Element>
+std::vector<Element> by_columns(std::initializer_list<std::initializer_list<Element>> rows) {
+  const std::size_t cols = rows.size() == 0 ? 0 : rows.begin()->size();
+  std::vector<Element> elements;
+  for (std::size_t j = 0; j < cols; ++j)
+    for (const auto& row : rows) elements.push_back(row.begin()[j]);
+  return elements;
+}
+
+template <class Element>
+int columns(std::initializer_list<std::initializer_list<Element>> rows) {
+  return rows.size() == 0 ? 0 : to_int(rows.begin()->size());
+}
+
+unsigned byte_size(int rows, int cols) {
+  return static_cast<unsigned>(rows) * static_cast<unsigned>(cols) * 8u;
+}
+
+}  // namespace
+
+TestHost::TestHost() : context_{&store_, &evaluator_} {
+  efi::install_fault_translation();
+  store_.refuse = allocation_fails;
+  evaluator_.apply_function = [](Anyval* function, const sCons* arguments) -> Anyval* {
+    const auto& body = *static_cast<Function*>(static_cast<efi::aFunction*>(function)->body);
+    auto value = [](const sCons* cell) {
+      return static_cast<Anyval*>(const_cast<void*>(cell->car));
+    };
+    return body(value(arguments), value(arguments->cdr));
+  };
+}
+
+TestHost::~TestHost() {
+  EXPECT_EQ(evaluator_.depth(), 0u) << "the pack left evaluator frames open";
+  for (const std::string& complaint : evaluator_.complaints)
+    ADD_FAILURE() << "the pack " << complaint;
+}
+
+double* TestHost::part(const std::vector<double>& elements) {
+  auto* const array = static_cast<double*>(::operator new(elements.size() * sizeof(double)));
+  if (!elements.empty()) std::memcpy(array, elements.data(), elements.size() * sizeof(double));
+  return array;
+}
+
+aMatrix* TestHost::matrix(Rows rows) {
+  return matrix(to_int(rows.size()), columns(rows), by_columns(rows));
+}
+
+aMatrix* TestHost::matrix(int rows, int cols, const std::vector<double>& column_major) {
+  EXPECT_EQ(column_major.size() * 8, byte_size(rows, cols));
+  return aMatrix::mk(&store_, rows, cols, part(column_major), nullptr, byte_size(rows, cols));
+}
+
+aMatrix* TestHost::column(const std::vector<double>& elements) {
+  return matrix(to_int(elements.size()), 1, elements);
+}
+
+aMatrix* TestHost::complex_matrix(ComplexRows rows) {
+  return complex_matrix(to_int(rows.size()), columns(rows), by_columns(rows));
+}
+
+aMatrix* TestHost::complex_matrix(int rows, int cols, const std::vector<Complex>& column_major) {
+  EXPECT_EQ(column_major.size() * 8, byte_size(rows, cols));
+  std::vector<double> re, im;
+  for (const Complex& z : column_major) {
+    re.push_back(z.real());
+    im.push_back(z.imag());
+  }
+  return aMatrix::mk(&store_, rows, cols, part(re), part(im), byte_size(rows, cols));
+}
+
+aMatrix* TestHost::imaginary(Rows rows) {
+  const int n = to_int(rows.size());
+  const int cols = columns(rows);
+  return aMatrix::mk(&store_, n, cols, nullptr, part(by_columns(rows)), byte_size(n, cols));
+}
+
+aMatrix* TestHost::lean(int rows, int cols) {
+  return aMatrix::mk(&store_, rows, cols, nullptr, nullptr, byte_size(rows, cols));
+}
+
+aMatrix* TestHost::nested(int rows, int cols, const std::vector<Anyval*>& column_major) {
+  std::vector<double> elements;
+  for (const Anyval* value : column_major) elements.push_back(efi::nested_element(value));
+  aMatrix* const made = matrix(rows, cols, elements);
+  made->flags |= kHoldsNested;
+  return made;
+}
+
+aComplex* TestHost::scalar(double re, double im) {
+  return store_.new_scalar(re, im);
+}
+
+aString* TestHost::string(const char* text) {
+  return store_.new_string(text);
+}
+
+Anyval* TestHost::function(Function body) {
+  functions_.push_back(std::make_unique<Function>(std::move(body)));
+  return store_.new_function(functions_.back().get());
+}
+
+std::vector<aMatrix*> TestHost::parts(const Anyval* joined) {
+  const auto span = store_.parts(joined);
+  return {span.begin(), span.end()};
+}
+
+aMatrix* as_result_matrix(Anyval* value, std::source_location where) {
+  static aMatrix none = {};
+  if (value != nullptr && value->kind == kMatrixKind) return static_cast<aMatrix*>(value);
+  fail_at(where, "not a matrix: " + describe(value));
+  return &none;
+}
+
+Complex number(Anyval* value, std::source_location where) {
+  if (value != nullptr && value->kind == kScalarKind) {
+    const auto* scalar = static_cast<aComplex*>(value);
+    return {scalar->re, scalar->im};
+  }
+  fail_at(where, "not a number: " + describe(value));
+  return {kNan, kNan};
+}
+
+double real_number(Anyval* value, std::source_location where) {
+  const Complex z = number(value, where);
+  if (z.imag() == 0.0) return z.real();
+  fail_at(where, "not real: " + describe(value));
+  return kNan;
+}
+
+double re(const aMatrix* m, int i, int j) {
+  const auto index = static_cast<std::ptrdiff_t>(j) * m->leading_dimension + i;
+  return m->re == nullptr ? 0.0 : m->re[index];
+}
+
+double im(const aMatrix* m, int i, int j) {
+  const auto index = static_cast<std::ptrdiff_t>(j) * m->leading_dimension + i;
+  return m->im == nullptr ? 0.0 : m->im[index];
+}
+
+std::vector<double> re_parts(const aMatrix* m) {
+  std::vector<double> parts;
+  for (int j = 0; j < m->cols; ++j)
+    for (int i = 0; i < m->rows; ++i) parts.push_back(re(m, i, j));
+  return parts;
+}
+
+std::vector<double> im_parts(const aMatrix* m) {
+  std::vector<double> parts;
+  for (int j = 0; j < m->cols; ++j)
+    for (int i = 0; i < m->rows; ++i) parts.push_back(im(m, i, j));
+  return parts;
+}
+
+std::vector<Complex> elements(const aMatrix* m) {
+  std::vector<Complex> all;
+  for (int j = 0; j < m->cols; ++j)
+    for (int i = 0; i < m->rows; ++i) all.emplace_back(re(m, i, j), im(m, i, j));
+  return all;
+}
+
+std::vector<double> column_major(Rows rows) {
+  return by_columns(rows);
+}
+
+void expect_matrix(Anyval* value, Rows rows, std::source_location where) {
+  const aMatrix* const m = as_result_matrix(value, where);
+  if (m->kind != kMatrixKind) return;
+  if (m->im != nullptr) fail_at(where, "has an imaginary array: " + describe(value));
+  if (m->rows != to_int(rows.size()) || m->cols != columns(rows) || re_parts(m) != by_columns(rows))
+    fail_at(where, "got " + describe(value));
+}
+
+void expect_complex_matrix(Anyval* value, ComplexRows rows, std::source_location where) {
+  const aMatrix* const m = as_result_matrix(value, where);
+  if (m->kind != kMatrixKind) return;
+  if (m->im == nullptr) fail_at(where, "has no imaginary array: " + describe(value));
+  if (m->rows != to_int(rows.size()) || m->cols != columns(rows) || elements(m) != by_columns(rows))
+    fail_at(where, "got " + describe(value));
+}
+
+void expect_number(Anyval* value, double re, double im, std::source_location where) {
+  const Complex z = number(value, where);
+  if (z != Complex(re, im)) fail_at(where, "got " + describe(value));
+}
+
+void expect_error(Anyval* value, const std::string& message, int mark, int arg,
+                  const Anyval* carried, std::source_location where) {
+  if (value == nullptr || value->kind != kErrorKind)
+    return fail_at(where, "not the error \"" + message + "\": " + describe(value));
+  const auto* const error = static_cast<const aError*>(value);
+  if (error->message->text != message || error->mark != mark || error->arg != arg)
+    fail_at(where, "not \"" + message + "\" with mark " + std::to_string(mark) + ", argument " +
+                       std::to_string(arg) + ": " + describe(value));
+  if (error->value != carried)
+    fail_at(where, "carries " + describe(error->value) + ", not " + describe(carried));
+}
+
+void expect_out_of_memory(Anyval* value, std::source_location where) {
+  if (value != sError_OutOfMemory)
+    fail_at(where, "not the value for exhausted memory: " + describe(value));
+}
+
+std::string describe(const Anyval* value) {
+  if (value == nullptr) return "null";
+  std::ostringstream text;
+  text.precision(17);
+  if (value->kind == kScalarKind) {
+    const auto* z = static_cast<const aComplex*>(value);
+    text << "number (" << z->re << ", " << z->im << ")";
+  } else if (value->kind == kErrorKind) {
+    const auto* e = static_cast<const aError*>(value);
+    text << "error \"" << e->message->text << "\" mark " << e->mark << " argument " << e->arg;
+  } else if (value->kind == kMatrixKind) {
+    const auto* m = static_cast<const aMatrix*>(value);
+    text << m->rows << " x " << m->cols << (m->im != nullptr ? " complex" : "") << " matrix";
+    constexpr int kShown = 12;
+    for (int i = 0; i < m->rows && m->rows <= kShown && m->cols <= kShown; ++i) {
+      text << "\n ";
+      for (int j = 0; j < m->cols; ++j) {
+        text << ' ' << re(m, i, j);
+        if (m->im != nullptr) text << std::showpos << im(m, i, j) << 'i' << std::noshowpos;
+      }
+    }
+  } else {
+    text << "value of kind " << value->kind;
+  }
+  return text.str();
+}
+
+Snapshot::Snapshot(const aMatrix* matrix)
+    : matrix_(matrix),
+      record_(*matrix),
+      re_(bits(matrix->re, matrix)),
+      im_(bits(matrix->im, matrix)) {}
+
+bool Snapshot::unchanged() const {
+  return std::memcmp(&record_, matrix_, sizeof record_) == 0 && bits(matrix_->re, matrix_) == re_ &&
+         bits(matrix_->im, matrix_) == im_;
+}
+
+}  // namespace test

@@ -1,0 +1,144 @@
+// A host for tests: makes a call context and values, reads results, takes joined values apart, and
+// notes what a pack does against the rules.
+//
+//   TestHost host;
+//   Anyval* a = host.matrix({{1, 2}, {3, 4}});
+//   expect_error(matrix_pack::tr(host.context(), host.scalar(1)), "must be array", 0, 1);
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <complex>
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <source_location>
+#include <string>
+#include <vector>
+
+#include "host/efiutils/evaluator.hpp"
+#include "host/efiutils/store.hpp"
+#include "pack/host_interface.hpp"
+#include "tests/support/allocation_faults.hpp"
+
+namespace test {
+
+using Complex = std::complex<double>;
+using Rows = std::initializer_list<std::initializer_list<double>>;
+using ComplexRows = std::initializer_list<std::initializer_list<Complex>>;
+
+class TestHost {
+ public:
+  TestHost();
+  // A test fails when a pack has broken the rules of the evaluator bracket by then.
+  ~TestHost();
+  TestHost(const TestHost&) = delete;
+  TestHost& operator=(const TestHost&) = delete;
+
+  EfiCallContext* context() { return &context_; }
+  IqlAllocator* allocator() { return &store_; }
+  efi::Store& store() { return store_; }
+  efi::Evaluator& evaluator() { return evaluator_; }
+
+  // --- Values. The real array is present in all that do not say otherwise. ---
+
+  aMatrix* matrix(Rows rows);
+  aMatrix* matrix(int rows, int cols, const std::vector<double>& column_major);
+  aMatrix* column(const std::vector<double>& elements);
+  aMatrix* complex_matrix(ComplexRows rows);
+  aMatrix* complex_matrix(int rows, int cols, const std::vector<Complex>& column_major);
+  // Purely imaginary: without a real array.
+  aMatrix* imaginary(Rows rows);
+  // All zero: without part arrays.
+  aMatrix* lean(int rows, int cols);
+  // A matrix whose elements are values.
+  aMatrix* nested(int rows, int cols, const std::vector<Anyval*>& column_major);
+  aComplex* scalar(double re, double im = 0.0);
+  aString* string(const char* text);
+  // A function value; `body` is called with the two indices that `matrix` passes.
+  using Function = std::function<Anyval*(Anyval* i, Anyval* j)>;
+  Anyval* function(Function body);
+
+  // The matrices of which a joined value was made; empty for any other value.
+  std::vector<aMatrix*> parts(const Anyval* joined);
+
+  // Values that exist now.
+  std::size_t live_values() const { return store_.size(); }
+
+ private:
+  double* part(const std::vector<double>& elements);
+
+  efi::Store store_;
+  efi::Evaluator evaluator_;
+  EfiCallContext context_;
+  std::vector<std::unique_ptr<Function>> functions_;
+};
+
+// --- Reading results. Each fails the test, and gives an empty or NaN result, on another kind. ---
+
+aMatrix* as_result_matrix(Anyval* value,
+                          std::source_location where = std::source_location::current());
+// The number of a scalar.
+Complex number(Anyval* value, std::source_location where = std::source_location::current());
+double real_number(Anyval* value, std::source_location where = std::source_location::current());
+// Elements of a matrix; an absent array reads as zeros.
+double re(const aMatrix* m, int i, int j);
+double im(const aMatrix* m, int i, int j);
+// All parts, column-major.
+std::vector<double> re_parts(const aMatrix* m);
+std::vector<double> im_parts(const aMatrix* m);
+std::vector<Complex> elements(const aMatrix* m);
+
+// Column-major elements from rows.
+std::vector<double> column_major(Rows rows);
+
+// Expects a real matrix with exactly these elements (also -0.0 == 0.0), or this real number.
+void expect_matrix(Anyval* value, Rows rows,
+                   std::source_location where = std::source_location::current());
+void expect_complex_matrix(Anyval* value, ComplexRows rows,
+                           std::source_location where = std::source_location::current());
+void expect_number(Anyval* value, double re, double im = 0.0,
+                   std::source_location where = std::source_location::current());
+// Expects an error value. `carried` is the value that it carries.
+void expect_error(Anyval* value, const std::string& message, int mark, int arg,
+                  const Anyval* carried = nullptr,
+                  std::source_location where = std::source_location::current());
+// Expects the host's ready-made value for exhausted memory.
+void expect_out_of_memory(Anyval* value,
+                          std::source_location where = std::source_location::current());
+
+// A few words about a value, for messages.
+std::string describe(const Anyval* value);
+
+// The bits of a matrix, to show that a call left its argument alone.
+class Snapshot {
+ public:
+  explicit Snapshot(const aMatrix* matrix);
+  bool unchanged() const;
+
+ private:
+  const aMatrix* matrix_;
+  aMatrix record_;
+  std::vector<std::uint64_t> re_, im_;
+};
+
+// Calls `call` again and again, failing its 1st, 2nd, 3rd... allocation, until none fails. `check`
+// receives each result that came about with a failure and the number of the allocation. Returns the
+// result without one.
+template <class Call, class Check>
+auto with_failing_allocations(Call call, Check check, Failing failing = Failing::once) {
+  constexpr int kMost = 100000;
+  for (int nth = 1;; ++nth) {
+    bool happened;
+    auto result = [&] {
+      AllocationFaults faults(nth, failing);
+      auto value = call();
+      happened = faults.happened();
+      return value;
+    }();
+    if (!happened || nth == kMost) return result;
+    check(result, nth);
+  }
+}
+
+}  // namespace test
