@@ -42,7 +42,7 @@ add_library(matrix SHARED)
 foreach(part ${pack_parts})
   target_sources(matrix PRIVATE $<TARGET_OBJECTS:${part}>)
 endforeach()
-target_link_libraries(matrix PRIVATE matrix_options EfiUtils)
+target_link_libraries(matrix PRIVATE $<BUILD_INTERFACE:matrix_options> EfiUtils)
 target_link_options(matrix PRIVATE
   -Wl,--version-script=${PROJECT_SOURCE_DIR}/pack/exports.map -Wl,-z,defs)
 set_target_properties(matrix PROPERTIES
