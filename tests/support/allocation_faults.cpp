@@ -1,5 +1,6 @@
 #include "tests/support/allocation_faults.hpp"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -12,9 +13,17 @@ int asked_for = 0;
 int nth_to_fail = 0;
 Failing how = Failing::once;
 bool failed = false;
+std::atomic<long> live = 0;
 
 void* allocate(std::size_t bytes) {
-  return allocation_fails() ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
+  void* const p = allocation_fails() ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
+  if (p != nullptr) ++live;
+  return p;
+}
+
+void deallocate(void* p) {
+  if (p != nullptr) --live;
+  std::free(p);
 }
 
 void* allocate_or_throw(std::size_t bytes) {
@@ -54,6 +63,10 @@ bool allocation_fails() {
   return fails;
 }
 
+long live_blocks() {
+  return live;
+}
+
 }  // namespace test
 
 void* operator new(std::size_t bytes) {
@@ -69,20 +82,20 @@ void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
   return test::allocate(bytes);
 }
 void operator delete(void* p) noexcept {
-  std::free(p);
+  test::deallocate(p);
 }
 void operator delete[](void* p) noexcept {
-  std::free(p);
+  test::deallocate(p);
 }
 void operator delete(void* p, std::size_t) noexcept {
-  std::free(p);
+  test::deallocate(p);
 }
 void operator delete[](void* p, std::size_t) noexcept {
-  std::free(p);
+  test::deallocate(p);
 }
 void operator delete(void* p, const std::nothrow_t&) noexcept {
-  std::free(p);
+  test::deallocate(p);
 }
 void operator delete[](void* p, const std::nothrow_t&) noexcept {
-  std::free(p);
+  test::deallocate(p);
 }

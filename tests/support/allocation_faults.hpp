@@ -22,4 +22,7 @@ class AllocationFaults {
 // Counts one allocation; true when it is to fail.
 bool allocation_fails();
 
+// Blocks from operator new that have not been deleted yet.
+long live_blocks();
+
 }  // namespace test
