@@ -6,54 +6,15 @@
 
 #include <cfenv>
 #include <cstring>
-#include <functional>
-#include <string>
 #include <vector>
 
-#include "host/efiutils/function_info.hpp"
-#include "pack/exports.hpp"
 #include "pack/fp_control.hpp"
-#include "tests/support/test_host.hpp"
+#include "tests/support/call_corpus.hpp"
 
 namespace matrix_pack {
 namespace {
 
 using namespace test;
-
-// A value written out as words, so that two of them can be compared bit for bit.
-void write_words(const Anyval* value, TestHost& host, std::vector<std::uint64_t>& words) {
-  const auto add_doubles = [&](const double* x, std::size_t n) {
-    words.push_back(x != nullptr);
-    if (x == nullptr) return;
-    const std::size_t at = words.size();
-    words.resize(at + n);
-    std::memcpy(words.data() + at, x, n * sizeof(double));
-  };
-  if (value == nullptr) return;
-  words.push_back(static_cast<std::uint64_t>(value->kind));
-  if (value->kind == kScalarKind) {
-    add_doubles(&static_cast<const aComplex*>(value)->re, 2);
-  } else if (value->kind == kMatrixKind) {
-    const auto* m = static_cast<const aMatrix*>(value);
-    for (const auto n : {m->rows, m->cols, m->leading_dimension})
-      words.push_back(static_cast<std::uint64_t>(n));
-    words.push_back(m->flags);
-    add_doubles(m->re, m->byte_size / sizeof(double));
-    add_doubles(m->im, m->byte_size / sizeof(double));
-    for (const aMatrix* part : host.parts(m)) write_words(part, host, words);
-  } else if (value->kind == kErrorKind) {
-    const auto* error = static_cast<const aError*>(value);
-    words.push_back(static_cast<std::uint64_t>(error->mark));
-    words.push_back(static_cast<std::uint64_t>(error->arg));
-    words.push_back(std::hash<std::string>{}(error->message->text));
-  }
-}
-
-std::vector<std::uint64_t> words_of(const Anyval* value, TestHost& host) {
-  std::vector<std::uint64_t> words;
-  write_words(value, host, words);
-  return words;
-}
 
 std::vector<std::uint32_t> fp_environment() {
 #if MATRIX_HAS_MXCSR
@@ -66,95 +27,6 @@ std::vector<std::uint32_t> fp_environment() {
 #endif
 }
 
-Anyval* apply_row(const FunctionEntry& row, EfiCallContext* c, const std::vector<Anyval*>& a) {
-  using V = Anyval*;
-  using C = EfiCallContext*;
-  const auto as = [&]<class F>(F*) { return reinterpret_cast<F*>(row.handler); };
-  switch (row.signature->argument_count) {
-    case 1:
-      return as((V(*)(C, V)) nullptr)(c, a[0]);
-    case 2:
-      return as((V(*)(C, V, V)) nullptr)(c, a[0], a[1]);
-    case 3:
-      return as((V(*)(C, V, V, V)) nullptr)(c, a[0], a[1], a[2]);
-    default:
-      return as((V(*)(C, V, V, V, V, V, V)) nullptr)(c, a[0], a[1], a[2], a[3], a[4], a[5]);
-  }
-}
-
-struct Call {
-  std::string name;
-  std::vector<Anyval*> arguments;
-  std::function<Anyval*()> run;
-};
-
-class Sweep : public ::testing::Test {
- protected:
-  // Calls of every row, and of every export that is not a row, with each of the first arguments.
-  std::vector<Call> calls() {
-    std::vector<Call> all;
-    for (std::size_t k = 0; k < firsts.size(); ++k) {
-      Anyval* a = firsts[k];
-      const std::string with = " with first argument " + std::to_string(k);
-      for (int r = 0; r < numFuncs; ++r) {
-        const FunctionEntry& row = theEfi[r];
-        const std::vector<Anyval*> arguments = arguments_of(row.name->text, a);
-        all.push_back({row.name->text + with, arguments,
-                       [=, this, &row] { return apply_row(row, context, arguments); }});
-      }
-      all.push_back({"inv" + with, {a}, [=, this] { return inv(context, a); }});
-      if (a->kind != kMatrixKind) continue;
-      auto* m = static_cast<aMatrix*>(a);
-      all.push_back({"inv matrix" + with, {a}, [=, this] { return inv(context, m); }});
-      if (m->rows == m->cols && m->im != nullptr) {
-        all.push_back({"cinv" + with, {a}, [=, this]() -> Anyval* {
-                         aMatrix* inverse = nullptr;
-                         const char* message = cinv(context, m, &inverse, false);
-                         return message == nullptr ? inverse : mkError(context, message, 0);
-                       }});
-      }
-    }
-    all.push_back({"identity of order", {}, [=, this] { return identity(context, 3); }});
-    return all;
-  }
-
-  std::vector<Anyval*> arguments_of(const std::string& name, Anyval* a) {
-    if (name == "identity") return {three};
-    if (name == "last") return {a, zero};
-    if (name == "submatrix") return {a, zero, one, one, zero, zero};
-    if (name == "augment" || name == "stack") return {a, a};
-    if (name == "matrix") return {three, three, function};
-    if (name == "eigenvals" || name == "geninv") return {a, tolerance};
-    if (name == "eigenvec") return {a, one};
-    if (name == "genvals" || name == "genvecs") return {a, second, tolerance};
-    if (name == "lsolve") return {a, vector};
-    return {a};
-  }
-
-  TestHost host;
-  EfiCallContext* context = host.context();
-  Anyval* zero = host.scalar(0);
-  Anyval* one = host.scalar(1);
-  Anyval* three = host.scalar(3);
-  Anyval* tolerance = host.scalar(1e-9);
-  Anyval* complex_value = host.scalar(1, 2);
-  Anyval* function = host.function([=, this](Anyval*, Anyval*) { return complex_value; });
-  aMatrix* vector = host.column({1, 2, 3});
-  aMatrix* second = host.matrix({{3, 1, 0}, {1, 3, 1}, {0, 1, 3}});
-  std::vector<Anyval*> firsts = {
-      host.matrix({{4, 1, 2}, {1, 5, 3}, {2, 3, 6}}),    // Symmetric positive definite.
-      host.matrix({{0, 2, 1}, {-3, 1, 4}, {5, -2, 1}}),  // With a complex pair.
-      host.complex_matrix({{{1, 2}, 3, {0, 1}}, {{4, -1}, 5, 2}, {6, {7, 1}, {1, 9}}}),
-      host.matrix({{1, 2}, {3, 5}, {6, 7}}),
-      host.column({3, 1, 2}),
-      host.imaginary({{1, 2, 0}, {2, 0, 4}, {0, 1, 1}}),
-      host.lean(3, 3),
-      host.nested(2, 2, {host.scalar(1, 2), host.string("a"), host.matrix({{1}}), three}),
-      host.scalar(2, 1),
-      host.string("text"),
-  };
-};
-
 bool is_documented(const Anyval* value) {
   if (value == sError_OutOfMemory) return true;
   if (value == nullptr || value->kind != kErrorKind) return false;
@@ -164,8 +36,10 @@ bool is_documented(const Anyval* value) {
   return false;
 }
 
-TEST_F(Sweep, EveryAllocationOfEveryFunctionMayFail) {
-  for (const Call& call : calls()) {
+TEST(Sweep, EveryAllocationOfEveryFunctionMayFail) {
+  CallCorpus corpus;
+  TestHost& host = corpus.host;
+  for (const Call& call : corpus.calls()) {
     SCOPED_TRACE(call.name);
     std::vector<std::vector<std::uint64_t>> before;
     for (Anyval* a : call.arguments) before.push_back(words_of(a, host));

@@ -1,0 +1,86 @@
+// The pack under conditions of long use: several threads, a small stack, many calls, and being
+// loaded and unloaded again and again.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <thread>
+
+#include "tests/support/call_corpus.hpp"
+
+namespace {
+
+using namespace test;
+
+using Results = std::vector<std::vector<std::uint64_t>>;
+
+// The results of all calls of a corpus of its own, and so of a context of its own.
+Results all_results() {
+  CallCorpus corpus;
+  Results results;
+  for (const Call& call : corpus.calls()) results.push_back(words_of(call.run(), corpus.host));
+  return results;
+}
+
+TEST(Robustness, ThreadsWithContextsOfTheirOwnGetTheSameBits) {
+  const Results serial = all_results();
+  constexpr int kThreads = 4;
+  std::vector<Results> results(kThreads);
+  std::vector<std::thread> threads;
+  for (Results& own : results) threads.emplace_back([&own] { own = all_results(); });
+  for (std::thread& thread : threads) thread.join();
+  for (const Results& own : results) EXPECT_TRUE(own == serial);
+}
+
+TEST(Robustness, EveryFunctionRunsOnASmallStack) {
+  constexpr std::size_t kStack = 64 * 1024;
+  static Results results;
+  pthread_attr_t attributes;
+  ASSERT_EQ(pthread_attr_init(&attributes), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStack), 0);
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(
+                &thread, &attributes,
+                [](void*) -> void* {
+                  results = all_results();
+                  return nullptr;
+                },
+                nullptr),
+            0);
+  ASSERT_EQ(pthread_join(thread, nullptr), 0);
+  pthread_attr_destroy(&attributes);
+  EXPECT_TRUE(results == all_results());
+}
+
+TEST(Robustness, ManyMixedCallsKeepMemoryFlat) {
+  CallCorpus corpus;
+  const std::vector<Call> calls = corpus.calls();
+  const std::size_t mark = corpus.host.live_values();
+  std::vector<Anyval*> roots;
+  for (const Call& call : calls)
+    roots.insert(roots.end(), call.arguments.begin(), call.arguments.end());
+  const auto round = [&] {
+    for (const Call& call : calls) call.run();
+    corpus.host.store().collect(roots, mark);
+  };
+  round();
+  const long blocks = live_blocks();
+  for (int k = 0; k < 50; ++k) round();
+  EXPECT_EQ(live_blocks(), blocks);
+  EXPECT_EQ(corpus.host.live_values(), mark);
+}
+
+TEST(Robustness, ThePackMayBeLoadedAndUnloadedAThousandTimes) {
+  TestHost host;
+  Anyval* square = host.matrix({{1, 2}, {3, 4}});
+  for (int k = 0; k < 1000; ++k) {
+    void* pack = dlopen(MATRIX_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(pack, nullptr) << dlerror();
+    const auto* table = static_cast<const FunctionEntry*>(dlsym(pack, "theEfi"));
+    ASSERT_NE(table, nullptr);
+    expect_number(apply_row(table[10], host.context(), {square}), 5);
+    ASSERT_EQ(dlclose(pack), 0);
+  }
+}
+
+}  // namespace
