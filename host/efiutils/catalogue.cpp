@@ -1,10 +1,176 @@
-// The catalogue of function packs.
+#include "host/efiutils/catalogue.hpp"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
 #include "pack/host_interface.hpp"
 
-std::int32_t RegisterEfiFunctionPack(void*, const PackIdentifier*) {
-  return 1;
+namespace efi {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+// What this program writes; it reads no other.
+constexpr int kFormat = 1;
+
+std::string last_failure;
+
+[[noreturn]] void fail(const std::string& what) {
+  throw CatalogueError(catalogue_path() + ": " + what);
 }
 
-std::int32_t UnregisterEfiFunctionPack(const PackIdentifier*) {
-  return 1;
+[[noreturn]] void fail_with_errno(const std::string& what) {
+  fail(what + ": " + std::strerror(errno));
+}
+
+std::vector<CatalogueEntry> entries_of(const Json& json) {
+  if (json.at("format") != kFormat) fail("written in a format that is not known here");
+  std::vector<CatalogueEntry> entries;
+  for (const Json& pack : json.at("packs")) entries.push_back({pack.at("id"), pack.at("path")});
+  return entries;
+}
+
+std::string json_text(const std::vector<CatalogueEntry>& entries) {
+  Json packs = Json::array();
+  for (const CatalogueEntry& entry : entries)
+    packs.push_back({{"id", entry.id}, {"path", entry.path}});
+  return Json{{"format", kFormat}, {"packs", packs}}.dump(2) + "\n";
+}
+
+// A file descriptor, closed on every way out.
+struct Descriptor {
+  explicit Descriptor(int opened) : fd(opened) {}
+  ~Descriptor() {
+    if (fd >= 0) close(fd);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int fd;
+};
+
+// Writes a new file and puts it in the old one's place: a reader sees one or the other.
+void replace_file(const std::string& path, const std::string& text) {
+  std::string temporary = path + ".XXXXXX";
+  const Descriptor file(mkstemp(temporary.data()));
+  if (file.fd < 0) fail_with_errno("cannot be written");
+  const auto written = write(file.fd, text.data(), text.size());
+  if (written != static_cast<ssize_t>(text.size()) || fsync(file.fd) != 0 ||
+      rename(temporary.c_str(), path.c_str()) != 0) {
+    const int reason = errno;
+    unlink(temporary.c_str());
+    errno = reason;
+    fail_with_errno("cannot be written");
+  }
+}
+
+// Reads the catalogue, lets `change` work on the entries and writes them, under a lock.
+template <class Change>
+void update_catalogue(Change change) {
+  const std::string path = catalogue_path();
+  std::error_code ignored;
+  fs::create_directories(fs::path(path).parent_path(), ignored);
+  const Descriptor lock(open((path + ".lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644));
+  if (lock.fd < 0 || flock(lock.fd, LOCK_EX) != 0) fail_with_errno("cannot be locked");
+  std::vector<CatalogueEntry> entries = read_catalogue();
+  change(entries);
+  replace_file(path, json_text(entries));
+}
+
+// An identifier as it is written: the first three groups are little-endian numbers.
+std::string identifier_text(const PackIdentifier& identifier) {
+  constexpr int kOrder[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+  std::string text = "{";
+  for (int k = 0; k < 16; ++k) {
+    if (k == 4 || k == 6 || k == 8 || k == 10) text += '-';
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02X", identifier.bytes[kOrder[k]]);
+    text += digits;
+  }
+  return text + "}";
+}
+
+std::string library_path(const void* module) {
+  Dl_info info;
+  if (dladdr(module, &info) == 0 || info.dli_fname == nullptr)
+    throw CatalogueError("the module's library is not known");
+  return fs::absolute(info.dli_fname).lexically_normal().string();
+}
+
+// Runs a registration; 0, or 1 and the reason in last_failure.
+template <class Action>
+std::int32_t report(Action action) noexcept {
+  try {
+    action();
+    return 0;
+  } catch (const std::exception& error) {
+    last_failure = error.what();
+    return 1;
+  }
+}
+
+bool remove_entry(std::vector<CatalogueEntry>& entries, const std::string& id) {
+  return std::erase_if(entries, [&](const CatalogueEntry& e) { return e.id == id; }) != 0;
+}
+
+}  // namespace
+
+std::string catalogue_path() {
+  if (const char* path = std::getenv("WORKSHEET_CATALOGUE"); path != nullptr && *path != '\0')
+    return path;
+  const char* const data = std::getenv("XDG_DATA_HOME");
+  if (data != nullptr && *data == '/') return std::string(data) + "/worksheet/packs.json";
+  const char* const home = std::getenv("HOME");
+  return std::string(home != nullptr ? home : ".") + "/.local/share/worksheet/packs.json";
+}
+
+std::vector<CatalogueEntry> read_catalogue() {
+  const std::string path = catalogue_path();
+  std::error_code ignored;
+  if (!fs::exists(path, ignored)) return {};
+  std::ifstream file(path);
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  if (!file) fail("cannot be read");
+  try {
+    return entries_of(Json::parse(text));
+  } catch (const Json::exception& error) {
+    fail(std::string("is corrupt: ") + error.what());
+  }
+}
+
+const std::string& catalogue_failure() {
+  return last_failure;
+}
+
+}  // namespace efi
+
+std::int32_t RegisterEfiFunctionPack(void* module, const PackIdentifier* identifier) {
+  return efi::report([&] {
+    const efi::CatalogueEntry entry = {efi::identifier_text(*identifier),
+                                       efi::library_path(module)};
+    efi::update_catalogue([&](std::vector<efi::CatalogueEntry>& entries) {
+      efi::remove_entry(entries, entry.id);
+      entries.push_back(entry);
+    });
+  });
+}
+
+std::int32_t UnregisterEfiFunctionPack(const PackIdentifier* identifier) {
+  return efi::report([&] {
+    const std::string id = efi::identifier_text(*identifier);
+    efi::update_catalogue([&](std::vector<efi::CatalogueEntry>& entries) {
+      if (!efi::remove_entry(entries, id)) throw efi::CatalogueError(id + " is not registered");
+    });
+  });
 }

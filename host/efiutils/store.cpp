@@ -67,7 +67,8 @@ double nested_element(const Anyval* value) {
 
 // What the host keeps in front of a record. Addresses of records fit 32 bits.
 struct Store::Header {
-  std::uint32_t marked;
+  std::uint32_t marked : 1;
+  std::uint32_t position : 31;  // Its place in the order of making.
   std::uint32_t link;  // To the list of a joined value's parts; in a free slot to the next one.
   const void* tag;
 
@@ -126,6 +127,7 @@ Store::Slot* Store::take(std::int32_t kind) {
   free_ = slot->linked();
   std::memset(static_cast<void*>(slot), 0, sizeof *slot);
   slot->value.kind = kind;
+  slot->position = static_cast<std::uint32_t>(live_.size()) & 0x7FFFFFFFu;
   live_.push_back(slot);
   return slot;
 }
@@ -232,44 +234,60 @@ bool Store::owns(const Anyval* value) const {
   return false;
 }
 
-void Store::mark(const Anyval* value, std::vector<const Anyval*>& pending) {
-  if (value == nullptr || !owns(value) || slot_of(value)->marked) return;
-  slot_of(value)->marked = true;
-  pending.push_back(value);
+// The values that are reached but whose references are not followed yet, and how far back to look.
+struct Store::Marking {
+  std::vector<Slot*> pending;
+  std::uint32_t since;
+};
+
+void Store::mark(const Anyval* value, Marking& marking) {
+  if (value == nullptr || !owns(value)) return;
+  Slot* const slot = slot_of(value);
+  if (slot->marked || slot->position < marking.since) return;
+  slot->marked = true;
+  marking.pending.push_back(slot);
 }
 
-void Store::mark_children(const Anyval* value, std::vector<const Anyval*>& pending) {
-  const Slot* const slot = slot_of(value);
-  if (value->kind == kErrorKind) {
-    mark(slot->error.message, pending);
-    mark(slot->error.value, pending);
-  } else if (value->kind == kMatrixKind) {
-    if (slot->link != 0) mark(&slot->linked()->value, pending);
+void Store::mark_children(Slot* slot, Marking& marking) {
+  if (slot->value.kind == kErrorKind) {
+    mark(slot->error.message, marking);
+    mark(slot->error.value, marking);
+  } else if (slot->value.kind == kMatrixKind) {
+    if (slot->link != 0) mark(&slot->linked()->value, marking);
     const std::size_t count = slot->matrix.re == nullptr ? 0 : slot->matrix.byte_size / 8;
     for (std::size_t k = 0; k < count; ++k)
-      if (is_nested_element(slot->matrix.re[k])) mark(nested_value(slot->matrix.re[k]), pending);
-  } else if (value->kind == kPartList) {
-    for (int k = 0; k < slot->list.count; ++k) mark(slot->list.parts[k], pending);
+      if (is_nested_element(slot->matrix.re[k])) mark(nested_value(slot->matrix.re[k]), marking);
+  } else if (slot->value.kind == kPartList) {
+    for (int k = 0; k < slot->list.count; ++k) mark(slot->list.parts[k], marking);
   }
 }
 
 void Store::collect(std::span<Anyval* const> roots, std::size_t since) {
-  std::vector<const Anyval*> pending;
-  for (const Anyval* root : roots) mark(root, pending);
-  while (!pending.empty()) {
-    const Anyval* const value = pending.back();
-    pending.pop_back();
-    mark_children(value, pending);
+  Marking marking = {{}, static_cast<std::uint32_t>(since)};
+  for (const Anyval* root : roots) mark(root, marking);
+  while (!marking.pending.empty()) {
+    Slot* const slot = marking.pending.back();
+    marking.pending.pop_back();
+    mark_children(slot, marking);
   }
   std::size_t kept = since;
   for (std::size_t k = since; k < live_.size(); ++k) {
-    if (live_[k]->marked)
-      live_[kept++] = live_[k];
-    else
-      reclaim(live_[k]);
+    Slot* const slot = live_[k];
+    if (slot->marked) {
+      slot->marked = false;
+      slot->position = static_cast<std::uint32_t>(kept) & 0x7FFFFFFFu;
+      live_[kept++] = slot;
+    } else {
+      reclaim(slot);
+    }
   }
   live_.resize(kept);
-  for (Slot* slot : live_) slot->marked = false;
+}
+
+void Store::drop_newest(const Anyval* value) {
+  if (live_.empty() || &live_.back()->value != value) return;
+  reclaim(live_.back());
+  live_.pop_back();
 }
 
 }  // namespace efi

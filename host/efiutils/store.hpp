@@ -63,8 +63,12 @@ class Store final : public IqlAllocator {
   // those made later.
   std::size_t size() const { return live_.size(); }
 
-  // Reclaims the values made since `since` that none of the roots reaches.
+  // Reclaims the values made since `since` that none of the roots reaches. Older values do not
+  // refer to later ones.
   void collect(std::span<Anyval* const> roots, std::size_t since = 0);
+
+  // Reclaims `value` if it is the newest of all.
+  void drop_newest(const Anyval* value);
 
   // For tests: asked before each value is made; true means that there is no memory for it.
   bool (*refuse)() = nullptr;
@@ -86,8 +90,9 @@ class Store final : public IqlAllocator {
   Slot* take(std::int32_t kind);
   bool add_chunk();
   void reclaim(Slot* slot);
-  void mark(const Anyval* value, std::vector<const Anyval*>& pending);
-  void mark_children(const Anyval* value, std::vector<const Anyval*>& pending);
+  struct Marking;
+  void mark(const Anyval* value, Marking& marking);
+  void mark_children(Slot* slot, Marking& marking);
   static Slot* slot_of(const Anyval* value);
 
   std::vector<Slot*> chunks_;

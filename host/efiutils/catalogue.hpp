@@ -1,0 +1,34 @@
+// The catalogue of function packs: a JSON file in the user's data directory, or the one that the
+// environment variable WORKSHEET_CATALOGUE names. Packs enter and leave it by
+// RegisterEfiFunctionPack and UnregisterEfiFunctionPack.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace efi {
+
+#pragma GCC visibility push(default)
+
+struct CatalogueEntry {
+  std::string id;    // The pack's identifier, "{5C1E07A2-...}".
+  std::string path;  // Its library.
+};
+
+// The catalogue cannot be read or written; it is then as it was.
+struct CatalogueError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+std::string catalogue_path();
+
+// The packs in the catalogue; none when there is no such file. Throws CatalogueError.
+std::vector<CatalogueEntry> read_catalogue();
+
+// Why the last registration or its undoing failed.
+const std::string& catalogue_failure();
+
+#pragma GCC visibility pop
+
+}  // namespace efi

@@ -1,0 +1,207 @@
+#include "host/worksheet/arithmetic.hpp"
+
+#include <cmath>
+#include <cstring>
+
+#include "fmt/format.h"
+#include "host/worksheet/matrices.hpp"
+#include "host/worksheet/matrix_power.hpp"
+
+namespace worksheet {
+
+namespace {
+
+// Integer powers up to this one are products: exact where the products are.
+constexpr double kMostRepeatedProducts = 64;
+
+bool is_comparison(Operator op) {
+  return op >= Operator::less;
+}
+
+double truth(bool holds) {
+  return holds ? 1.0 : 0.0;
+}
+
+double real_result(Operator op, double a, double b) {
+  switch (op) {
+    case Operator::add:
+      return a + b;
+    case Operator::subtract:
+      return a - b;
+    case Operator::multiply:
+      return a * b;
+    case Operator::divide:
+      return a / b;
+    case Operator::power:
+      return std::pow(a, b);
+    case Operator::less:
+      return truth(a < b);
+    case Operator::less_equal:
+      return truth(a <= b);
+    case Operator::greater:
+      return truth(a > b);
+    case Operator::greater_equal:
+      return truth(a >= b);
+    case Operator::equal:
+      return truth(a == b);
+    default:
+      return truth(a != b);
+  }
+}
+
+// Whether the operator gives a real number for real operands.
+bool stays_real(Operator op, double a, double b) {
+  return op != Operator::power || a >= 0.0 || std::isnan(a) || std::floor(b) == b;
+}
+
+Number complex_result(Operator op, const Number& a, const Number& b) {
+  switch (op) {
+    case Operator::add:
+      return a + b;
+    case Operator::subtract:
+      return a - b;
+    case Operator::multiply:
+      return a.imag() == 0.0 ? a.real() * b : b.imag() == 0.0 ? a * b.real() : a * b;
+    case Operator::divide:
+      return b.imag() == 0.0 ? a / b.real() : a / b;
+    case Operator::power:
+      return power(a, b);
+    case Operator::equal:
+      return truth(a == b);
+    default:
+      return truth(a != b);
+  }
+}
+
+Number element_result(Operator op, const Number& a, const Number& b) {
+  if (a.imag() == 0.0 && b.imag() == 0.0 && stays_real(op, a.real(), b.real()))
+    return real_result(op, a.real(), b.real());
+  return complex_result(op, a, b);
+}
+
+// An operand of an elementwise operation: a matrix, or a number that stands for every element.
+struct Operand {
+  explicit Operand(const Value& v)
+      : m(is_matrix(v) ? matrix(v) : nullptr), z(m == nullptr ? number(v) : Number()) {}
+  bool complex() const { return m != nullptr ? m->im != nullptr : z.imag() != 0.0; }
+  double re(std::ptrdiff_t k) const { return m != nullptr ? re_at(m, k) : z.real(); }
+  double im(std::ptrdiff_t k) const { return m != nullptr ? im_at(m, k) : z.imag(); }
+  Number at(std::ptrdiff_t k) const { return {re(k), im(k)}; }
+
+  const aMatrix* m;
+  Number z;
+};
+
+Value elementwise(Machine& machine, Operator op, const Value& a, const Value& b) {
+  const Operand x(a), y(b);
+  const aMatrix* const shape = x.m != nullptr ? x.m : y.m;
+  MatrixBuilder result(shape->rows, shape->cols);
+  const std::ptrdiff_t count = element_count(shape);
+  if (x.complex() || y.complex() || op == Operator::power) {
+    for (std::ptrdiff_t k = 0; k < count; ++k) result.set(k, element_result(op, x.at(k), y.at(k)));
+  } else {
+    double* const re = result.re();
+    for (std::ptrdiff_t k = 0; k < count; ++k) re[k] = real_result(op, x.re(k), y.re(k));
+  }
+  return object_value(result.finish(machine.store));
+}
+
+// c := c + s x a, on arrays of n elements.
+void add_multiple(double* c, double s, const double* a, std::ptrdiff_t n) {
+  for (std::ptrdiff_t i = 0; i < n; ++i) c[i] += s * a[i];
+}
+
+// C := C + s A B for one pair of part arrays, by columns of A.
+void add_product(double* c, double s, const double* a, const double* b, std::ptrdiff_t m,
+                 std::ptrdiff_t inner, std::ptrdiff_t n) {
+  if (a == nullptr || b == nullptr) return;
+  for (std::ptrdiff_t j = 0; j < n; ++j)
+    for (std::ptrdiff_t k = 0; k < inner; ++k)
+      add_multiple(c + j * m, s * b[j * inner + k], a + k * m, m);
+}
+
+Value product(Machine& machine, const aMatrix* a, const aMatrix* b, Span span) {
+  if (a->cols != b->rows)
+    return machine.fail(span, fmt::format("cannot multiply {} by {}: the columns of the first are "
+                                          "not as many as the rows of the second",
+                                          shape_text(a), shape_text(b)));
+  MatrixBuilder c(a->rows, b->cols);
+  add_product(c.re(), 1.0, a->re, b->re, a->rows, a->cols, b->cols);
+  if (a->im != nullptr || b->im != nullptr) {
+    add_product(c.re(), -1.0, a->im, b->im, a->rows, a->cols, b->cols);
+    add_product(c.need_im(), 1.0, a->re, b->im, a->rows, a->cols, b->cols);
+    add_product(c.im(), 1.0, a->im, b->re, a->rows, a->cols, b->cols);
+  }
+  return object_value(c.finish(machine.store));
+}
+
+bool is_operand(const Value& v) {
+  return is_number(v) || (is_matrix(v) && !contains_ptrs(matrix(v)));
+}
+
+Value compare_texts(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
+  const bool same = std::strcmp(text(a), text(b)) == 0;
+  if (op == Operator::equal) return number_value(truth(same));
+  if (op == Operator::not_equal) return number_value(truth(!same));
+  return machine.fail(span, fmt::format("text has no '{}'", operator_text(op)));
+}
+
+bool has_imaginary_part(const Value& v) {
+  return is_number(v) ? v.im != 0.0 : matrix(v)->im != nullptr;
+}
+
+}  // namespace
+
+const char* operator_text(Operator op) {
+  constexpr const char* kTexts[] = {"+", "-", "*", "/", "^", "<", "<=", ">", ">=", "==", "!="};
+  return kTexts[static_cast<int>(op)];
+}
+
+Number power(const Number& a, const Number& b) {
+  if (a.imag() == 0.0 && b.imag() == 0.0 && stays_real(Operator::power, a.real(), b.real()))
+    return std::pow(a.real(), b.real());
+  const double n = b.real();
+  if (b.imag() == 0.0 && std::floor(n) == n && std::fabs(n) <= kMostRepeatedProducts) {
+    Number result = 1.0;
+    for (int k = 0; k < static_cast<int>(std::fabs(n)); ++k) result *= a;
+    return n < 0.0 ? 1.0 / result : result;
+  }
+  if (a == 0.0) return b.real() > 0.0 ? Number(0.0) : std::pow(a, b);
+  return std::exp(b * std::log(a));
+}
+
+Value binary(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
+  if (is_text(a) && is_text(b)) return compare_texts(machine, op, a, b, span);
+  if (op == Operator::power && is_matrix(a) && is_number(b))
+    return matrix_power(machine, a, number(b), span);
+  for (const Value* v : {&a, &b}) {
+    if (is_operand(*v)) continue;
+    return machine.fail(span, fmt::format("'{}' does not take {}", operator_text(op),
+                                          is_matrix(*v) ? "a nested array" : kind_name(*v)));
+  }
+  const bool ordered = is_comparison(op) && op != Operator::equal && op != Operator::not_equal;
+  if (ordered && (has_imaginary_part(a) || has_imaginary_part(b)))
+    return machine.fail(span, "complex numbers have no order");
+  if (is_number(a) && is_number(b)) return number_value(element_result(op, number(a), number(b)));
+  if (is_matrix(a) && is_matrix(b)) {
+    if (op == Operator::multiply) return product(machine, matrix(a), matrix(b), span);
+    if (matrix(a)->rows != matrix(b)->rows || matrix(a)->cols != matrix(b)->cols)
+      return machine.fail(span,
+                          fmt::format("'{}' needs equal shapes, not {} and {}", operator_text(op),
+                                      shape_text(matrix(a)), shape_text(matrix(b))));
+  }
+  return elementwise(machine, op, a, b);
+}
+
+Value negate(Machine& machine, const Value& a, Span span) {
+  if (is_number(a)) return number_value(-a.re, a.im == 0.0 ? 0.0 : -a.im);
+  if (!is_operand(a))
+    return machine.fail(
+        span, fmt::format("'-' does not take {}", is_matrix(a) ? "a nested array" : kind_name(a)));
+  const aMatrix* const m = matrix(a);
+  MatrixBuilder result(m->rows, m->cols);
+  for (std::ptrdiff_t k = 0; k < element_count(m); ++k) result.set(k, -re_at(m, k), -im_at(m, k));
+  return object_value(result.finish(machine.store));
+}
+
+}  // namespace worksheet

@@ -1,0 +1,25 @@
+// Values and outcomes for people.
+#pragma once
+
+#include <string>
+
+#include "host/worksheet/machine.hpp"
+#include "host/worksheet/session.hpp"
+
+namespace worksheet {
+
+struct DisplayOptions {
+  int digits = 6;            // Significant digits.
+  bool colour = false;       // Terminal colours.
+  bool show_source = false;  // Show the expression in front of its value.
+  int most_rows = 24;        // Longer and wider matrices are elided.
+  int width = 100;           // Of a line, in characters.
+};
+
+std::string number_text(const Number& z, int digits);
+
+// The text of an outcome, lines with their newlines; empty if there is nothing to show.
+std::string outcome_text(const Machine& machine, const Outcome& outcome,
+                         const DisplayOptions& options);
+
+}  // namespace worksheet

@@ -1,0 +1,32 @@
+// The functions that the language has of its own.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/worksheet/machine.hpp"
+#include "host/worksheet/value.hpp"
+
+namespace worksheet {
+
+struct Elementary {
+  const char* name;
+  std::size_t argument_count;
+  // The arguments are as many as they should be; `spans` are their places.
+  Value (*evaluate)(Machine& machine, std::span<const Value> arguments, Span span,
+                    std::span<const Span> spans);
+};
+
+// Null if there is none of that name.
+const Elementary* find_elementary(std::string_view name);
+const double* find_constant(std::string_view name);
+
+// All their names, the constants' included.
+std::vector<std::string> elementary_names();
+
+Value call_elementary(Machine& machine, const Elementary& function,
+                      std::span<const Value> arguments, Span span, std::span<const Span> spans);
+
+}  // namespace worksheet

@@ -1,0 +1,187 @@
+#include "host/worksheet/expressions.hpp"
+
+#include <array>
+#include <cmath>
+
+#include "fmt/format.h"
+#include "host/worksheet/matrices.hpp"
+
+namespace worksheet {
+
+Value TextNode::evaluate(Machine& machine) const {
+  aString* const made = machine.store.new_string(text.c_str());
+  return made != nullptr ? object_value(made) : machine.out_of_memory(span);
+}
+
+Value VariableNode::evaluate(Machine& machine) const {
+  if (variable->defined) return variable->value;
+  if (constant != nullptr) return number_value(*constant);
+  return machine.fail(span, fmt::format("unknown name: {}", variable->name));
+}
+
+namespace {
+
+// The usual case of an operator between numbers; false where more is to be said.
+bool combine_reals(Operator op, Value& a, const Value& b) {
+  if (!is_plain_real(a) || !is_plain_real(b)) return false;
+  switch (op) {
+    case Operator::add:
+      a.re += b.re;
+      return true;
+    case Operator::subtract:
+      a.re -= b.re;
+      return true;
+    case Operator::multiply:
+      a.re *= b.re;
+      return true;
+    case Operator::divide:
+      a.re /= b.re;
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+Value ChainNode::evaluate(Machine& machine) const {
+  Value result = first->evaluate(machine);
+  if (is_error(result)) return result;
+  for (const Term& term : terms) {
+    const Value b = term.operand->evaluate(machine);
+    if (is_error(b)) return b;
+    if (combine_reals(term.op, result, b)) continue;
+    result = binary(machine, term.op, result, b, term.op_span);
+    if (is_error(result)) return result;
+  }
+  return result;
+}
+
+Value NegateNode::evaluate(Machine& machine) const {
+  const Value a = operand->evaluate(machine);
+  return is_error(a) ? a : negate(machine, a, span);
+}
+
+Value TransposeNode::evaluate(Machine& machine) const {
+  const Value a = operand->evaluate(machine);
+  if (is_error(a)) return a;
+  if (row == nullptr) return machine.fail(span, "no pack gives a transpose");
+  return machine.call(*row, {&a, 1}, span, {&operand->span, 1});
+}
+
+namespace {
+
+// The position, counted from 0, that a subscript counted from the origin means; an error value in
+// *error otherwise.
+std::ptrdiff_t position(Machine& machine, const Node& node, double origin, std::ptrdiff_t size,
+                        Value* error) {
+  const Value v = node.evaluate(machine);
+  if (is_error(v)) {
+    *error = v;
+  } else if (!is_plain_real(v) || std::floor(v.re) != v.re) {
+    *error = machine.fail(node.span, "an index must be an integer");
+  } else if (!(v.re >= origin && v.re < origin + static_cast<double>(size))) {
+    *error = machine.fail(node.span, fmt::format("index {} is outside of {} to {}", v.re, origin,
+                                                 origin + static_cast<double>(size) - 1));
+  } else {
+    return static_cast<std::ptrdiff_t>(v.re - origin);
+  }
+  return 0;
+}
+
+Value element(const Machine& machine, const aMatrix* m, std::ptrdiff_t k) {
+  const double re = re_at(m, k);
+  if (efi::is_nested_element(re)) return machine.nested(re);
+  return number_value(re, im_at(m, k));
+}
+
+}  // namespace
+
+Value IndexNode::evaluate(Machine& machine) const {
+  const Value a = array->evaluate(machine);
+  if (is_error(a)) return a;
+  if (!is_matrix(a))
+    return machine.fail(array->span, fmt::format("{} has no elements", kind_name(a)));
+  const aMatrix* const m = matrix(a);
+  if (!is_plain_real(origin->value)) return machine.fail(span, "ORIGIN must be a real number");
+  const double start = origin->value.re;
+  Value error;
+  if (indices.size() == 1) {
+    if (m->rows != 1 && m->cols != 1)
+      return machine.fail(span, fmt::format("a {} matrix needs two indices", shape_text(m)));
+    const std::ptrdiff_t k = position(machine, *indices[0], start, element_count(m), &error);
+    return is_error(error) ? error : element(machine, m, k);
+  }
+  const std::ptrdiff_t i = position(machine, *indices[0], start, m->rows, &error);
+  if (is_error(error)) return error;
+  const std::ptrdiff_t j = position(machine, *indices[1], start, m->cols, &error);
+  return is_error(error) ? error : element(machine, m, j * m->leading_dimension + i);
+}
+
+namespace {
+
+// What a nested array holds of a value: numbers as they are, matrices as copies that say so.
+Anyval* nested_copy(Machine& machine, const Value& v) {
+  if (!is_matrix(v)) return v.object;
+  aMatrix* const copy = copy_of(machine, matrix(v));
+  copy->flags |= kIsNestedValue;
+  return copy;
+}
+
+}  // namespace
+
+Value MatrixNode::evaluate(Machine& machine) const {
+  const auto n = static_cast<std::ptrdiff_t>(cols);
+  const auto m = static_cast<std::ptrdiff_t>(elements.size()) / n;
+  MatrixBuilder result(m, n);
+  bool nested = false;
+  for (std::size_t at = 0; at < elements.size(); ++at) {
+    const Value v = elements[at]->evaluate(machine);
+    if (is_error(v)) return v;
+    if (is_none(v)) return machine.fail(elements[at]->span, "an element has no value");
+    const auto index = static_cast<std::ptrdiff_t>(at);
+    const std::ptrdiff_t k = index % n * m + index / n;
+    if (is_number(v)) {
+      result.set(k, v.re, v.im);
+    } else {
+      result.re()[k] = efi::nested_element(nested_copy(machine, v));
+      nested = true;
+    }
+  }
+  aMatrix* const made = result.finish(machine.store);
+  if (nested) made->flags |= kHoldsNested;
+  return object_value(made);
+}
+
+Value CallNode::evaluate(Machine& machine) const {
+  const std::size_t since = machine.store.size();
+  std::array<Value, kMostArguments> values;
+  for (std::size_t k = 0; k < arguments.size(); ++k) {
+    values[k] = arguments[k]->evaluate(machine);
+    if (is_error(values[k])) return values[k];
+    if (is_none(values[k])) return machine.fail(spans[k], "the argument has no value");
+  }
+  const Value result = call(machine, {values.data(), arguments.size()});
+  machine.collect(result, since);
+  return result;
+}
+
+Value CallNode::call(Machine& machine, std::span<const Value> values) const {
+  const bool known = variable == nullptr || variable->defined;
+  const Value& held = variable == nullptr ? machine.parameter(parameter) : variable->value;
+  if (known && has_kind(held, kFunctionKind)) return machine.call(function_of(held), values, span);
+  if (elementary != nullptr) return call_elementary(machine, *elementary, values, span, spans);
+  if (row != nullptr) return machine.call(*row, values, span, spans);
+  return machine.fail(span, known ? fmt::format("{} is {}, not a function", name, kind_name(held))
+                                  : fmt::format("unknown name: {}", name));
+}
+
+Value IfNode::evaluate(Machine& machine) const {
+  const Value condition = arguments[0]->evaluate(machine);
+  if (is_error(condition)) return condition;
+  if (!is_plain_real(condition))
+    return machine.fail(arguments[0]->span, "a condition must be a plain real number");
+  return arguments[condition.re != 0.0 ? 1 : 2]->evaluate(machine);
+}
+
+}  // namespace worksheet

@@ -1,0 +1,245 @@
+#include "host/worksheet/machine.hpp"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "fmt/format.h"
+#include "host/efiutils/watch.hpp"
+#include "host/worksheet/node.hpp"
+#include "pack/fp_control.hpp"
+
+namespace worksheet {
+
+Anyval kNoValue = {-1};
+
+namespace {
+
+constexpr double kDefaultTolerance = 1e-9;
+
+// The most stack that an evaluation may take, if the system grants it; a quarter of what there is
+// stays for the functions of packs.
+constexpr std::size_t kUsualStack = 8u << 20;
+
+std::size_t stack_budget() {
+  rlimit limit;
+  if (getrlimit(RLIMIT_STACK, &limit) != 0) return kUsualStack / 2;
+  return std::min<std::size_t>(limit.rlim_cur, kUsualStack) / 4 * 3;
+}
+
+// Puts masked exceptions in force while worksheet code runs inside a pack's function.
+struct PlainArithmetic {
+#if MATRIX_HAS_MXCSR
+  PlainArithmetic() : saved(_mm_getcsr()) {
+    if ((saved & matrix_pack::kAllMasked) != matrix_pack::kAllMasked)
+      _mm_setcsr(matrix_pack::kAllMasked);
+  }
+  ~PlainArithmetic() {
+    if ((saved & matrix_pack::kAllMasked) != matrix_pack::kAllMasked) _mm_setcsr(saved);
+  }
+  std::uint32_t saved;
+#endif
+};
+
+const char* plural(std::size_t count) {
+  return count == 1 ? "" : "s";
+}
+
+}  // namespace
+
+const char* kind_name(const Value& v) {
+  if (is_number(v)) return "a number";
+  if (is_none(v)) return "nothing";
+  if (is_matrix(v)) return "a matrix";
+  if (is_text(v)) return "text";
+  if (is_function(v)) return "a function";
+  return is_error(v) ? "an error" : "a value of an unknown kind";
+}
+
+// The part of the machine's state that belongs to one call of a worksheet function.
+struct Machine::Activation {
+  Activation(Machine& m, const Value* parameters, const Source* source)
+      : machine(m), saved_parameters(m.parameters_), saved_source(m.source_) {
+    m.parameters_ = parameters;
+    m.source_ = source;
+  }
+  ~Activation() {
+    machine.parameters_ = saved_parameters;
+    machine.source_ = saved_source;
+  }
+  Machine& machine;
+  const Value* saved_parameters;
+  const Source* saved_source;
+};
+
+Machine::Machine() {
+  evaluator.apply_function = [this](Anyval* function, const sCons* arguments) {
+    return apply(function, arguments);
+  };
+  Variable* const origin = variable("ORIGIN");
+  origin->value = number_value(0.0);
+  origin->defined = true;
+  Variable* const tolerance = variable("TOL");
+  tolerance->value = number_value(kDefaultTolerance);
+  tolerance->defined = true;
+}
+
+Machine::~Machine() = default;
+
+Variable* Machine::variable(std::string_view name) {
+  auto& slot = variables_[std::string(name)];
+  if (slot == nullptr) slot = std::make_unique<Variable>(Variable{std::string(name), {}, false});
+  return slot.get();
+}
+
+void Machine::add_pack(std::unique_ptr<Pack> pack) {
+  for (Row& row : pack->rows())
+    for (const std::string& name : row.context) row.variables.push_back(variable(name));
+  packs.push_back(std::move(pack));
+}
+
+const Row* Machine::find_row(std::string_view name) const {
+  for (const auto& pack : packs)
+    for (const Row& row : pack->rows())
+      if (row.name == name) return &row;
+  return nullptr;
+}
+
+Function* Machine::keep(std::unique_ptr<Function> function) {
+  functions_.push_back(std::move(function));
+  return functions_.back().get();
+}
+
+Value Machine::evaluate(const Node& node, const Source& source) {
+  stack_limit_ = static_cast<const char*>(__builtin_frame_address(0)) - stack_budget();
+  place_ = {};
+  const Activation activation(*this, nullptr, &source);
+  return node.evaluate(*this);
+}
+
+Value Machine::fail(Span span, std::string_view message) {
+  return fail_with(span, mkError(&context, std::string(message).c_str(), 0));
+}
+
+Value Machine::fail_with(Span span, Anyval* error) {
+  if (place_.error != error) place_ = {static_cast<const aError*>(error), source_, span};
+  return object_value(error);
+}
+
+bool Machine::deeply_nested() const {
+  return static_cast<const char*>(__builtin_frame_address(0)) < stack_limit_;
+}
+
+Value Machine::call(const Function& function, std::span<const Value> arguments, Span span) {
+  const std::size_t wanted = function.parameters.size();
+  if (arguments.size() != wanted)
+    return fail(span, fmt::format("{} takes {} argument{}, not {}", function.name, wanted,
+                                  plural(wanted), arguments.size()));
+  if (interrupted) return fail(span, "interrupted");
+  if (deeply_nested()) return fail(span, "calls are nested too deeply");
+  const Activation activation(*this, arguments.data(), function.source.get());
+  return function.body->evaluate(*this);
+}
+
+Anyval* Machine::apply(Anyval* function, const sCons* list) {
+  // A pack that needs an earlier value for longer holds it in a word of its frame.
+  if (last_applied_ != nullptr) {
+    const auto& words = evaluator.words();
+    if (std::none_of(words.begin(), words.end(), [&](Anyval** w) { return *w == last_applied_; }))
+      store.drop_newest(last_applied_);
+    last_applied_ = nullptr;
+  }
+  const PlainArithmetic plain;
+  if (function == nullptr || function->kind != kFunctionKind)
+    return mkError(&context, "must be function", 0);
+  std::array<Value, kMostArguments> arguments;
+  std::size_t count = 0;
+  for (; list != nullptr && count < kMostArguments; list = list->cdr)
+    arguments[count++] = unboxed(static_cast<Anyval*>(const_cast<void*>(list->car)));
+
+  const std::size_t since = store.size();
+  const Function& body = function_of(object_value(function));
+  const Value value = call(body, {arguments.data(), count}, pack_call_);
+  collect(value, since);
+  if (value.unit != nullptr)
+    return fail(pack_call_, body.name + " gives a value with a unit; a plain one is needed").object;
+  Anyval* const result = boxed(value);
+  if (result == nullptr) return sError_OutOfMemory;
+  if (is_number(value)) last_applied_ = result;
+  return result;
+}
+
+Anyval* Machine::boxed(const Value& value) {
+  return is_number(value) ? store.new_scalar(value.re, value.im) : value.object;
+}
+
+Value Machine::unboxed(Anyval* object) const {
+  if (object->kind != kScalarKind) return object_value(object);
+  const auto* const scalar = static_cast<const aComplex*>(object);
+  return number_value(scalar->re, scalar->im);
+}
+
+Value Machine::nested(double element) const {
+  return unboxed(efi::nested_value(element));
+}
+
+Value Machine::call(const Row& row, std::span<const Value> arguments, Span span,
+                    std::span<const Span> spans) {
+  if (arguments.size() != row.argument_count)
+    return fail(span, fmt::format("{} takes {} argument{}, not {}", row.name, row.argument_count,
+                                  plural(row.argument_count), arguments.size()));
+  std::vector<Anyval*> boxes;
+  for (const Value& value : arguments) boxes.push_back(boxed(value));
+  for (const Variable* variable : row.variables) {
+    if (!variable->defined)
+      return fail(span, fmt::format("{} needs the variable {}", row.name, variable->name));
+    boxes.push_back(boxed(variable->value));
+  }
+  if (std::find(boxes.begin(), boxes.end(), nullptr) != boxes.end()) return out_of_memory(span);
+  return call_pack(
+      row.name, [&] { return call_handler(row.entry->handler, &context, boxes); }, boxes, span,
+      spans);
+}
+
+Value Machine::call_pack(const std::string& name, const std::function<Anyval*()>& entry,
+                         std::span<Anyval* const> boxes, Span span, std::span<const Span> spans) {
+  const Span outer = std::exchange(pack_call_, span);
+  efi::PackWatch watch(store, evaluator, boxes, care);
+  Anyval* const result = entry();
+  const std::string verdict = watch.verdict(result);
+  pack_call_ = outer;
+  last_applied_ = nullptr;
+  if (!verdict.empty()) return fail(span, fmt::format("{}: the pack {}", name, verdict));
+  if (result == nullptr) {
+    // A matrix without part arrays has no elements to work on: packs may answer with nothing.
+    const bool lean = std::any_of(boxes.begin(), boxes.end(), [](const Anyval* box) {
+      const auto* const m = static_cast<const aMatrix*>(box);
+      return box->kind == kMatrixKind && m->re == nullptr && m->im == nullptr;
+    });
+    return lean ? object_value(&kNoValue) : fail(span, name + ": the pack gave no value");
+  }
+  if (result->kind != kErrorKind) return unboxed(result);
+  const auto* const error = static_cast<const aError*>(result);
+  const auto arg = static_cast<std::size_t>(error->arg);
+  return fail_with(arg >= 1 && arg <= spans.size() ? spans[arg - 1] : span, result);
+}
+
+void Machine::collect(const Value& result, std::size_t since) {
+  if (store.size() == since) return;
+  last_applied_ = nullptr;
+  Anyval* const roots[] = {result.object, const_cast<aError*>(place_.error)};
+  store.collect(roots, since);
+}
+
+void Machine::collect_all() {
+  last_applied_ = nullptr;
+  place_ = {};
+  std::vector<Anyval*> roots;
+  for (const auto& [name, variable] : variables_)
+    if (variable->defined) roots.push_back(variable->value.object);
+  store.collect(roots);
+}
+
+}  // namespace worksheet

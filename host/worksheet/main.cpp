@@ -1,0 +1,207 @@
+// The worksheet application.
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+#include "host/efiutils/catalogue.hpp"
+#include "host/efiutils/fault_translation.hpp"
+#include "host/worksheet/display.hpp"
+#include "host/worksheet/json_output.hpp"
+#include "host/worksheet/listing.hpp"
+#include "host/worksheet/prompt.hpp"
+#include "host/worksheet/session.hpp"
+
+namespace {
+
+using namespace worksheet;
+
+constexpr int kAllWell = 0;
+constexpr int kSomeError = 1;
+constexpr int kWrongUsage = 2;
+
+struct Options {
+  std::vector<std::string> expressions;
+  std::string file;
+  std::vector<std::string> packs;
+  std::string register_path, unregister_path;
+  bool json = false;
+  bool list_functions = false;
+  bool list_packs = false;
+  int digits = DisplayOptions().digits;
+};
+
+void complain(const std::string& what) {
+  fmt::print(stderr, "worksheet: {}\n", what);
+}
+
+// What the handler of SIGINT reaches.
+Machine* interruptible = nullptr;
+
+void on_interrupt(int) {
+  interruptible->interrupted = 1;
+}
+
+// Ctrl-C ends the evaluation under way. Calls into the system are not resumed: the prompt notices.
+void install_interruption(Machine& machine) {
+  interruptible = &machine;
+  struct sigaction action = {};
+  action.sa_handler = on_interrupt;
+  sigaction(SIGINT, &action, nullptr);
+}
+
+// --- Packs ---
+
+void add_named_packs(Machine& machine, const std::vector<std::string>& paths) {
+  for (const std::string& path : paths) machine.add_pack(std::make_unique<Pack>(path));
+}
+
+// The packs of the catalogue; one that cannot be had is reported and left out.
+void add_registered_packs(Machine& machine) {
+  try {
+    for (const efi::CatalogueEntry& entry : efi::read_catalogue()) try {
+        machine.add_pack(std::make_unique<Pack>(entry.path));
+      } catch (const PackError& error) {
+        complain(fmt::format("a registered pack is left out: {}", error.what()));
+      }
+  } catch (const efi::CatalogueError& error) {
+    complain(error.what());
+  }
+}
+
+// Throws PackError when there is no pack at all.
+void add_packs(Machine& machine, const Options& options) {
+  add_named_packs(machine, options.packs);
+  if (machine.packs.empty()) add_registered_packs(machine);
+  if (!machine.packs.empty()) return;
+  const std::string path = neighbouring_pack();
+  if (path.empty()) throw PackError("there is no function pack: name one with --pack");
+  machine.add_pack(std::make_unique<Pack>(path));
+}
+
+// --- What the program does ---
+
+Session::Report json_report() {
+  return [](const Machine& machine, const Outcome& outcome) {
+    std::cout << json_line(outcome_json(machine, outcome)) << std::endl;
+  };
+}
+
+Session::Report text_report(const DisplayOptions& options) {
+  return [options](const Machine& machine, const Outcome& outcome) {
+    std::cout << outcome_text(machine, outcome, options) << std::flush;
+  };
+}
+
+bool wants_colour() {
+  const char* const forbidden = std::getenv("NO_COLOR");
+  return isatty(STDOUT_FILENO) && (forbidden == nullptr || *forbidden == '\0');
+}
+
+void run_expressions(Session& session, const std::vector<std::string>& expressions) {
+  int line = 1;
+  for (const std::string& expression : expressions) {
+    if (session.machine().interrupted) return;
+    std::istringstream text(expression);
+    session.run_text(text, line++);
+  }
+}
+
+bool run_file(Session& session, const std::string& path) {
+  if (path == "-") {
+    session.run_text(std::cin);
+    return true;
+  }
+  std::error_code ignored;
+  std::ifstream file(path);
+  if (!file || std::filesystem::is_directory(path, ignored)) {
+    complain(fmt::format("{}: cannot be read", path));
+    return false;
+  }
+  const auto directory = std::filesystem::path(path).parent_path();
+  session.machine().directory = directory.empty() ? "." : directory.string();
+  session.run_text(file);
+  return true;
+}
+
+int run(const Options& options) {
+  DisplayOptions display;
+  display.digits = options.digits;
+  display.colour = wants_colour();
+  display.show_source = !options.file.empty();
+  Session session(options.json ? json_report() : text_report(display));
+  add_packs(session.machine(), options);
+  if (options.list_functions) {
+    std::cout << (options.json ? functions_json(session.machine())
+                               : functions_text(session.machine()));
+    return kAllWell;
+  }
+  install_interruption(session.machine());
+  run_expressions(session, options.expressions);
+  if (!options.file.empty()) {
+    if (!run_file(session, options.file)) return kWrongUsage;
+  } else if (options.expressions.empty()) {
+    if (isatty(STDIN_FILENO) && !options.json)
+      run_prompt(session);
+    else
+      session.run_text(std::cin);
+  }
+  return session.failed() ? kSomeError : kAllWell;
+}
+
+int manage_catalogue(const Options& options) {
+  if (!options.register_path.empty()) Pack(options.register_path).register_pack();
+  if (!options.unregister_path.empty()) Pack(options.unregister_path).unregister_pack();
+  if (options.list_packs) std::cout << (options.json ? packs_json() : packs_text());
+  return kAllWell;
+}
+
+void declare(CLI::App& app, Options& options) {
+  app.add_option("FILE", options.file, "The worksheet; - is standard input; none: interactive");
+  app.add_option("-e", options.expressions, "Evaluate EXPR, before FILE's statements")
+      ->type_name("EXPR")
+      ->allow_extra_args(false);
+  app.add_flag("--json", options.json, "Print one JSON object per statement");
+  app.add_option("--pack", options.packs, "Load this pack")
+      ->type_name("PATH")
+      ->allow_extra_args(false);
+  app.add_flag("--functions", options.list_functions, "List the functions of the packs");
+  app.add_option("--register", options.register_path, "Enter a pack into the catalogue")
+      ->type_name("PATH");
+  app.add_option("--unregister", options.unregister_path, "Remove a pack from the catalogue")
+      ->type_name("PATH");
+  app.add_flag("--packs", options.list_packs, "List the packs of the catalogue");
+  app.add_option("--digits", options.digits, "Show numbers with N significant digits")
+      ->type_name("N")
+      ->check(CLI::Range(1, 17));
+  app.set_version_flag("--version", "worksheet " WORKSHEET_VERSION);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  efi::install_fault_translation();
+  Options options;
+  CLI::App app("Evaluates worksheets with the functions of loadable packs.", "worksheet");
+  declare(app, options);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kAllWell : kWrongUsage;
+  }
+  try {
+    const bool catalogue =
+        options.list_packs || !options.register_path.empty() || !options.unregister_path.empty();
+    return catalogue ? manage_catalogue(options) : run(options);
+  } catch (const PackError& error) {
+    complain(error.what());
+  } catch (const efi::CatalogueError& error) {
+    complain(error.what());
+  }
+  return kWrongUsage;
+}

@@ -1,0 +1,51 @@
+# Sourced by ./run, ./check and ./bench: the packages of packages.txt, and incremental builds.
+# Nothing here writes to standard output.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+# Installs the Debian packages that are listed and not there.
+install_packages() {
+  local package missing=()
+  while read -r package; do
+    [[ -z $package || $package == \#* ]] && continue
+    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok installed' ||
+      missing+=("$package")
+  done <"$root/packages.txt"
+  ((${#missing[@]})) || return 0
+
+  local as_root=()
+  if ((EUID != 0)); then
+    if ! command -v sudo >/dev/null; then
+      echo "These Debian packages are missing: ${missing[*]}" >&2
+      return 1
+    fi
+    as_root=(sudo)
+  fi
+  echo "Installing ${missing[*]}" >&2
+  local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq)
+  { "${apt[@]}" update && "${apt[@]}" install --yes --no-install-recommends "${missing[@]}"; } >&2
+}
+
+# build PRESET [TARGET...]: configures if need be and builds. Shows the progress of a first build;
+# of a later one only what goes wrong.
+build() (
+  local preset=$1
+  shift
+  local directory=$root/build/$preset
+  mkdir -p "$directory"
+  # One build at a time: two programs may be started at once. What a build starts does not keep the
+  # lock.
+  exec 9>"$root/build/.lock"
+  flock 9
+  cd "$root"
+  steps() {
+    [[ -f $directory/build.ninja ]] || cmake --preset "$preset"
+    cmake --build "$directory" ${1:+--target "$@"}
+  }
+  if [[ -f $directory/.built ]]; then
+    steps "$@" >"$directory/build.log" 2>&1 9>&- || { cat "$directory/build.log" >&2; exit 1; }
+  else
+    steps "$@" >&2 9>&-
+    touch "$directory/.built"
+  fi
+)
