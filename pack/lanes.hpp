@@ -22,17 +22,29 @@ constexpr int kWidth = 2;
 constexpr int kParts = kLanes / kWidth;
 
 typedef double Vector __attribute__((vector_size(8 * kWidth)));
-typedef double UnalignedVector __attribute__((vector_size(8 * kWidth), aligned(8), may_alias));
 typedef long long VectorBits __attribute__((vector_size(8 * kWidth)));
 
 #define MATRIX_LANES_INLINE [[maybe_unused]] inline __attribute__((always_inline))
 
+// Loads and stores of any width, a single double included.
+template <class V>
+MATRIX_LANES_INLINE V load(const double* p) {
+  typedef V Unaligned __attribute__((aligned(8), may_alias));
+  return *reinterpret_cast<const Unaligned*>(p);
+}
+
+template <class V>
+MATRIX_LANES_INLINE void store(double* p, V x) {
+  typedef V Unaligned __attribute__((aligned(8), may_alias));
+  *reinterpret_cast<Unaligned*>(p) = x;
+}
+
 MATRIX_LANES_INLINE Vector load_vector(const double* p) {
-  return *reinterpret_cast<const UnalignedVector*>(p);
+  return load<Vector>(p);
 }
 
 MATRIX_LANES_INLINE void store_vector(double* p, Vector x) {
-  *reinterpret_cast<UnalignedVector*>(p) = x;
+  store(p, x);
 }
 
 MATRIX_LANES_INLINE Vector magnitude(Vector x) {
@@ -42,6 +54,27 @@ MATRIX_LANES_INLINE Vector magnitude(Vector x) {
 struct Lanes {
   Vector part[kParts];
 };
+
+// Calls body(k, V{}) for stretches of elements from k on that together cover from...n: as many of
+// the full width as fit, then at most one of each smaller width. Nothing beyond n is touched.
+template <class Body>
+MATRIX_LANES_INLINE void over_elements(std::ptrdiff_t from, std::ptrdiff_t n, Body body) {
+  typedef double Four __attribute__((vector_size(32)));
+  typedef double Two __attribute__((vector_size(16)));
+  std::ptrdiff_t k = from;
+  for (; k + kWidth <= n; k += kWidth) body(k, Vector{});
+  if constexpr (kWidth > 4)
+    if (k + 4 <= n) {
+      body(k, Four{});
+      k += 4;
+    }
+  if constexpr (kWidth > 2)
+    if (k + 2 <= n) {
+      body(k, Two{});
+      k += 2;
+    }
+  if (k < n) body(k, double{});
+}
 
 // sums[q] += x[q] * y[q]
 MATRIX_LANES_INLINE void add_products(Lanes& sums, const double* x, const double* y) {
