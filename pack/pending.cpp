@@ -5,7 +5,6 @@
 #include "pack/exports.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
-#include "svd/svd.hpp"
 
 namespace matrix_pack {
 
@@ -69,12 +68,6 @@ Anyval* genvals(EfiCallContext* context, Anyval*, Anyval*, Anyval*) {
   return not_available(context);
 }
 Anyval* genvecs(EfiCallContext* context, Anyval*, Anyval*, Anyval*) {
-  return not_available(context);
-}
-Anyval* svd(EfiCallContext* context, Anyval*) {
-  return not_available(context);
-}
-Anyval* svds(EfiCallContext* context, Anyval*) {
   return not_available(context);
 }
 

@@ -1,0 +1,68 @@
+#include "svd/recorded_rotations.hpp"
+
+#include <algorithm>
+#include <memory>
+
+#include "pack/vector_kernels.hpp"
+
+namespace matrix_pack {
+
+namespace {
+
+// The first address of a cache line at or after p.
+double* line_start(double* p, std::ptrdiff_t doubles_per_line) {
+  void* address = p;
+  std::size_t space = 2 * static_cast<std::size_t>(doubles_per_line) * sizeof(double);
+  const std::size_t line = space / 2;
+  return static_cast<double*>(std::align(line, line, address, space));
+}
+
+}  // namespace
+
+RecordedRotations::RecordedRotations(std::ptrdiff_t n, const Factor& left_factor,
+                                     const Factor& right_factor, double* work)
+    : n(n),
+      left_factor(left_factor),
+      right_factor(right_factor),
+      panel(line_start(work, kLine)),
+      signs(panel + kPanelRows * n),
+      right_rotations(reinterpret_cast<Rotation*>(signs + n)),
+      left_rotations(right_rotations + kSweeps * n),
+      next_right(right_rotations),
+      next_left(left_rotations) {
+  std::fill_n(signs, n, 1.0);
+}
+
+void RecordedRotations::begin_sweep(std::ptrdiff_t l, std::ptrdiff_t count) {
+  if (sweep_count == kSweeps) apply();
+  right_sweeps[sweep_count] = {l, count, next_right};
+  left_sweeps[sweep_count] = {l, count, next_left};
+  ++sweep_count;
+}
+
+// Rare, and not between neighbours: applied at once.
+void RecordedRotations::cancel(std::ptrdiff_t p, std::ptrdiff_t i, double c, double s) {
+  apply();
+  vector_kernels().rotate(left_factor.rows, c, s, left_factor.a + p * left_factor.ld,
+                          left_factor.a + i * left_factor.ld);
+}
+
+void RecordedRotations::apply() {
+  if (sweep_count == 0) return;
+  svd_kernels().rotate_columns(right_factor.rows, right_factor.a, right_factor.ld, right_sweeps,
+                               sweep_count, panel);
+  svd_kernels().rotate_columns(left_factor.rows, left_factor.a, left_factor.ld, left_sweeps,
+                               sweep_count, panel);
+  sweep_count = 0;
+  next_right = right_rotations;
+  next_left = left_rotations;
+}
+
+void RecordedRotations::finish() {
+  apply();
+  for (std::ptrdiff_t k = 0; k < n; ++k)
+    if (signs[k] < 0.0)
+      vector_kernels().scale(right_factor.rows, -1.0, right_factor.a + k * right_factor.ld);
+}
+
+}  // namespace matrix_pack
