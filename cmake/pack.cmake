@@ -9,8 +9,7 @@ list(FILTER kernel_sources INCLUDE REGEX "_kernels\\.cpp$")
 list(FILTER pack_sources EXCLUDE REGEX "_kernels\\.cpp$")
 
 add_library(pack_objects OBJECT ${pack_sources})
-target_link_libraries(pack_objects PUBLIC matrix_options)
-target_compile_options(pack_objects PRIVATE -fnon-call-exceptions -fasynchronous-unwind-tables)
+target_link_libraries(pack_objects PUBLIC matrix_options PRIVATE matrix_faulting)
 set(pack_parts pack_objects)
 
 function(add_kernel_set name)

@@ -74,13 +74,15 @@ Anyval* extract(EfiCallContext* context, const aMatrix* a, const Bounds& bounds)
 
   const int rows = static_cast<int>(std::fabs(r2 - r1)) + 1;
   const int cols = static_cast<int>(std::fabs(c2 - c1)) + 1;
+  const int first_row = static_cast<int>(r1);
+  const int first_col = static_cast<int>(c1);
   const int row_step = r1 > r2 ? -1 : 1;
   const int col_step = c1 > c2 ? -1 : 1;
   const auto part_of_block = [&](const double* part) {
     Doubles block = new_part(rows, cols);
     if (block)
-      copy_block(part, a->leading_dimension, rows, cols, static_cast<int>(r1), row_step,
-                 static_cast<int>(c1), col_step, block.get());
+      copy_block(part, a->leading_dimension, rows, cols, first_row, row_step, first_col, col_step,
+                 block.get());
     return block;
   };
   Doubles re;

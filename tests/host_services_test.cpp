@@ -133,8 +133,8 @@ TEST(Evaluator, notes_an_unbalanced_bracket) {
 }
 
 TEST(FaultTranslation, gives_the_code_and_the_interrupted_control_word) {
-#if !MATRIX_HAS_MXCSR
-  GTEST_SKIP() << "needs an unmasked exception";
+#if !MATRIX_HAS_MXCSR || defined(__clang__)
+  GTEST_SKIP() << "needs an unmasked exception, and a compiler that unwinds from it";
 #else
   TestHost host;
   std::uint16_t before, after;

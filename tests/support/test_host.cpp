@@ -17,8 +17,8 @@ int to_int(std::size_t n) {
   return static_cast<int>(n);
 }
 
-void fail_at(const std::source_location& where, const std::string& message) {
-  ADD_FAILURE_AT(where.file_name(), static_cast<int>(where.line())) << message;
+void fail_at(Where where, const std::string& message) {
+  ADD_FAILURE_AT(where.file, where.line) << message;
 }
 
 std::vector<std::uint64_t> bits(const double* part, const aMatrix* m) {
@@ -134,14 +134,14 @@ std::vector<aMatrix*> TestHost::parts(const Anyval* joined) {
   return {span.begin(), span.end()};
 }
 
-aMatrix* as_result_matrix(Anyval* value, std::source_location where) {
+aMatrix* as_result_matrix(Anyval* value, Where where) {
   static aMatrix none = {};
   if (value != nullptr && value->kind == kMatrixKind) return static_cast<aMatrix*>(value);
   fail_at(where, "not a matrix: " + describe(value));
   return &none;
 }
 
-Complex number(Anyval* value, std::source_location where) {
+Complex number(Anyval* value, Where where) {
   if (value != nullptr && value->kind == kScalarKind) {
     const auto* scalar = static_cast<aComplex*>(value);
     return {scalar->re, scalar->im};
@@ -150,7 +150,7 @@ Complex number(Anyval* value, std::source_location where) {
   return {kNan, kNan};
 }
 
-double real_number(Anyval* value, std::source_location where) {
+double real_number(Anyval* value, Where where) {
   const Complex z = number(value, where);
   if (z.imag() == 0.0) return z.real();
   fail_at(where, "not real: " + describe(value));
@@ -192,7 +192,7 @@ std::vector<double> column_major(Rows rows) {
   return by_columns(rows);
 }
 
-void expect_matrix(Anyval* value, Rows rows, std::source_location where) {
+void expect_matrix(Anyval* value, Rows rows, Where where) {
   const aMatrix* const m = as_result_matrix(value, where);
   if (m->kind != kMatrixKind) return;
   if (m->im != nullptr) fail_at(where, "has an imaginary array: " + describe(value));
@@ -200,7 +200,7 @@ void expect_matrix(Anyval* value, Rows rows, std::source_location where) {
     fail_at(where, "got " + describe(value));
 }
 
-void expect_complex_matrix(Anyval* value, ComplexRows rows, std::source_location where) {
+void expect_complex_matrix(Anyval* value, ComplexRows rows, Where where) {
   const aMatrix* const m = as_result_matrix(value, where);
   if (m->kind != kMatrixKind) return;
   if (m->im == nullptr) fail_at(where, "has no imaginary array: " + describe(value));
@@ -208,13 +208,13 @@ void expect_complex_matrix(Anyval* value, ComplexRows rows, std::source_location
     fail_at(where, "got " + describe(value));
 }
 
-void expect_number(Anyval* value, double re, double im, std::source_location where) {
+void expect_number(Anyval* value, double re, double im, Where where) {
   const Complex z = number(value, where);
   if (z != Complex(re, im)) fail_at(where, "got " + describe(value));
 }
 
 void expect_error(Anyval* value, const std::string& message, int mark, int arg,
-                  const Anyval* carried, std::source_location where) {
+                  const Anyval* carried, Where where) {
   if (value == nullptr || value->kind != kErrorKind)
     return fail_at(where, "not the error \"" + message + "\": " + describe(value));
   const auto* const error = static_cast<const aError*>(value);
@@ -225,7 +225,7 @@ void expect_error(Anyval* value, const std::string& message, int mark, int arg,
     fail_at(where, "carries " + describe(error->value) + ", not " + describe(carried));
 }
 
-void expect_out_of_memory(Anyval* value, std::source_location where) {
+void expect_out_of_memory(Anyval* value, Where where) {
   if (value != sError_OutOfMemory)
     fail_at(where, "not the value for exhausted memory: " + describe(value));
 }

@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
-#include <source_location>
 #include <string>
 #include <vector>
 
@@ -26,6 +25,15 @@ namespace test {
 using Complex = std::complex<double>;
 using Rows = std::initializer_list<std::initializer_list<double>>;
 using ComplexRows = std::initializer_list<std::initializer_list<Complex>>;
+
+// The place of a call, as a default argument. (std::source_location, which not every compiler has.)
+struct Where {
+  static Where here(const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
+    return {file, line};
+  }
+  const char* file;
+  int line;
+};
 
 class TestHost {
  public:
@@ -76,11 +84,10 @@ class TestHost {
 
 // --- Reading results. Each fails the test, and gives an empty or NaN result, on another kind. ---
 
-aMatrix* as_result_matrix(Anyval* value,
-                          std::source_location where = std::source_location::current());
+aMatrix* as_result_matrix(Anyval* value, Where where = Where::here());
 // The number of a scalar.
-Complex number(Anyval* value, std::source_location where = std::source_location::current());
-double real_number(Anyval* value, std::source_location where = std::source_location::current());
+Complex number(Anyval* value, Where where = Where::here());
+double real_number(Anyval* value, Where where = Where::here());
 // Elements of a matrix; an absent array reads as zeros.
 double re(const aMatrix* m, int i, int j);
 double im(const aMatrix* m, int i, int j);
@@ -93,19 +100,14 @@ std::vector<Complex> elements(const aMatrix* m);
 std::vector<double> column_major(Rows rows);
 
 // Expects a real matrix with exactly these elements (also -0.0 == 0.0), or this real number.
-void expect_matrix(Anyval* value, Rows rows,
-                   std::source_location where = std::source_location::current());
-void expect_complex_matrix(Anyval* value, ComplexRows rows,
-                           std::source_location where = std::source_location::current());
-void expect_number(Anyval* value, double re, double im = 0.0,
-                   std::source_location where = std::source_location::current());
+void expect_matrix(Anyval* value, Rows rows, Where where = Where::here());
+void expect_complex_matrix(Anyval* value, ComplexRows rows, Where where = Where::here());
+void expect_number(Anyval* value, double re, double im = 0.0, Where where = Where::here());
 // Expects an error value. `carried` is the value that it carries.
 void expect_error(Anyval* value, const std::string& message, int mark, int arg,
-                  const Anyval* carried = nullptr,
-                  std::source_location where = std::source_location::current());
+                  const Anyval* carried = nullptr, Where where = Where::here());
 // Expects the host's ready-made value for exhausted memory.
-void expect_out_of_memory(Anyval* value,
-                          std::source_location where = std::source_location::current());
+void expect_out_of_memory(Anyval* value, Where where = Where::here());
 
 // A few words about a value, for messages.
 std::string describe(const Anyval* value);
