@@ -4,6 +4,7 @@
 #include <new>
 #include <span>
 
+#include "host/efiutils/call_log.hpp"
 #include "host/efiutils/store.hpp"
 #include "pack/host_interface.hpp"
 
@@ -69,8 +70,8 @@ bool join(EfiCallContext* context, std::span<aMatrix* const> parts, bool side_by
   aMatrix* joined = nullptr;
   if (re != nullptr && (im != nullptr || !shape.complex)) {
     const auto bytes = static_cast<unsigned>(shape.rows * shape.cols * kElementBytes);
-    joined = aMatrix::mk(store, static_cast<int>(shape.rows), static_cast<int>(shape.cols), re, im,
-                         bytes);
+    joined = store->new_matrix(static_cast<int>(shape.rows), static_cast<int>(shape.cols), re, im,
+                               bytes);
   }
   if (joined == nullptr) {
     ::operator delete(re);
@@ -85,17 +86,20 @@ bool join(EfiCallContext* context, std::span<aMatrix* const> parts, bool side_by
 }  // namespace
 
 bool pack_two_r(EfiCallContext* context, aMatrix* first, aMatrix* second, aMatrix** out) {
+  efi::note_call("pack_two_r");
   aMatrix* const parts[] = {first, second};
   return join(context, parts, true, out);
 }
 
 bool pack_two_rr(EfiCallContext* context, aMatrix* first, aMatrix* second, aMatrix** out) {
+  efi::note_call("pack_two_rr");
   aMatrix* const parts[] = {first, second};
   return join(context, parts, false, out);
 }
 
 bool pack_three_c(EfiCallContext* context, aMatrix* first, aMatrix* second, aMatrix* third,
                   aMatrix** out) {
+  efi::note_call("pack_three_c");
   aMatrix* const parts[] = {first, second, third};
   return join(context, parts, true, out);
 }

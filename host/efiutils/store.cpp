@@ -3,8 +3,11 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <new>
+
+#include "host/efiutils/call_log.hpp"
 
 namespace efi {
 
@@ -20,6 +23,8 @@ struct PartList : Anyval {
   std::int32_t count;
   aMatrix* parts[Store::kMostParts];
 };
+
+const double kUnwritten = std::bit_cast<double>(kUnwrittenBits);
 
 constexpr std::uint64_t kAddressLimit = std::uint64_t{1} << 32;
 
@@ -46,23 +51,18 @@ void* map_low(std::size_t bytes) {
 }  // namespace
 
 bool is_nested_element(double element) {
-  std::uint64_t bits;
-  std::memcpy(&bits, &element, sizeof bits);
-  return is_nested_element(bits);
+  return is_nested_element(std::bit_cast<std::uint64_t>(element));
 }
 
 Anyval* nested_value(double element) {
-  std::uint64_t bits;
-  std::memcpy(&bits, &element, sizeof bits);
+  const auto bits = std::bit_cast<std::uint64_t>(element);
   return reinterpret_cast<Anyval*>(static_cast<std::uintptr_t>(bits & 0xFFFFFFFFu));
 }
 
 double nested_element(const Anyval* value) {
   const std::uint64_t bits = (std::uint64_t{kNestedMark} << 32) |
                              static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(value));
-  double element;
-  std::memcpy(&element, &bits, sizeof element);
-  return element;
+  return std::bit_cast<double>(bits);
 }
 
 // What the host keeps in front of a record. Addresses of records fit 32 bits.
@@ -153,7 +153,8 @@ aComplex* Store::new_scalar(double re, double im) {
 }
 
 void Store::new_scalar(aComplex** out) {
-  *out = new_scalar(0.0, 0.0);
+  note_call("new_scalar");
+  *out = new_scalar(kUnwritten, kUnwritten);
 }
 
 aMatrix* Store::new_matrix(int rows, int cols, double* re, double* im, unsigned bytes) {

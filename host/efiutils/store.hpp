@@ -30,6 +30,9 @@ bool is_nested_element(double element);
 Anyval* nested_value(double element);
 double nested_element(const Anyval* value);
 
+// The NaN that stands where a pack has yet to write.
+inline constexpr std::uint64_t kUnwrittenBits = 0x7FF8'0BAD'F00D'0BAD;
+
 class Store final : public IqlAllocator {
  public:
   static constexpr int kMostParts = 4;

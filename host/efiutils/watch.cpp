@@ -1,5 +1,7 @@
 #include "host/efiutils/watch.hpp"
 
+#include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "pack/fp_control.hpp"
@@ -8,15 +10,27 @@ namespace efi {
 
 namespace {
 
-// A sum over an array's bits that any change of one element alters.
+// A sum over an array's bits that a change of any one element alters: the factor is odd.
 std::uint64_t checksum(const double* part, std::size_t count) {
   std::uint64_t sum = 0;
-  for (std::size_t k = 0; k < count; ++k) {
-    std::uint64_t bits;
-    std::memcpy(&bits, part + k, sizeof bits);
-    sum = sum * 0x9E3779B97F4A7C15u + bits;
-  }
+  for (std::size_t k = 0; k < count; ++k)
+    sum = sum * 0x9E3779B97F4A7C15u + std::bit_cast<std::uint64_t>(part[k]);
   return sum;
+}
+
+// Whether something in the value was never written.
+bool has_unwritten(const Anyval* value) {
+  auto unwritten = [](double x) { return std::bit_cast<std::uint64_t>(x) == kUnwrittenBits; };
+  if (value->kind == kScalarKind) {
+    const auto* const scalar = static_cast<const aComplex*>(value);
+    return unwritten(scalar->re) || unwritten(scalar->im);
+  }
+  if (value->kind != kMatrixKind) return false;
+  const auto* const m = static_cast<const aMatrix*>(value);
+  for (const double* part : {m->re, m->im})
+    if (part != nullptr && std::any_of(part, part + m->byte_size / sizeof(double), unwritten))
+      return true;
+  return false;
 }
 
 template <class Record>
@@ -92,6 +106,9 @@ std::string PackWatch::verdict(const Anyval* result) {
       words = "changed its argument " + std::to_string(k + 1);
   if (result != nullptr && result != sError_OutOfMemory && !store_.owns(result))
     words = "gave a value that is not the host's";
+  else if (result != nullptr && (care_ == Care::elements || result->kind == kScalarKind) &&
+           has_unwritten(result))
+    words = "left a part of its result unwritten";
   return words;
 }
 

@@ -1,8 +1,14 @@
 #include "tests/support/allocation_faults.hpp"
 
+#include <algorithm>
 #include <atomic>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
+
+#include "host/efiutils/store.hpp"
 
 namespace test {
 
@@ -15,15 +21,59 @@ Failing how = Failing::once;
 bool failed = false;
 std::atomic<long> live = 0;
 
+// What stands before an allocation: its size, and a pattern that nobody writes to and that stands
+// behind it as well. The address sanitizer sees more when there is nothing of this kind.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kFenced = false;
+#else
+constexpr bool kFenced = true;
+#endif
+struct Fence {
+  std::uint64_t bytes;
+  std::uint64_t pattern;
+};
+constexpr std::uint64_t kPattern = 0xFE11CEFE11CEFE11;
+constexpr std::size_t kBefore = kFenced ? sizeof(Fence) : 0;
+constexpr std::size_t kBehind = kFenced ? sizeof kPattern : 0;
+
+// Huge arrays are left to the system: some tests ask for more than there is.
+constexpr std::size_t kMostFilled = std::size_t{1} << 28;
+
 void* allocate(std::size_t bytes) {
-  void* const p = allocation_fails() ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
-  if (p != nullptr) ++live;
-  return p;
+  if (allocation_fails()) return nullptr;
+  auto* const whole =
+      static_cast<char*>(std::malloc(kBefore + std::max<std::size_t>(bytes, 1) + kBehind));
+  if (whole == nullptr) return nullptr;
+  char* const memory = whole + kBefore;
+  for (std::size_t at = 0; at + 8 <= bytes && bytes <= kMostFilled; at += 8)
+    std::memcpy(memory + at, &efi::kUnwrittenBits, sizeof efi::kUnwrittenBits);
+  if (kFenced) {
+    const Fence fence = {bytes, kPattern};
+    std::memcpy(whole, &fence, sizeof fence);
+    std::memcpy(memory + bytes, &kPattern, sizeof kPattern);
+  }
+  ++live;
+  return memory;
+}
+
+// Ends the program when the fences of an allocation are broken, and breaks them.
+void check_fences(char* memory) {
+  Fence fence;
+  std::memcpy(&fence, memory - sizeof fence, sizeof fence);
+  std::uint64_t behind = 0;
+  if (fence.pattern == kPattern) std::memcpy(&behind, memory + fence.bytes, sizeof behind);
+  if (behind != kPattern) {
+    std::fputs("an array was written beyond its ends, or freed twice\n", stderr);
+    std::abort();
+  }
+  std::memset(memory - sizeof fence, 0, sizeof fence);
 }
 
 void deallocate(void* p) {
-  if (p != nullptr) --live;
-  std::free(p);
+  if (p == nullptr) return;
+  if (kFenced) check_fences(static_cast<char*>(p));
+  --live;
+  std::free(static_cast<char*>(p) - kBefore);
 }
 
 void* allocate_or_throw(std::size_t bytes) {
