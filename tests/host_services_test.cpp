@@ -11,7 +11,7 @@ namespace {
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-TEST(Services, records_lie_below_four_gigabytes_and_hold_nested_values) {
+TEST(Services, RecordsLieBelowFourGigabytesAndHoldNestedValues) {
   TestHost host;
   aMatrix* const inner = host.matrix({{1, 2}});
   aMatrix* const outer = host.nested(1, 2, {inner, host.string("text")});
@@ -23,7 +23,7 @@ TEST(Services, records_lie_below_four_gigabytes_and_hold_nested_values) {
   EXPECT_FALSE(contains_ptrs(host.matrix({{std::nan(""), -std::nan("")}})));
 }
 
-TEST(Services, joined_values_remember_their_parts) {
+TEST(Services, JoinedValuesRememberTheirParts) {
   TestHost host;
   aMatrix* const p = host.matrix({{1, 0}, {0, 1}});
   aMatrix* const q = host.complex_matrix({{{2, 3}}, {{4, 5}}});
@@ -43,7 +43,7 @@ TEST(Services, joined_values_remember_their_parts) {
   EXPECT_FALSE(pack_two_rr(host.context(), p, q, &out)) << "column counts differ";
 }
 
-TEST(Services, columns_are_scaled_to_length_one_at_any_magnitude) {
+TEST(Services, ColumnsAreScaledToLengthOneAtAnyMagnitude) {
   TestHost host;
   aMatrix* const m = host.matrix({{3e300, 3e-310, 0, 3}, {4e300, 4e-310, 0, 0}});
   renormalize_matrix_cols(m);
@@ -57,7 +57,7 @@ TEST(Services, columns_are_scaled_to_length_one_at_any_magnitude) {
   EXPECT_DOUBLE_EQ(im(z, 0, 0), 0.8);
 }
 
-TEST(Services, small_ones) {
+TEST(Services, SmallOnes) {
   TestHost host;
   EXPECT_TRUE(symmetry(host.matrix({{1, 2}, {2, 1}})));
   EXPECT_FALSE(symmetry(host.complex_matrix({{1, {2, 1}}, {{2, -1}, 1}})));
@@ -80,7 +80,7 @@ TEST(Services, small_ones) {
   expect_complex_matrix(copy, {{1}});
 }
 
-TEST(Services, report_exhausted_memory) {
+TEST(Services, ReportExhaustedMemory) {
   TestHost host;
   aMatrix* const m = host.complex_matrix({{1, {2, 1}}});
   int failures = 0;
@@ -97,7 +97,7 @@ TEST(Services, report_exhausted_memory) {
                            [](bool joined, int) { EXPECT_FALSE(joined); });
 }
 
-TEST(Store, reclaims_what_no_root_reaches) {
+TEST(Store, ReclaimsWhatNoRootReaches) {
   TestHost host;
   aMatrix* const inner = host.matrix({{1}});
   aMatrix* const outer = host.nested(1, 1, {host.nested(1, 1, {inner})});
@@ -118,7 +118,7 @@ TEST(Store, reclaims_what_no_root_reaches) {
   EXPECT_EQ(host.live_values(), 7u) << "older values are not looked at";
 }
 
-TEST(Evaluator, notes_an_unbalanced_bracket) {
+TEST(Evaluator, NotesAnUnbalancedBracket) {
   efi::Evaluator evaluator;
   Anyval* word = nullptr;
   evaluator.push_root(&word);
@@ -132,7 +132,7 @@ TEST(Evaluator, notes_an_unbalanced_bracket) {
   EXPECT_EQ(evaluator.complaints.size(), 2u);
 }
 
-TEST(FaultTranslation, gives_the_code_and_the_interrupted_control_word) {
+TEST(FaultTranslation, GivesTheCodeAndTheInterruptedControlWord) {
 #if !MATRIX_HAS_MXCSR || defined(__clang__)
   GTEST_SKIP() << "needs an unmasked exception, and a compiler that unwinds from it";
 #else

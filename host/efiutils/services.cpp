@@ -46,9 +46,9 @@ const char* copy_matrix(EfiCallContext* context, const aMatrix* source, aMatrix*
     else
       std::memset(im.get(), 0, bytes);
   }
-  aMatrix* const made = store_of(context->allocator)
-                            ->new_matrix(source->rows, source->cols, re.get(), im.get(),
-                                         source->byte_size);
+  aMatrix* const made =
+      store_of(context->allocator)
+          ->new_matrix(source->rows, source->cols, re.get(), im.get(), source->byte_size);
   if (made == nullptr) return kOutOfMemory;
   re.release();
   im.release();

@@ -78,8 +78,8 @@ aMatrix* read_data(Machine& machine, const std::string& name) {
   const std::string_view* const first = file.next_line();
   if (first == nullptr) throw DataError(fmt::format("{}: the file is empty", path.string()));
   try {
-    MatrixBuilder matrix = first->starts_with("%%MatrixMarket") ? read_matrix_market(file, *first)
-                                                                : read_table(file, *first);
+    MatrixBuilder matrix =
+        first->starts_with("%%") ? read_matrix_market(file, *first) : read_table(file, *first);
     return matrix.finish(machine.store);
   } catch (const std::bad_alloc&) {
     throw DataError(fmt::format("{}: not enough memory", path.string()));

@@ -42,7 +42,7 @@ std::string lower_case(std::string_view word) {
 Header read_header(const DataFile& file, std::string_view banner) {
   std::vector<std::string> words;
   for (const std::string_view word : words_of(banner)) words.push_back(lower_case(word));
-  if (words.size() != 5 || words[1] != "matrix")
+  if (words.size() != 5 || words[0] != "%%matrixmarket" || words[1] != "matrix")
     file.fail("the first line is not that of a Matrix Market matrix");
   auto choice = [&](std::size_t k, std::initializer_list<const char*> known) {
     if (std::find(known.begin(), known.end(), words[k]) == known.end())

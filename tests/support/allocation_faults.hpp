@@ -1,6 +1,6 @@
 // Counting allocations, and letting them fail on request: operator new in all its forms, and the
-// making of values by a TestHost. What operator new gives is filled with efi::kUnwrittenBits; a write
-// beyond its ends ends the program when it is freed.
+// making of values by a TestHost. What operator new gives is filled with efi::kUnwrittenBits; a
+// write beyond its ends ends the program when it is freed.
 #pragma once
 
 namespace test {
