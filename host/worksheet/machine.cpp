@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "fmt/format.h"
+#include "host/efiutils/fault_translation.hpp"
 #include "host/efiutils/watch.hpp"
 #include "host/worksheet/node.hpp"
 #include "pack/fp_control.hpp"
@@ -75,6 +76,7 @@ struct Machine::Activation {
 };
 
 Machine::Machine() {
+  efi::install_fault_translation();
   evaluator.apply_function = [this](Anyval* function, const sCons* arguments) {
     return apply(function, arguments);
   };

@@ -10,7 +10,6 @@
 #include <sstream>
 
 #include "host/efiutils/catalogue.hpp"
-#include "host/efiutils/fault_translation.hpp"
 #include "host/worksheet/display.hpp"
 #include "host/worksheet/json_output.hpp"
 #include "host/worksheet/listing.hpp"
@@ -185,7 +184,6 @@ void declare(CLI::App& app, Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  efi::install_fault_translation();
   Options options;
   CLI::App app("Evaluates worksheets with the functions of loadable packs.", "worksheet");
   declare(app, options);
