@@ -1,0 +1,203 @@
+#include "eigen/complex_qr_kernels.hpp"
+
+#include "eigen/complex_roots.hpp"
+#include "pack/lanes.hpp"
+
+namespace matrix_pack::MATRIX_KERNEL_SET {
+
+namespace {
+
+// Two complex numbers, or two vectors of them.
+template <class V>
+struct Pair {
+  V yr, yi, zr, zi;
+};
+
+template <class V>
+MATRIX_LANES_INLINE void turn_rows(const ComplexRotation& f, Pair<V>& p) {
+  const V yr = p.yr, yi = p.yi, zr = p.zr, zi = p.zi;
+  p.yr = yr * f.xr + yi * f.xi + zr * f.s;
+  p.yi = yi * f.xr - yr * f.xi + zi * f.s;
+  p.zr = zr * f.xr - zi * f.xi - yr * f.s;
+  p.zi = zi * f.xr + zr * f.xi - yi * f.s;
+}
+
+template <class V>
+MATRIX_LANES_INLINE void turn_columns(const ComplexRotation& f, Pair<V>& p) {
+  const V yr = p.yr, yi = p.yi, zr = p.zr, zi = p.zi;
+  p.yr = yr * f.xr - yi * f.xi + zr * f.s;
+  p.yi = yi * f.xr + yr * f.xi + zi * f.s;
+  p.zr = zr * f.xr + zi * f.xi - yr * f.s;
+  p.zi = zi * f.xr - zr * f.xi - yi * f.s;
+}
+
+// Rows i-1 and i of one column.
+MATRIX_LANES_INLINE void turn_rows_at(const ComplexRotation& f, double* re, double* im) {
+  Pair<double> p = {re[0], im[0], re[1], im[1]};
+  turn_rows(f, p);
+  re[0] = p.yr;
+  im[0] = p.yi;
+  re[1] = p.zr;
+  im[1] = p.zi;
+}
+
+void triangularize(std::ptrdiff_t first, std::ptrdiff_t last, std::ptrdiff_t right,
+                   const ComplexArray& h, ComplexRotation* rotations) {
+  for (std::ptrdiff_t i = first; i <= last; ++i) {
+    const std::ptrdiff_t at = (i - 1) * h.ld + i - 1;
+    const double below = h.re[at + 1];
+    const double norm = scaled_modulus(scaled_modulus(h.re[at], h.im[at]), below);
+    const ComplexRotation f = {h.re[at] / norm, h.im[at] / norm, below / norm};
+    rotations[i - first] = f;
+    h.re[at] = norm;
+    h.im[at] = 0.0;
+    h.re[at + 1] = 0.0;
+    for (std::ptrdiff_t j = i; j <= right; ++j)
+      turn_rows_at(f, h.re + j * h.ld + i - 1, h.im + j * h.ld + i - 1);
+  }
+}
+
+// A run on the rows of kCols neighbouring columns. The row that two rotations share stays in
+// registers.
+template <int kCols>
+MATRIX_LANES_INLINE void rotate_rows_of(const ComplexRotationRun& run, std::ptrdiff_t ld,
+                                        double* re, double* im) {
+  Pair<double> p[kCols];
+  for (int j = 0; j < kCols; ++j) {
+    p[j].zr = re[j * ld + run.first - 1];
+    p[j].zi = im[j * ld + run.first - 1];
+  }
+  for (std::ptrdiff_t i = run.first; i <= run.last; ++i) {
+    const ComplexRotation f = run.rotations[i - run.first];
+    for (int j = 0; j < kCols; ++j) {
+      p[j].yr = p[j].zr;
+      p[j].yi = p[j].zi;
+      p[j].zr = re[j * ld + i];
+      p[j].zi = im[j * ld + i];
+      turn_rows(f, p[j]);
+      re[j * ld + i - 1] = p[j].yr;
+      im[j * ld + i - 1] = p[j].yi;
+    }
+  }
+  for (int j = 0; j < kCols; ++j) {
+    re[j * ld + run.last] = p[j].zr;
+    im[j * ld + run.last] = p[j].zi;
+  }
+}
+
+void rotate_rows(const ComplexRotationRun& run, const ComplexArray& h, std::ptrdiff_t begin,
+                 std::ptrdiff_t end) {
+  if (run.first > run.last) return;
+  std::ptrdiff_t j = begin;
+  for (; j + 2 <= end; j += 2) rotate_rows_of<2>(run, h.ld, h.re + j * h.ld, h.im + j * h.ld);
+  for (; j < end; ++j) rotate_rows_of<1>(run, h.ld, h.re + j * h.ld, h.im + j * h.ld);
+}
+
+// Columns i-1 and i of rows begin..end-1.
+MATRIX_LANES_INLINE void turn_columns_at(const ComplexRotation& f, const ComplexArray& h,
+                                         std::ptrdiff_t i, std::ptrdiff_t begin,
+                                         std::ptrdiff_t end) {
+  double* const yr = h.re + (i - 1) * h.ld;
+  double* const yi = h.im + (i - 1) * h.ld;
+  double* const zr = yr + h.ld;
+  double* const zi = yi + h.ld;
+  over_elements(begin, end, [=](std::ptrdiff_t k, auto v) {
+    using V = decltype(v);
+    Pair<V> p = {load<V>(yr + k), load<V>(yi + k), load<V>(zr + k), load<V>(zi + k)};
+    turn_columns(f, p);
+    store(yr + k, p.yr);
+    store(yi + k, p.yi);
+    store(zr + k, p.zr);
+    store(zi + k, p.zi);
+  });
+}
+
+// Column j of rows begin..end-1, times the phase.
+MATRIX_LANES_INLINE void turn_phase(const ComplexRotationRun& run, const ComplexArray& h,
+                                    std::ptrdiff_t begin, std::ptrdiff_t end) {
+  const double a = run.phase_re;
+  const double b = run.phase_im;
+  if (b == 0.0) return;
+  double* const re = h.re + run.last * h.ld;
+  double* const im = h.im + run.last * h.ld;
+  over_elements(begin, end, [=](std::ptrdiff_t k, auto v) {
+    using V = decltype(v);
+    const V x = load<V>(re + k), y = load<V>(im + k);
+    store(re + k, x * a - y * b);
+    store(im + k, y * a + x * b);
+  });
+}
+
+// Rows that go through a run together, in registers.
+constexpr int kVectors = 2;
+constexpr int kBlock = kVectors * kWidth;
+
+// Rotations from..run.last on kBlock rows from `row` on. The column that two rotations share stays
+// in registers.
+void rotate_block(const ComplexRotationRun& run, std::ptrdiff_t from, const ComplexArray& h,
+                  std::ptrdiff_t row) {
+  if (from > run.last) return;
+  double* re = h.re + (from - 1) * h.ld + row;
+  double* im = h.im + (from - 1) * h.ld + row;
+  Pair<Vector> p[kVectors];
+  for (int b = 0; b < kVectors; ++b) {
+    p[b].zr = load_vector(re + b * kWidth);
+    p[b].zi = load_vector(im + b * kWidth);
+  }
+  for (std::ptrdiff_t i = from; i <= run.last; ++i, re += h.ld, im += h.ld) {
+    const ComplexRotation f = run.rotations[i - run.first];
+    for (int b = 0; b < kVectors; ++b) {
+      p[b].yr = p[b].zr;
+      p[b].yi = p[b].zi;
+      p[b].zr = load_vector(re + h.ld + b * kWidth);
+      p[b].zi = load_vector(im + h.ld + b * kWidth);
+      turn_columns(f, p[b]);
+      store_vector(re + b * kWidth, p[b].yr);
+      store_vector(im + b * kWidth, p[b].yi);
+    }
+  }
+  for (int b = 0; b < kVectors; ++b) {
+    store_vector(re + b * kWidth, p[b].zr);
+    store_vector(im + b * kWidth, p[b].zi);
+  }
+}
+
+// The rows from begin on: those of the triangle's edge, rotation by rotation, then all of them.
+void rotate_columns(const ComplexRotationRun& run, const ComplexArray& h, std::ptrdiff_t begin,
+                    std::ptrdiff_t end) {
+  std::ptrdiff_t row = begin;
+  for (; row < end; row += kBlock) {
+    const std::ptrdiff_t row_end = row + kBlock < end ? row + kBlock : end;
+    std::ptrdiff_t i = run.first > row ? run.first : row;
+    for (; i < row_end && i <= run.last; ++i)
+      turn_columns_at(run.rotations[i - run.first], h, i, row, i + 1);
+    if (row + kBlock == row_end)
+      rotate_block(run, i, h, row);
+    else
+      for (; i <= run.last; ++i) turn_columns_at(run.rotations[i - run.first], h, i, row, row_end);
+  }
+  turn_phase(run, h, begin, end);
+}
+
+void rotate_all_columns(int count, const ComplexRotationRun* runs, const ComplexArray& z,
+                        std::ptrdiff_t begin, std::ptrdiff_t end) {
+  std::ptrdiff_t row = begin;
+  for (; row + kBlock <= end; row += kBlock) {
+    for (int k = 0; k < count; ++k) {
+      rotate_block(runs[k], runs[k].first, z, row);
+      turn_phase(runs[k], z, row, row + kBlock);
+    }
+  }
+  for (int k = 0; row < end && k < count; ++k) {
+    for (std::ptrdiff_t i = runs[k].first; i <= runs[k].last; ++i)
+      turn_columns_at(runs[k].rotations[i - runs[k].first], z, i, row, end);
+    turn_phase(runs[k], z, row, end);
+  }
+}
+
+}  // namespace
+
+const ComplexQrKernels complex_qr_kernels_table = {triangularize, rotate_rows, rotate_columns,
+                                                   rotate_all_columns};
+
+}  // namespace matrix_pack::MATRIX_KERNEL_SET
