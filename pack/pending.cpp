@@ -61,9 +61,6 @@ Anyval* conde(EfiCallContext* context, Anyval*) {
 Anyval* condi(EfiCallContext* context, Anyval*) {
   return not_available(context);
 }
-Anyval* eigenvec(EfiCallContext* context, Anyval*, Anyval*) {
-  return not_available(context);
-}
 Anyval* genvals(EfiCallContext* context, Anyval*, Anyval*, Anyval*) {
   return not_available(context);
 }
@@ -73,18 +70,6 @@ Anyval* genvecs(EfiCallContext* context, Anyval*, Anyval*, Anyval*) {
 
 }  // namespace matrix_pack
 
-Anyval* eigenvals(EfiCallContext* context, Anyval*, Anyval*) {
-  return matrix_pack::not_available(context);
-}
-Anyval* eigenvals(EfiCallContext* context, aMatrix*, double) {
-  return matrix_pack::not_available(context);
-}
-Anyval* eigenvecs(EfiCallContext* context, Anyval*) {
-  return matrix_pack::not_available(context);
-}
-Anyval* eigenvecs(EfiCallContext* context, aMatrix*) {
-  return matrix_pack::not_available(context);
-}
 Anyval* inv(EfiCallContext* context, Anyval*) {
   return matrix_pack::not_available(context);
 }
