@@ -226,7 +226,8 @@ void Store::set_tag(Anyval* value, const void* tag) {
 }
 
 bool Store::owns(const Anyval* value) const {
-  const auto address = reinterpret_cast<std::uintptr_t>(slot_of(value));
+  if (value == nullptr) return false;
+  const auto address = reinterpret_cast<std::uintptr_t>(value) - sizeof(Header);
   for (const Slot* chunk : chunks_) {
     const auto offset = address - reinterpret_cast<std::uintptr_t>(chunk);
     if (offset < kSlotsPerChunk * sizeof(Slot))
@@ -242,7 +243,7 @@ struct Store::Marking {
 };
 
 void Store::mark(const Anyval* value, Marking& marking) {
-  if (value == nullptr || !owns(value)) return;
+  if (!owns(value)) return;
   Slot* const slot = slot_of(value);
   if (slot->marked || slot->position < marking.since) return;
   slot->marked = true;
