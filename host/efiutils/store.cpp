@@ -50,10 +50,6 @@ void* map_low(std::size_t bytes) {
 
 }  // namespace
 
-bool is_nested_element(double element) {
-  return is_nested_element(std::bit_cast<std::uint64_t>(element));
-}
-
 Anyval* nested_value(double element) {
   const auto bits = std::bit_cast<std::uint64_t>(element);
   return reinterpret_cast<Anyval*>(static_cast<std::uintptr_t>(bits & 0xFFFFFFFFu));

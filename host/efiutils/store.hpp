@@ -5,6 +5,7 @@
 // `collect`, which reclaims the others.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -22,11 +23,10 @@ struct aFunction : Anyval {
   void* body;
 };
 
-// Whether `bits` is the pattern of a nested element, and the value that it holds.
-inline bool is_nested_element(std::uint64_t bits) {
-  return (bits >> 32) == kNestedMark;
+// Whether an element has the pattern of a nested one, and the value that it holds.
+inline bool is_nested_element(double element) {
+  return (std::bit_cast<std::uint64_t>(element) >> 32) == kNestedMark;
 }
-bool is_nested_element(double element);
 Anyval* nested_value(double element);
 double nested_element(const Anyval* value);
 

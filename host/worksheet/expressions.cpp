@@ -49,10 +49,11 @@ Value ChainNode::evaluate(Machine& machine) const {
   if (is_error(result)) return result;
   for (const Term& term : terms) {
     const Value b = term.operand->evaluate(machine);
-    if (is_error(b)) return b;
-    if (combine_reals(term.op, result, b)) continue;
-    result = binary(machine, term.op, result, b, term.op_span);
-    if (is_error(result)) return result;
+    if (is_error(b))
+      result = b;
+    else if (!combine_reals(term.op, result, b))
+      result = binary(machine, term.op, result, b, term.op_span);
+    if (is_error(result)) break;
   }
   return result;
 }
@@ -105,7 +106,7 @@ Value IndexNode::evaluate(Machine& machine) const {
   const aMatrix* const m = matrix(a);
   if (!is_plain_real(origin->value)) return machine.fail(span, "ORIGIN must be a real number");
   const double start = origin->value.re;
-  Value error;
+  Value error = {};
   if (indices.size() == 1) {
     if (m->rows != 1 && m->cols != 1)
       return machine.fail(span, fmt::format("a {} matrix needs two indices", shape_text(m)));

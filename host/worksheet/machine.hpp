@@ -25,7 +25,7 @@ class Node;
 // A worksheet variable. Its address stays: compiled expressions refer to it.
 struct Variable {
   std::string name;
-  Value value;
+  Value value = {};
   bool defined = false;
 };
 

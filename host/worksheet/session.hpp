@@ -16,7 +16,7 @@ struct Outcome {
   const Source* source = nullptr;
   int line = 0;                    // Of the statement, or of what is wrong with its form.
   std::vector<std::string> names;  // That it assigns or defines.
-  Value value;                     // A function value for a definition.
+  Value value = {};                // A function value for a definition.
   bool is_definition = false;
   std::string syntax_message;  // Empty unless the text is no statement...
   std::size_t column = 0;      // ... and then the place,

@@ -12,24 +12,25 @@ namespace worksheet {
 class Unit;
 using Number = std::complex<double>;
 
+// Room for arguments is made in every call: it costs nothing while nothing is in it.
 struct Value {
-  Anyval* object = nullptr;  // Null for a number.
-  double re = 0.0;
-  double im = 0.0;
-  const Unit* unit = nullptr;  // Null for a plain value.
+  double re;
+  double im;
+  Anyval* object;    // Null for a number.
+  const Unit* unit;  // Null for a plain value.
 };
 
 // The value of a call that gives none.
 extern Anyval kNoValue;
 
 inline Value number_value(double re, double im = 0.0) {
-  return {nullptr, re, im, nullptr};
+  return {re, im, nullptr, nullptr};
 }
 inline Value number_value(const Number& z) {
-  return {nullptr, z.real(), z.imag(), nullptr};
+  return {z.real(), z.imag(), nullptr, nullptr};
 }
 inline Value object_value(Anyval* object, const Unit* unit = nullptr) {
-  return {object, 0.0, 0.0, unit};
+  return {0.0, 0.0, object, unit};
 }
 
 inline bool is_number(const Value& v) {
