@@ -31,14 +31,18 @@ MATRIX_LANES_INLINE void turn_columns(const ComplexRotation& f, Pair<V>& p) {
   p.zi = zi * f.xr - zr * f.xi - yi * f.s;
 }
 
-// Rows i-1 and i of one column.
+// Rows i-1 and i of one column, both at once. (As sums with signed coefficients: from alternating
+// sums and differences gcc 12 would make fused operations, whatever -ffp-contract says.)
 MATRIX_LANES_INLINE void turn_rows_at(const ComplexRotation& f, double* re, double* im) {
-  Pair<double> p = {re[0], im[0], re[1], im[1]};
-  turn_rows(f, p);
-  re[0] = p.yr;
-  im[0] = p.yi;
-  re[1] = p.zr;
-  im[1] = p.zi;
+  typedef double Two __attribute__((vector_size(16)));
+  const Two signed_xi = {f.xi, -f.xi};
+  const Two signed_s = {f.s, -f.s};
+  const Two r = load<Two>(re);
+  const Two i = load<Two>(im);
+  const Two other_r = __builtin_shufflevector(r, r, 1, 0);
+  const Two other_i = __builtin_shufflevector(i, i, 1, 0);
+  store(re, r * f.xr + i * signed_xi + other_r * signed_s);
+  store(im, i * f.xr - r * signed_xi + other_i * signed_s);
 }
 
 void triangularize(std::ptrdiff_t first, std::ptrdiff_t last, std::ptrdiff_t right,
