@@ -25,9 +25,6 @@ Anyval* lsolve(EfiCallContext* context, Anyval*, Anyval*) {
 Anyval* cholesky(EfiCallContext* context, Anyval*) {
   return not_available(context);
 }
-Anyval* qr(EfiCallContext* context, Anyval*) {
-  return not_available(context);
-}
 Anyval* rref(EfiCallContext* context, Anyval*) {
   return not_available(context);
 }

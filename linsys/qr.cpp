@@ -1,0 +1,158 @@
+// The QR decomposition by plane rotations.
+#include "linsys/qr.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "eigen/column_rotations.hpp"
+#include "linsys/linsys.hpp"
+#include "pack/elements.hpp"
+#include "pack/guard.hpp"
+#include "pack/memory.hpp"
+#include "pack/results.hpp"
+#include "pack/vector_kernels.hpp"
+#include "structural/transpose_kernels.hpp"
+
+namespace matrix_pack {
+
+namespace {
+
+constexpr double kEps = 2.220446049250313e-16;  // 2^-52
+constexpr const char* kOutOfMemory = "out of memory";
+
+// Columns of R that are kept up to date at once; the columns beyond follow in one go.
+constexpr int kBlock = 32;
+
+// A reduction in progress. Rows of R and of Q^T turn together; both are held transposed, so that
+// a row is contiguous: `rt` is n x m (column k is row k of R), `q` is m x m.
+struct Reduction {
+  int m;
+  int n;
+  double* rt;
+  double* v;      // The column of R at hand.
+  double* pairs;  // Its rotations: at [2i] and [2i + 1] that of rows i and i + 1.
+  ColumnRotations beyond;
+  ColumnRotations all_of_q;
+};
+
+// Outside the open interval (-tol, tol); so is a NaN.
+bool counts(double x, double tol) {
+  return !(-tol < x && x < tol);
+}
+
+// Turns rows first...last + 1 of R in the columns c + 1...end - 1, and notes the rotations for the
+// columns beyond and for Q.
+void turn_rows(Reduction& d, int first, int last, int c, int end) {
+  const double* const pairs = d.pairs + 2 * first;
+  const RotationSweep sweep = {first, last, pairs};
+  column_rotation_kernels().rotate(1, &sweep, end - c - 1, d.rt + c + 1, d.n);
+  const int count = 2 * (last - first + 1);
+  if (end < d.n) std::copy_n(pairs, count, d.beyond.sweep(first, last));
+  std::copy_n(pairs, count, d.all_of_q.sweep(first, last));
+}
+
+// Clears v below row p from the bottom up, leaving out what is negligible; every run of rotations
+// without a gap goes to `turn`. True when some element counted.
+template <class Turn>
+bool clear_below(Reduction& d, int p, double tol, const Turn& turn) {
+  bool taken = counts(d.v[p], tol);
+  int last = -1;  // The first rotation of the run at hand; -1: none.
+  for (int i = d.m - 2; i >= p; --i) {
+    if (!counts(d.v[i + 1], tol)) {
+      if (last >= 0) turn(i + 1, last);
+      last = -1;
+      continue;
+    }
+    if (last < 0) last = i;
+    taken = true;
+    const double a = d.v[i];
+    const double b = d.v[i + 1];
+    const Givens g = givens_coeffs(a, b);
+    d.v[i] = g.c * a + g.s * b;
+    // The kernel turns the other way round.
+    d.pairs[2 * i] = g.c;
+    d.pairs[2 * i + 1] = -g.s;
+  }
+  if (last >= 0) turn(p, last);
+  return taken;
+}
+
+// Reduces column c, its pivot row being p, in the block of columns that ends at `end`. True when
+// the column takes the row.
+bool reduce_column(Reduction& d, int c, int end, int p) {
+  for (int k = 0; k < d.m; ++k) d.v[k] = d.rt[element_index(d.n, c, k)];
+  const double norm = std::sqrt(vector_kernels().sum_squares(d.m, d.v));
+  if (norm == 0.0) return false;
+  const double tol = ((c + 1) * norm * kEps) / std::sqrt(static_cast<double>(d.m - p));
+  const bool taken =
+      clear_below(d, p, tol, [&](int first, int last) { turn_rows(d, first, last, c, end); });
+  std::fill(d.v + p + (taken ? 1 : 0), d.v + d.m, 0.0);
+  for (int k = p; k < d.m; ++k) d.rt[element_index(d.n, c, k)] = d.v[k];
+  return taken;
+}
+
+void reduce(Reduction& d) {
+  int p = 0;
+  for (int first = 0; first < d.n && p < d.m; first += kBlock) {
+    const int end = std::min(first + kBlock, d.n);
+    d.beyond.z = d.rt + end;
+    d.beyond.rows = d.n - end;
+    for (int c = first; c < end && p < d.m; ++c)
+      if (reduce_column(d, c, end, p)) ++p;
+    d.beyond.flush();
+  }
+  d.all_of_q.flush();
+}
+
+}  // namespace
+
+Givens givens_coeffs(double a, double b) {
+  if (b == 0.0) return {1.0, 0.0};
+  if (std::fabs(b) <= std::fabs(a)) {
+    const double t = b / a;
+    const double c = 1.0 / std::sqrt(t * t + 1.0);
+    return {c, c * t};
+  }
+  const double t = a / b;
+  const double s = 1.0 / std::sqrt(t * t + 1.0);
+  return {s * t, s};
+}
+
+const char* qr_core(EfiCallContext* context, aMatrix* a, aMatrix** q, aMatrix** r) {
+  if (const char* message = matrix_copy(context, a, r)) return message;
+  const int m = a->rows;
+  const int n = a->cols;
+  Doubles q_elements = new_zero_part(m, m);
+  if (!q_elements) return kOutOfMemory;
+  for (int k = 0; k < m; ++k) q_elements[static_cast<std::size_t>(element_index(m, k, k))] = 1.0;
+
+  // A matrix without a real array is zero: nothing turns.
+  if ((*r)->re != nullptr && m > 0) {
+    const Doubles rt = new_part(n, m);
+    const Doubles work = new_doubles(std::int64_t{3} * m);
+    Reduction d = {m, n, rt.get(), work.get(), work.get() + m, {}, {}};
+    if (!rt || !work || !d.beyond.open(rt.get(), n, n, m) ||
+        !d.all_of_q.open(q_elements.get(), m, m, m))
+      return kOutOfMemory;
+    transpose_kernels().transpose(m, n, (*r)->re, m, rt.get());
+    reduce(d);
+    transpose_kernels().transpose(n, m, rt.get(), n, (*r)->re);
+  }
+  *q = new_matrix(context, m, m, std::move(q_elements));
+  return *q == nullptr ? kOutOfMemory : nullptr;
+}
+
+Anyval* qr(EfiCallContext* context, Anyval* v) {
+  return contained(context, [=]() -> Anyval* {
+    if (!is_matrix(v)) return argument_error(context, 1, "must be array");
+    aMatrix* const a = as_matrix(v);
+    if (is_complex(a)) return argument_error(context, 1, "must be real");
+    aMatrix* q = nullptr;
+    aMatrix* r = nullptr;
+    if (const char* message = qr_core(context, a, &q, &r)) return call_error(context, message);
+    aMatrix* joined = nullptr;
+    return pack_two_r(context, q, r, &joined) ? joined : sError_OutOfMemory;
+  });
+}
+
+}  // namespace matrix_pack

@@ -1,0 +1,31 @@
+// The QR decomposition by plane rotations, for qr and its tests.
+#pragma once
+
+#include "pack/host_interface.hpp"
+
+namespace matrix_pack {
+
+// The rotation c x + s y, c y - s x.
+struct Givens {
+  double c;
+  double s;
+};
+
+// The rotation that takes (a, b) to (r, 0). The signs follow a and b.
+//   b = 0: c = 1, s = 0.  |b| <= |a|: t = b / a, c = 1 / sqrt(t^2 + 1), s = c t.
+//   else:  t = a / b, s = 1 / sqrt(t^2 + 1), c = s t.
+Givens givens_coeffs(double a, double b);
+
+// A = Q R for a real m x n matrix A of any shape; A stays as it is.
+//   q        a new m x m orthogonal matrix
+//   r        a new m x n matrix, upper triangular; where A is rank-deficient, a staircase
+//   returns  null, "out of memory", or the message of a copy that failed
+//   cost     3 m^2 n + 3 m n^2 - 2 n^3 flops for m >= n, and as much again for Q
+//   method   the elements below the pivot row p are cleared from the bottom up (Golub and Van Loan,
+//            Matrix Computations, section 5.2). In column c (from 1) elements up to
+//            c |column| eps / sqrt(m - p) are negligible: they take no rotation, and a column with
+//            nothing else takes no pivot row. The norm is not scaled
+// The zeros that a column leaves behind take no further part in rotations.
+const char* qr_core(EfiCallContext* context, aMatrix* a, aMatrix** q, aMatrix** r);
+
+}  // namespace matrix_pack
