@@ -16,12 +16,6 @@ Anyval* not_available(EfiCallContext* context) {
 
 }  // namespace
 
-Anyval* lu(EfiCallContext* context, Anyval*) {
-  return not_available(context);
-}
-Anyval* lsolve(EfiCallContext* context, Anyval*, Anyval*) {
-  return not_available(context);
-}
 Anyval* cholesky(EfiCallContext* context, Anyval*) {
   return not_available(context);
 }
@@ -67,12 +61,3 @@ Anyval* genvecs(EfiCallContext* context, Anyval*, Anyval*, Anyval*) {
 
 }  // namespace matrix_pack
 
-Anyval* inv(EfiCallContext* context, Anyval*) {
-  return matrix_pack::not_available(context);
-}
-Anyval* inv(EfiCallContext* context, aMatrix*) {
-  return matrix_pack::not_available(context);
-}
-const char* cinv(EfiCallContext*, aMatrix*, aMatrix**, bool) {
-  return "not available in this build";
-}

@@ -1,0 +1,72 @@
+// The search for a pivot. Included by *_kernels.cpp only; local to each file, as pack/lanes.hpp is.
+#pragma once
+
+#include "linsys/split.hpp"
+#include "pack/lanes.hpp"
+
+namespace matrix_pack::MATRIX_KERNEL_SET {
+
+namespace {
+
+struct Candidate {
+  double weight;
+  Index row;
+};
+
+// Which one of equally heavy candidates wins.
+enum class Tie { last, first };
+
+MATRIX_LANES_INLINE VectorBits rows_from(Index first) {
+  VectorBits rows;
+  for (int q = 0; q < kWidth; ++q) rows[q] = q;
+  return rows + first;
+}
+
+// The heaviest of `best` and n rows after it, from `first` on: row first + i has the weight
+// |x[i]| * scale[i]. A NaN never wins, and is never beaten.
+template <Tie tie>
+MATRIX_LANES_INLINE Candidate heaviest(Candidate best, Index first, Index n, const double* x,
+                                       const double* scale) {
+  if (n < kWidth) {
+    for (Index i = 0; i < n; ++i) {
+      const double weight = __builtin_fabs(x[i]) * scale[i];
+      const bool taken = tie == Tie::last ? weight >= best.weight : weight > best.weight;
+      best.row = taken ? first + i : best.row;
+      best.weight = taken ? weight : best.weight;
+    }
+    return best;
+  }
+  // Each lane keeps a candidate of its own, starting with `best`.
+  Vector weights = best.weight - Vector{};
+  VectorBits rows = best.row - VectorBits{};
+  const auto take = [&](Index i) {
+    const Vector weight = magnitude(load_vector(x + i)) * load_vector(scale + i);
+    VectorBits taken;
+    if constexpr (tie == Tie::last)
+      taken = weight >= weights;
+    else
+      taken = weight > weights;
+    weights = taken ? weight : weights;
+    rows = taken ? rows_from(first + i) : rows;
+  };
+  for (Index i = 0; i + kWidth < n; i += kWidth) take(i);
+  take(n - kWidth);  // Rows that come twice do no harm.
+  for (int w = kWidth / 2; w > 0; w /= 2) {
+    const VectorBits partner = rows_from(0) ^ w;
+    const Vector weight = __builtin_shuffle(weights, partner);
+    const VectorBits row = __builtin_shuffle(rows, partner);
+    VectorBits before;
+    if constexpr (tie == Tie::last)
+      before = row > rows;
+    else
+      before = row < rows;
+    const VectorBits taken = (weight > weights) | ((weight == weights) & before);
+    weights = taken ? weight : weights;
+    rows = taken ? row : rows;
+  }
+  return {weights[0], static_cast<Index>(rows[0])};
+}
+
+}  // namespace
+
+}  // namespace matrix_pack::MATRIX_KERNEL_SET
