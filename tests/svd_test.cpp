@@ -216,7 +216,12 @@ TEST(Svd, ExtremeElementsEndInAValueOrADocumentedMessage) {
   expect_error(svd(c, square(kNan)), "floating point error", 0, 0);
   expect_error(svds(c, square(kNan)), "too many iterations", 0, 0);
   expect_error(svd(c, square(kInf)), "floating point error", 0, 0);
+#if defined(MATRIX_FAULTS_FLAGS)
+  // The overflow goes on to an invalid operation, which is reported before it.
+  expect_error(svd(c, square(1e200)), "floating point error", 0, 0);
+#else
   expect_error(svd(c, square(1e200)), "overflow", 0, 0);
+#endif
   expect_error(svds(c, square(1e200)), "too many iterations", 0, 0);
 }
 
