@@ -22,7 +22,6 @@ constexpr int kWidth = 2;
 constexpr int kParts = kLanes / kWidth;
 
 typedef double Vector __attribute__((vector_size(8 * kWidth)));
-typedef long long VectorBits __attribute__((vector_size(8 * kWidth)));
 
 #define MATRIX_LANES_INLINE [[maybe_unused]] inline __attribute__((always_inline))
 
@@ -47,8 +46,15 @@ MATRIX_LANES_INLINE void store_vector(double* p, Vector x) {
   store(p, x);
 }
 
-MATRIX_LANES_INLINE Vector magnitude(Vector x) {
-  return reinterpret_cast<Vector>(reinterpret_cast<VectorBits>(x) & 0x7FFFFFFFFFFFFFFFLL);
+// |x| of any width.
+template <class V>
+MATRIX_LANES_INLINE V magnitude(V x) {
+  if constexpr (sizeof(V) == sizeof(double)) {
+    return __builtin_fabs(x);
+  } else {
+    typedef long long Bits __attribute__((vector_size(sizeof(V))));
+    return reinterpret_cast<V>(reinterpret_cast<Bits>(x) & 0x7FFFFFFFFFFFFFFFLL);
+  }
 }
 
 struct Lanes {
@@ -82,11 +88,6 @@ MATRIX_LANES_INLINE void add_products(Lanes& sums, const double* x, const double
     sums.part[i] += load_vector(x + i * kWidth) * load_vector(y + i * kWidth);
 }
 
-// sums[q] += |x[q]|
-MATRIX_LANES_INLINE void add_magnitudes(Lanes& sums, const double* x) {
-  for (int i = 0; i < kParts; ++i) sums.part[i] += magnitude(load_vector(x + i * kWidth));
-}
-
 MATRIX_LANES_INLINE void store_lanes(double* p, const Lanes& lanes) {
   for (int i = 0; i < kParts; ++i) store_vector(p + i * kWidth, lanes.part[i]);
 }
@@ -94,6 +95,24 @@ MATRIX_LANES_INLINE void store_lanes(double* p, const Lanes& lanes) {
 // The one order in which eight partial sums are joined.
 MATRIX_LANES_INLINE double join(const double* s) {
   return ((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]));
+}
+
+// The sum of n terms in the one order; term(k, V{}) gives as many terms from k on as V has
+// elements.
+template <class Term>
+MATRIX_LANES_INLINE double sum_of(std::ptrdiff_t n, Term term) {
+  Lanes lanes = {};
+  std::ptrdiff_t whole = 0;
+  for (; whole + kLanes <= n; whole += kLanes)
+    for (int i = 0; i < kParts; ++i) lanes.part[i] += term(whole + i * kWidth, Vector{});
+  double sums[kLanes];
+  store_lanes(sums, lanes);
+  over_elements(
+      whole, n, [&]<class V>(std::ptrdiff_t k, V) __attribute__((always_inline)) {
+        double* const sum = sums + (k - whole);
+        store(sum, load<V>(sum) + term(k, V{}));
+      });
+  return join(sums);
 }
 
 }  // namespace

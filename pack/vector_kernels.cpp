@@ -6,21 +6,10 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-// The end of a sum: the terms from k on join their partial sums, then these are joined.
-template <class Term>
-MATRIX_LANES_INLINE double finish(const Lanes& lanes, std::ptrdiff_t k, std::ptrdiff_t n,
-                                  Term term) {
-  double sums[kLanes];
-  store_lanes(sums, lanes);
-  for (int q = 0; k < n; ++k, ++q) sums[q] += term(k);
-  return join(sums);
-}
-
 double dot(std::ptrdiff_t n, const double* x, const double* y) {
-  Lanes sums = {};
-  std::ptrdiff_t k = 0;
-  for (; k + kLanes <= n; k += kLanes) add_products(sums, x + k, y + k);
-  return finish(sums, k, n, [=](std::ptrdiff_t i) { return x[i] * y[i]; });
+  return sum_of(
+      n, [=]<class V>(std::ptrdiff_t k, V)
+             __attribute__((always_inline)) { return load<V>(x + k) * load<V>(y + k); });
 }
 
 double sum_squares(std::ptrdiff_t n, const double* x) {
@@ -28,10 +17,9 @@ double sum_squares(std::ptrdiff_t n, const double* x) {
 }
 
 double sum_abs(std::ptrdiff_t n, const double* x) {
-  Lanes sums = {};
-  std::ptrdiff_t k = 0;
-  for (; k + kLanes <= n; k += kLanes) add_magnitudes(sums, x + k);
-  return finish(sums, k, n, [=](std::ptrdiff_t i) { return __builtin_fabs(x[i]); });
+  return sum_of(
+      n, [=]<class V>(std::ptrdiff_t k, V)
+             __attribute__((always_inline)) { return magnitude(load<V>(x + k)); });
 }
 
 void axpy(std::ptrdiff_t n, double a, const double* __restrict x, double* __restrict y) {
