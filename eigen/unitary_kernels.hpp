@@ -4,20 +4,10 @@
 
 #include <cstddef>
 
+#include "eigen/complex_arrays.hpp"
 #include "pack/kernel_sets.hpp"
 
 namespace matrix_pack {
-
-struct ComplexVector {
-  double* re;
-  double* im;
-};
-
-struct ComplexArray {
-  double* re;
-  double* im;
-  std::ptrdiff_t ld;
-};
 
 // The reflection I - u u^H / h of rows and columns m..end-1; u is indexed by these numbers. w holds
 // what it does to the rows: A - w u^H, for rows 0..end-1.
