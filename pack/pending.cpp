@@ -28,18 +28,6 @@ Anyval* rank(EfiCallContext* context, Anyval*) {
 Anyval* geninv(EfiCallContext* context, Anyval*, Anyval*) {
   return not_available(context);
 }
-Anyval* norm1(EfiCallContext* context, Anyval*) {
-  return not_available(context);
-}
-Anyval* norm2(EfiCallContext* context, Anyval*) {
-  return not_available(context);
-}
-Anyval* norme(EfiCallContext* context, Anyval*) {
-  return not_available(context);
-}
-Anyval* normi(EfiCallContext* context, Anyval*) {
-  return not_available(context);
-}
 Anyval* cond1(EfiCallContext* context, Anyval*) {
   return not_available(context);
 }

@@ -1,0 +1,139 @@
+#include "norms/norm_cores.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "eigen/hermitian_eigenvalues.hpp"
+#include "norms/norm_kernels.hpp"
+#include "pack/elements.hpp"
+#include "pack/memory.hpp"
+#include "svd/svds_core.hpp"
+
+namespace matrix_pack {
+
+namespace {
+
+using Index = std::ptrdiff_t;
+
+// The part arrays as the kernels read them: x is null for a zero matrix, y unless both parts exist.
+// (The magnitude of 0 + iy is |y|, and its square y^2, to the bit.)
+PartArrays real_parts(const aMatrix* a) {
+  return {a->re, nullptr, a->leading_dimension};
+}
+
+PartArrays complex_parts(const aMatrix* a) {
+  if (a->re == nullptr) return {a->im, nullptr, a->leading_dimension};
+  return {a->re, a->im, a->leading_dimension};
+}
+
+PartArrays from_element(const PartArrays& a, Index at) {
+  return {a.x + at, a.y == nullptr ? nullptr : a.y + at, a.ld};
+}
+
+double larger_sum(double largest, const double* sums, Index count) {
+  for (Index k = 0; k < count; ++k)
+    if (sums[k] > largest) largest = sums[k];
+  return largest;
+}
+
+double largest_column_sum(Index n, const PartArrays& a) {
+  double largest = 0.0;
+  double sums[kSumColumns];
+  for (Index k = 0; a.x != nullptr && k < n; k += kSumColumns) {
+    const Index count = std::min(kSumColumns, n - k);
+    norm_kernels().column_sums(n, count, from_element(a, k * a.ld), sums);
+    largest = larger_sum(largest, sums, count);
+  }
+  return largest;
+}
+
+double largest_row_sum(Index n, const PartArrays& a) {
+  double largest = 0.0;
+  double sums[kSumRows];
+  for (Index j = 0; a.x != nullptr && j < n; j += kSumRows) {
+    const Index count = std::min(kSumRows, n - j);
+    norm_kernels().row_sums(count, n, from_element(a, j), sums);
+    largest = larger_sum(largest, sums, count);
+  }
+  return largest;
+}
+
+double root_of_squares(Index n, const PartArrays& a) {
+  double sum = 0.0;
+  for (Index k = 0; a.x != nullptr && k < n; ++k) {
+    const PartArrays column = from_element(a, k * a.ld);
+    if (a.y == nullptr)
+      for (Index j = 0; j < n; ++j) sum += column.x[j] * column.x[j];
+    else
+      for (Index j = 0; j < n; ++j) sum += column.x[j] * column.x[j] + column.y[j] * column.y[j];
+  }
+  return std::sqrt(sum);
+}
+
+template <class Norm>
+const char* square_norm(const aMatrix* a, const PartArrays& parts, Norm norm_of, double* norm) {
+  if (a->rows != a->cols) return "must be square";
+  *norm = norm_of(a->rows, parts);
+  return nullptr;
+}
+
+}  // namespace
+
+const char* norm1_real(const aMatrix* a, double* norm) {
+  return square_norm(a, real_parts(a), largest_column_sum, norm);
+}
+
+const char* norm1_complex(const aMatrix* a, double* norm) {
+  return square_norm(a, complex_parts(a), largest_column_sum, norm);
+}
+
+const char* normi_real(const aMatrix* a, double* norm) {
+  return square_norm(a, real_parts(a), largest_row_sum, norm);
+}
+
+const char* normi_complex(const aMatrix* a, double* norm) {
+  return square_norm(a, complex_parts(a), largest_row_sum, norm);
+}
+
+const char* norme_real(const aMatrix* a, double* norm) {
+  return square_norm(a, real_parts(a), root_of_squares, norm);
+}
+
+const char* norme_complex(const aMatrix* a, double* norm) {
+  return square_norm(a, complex_parts(a), root_of_squares, norm);
+}
+
+const char* norm2_real(aMatrix* a, double* norm) {
+  if (const char* message = svds_core(a)) return message;
+  *norm = a->rows == 0 ? 0.0 : std::fabs(elem_re(a, 0, 0));
+  return nullptr;
+}
+
+const char* norm2_complex(const aMatrix* a, double* norm) {
+  const Index n = a->rows;
+  const Doubles eigenvalues = new_doubles(n);
+  const Doubles re = new_part(n, n);
+  const Doubles im = new_part(n, n);
+  const Doubles work = new_doubles(kGramWork * n);
+  const Doubles zeros = a->re == nullptr ? new_zero_part(n, n) : nullptr;
+  if (!eigenvalues || !re || !im || !work || (a->re == nullptr && !zeros)) return "out of memory";
+  const PartArrays parts = {a->re == nullptr ? zeros.get() : a->re, a->im, a->leading_dimension};
+
+  // The lower triangle, which is the one that is read, becomes a plain copy of the upper one: the
+  // signs of the imaginary parts are deliberately not changed. What is read is then the conjugate
+  // of A^H A, and that has the same eigenvalues.
+  norm_kernels().gram(n, parts, re.get(), im.get(), work.get());
+  aMatrix b = {};
+  b.leading_dimension = b.rows = b.cols = a->rows;
+  b.re = re.get();
+  b.im = im.get();
+  if (const char* message = hermitian_eigenvalues(&b, eigenvalues.get())) return message;
+
+  double largest = eigenvalues[0];
+  for (Index i = 1; i < n; ++i)
+    if (std::fabs(eigenvalues[i]) > largest) largest = std::fabs(eigenvalues[i]);
+  *norm = std::sqrt(largest);
+  return nullptr;
+}
+
+}  // namespace matrix_pack
