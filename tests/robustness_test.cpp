@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <algorithm>
+#include <climits>
 #include <thread>
 
 #include "tests/support/call_corpus.hpp"
@@ -33,7 +35,8 @@ TEST(Robustness, ThreadsWithContextsOfTheirOwnGetTheSameBits) {
 }
 
 TEST(Robustness, EveryFunctionRunsOnASmallStack) {
-  constexpr std::size_t kStack = 64 * 1024;
+  // The smallest that a platform allows may be more.
+  const std::size_t kStack = std::max<std::size_t>(64 * 1024, PTHREAD_STACK_MIN);
   static Results results;
   pthread_attr_t attributes;
   ASSERT_EQ(pthread_attr_init(&attributes), 0);

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "host/efiutils/fault_translation.hpp"
+#include "pack/fp_control.hpp"
 
 namespace test {
 
@@ -223,6 +224,19 @@ void expect_error(Anyval* value, const std::string& message, int mark, int arg,
                        std::to_string(arg) + ": " + describe(value));
   if (error->value != carried)
     fail_at(where, "carries " + describe(error->value) + ", not " + describe(carried));
+}
+
+void expect_fault(Anyval* value, const std::string& word, Where where) {
+  std::string expected = word;
+#if defined(MATRIX_FAULTS_FLAGS)
+  for (const char* preferred : {"singularity", "floating point error", "overflow"}) {
+    if (preferred == word) break;
+    if (value != nullptr && value->kind == kErrorKind &&
+        std::strcmp(static_cast<aError*>(value)->message->text, preferred) == 0)
+      expected = preferred;
+  }
+#endif
+  expect_error(value, expected, 0, 0, nullptr, where);
 }
 
 void expect_out_of_memory(Anyval* value, Where where) {

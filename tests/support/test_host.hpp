@@ -106,6 +106,9 @@ void expect_number(Anyval* value, double re, double im = 0.0, Where where = Wher
 // Expects an error value. `carried` is the value that it carries.
 void expect_error(Anyval* value, const std::string& message, int mark, int arg,
                   const Anyval* carried = nullptr, Where where = Where::here());
+// Expects the error value of an arithmetic fault under the guard; `word` is the message for the
+// first one. Where faults are read from the status flags, a later one may have taken precedence.
+void expect_fault(Anyval* value, const std::string& word, Where where = Where::here());
 // Expects the host's ready-made value for exhausted memory.
 void expect_out_of_memory(Anyval* value, Where where = Where::here());
 
