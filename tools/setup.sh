@@ -1,16 +1,17 @@
-# Sourced by ./run, ./check and ./bench: the packages of packages.txt, and incremental builds.
+# Sourced by ./run, ./check and ./bench: the packages of a list, and incremental builds.
 # Nothing here writes to standard output.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# Installs the Debian packages that are listed and not there.
+# install_packages [LIST]: installs the Debian packages of the list, packages.txt unless another is
+# named, that are not there.
 install_packages() {
-  local package missing=()
+  local list=${1:-packages.txt} package missing=()
   while read -r package; do
     [[ -z $package || $package == \#* ]] && continue
     dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok installed' ||
       missing+=("$package")
-  done <"$root/packages.txt"
+  done <"$root/$list"
   ((${#missing[@]})) || return 0
 
   local as_root=()
