@@ -66,7 +66,6 @@ struct Store::Header {
   std::uint32_t marked : 1;
   std::uint32_t position : 31;  // Its place in the order of making.
   std::uint32_t link;  // To the list of a joined value's parts; in a free slot to the next one.
-  const void* tag;
 
   Slot* linked() const { return reinterpret_cast<Slot*>(static_cast<std::uintptr_t>(link)); }
   void set_link(const Slot* slot) {
@@ -74,7 +73,7 @@ struct Store::Header {
   }
 };
 
-// One value; a cache line in a 64-bit build.
+// One value.
 struct Store::Slot : Header {
   union {
     Anyval value;
@@ -211,14 +210,6 @@ std::span<aMatrix* const> Store::parts(const Anyval* value) const {
   if (!owns(value) || slot_of(value)->link == 0) return {};
   const PartList& list = slot_of(value)->linked()->list;
   return {list.parts, static_cast<std::size_t>(list.count)};
-}
-
-const void* Store::tag(const Anyval* value) const {
-  return slot_of(value)->tag;
-}
-
-void Store::set_tag(Anyval* value, const void* tag) {
-  slot_of(value)->tag = tag;
 }
 
 bool Store::owns(const Anyval* value) const {

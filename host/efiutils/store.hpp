@@ -55,10 +55,6 @@ class Store final : public IqlAllocator {
   // The values of which `value` was joined; empty for any other value.
   std::span<aMatrix* const> parts(const Anyval* value) const;
 
-  // A word that the application ties to a value, null at first. The value is this store's.
-  const void* tag(const Anyval* value) const;
-  void set_tag(Anyval* value, const void* tag);
-
   // Whether `value` is a live value of this store.
   bool owns(const Anyval* value) const;
 

@@ -6,6 +6,7 @@
 #include "fmt/format.h"
 #include "host/worksheet/matrices.hpp"
 #include "host/worksheet/matrix_power.hpp"
+#include "host/worksheet/unit.hpp"
 
 namespace worksheet {
 
@@ -170,7 +171,9 @@ Number power(const Number& a, const Number& b) {
   return std::exp(b * std::log(a));
 }
 
-Value binary(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
+namespace {
+
+Value plain_binary(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
   if (is_text(a) && is_text(b)) return compare_texts(machine, op, a, b, span);
   if (op == Operator::power && is_matrix(a) && is_number(b))
     return matrix_power(machine, a, number(b), span);
@@ -193,15 +196,55 @@ Value binary(Machine& machine, Operator op, const Value& a, const Value& b, Span
   return elementwise(machine, op, a, b);
 }
 
+// The result of a product, power or quotient of values whose units combine to `unit`.
+Value combined(Machine& machine, Operator op, const Value& a, const Value& b,
+               const UnitProduct& unit, Span span) {
+  const Value result = plain_binary(machine, op, without_unit(a), without_unit(b), span);
+  return is_error(result) ? result : with_unit(scaled(machine, result, unit.factor), unit.unit);
+}
+
+Value power_with_units(Machine& machine, const Value& a, const Value& b, Span span) {
+  const auto factor = conversion(b.unit, nullptr);
+  if (!factor)
+    return machine.fail(span,
+                        fmt::format("an exponent must be plain; it has {}", unit_text(b.unit)));
+  const Value exponent = with_unit(scaled(machine, b, *factor), nullptr);
+  const auto power = is_plain_real(exponent) ? to_rational(exponent.re) : std::nullopt;
+  if (a.unit != nullptr && !power)
+    return machine.fail(span, fmt::format("no such power of {}", unit_text(a.unit)));
+  const UnitProduct unit = a.unit == nullptr ? UnitProduct{nullptr, 1.0} : raise(a.unit, *power);
+  return combined(machine, Operator::power, a, exponent, unit, span);
+}
+
+Value binary_with_units(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
+  if (op == Operator::multiply) return combined(machine, op, a, b, multiply(a.unit, b.unit), span);
+  if (op == Operator::divide) return combined(machine, op, a, b, divide(a.unit, b.unit), span);
+  if (op == Operator::power) return power_with_units(machine, a, b, span);
+  const auto factor = conversion(b.unit, a.unit);
+  if (!factor)
+    return machine.fail(span, fmt::format("'{}' needs values of one unit: {} and {}",
+                                          operator_text(op), unit_text(a.unit), unit_text(b.unit)));
+  const Value same = with_unit(scaled(machine, b, *factor), nullptr);
+  const Value result = plain_binary(machine, op, without_unit(a), same, span);
+  return is_comparison(op) || is_error(result) ? result : with_unit(result, a.unit);
+}
+
+}  // namespace
+
+Value binary(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
+  if (a.unit == nullptr && b.unit == nullptr) return plain_binary(machine, op, a, b, span);
+  return binary_with_units(machine, op, a, b, span);
+}
+
 Value negate(Machine& machine, const Value& a, Span span) {
-  if (is_number(a)) return number_value(-a.re, a.im == 0.0 ? 0.0 : -a.im);
+  if (is_number(a)) return with_unit(number_value(-a.re, a.im == 0.0 ? 0.0 : -a.im), a.unit);
   if (!is_operand(a))
     return machine.fail(
         span, fmt::format("'-' does not take {}", is_matrix(a) ? "a nested array" : kind_name(a)));
   const aMatrix* const m = matrix(a);
   MatrixBuilder result(m->rows, m->cols);
   for (std::ptrdiff_t k = 0; k < element_count(m); ++k) result.set(k, -re_at(m, k), -im_at(m, k));
-  return object_value(result.finish(machine.store));
+  return object_value(result.finish(machine.store), a.unit);
 }
 
 }  // namespace worksheet

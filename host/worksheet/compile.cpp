@@ -8,6 +8,7 @@
 #include "host/worksheet/data_file.hpp"
 #include "host/worksheet/expressions.hpp"
 #include "host/worksheet/grammar.hpp"
+#include "host/worksheet/unit.hpp"
 
 namespace worksheet {
 
@@ -19,6 +20,14 @@ using Tree = pegtl::parse_tree::node;
 // Brackets within brackets beyond this are refused: the parser and the evaluation are recursive.
 constexpr int kMostNesting = 100;
 
+// Puts a rule's only child in its place. Unlike the library's own way, others keep their extent.
+struct FoldSingle : pegtl::parse_tree::apply<FoldSingle> {
+  template <class Node>
+  static void transform(std::unique_ptr<Node>& tree) {
+    if (tree->children.size() == 1) tree = std::move(tree->children.front());
+  }
+};
+
 template <class Rule>
 using Selector = pegtl::parse_tree::selector<
     Rule,
@@ -28,9 +37,10 @@ using Selector = pegtl::parse_tree::selector<
         grammar::variable, grammar::index, grammar::transpose, grammar::minus,
         grammar::product_operator, grammar::sum_operator, grammar::comparison_operator,
         grammar::target, grammar::parameter, grammar::defined_name, grammar::definition,
-        grammar::assignment, grammar::display, grammar::wanted_unit, grammar::exponent_operand>,
-    pegtl::parse_tree::fold_one::on<grammar::power, grammar::signed_power, grammar::product,
-                                    grammar::sum, grammar::comparison, grammar::postfix>>;
+        grammar::assignment, grammar::display, grammar::wanted_unit, grammar::shown,
+        grammar::exponent_operand>,
+    FoldSingle::on<grammar::power, grammar::signed_power, grammar::product, grammar::sum,
+                   grammar::comparison, grammar::postfix>>;
 
 Span span_of(const Tree& tree) {
   return {tree.m_begin.byte, tree.m_end.byte};
@@ -83,6 +93,8 @@ class Compiler {
       : machine_(machine), parameters_(parameters) {}
 
   NodePtr node(const Tree& tree);
+  // An expression, possibly in a wanted unit.
+  NodePtr shown(const Tree& tree);
 
  private:
   NodePtr number(const Tree& tree);
@@ -91,6 +103,7 @@ class Compiler {
   NodePtr power(const Tree& tree);
   NodePtr postfix(const Tree& tree);
   NodePtr matrix(const Tree& tree);
+  const Unit* unit(const Tree& tree);
   NodePtr call(const Tree& tree);
   NodePtr variable(const Tree& tree);
   std::vector<NodePtr> nodes(const std::vector<std::unique_ptr<Tree>>& trees);
@@ -178,10 +191,25 @@ NodePtr Compiler::postfix(const Tree& tree) {
       result = std::make_unique<IndexNode>(span, std::move(result), nodes(suffix.children),
                                            machine_.variable("ORIGIN"));
     } else {
-      fail(suffix, "units are not known here");
+      result = std::make_unique<UnitNode>(span, std::move(result), unit(suffix));
     }
   }
   return result;
+}
+
+const Unit* Compiler::unit(const Tree& tree) {
+  try {
+    return parse_unit(tree.string_view());
+  } catch (const UnitError& error) {
+    throw SyntaxError(tree.m_begin.byte + error.offset, error.what());
+  }
+}
+
+NodePtr Compiler::shown(const Tree& tree) {
+  NodePtr value = node(*tree.children[0]);
+  if (tree.children.size() == 1) return value;
+  const Tree& wanted = *tree.children[1]->children[0];
+  return std::make_unique<ConversionNode>(span_of(tree), std::move(value), unit(wanted));
 }
 
 NodePtr Compiler::matrix(const Tree& tree) {
@@ -236,7 +264,7 @@ Statement definition(const Tree& tree, const Source& source, Machine& machine) {
       fail(*tree.children[k], "too many parameters");
     function->parameters.push_back(name);
   }
-  function->body = Compiler(machine, function->parameters).node(*tree.children.back());
+  function->body = Compiler(machine, function->parameters).shown(*tree.children.back());
   function->source = std::make_unique<Source>(source);
   Statement statement;
   statement.form = Statement::Form::definition;
@@ -256,7 +284,7 @@ Statement statement_of(const Tree& tree, const Source& source, Machine& machine)
       fail(*tree.children[k], fmt::format("{} is twice on the left", target->name));
     statement.targets.push_back(target);
   }
-  statement.expression = Compiler(machine, {}).node(*tree.children.back());
+  statement.expression = Compiler(machine, {}).shown(*tree.children.back());
   return statement;
 }
 

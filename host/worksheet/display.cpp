@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "fmt/format.h"
+#include "host/worksheet/unit.hpp"
 
 namespace worksheet {
 
@@ -61,11 +62,18 @@ std::string padded(const std::string& cell, std::size_t width) {
 }
 
 std::string Printer::inline_text(const Value& value) const {
-  if (is_number(value)) return number_text(number(value), options_.digits);
+  if (is_number(value)) {
+    const std::string text = number_text(number(value), options_.digits);
+    if (value.unit == nullptr) return text;
+    const bool complex = value.im != 0.0 && value.re != 0.0;
+    return fmt::format("{}{}{} {}", complex ? "(" : "", text, complex ? ")" : "",
+                       value.unit->name());
+  }
   if (is_text(value)) return fmt::format("\"{}\"", text(value));
   if (is_matrix(value))
-    return fmt::format("{} x {} {}", matrix(value)->rows, matrix(value)->cols,
-                       contains_ptrs(matrix(value)) ? "nested array" : "matrix");
+    return fmt::format("{} x {} {}{}", matrix(value)->rows, matrix(value)->cols,
+                       contains_ptrs(matrix(value)) ? "nested array" : "matrix",
+                       value.unit == nullptr ? "" : " in " + value.unit->name());
   if (!has_kind(value, kFunctionKind)) return "no value";
   const Function& function = function_of(value);
   return fmt::format("{}({})", function.name, fmt::join(function.parameters, ", "));

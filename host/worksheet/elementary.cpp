@@ -6,6 +6,7 @@
 #include "fmt/format.h"
 #include "host/worksheet/matrices.hpp"
 #include "host/worksheet/read_data.hpp"
+#include "host/worksheet/unit.hpp"
 
 namespace worksheet {
 
@@ -159,26 +160,50 @@ Value read(Machine& machine, Arguments arguments, Span span, Spans spans) {
 }
 
 constexpr Elementary kElementary[] = {
-    {"sqrt", 1, map<square_root>},
-    {"exp", 1, map<exponential>},
-    {"log", 1, map<logarithm>},
-    {"sin", 1, map<sine>},
-    {"cos", 1, map<cosine>},
-    {"tan", 1, map<tangent>},
-    {"atan", 1, map<arc_tangent>},
-    {"abs", 1, map<magnitude>},
-    {"floor", 1, map<whole_below, true>},
-    {"mod", 2, mod},
-    {"re", 1, map<real_part>},
-    {"im", 1, map<imaginary_part>},
-    {"conj", 1, map<conjugate>},
-    {"real_only", 1, real_only},
-    {"with_imag", 1, with_imag},
-    {"lean", 1, lean},
-    {"read", 1, read},
+    {"sqrt", 1, UnitUse::root, map<square_root>},
+    {"exp", 1, UnitUse::plain, map<exponential>},
+    {"log", 1, UnitUse::plain, map<logarithm>},
+    {"sin", 1, UnitUse::plain, map<sine>},
+    {"cos", 1, UnitUse::plain, map<cosine>},
+    {"tan", 1, UnitUse::plain, map<tangent>},
+    {"atan", 1, UnitUse::plain, map<arc_tangent>},
+    {"abs", 1, UnitUse::keep, map<magnitude>},
+    {"floor", 1, UnitUse::plain, map<whole_below, true>},
+    {"mod", 2, UnitUse::same, mod},
+    {"re", 1, UnitUse::keep, map<real_part>},
+    {"im", 1, UnitUse::keep, map<imaginary_part>},
+    {"conj", 1, UnitUse::keep, map<conjugate>},
+    {"real_only", 1, UnitUse::keep, real_only},
+    {"with_imag", 1, UnitUse::keep, with_imag},
+    {"lean", 1, UnitUse::keep, lean},
+    {"read", 1, UnitUse::plain, read},
 };
 
 constexpr double kPi = std::numbers::pi;
+
+UnitProduct result_unit(UnitUse use, const Unit* unit) {
+  if (use == UnitUse::root) return raise(unit, {1, 2});
+  return {use == UnitUse::plain ? nullptr : unit, 1.0};
+}
+
+// Brings all arguments to one unit and gives the result what the function makes of it.
+Value call_with_units(Machine& machine, const Elementary& function, Arguments arguments, Span span,
+                      Spans spans) {
+  const Unit* const unit = function.units == UnitUse::plain ? nullptr : arguments[0].unit;
+  std::vector<Value> plain;
+  for (std::size_t k = 0; k < arguments.size(); ++k) {
+    const auto factor = conversion(arguments[k].unit, unit);
+    if (!factor)
+      return machine.fail(spans[k], fmt::format("{} needs {} here, not {}", function.name,
+                                                unit == nullptr ? "a plain number" : unit->name(),
+                                                unit_text(arguments[k].unit)));
+    plain.push_back(without_unit(scaled(machine, arguments[k], *factor)));
+  }
+  const Value result = function.evaluate(machine, plain, span, spans);
+  if (is_error(result)) return result;
+  const UnitProduct of_result = result_unit(function.units, unit);
+  return with_unit(scaled(machine, result, of_result.factor), of_result.unit);
+}
 
 }  // namespace
 
@@ -204,6 +229,8 @@ Value call_elementary(Machine& machine, const Elementary& function, Arguments ar
     return machine.fail(
         span, fmt::format("{} takes {} argument{}, not {}", function.name, function.argument_count,
                           function.argument_count == 1 ? "" : "s", arguments.size()));
+  for (const Value& value : arguments)
+    if (value.unit != nullptr) return call_with_units(machine, function, arguments, span, spans);
   return function.evaluate(machine, arguments, span, spans);
 }
 

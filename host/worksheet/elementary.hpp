@@ -11,10 +11,19 @@
 
 namespace worksheet {
 
+// How a function treats the unit of its arguments.
+enum class UnitUse {
+  keep,   // The result has the argument's unit.
+  root,   // ... the square root of it.
+  same,   // Both arguments and the result have one unit.
+  plain,  // Plain numbers only.
+};
+
 struct Elementary {
   const char* name;
   std::size_t argument_count;
-  // The arguments are as many as they should be; `spans` are their places.
+  UnitUse units;
+  // The arguments are as many as they should be and without units; `spans` are their places.
   Value (*evaluate)(Machine& machine, std::span<const Value> arguments, Span span,
                     std::span<const Span> spans);
 };

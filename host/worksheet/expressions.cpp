@@ -5,6 +5,7 @@
 
 #include "fmt/format.h"
 #include "host/worksheet/matrices.hpp"
+#include "host/worksheet/unit.hpp"
 
 namespace worksheet {
 
@@ -111,12 +112,40 @@ Value IndexNode::evaluate(Machine& machine) const {
     if (m->rows != 1 && m->cols != 1)
       return machine.fail(span, fmt::format("a {} matrix needs two indices", shape_text(m)));
     const std::ptrdiff_t k = position(machine, *indices[0], start, element_count(m), &error);
-    return is_error(error) ? error : element(machine, m, k);
+    return is_error(error) ? error : with_unit(element(machine, m, k), a.unit);
   }
   const std::ptrdiff_t i = position(machine, *indices[0], start, m->rows, &error);
   if (is_error(error)) return error;
   const std::ptrdiff_t j = position(machine, *indices[1], start, m->cols, &error);
-  return is_error(error) ? error : element(machine, m, j * m->leading_dimension + i);
+  if (is_error(error)) return error;
+  return with_unit(element(machine, m, j * m->leading_dimension + i), a.unit);
+}
+
+namespace {
+
+bool can_have_unit(const Value& v) {
+  return is_number(v) || (is_matrix(v) && !contains_ptrs(matrix(v)));
+}
+
+}  // namespace
+
+Value UnitNode::evaluate(Machine& machine) const {
+  const Value a = operand->evaluate(machine);
+  if (is_error(a)) return a;
+  if (!can_have_unit(a)) return machine.fail(span, fmt::format("{} takes no unit", kind_name(a)));
+  if (a.unit != nullptr)
+    return machine.fail(span, fmt::format("it has a unit already: {}", unit_text(a.unit)));
+  return with_unit(a, unit);
+}
+
+Value ConversionNode::evaluate(Machine& machine) const {
+  const Value a = operand->evaluate(machine);
+  if (is_error(a)) return a;
+  const auto factor = can_have_unit(a) ? conversion(a.unit, unit) : std::nullopt;
+  if (!factor)
+    return machine.fail(
+        operand->span, fmt::format("{} cannot be shown in {}", unit_text(a.unit), unit_text(unit)));
+  return with_unit(scaled(machine, a, *factor), unit);
 }
 
 namespace {
@@ -132,25 +161,50 @@ Anyval* nested_copy(Machine& machine, const Value& v) {
 }  // namespace
 
 Value MatrixNode::evaluate(Machine& machine) const {
-  const auto n = static_cast<std::ptrdiff_t>(cols);
-  const auto m = static_cast<std::ptrdiff_t>(elements.size()) / n;
-  MatrixBuilder result(m, n);
-  bool nested = false;
-  for (std::size_t at = 0; at < elements.size(); ++at) {
-    const Value v = elements[at]->evaluate(machine);
+  std::vector<Value> values;
+  values.reserve(elements.size());
+  bool all_numbers = true;
+  for (const NodePtr& element : elements) {
+    values.push_back(element->evaluate(machine));
+    const Value& v = values.back();
     if (is_error(v)) return v;
-    if (is_none(v)) return machine.fail(elements[at]->span, "an element has no value");
-    const auto index = static_cast<std::ptrdiff_t>(at);
-    const std::ptrdiff_t k = index % n * m + index / n;
-    if (is_number(v)) {
+    if (is_none(v)) return machine.fail(element->span, "an element has no value");
+    all_numbers = all_numbers && is_number(v);
+  }
+  return all_numbers ? of_numbers(machine, values) : nested(machine, values);
+}
+
+// A matrix takes one unit as a whole: that of its first element.
+Value MatrixNode::of_numbers(Machine& machine, const std::vector<Value>& values) const {
+  const std::size_t rows = values.size() / cols;
+  MatrixBuilder result(static_cast<std::ptrdiff_t>(rows), static_cast<std::ptrdiff_t>(cols));
+  for (std::size_t at = 0; at < values.size(); ++at) {
+    const auto factor = conversion(values[at].unit, values[0].unit);
+    if (!factor)
+      return machine.fail(elements[at]->span,
+                          fmt::format("the elements of a matrix have one unit, not {} and {}",
+                                      unit_text(values[0].unit), unit_text(values[at].unit)));
+    result.set(static_cast<std::ptrdiff_t>(at % cols * rows + at / cols),
+               number(values[at]) * *factor);
+  }
+  return object_value(result.finish(machine.store), values[0].unit);
+}
+
+Value MatrixNode::nested(Machine& machine, const std::vector<Value>& values) const {
+  const std::size_t rows = values.size() / cols;
+  MatrixBuilder result(static_cast<std::ptrdiff_t>(rows), static_cast<std::ptrdiff_t>(cols));
+  for (std::size_t at = 0; at < values.size(); ++at) {
+    const Value& v = values[at];
+    const auto k = static_cast<std::ptrdiff_t>(at % cols * rows + at / cols);
+    if (v.unit != nullptr)
+      return machine.fail(elements[at]->span, "the elements of a nested array have no units");
+    if (is_number(v))
       result.set(k, v.re, v.im);
-    } else {
+    else
       result.re()[k] = efi::nested_element(nested_copy(machine, v));
-      nested = true;
-    }
   }
   aMatrix* const made = result.finish(machine.store);
-  if (nested) made->flags |= kHoldsNested;
+  made->flags |= kHoldsNested;
   return object_value(made);
 }
 

@@ -77,10 +77,29 @@ struct IndexNode : Node {
   const Variable* origin;
 };
 
+// a{unit}: a plain value that gets a unit.
+struct UnitNode : Node {
+  UnitNode(Span where, NodePtr a, const Unit* u) : Node(where), operand(std::move(a)), unit(u) {}
+  Value evaluate(Machine& machine) const override;
+  NodePtr operand;
+  const Unit* unit;
+};
+
+// a in {unit}: the same quantity in another unit.
+struct ConversionNode : Node {
+  ConversionNode(Span where, NodePtr a, const Unit* u)
+      : Node(where), operand(std::move(a)), unit(u) {}
+  Value evaluate(Machine& machine) const override;
+  NodePtr operand;
+  const Unit* unit;
+};
+
 struct MatrixNode : Node {
   MatrixNode(Span where, std::size_t columns, std::vector<NodePtr> by_rows)
       : Node(where), cols(columns), elements(std::move(by_rows)) {}
   Value evaluate(Machine& machine) const override;
+  Value nested(Machine& machine, const std::vector<Value>& values) const;
+  Value of_numbers(Machine& machine, const std::vector<Value>& values) const;
   std::size_t cols;
   std::vector<NodePtr> elements;
 };

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "host/efiutils/store.hpp"
+#include "host/worksheet/unit.hpp"
 
 namespace worksheet {
 
@@ -72,6 +73,7 @@ Json names_json(const std::vector<std::string>& names) {
 
 Json value_json(const Machine& machine, const Value& value) {
   Json json = plain_json(machine, value);
+  if (value.unit != nullptr) json["unit"] = value.unit->name();
   return json;
 }
 

@@ -9,7 +9,9 @@
 #include "fmt/format.h"
 #include "host/efiutils/fault_translation.hpp"
 #include "host/efiutils/watch.hpp"
+#include "host/worksheet/matrices.hpp"
 #include "host/worksheet/node.hpp"
+#include "host/worksheet/unit_rule.hpp"
 #include "pack/fp_control.hpp"
 
 namespace worksheet {
@@ -43,6 +45,12 @@ struct PlainArithmetic {
   std::uint32_t saved;
 #endif
 };
+
+Value in_plain_numbers(const Value& v) {
+  return is_number(v) && v.unit != nullptr
+             ? number_value(number(v) * conversion(v.unit, nullptr).value_or(1.0))
+             : v;
+}
 
 const char* plural(std::size_t count) {
   return count == 1 ? "" : "s";
@@ -165,9 +173,11 @@ Anyval* Machine::apply(Anyval* function, const sCons* list) {
   const Function& body = function_of(object_value(function));
   const Value value = call(body, {arguments.data(), count}, pack_call_);
   collect(value, since);
-  if (value.unit != nullptr)
-    return fail(pack_call_, body.name + " gives a value with a unit; a plain one is needed").object;
-  Anyval* const result = boxed(value);
+  if (!is_dimensionless(value.unit))
+    return fail(pack_call_, fmt::format("{} gives a value in {}; a plain one is needed", body.name,
+                                        unit_text(value.unit)))
+        .object;
+  Anyval* const result = boxed(in_plain_numbers(value));
   if (result == nullptr) return sError_OutOfMemory;
   if (is_number(value)) last_applied_ = result;
   return result;
@@ -192,11 +202,40 @@ Value Machine::call(const Row& row, std::span<const Value> arguments, Span span,
   if (arguments.size() != row.argument_count)
     return fail(span, fmt::format("{} takes {} argument{}, not {}", row.name, row.argument_count,
                                   plural(row.argument_count), arguments.size()));
+  for (const Value& value : arguments)
+    if (value.unit != nullptr) return call_with_units(row, arguments, span, spans);
+  return call_plain(row, arguments, span, spans);
+}
+
+Value Machine::call_with_units(const Row& row, std::span<const Value> arguments, Span span,
+                               std::span<const Span> spans) {
+  std::vector<const Unit*> units;
+  for (const Value& value : arguments) units.push_back(value.unit);
+  UnitRuling ruling;
+  try {
+    ruling = apply_unit_rule(row.unit_rule(), units);
+  } catch (const UnitMismatch& mismatch) {
+    return fail(spans[mismatch.argument], fmt::format("{} {}", row.name, mismatch.what()));
+  } catch (const UnitRuleError& error) {
+    return fail(span, fmt::format("{}: {}", row.name, error.what()));
+  }
+  std::vector<Value> plain;
+  for (std::size_t k = 0; k < arguments.size(); ++k)
+    plain.push_back(without_unit(scaled(*this, arguments[k], ruling.factors[k])));
+  const Value result = call_plain(row, plain, span, spans);
+  if (!is_number(result) && !is_matrix(result)) return result;
+  return with_unit(scaled(*this, result, ruling.result.factor), ruling.result.unit);
+}
+
+Value Machine::call_plain(const Row& row, std::span<const Value> arguments, Span span,
+                          std::span<const Span> spans) {
   std::vector<Anyval*> boxes;
   for (const Value& value : arguments) boxes.push_back(boxed(value));
   for (const Variable* variable : row.variables) {
     if (!variable->defined)
       return fail(span, fmt::format("{} needs the variable {}", row.name, variable->name));
+    if (variable->value.unit != nullptr)
+      return fail(span, fmt::format("{} needs {} without a unit", row.name, variable->name));
     boxes.push_back(boxed(variable->value));
   }
   if (std::find(boxes.begin(), boxes.end(), nullptr) != boxes.end()) return out_of_memory(span);

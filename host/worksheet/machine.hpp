@@ -131,6 +131,10 @@ class Machine {
   struct Activation;
 
   Anyval* apply(Anyval* function, const sCons* arguments);
+  Value call_with_units(const Row& row, std::span<const Value> arguments, Span span,
+                        std::span<const Span> spans);
+  Value call_plain(const Row& row, std::span<const Value> arguments, Span span,
+                   std::span<const Span> spans);
   bool deeply_nested() const;
 
   std::unordered_map<std::string, std::unique_ptr<Variable>> variables_;

@@ -53,6 +53,15 @@ aMatrix* copy_of(Machine& machine, const aMatrix* m) {
   return copy;
 }
 
+Value scaled(Machine& machine, const Value& v, double factor) {
+  if (factor == 1.0) return v;
+  if (is_number(v)) return with_unit(number_value(number(v) * factor), v.unit);
+  aMatrix* const copy = copy_of(machine, matrix(v));
+  for (double* part : {copy->re, copy->im})
+    for (std::ptrdiff_t k = 0; part != nullptr && k < element_count(copy); ++k) part[k] *= factor;
+  return object_value(copy, v.unit);
+}
+
 std::string shape_text(const aMatrix* m) {
   return fmt::format("{} x {}", m->rows, m->cols);
 }

@@ -46,6 +46,9 @@ class MatrixBuilder {
 // A copy of `m` with both part arrays; the imaginary one absent unless m has it.
 aMatrix* copy_of(Machine& machine, const aMatrix* m);
 
+// The number or matrix with every element multiplied; its unit stays.
+Value scaled(Machine& machine, const Value& v, double factor);
+
 // "2 x 3", for messages.
 std::string shape_text(const aMatrix* m);
 

@@ -33,6 +33,14 @@ inline Value object_value(Anyval* object, const Unit* unit = nullptr) {
   return {0.0, 0.0, object, unit};
 }
 
+inline Value with_unit(Value v, const Unit* unit) {
+  v.unit = unit;
+  return v;
+}
+inline Value without_unit(const Value& v) {
+  return with_unit(v, nullptr);
+}
+
 inline bool is_number(const Value& v) {
   return v.object == nullptr;
 }

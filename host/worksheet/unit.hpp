@@ -1,0 +1,94 @@
+// Units of physical quantities: products of named units with rational powers.
+//
+// Names, prefixes and definitions come from UDUNITS-2. A unit is made once and lives as long as the
+// program; the null pointer stands for a plain number.
+#pragma once
+
+#include <compare>
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace worksheet {
+
+// A fraction in lowest terms with a positive denominator.
+struct Rational {
+  Rational(int numerator = 0, int denominator = 1);
+  auto operator<=>(const Rational&) const = default;
+  explicit operator double() const { return static_cast<double>(num) / den; }
+
+  int num;
+  int den;
+};
+Rational operator+(const Rational& a, const Rational& b);
+Rational operator*(const Rational& a, const Rational& b);
+// The fraction with a small denominator that x is, if it is one.
+std::optional<Rational> to_rational(double x);
+
+// Powers of the base units m, kg, s, A, K, mol, cd by name.
+using Dimension = std::map<std::string, Rational>;
+
+// A name such as "kN": `scale` base units of its dimension.
+struct NamedUnit {
+  std::string name;
+  double scale;
+  Dimension dimension;
+};
+
+class Unit {
+ public:
+  struct Factor {
+    const NamedUnit* unit;
+    Rational power;
+  };
+
+  explicit Unit(std::vector<Factor> factors);
+
+  // As users write it, "kN/m^2".
+  const std::string& name() const { return name_; }
+  const std::vector<Factor>& factors() const { return factors_; }
+  // The number of coherent base units that it is.
+  double scale() const { return scale_; }
+  const Dimension& dimension() const { return dimension_; }
+
+ private:
+  std::vector<Factor> factors_;
+  std::string name_;
+  double scale_ = 1.0;
+  Dimension dimension_;
+};
+
+// The one unit with these factors; null when there are none.
+const Unit* unit_of(const std::vector<Unit::Factor>& factors);
+
+// Text that is no unit; `offset` is the place in it.
+struct UnitError : std::runtime_error {
+  UnitError(std::size_t at, const std::string& what) : std::runtime_error(what), offset(at) {}
+  std::size_t offset;
+};
+
+// The unit that the text says: factors apart by blanks, "*", "." or "·"; "/" divides by the factor
+// that follows it; powers as "m^2", "m2", "m²", "m^-1" or "m^(1/2)". Throws UnitError.
+const Unit* parse_unit(std::string_view text);
+
+// "kN", or "no unit".
+std::string unit_text(const Unit* unit);
+
+// What the numbers in unit `from` are to be multiplied by to be in unit `to`; nothing when the two
+// are not of one dimension.
+std::optional<double> conversion(const Unit* from, const Unit* to);
+bool is_dimensionless(const Unit* unit);
+
+// A product in a unit that reads well; the numbers are to be multiplied by `factor`.
+struct UnitProduct {
+  const Unit* unit;
+  double factor;
+};
+UnitProduct multiply(const Unit* a, const Unit* b);
+UnitProduct divide(const Unit* a, const Unit* b);
+UnitProduct raise(const Unit* a, const Rational& power);
+
+}  // namespace worksheet
