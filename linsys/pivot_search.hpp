@@ -16,6 +16,8 @@ struct Candidate {
 // Which one of equally heavy candidates wins.
 enum class Tie { last, first };
 
+typedef long long VectorBits __attribute__((vector_size(8 * kWidth)));
+
 MATRIX_LANES_INLINE VectorBits rows_from(Index first) {
   VectorBits rows;
   for (int q = 0; q < kWidth; ++q) rows[q] = q;

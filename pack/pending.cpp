@@ -19,9 +19,6 @@ Anyval* not_available(EfiCallContext* context) {
 Anyval* cholesky(EfiCallContext* context, Anyval*) {
   return not_available(context);
 }
-Anyval* rref(EfiCallContext* context, Anyval*) {
-  return not_available(context);
-}
 Anyval* rank(EfiCallContext* context, Anyval*) {
   return not_available(context);
 }
