@@ -16,9 +16,6 @@ Anyval* not_available(EfiCallContext* context) {
 
 }  // namespace
 
-Anyval* cholesky(EfiCallContext* context, Anyval*) {
-  return not_available(context);
-}
 Anyval* rank(EfiCallContext* context, Anyval*) {
   return not_available(context);
 }
