@@ -110,12 +110,14 @@ const char* reduce_unitary_with_vectors(const Parts& a, const Balance& b, const 
   const std::unique_ptr<Kept[]> kept(new (std::nothrow) Kept[static_cast<std::size_t>(a.n)]);
   if (!work || !kept) return kOutOfMemory;
   reduce(a, b, work.get(), kept.get());
-  const int first = b.low + 1;
-  const int count = std::max(b.igh - first, 0);
+  const std::ptrdiff_t first = b.low + 1;
+  const std::ptrdiff_t count = std::max<std::ptrdiff_t>(b.igh - first, 0);
+  Kept* const reflections = kept.get() + first;
   double* const h = work.get();
-  for (int k = 0; k < count; ++k) h[k] = kept[first + k].h;
+  for (std::ptrdiff_t k = 0; k < count; ++k) h[k] = reflections[k].h;
   unitary_kernels().accumulate({a.re, a.im, a.ld}, h, first, count, b.igh + 1, {z.re, z.im, z.ld});
-  for (int k = first; k < first + count; ++k) put(a, k, k - 1, kept[k].subdiagonal);
+  for (std::ptrdiff_t k = 0; k < count; ++k)
+    put(a, first + k, first + k - 1, reflections[k].subdiagonal);
   return nullptr;
 }
 
