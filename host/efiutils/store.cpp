@@ -107,19 +107,25 @@ bool Store::add_chunk() {
   auto* const chunk = static_cast<Slot*>(map_low(kSlotsPerChunk * sizeof(Slot)));
   if (chunk == nullptr) return false;
   chunks_.push_back(chunk);
-  for (std::size_t i = kSlotsPerChunk; i-- > 0;) {
-    chunk[i].value.kind = kFreeSlot;
-    chunk[i].set_link(free_);
-    free_ = &chunk[i];
-  }
+  touched_ = 0;
   return true;
+}
+
+// A slot that has been given back, or else the next one of the newest chunk. The chunk's pages cost
+// nothing until they are touched.
+Store::Slot* Store::free_slot() {
+  if (Slot* const slot = free_) {
+    free_ = slot->linked();
+    return slot;
+  }
+  if ((chunks_.empty() || touched_ == kSlotsPerChunk) && !add_chunk()) return nullptr;
+  return &chunks_.back()[touched_++];
 }
 
 Store::Slot* Store::take(std::int32_t kind) {
   if (refuse != nullptr && refuse()) return nullptr;
-  if (free_ == nullptr && !add_chunk()) return nullptr;
-  Slot* const slot = free_;
-  free_ = slot->linked();
+  Slot* const slot = free_slot();
+  if (slot == nullptr) return nullptr;
   std::memset(static_cast<void*>(slot), 0, sizeof *slot);
   slot->value.kind = kind;
   slot->position = static_cast<std::uint32_t>(live_.size()) & 0x7FFFFFFFu;
@@ -217,7 +223,8 @@ bool Store::owns(const Anyval* value) const {
   const auto address = reinterpret_cast<std::uintptr_t>(value) - sizeof(Header);
   for (const Slot* chunk : chunks_) {
     const auto offset = address - reinterpret_cast<std::uintptr_t>(chunk);
-    if (offset < kSlotsPerChunk * sizeof(Slot))
+    const std::size_t slots = chunk == chunks_.back() ? touched_ : kSlotsPerChunk;
+    if (offset < slots * sizeof(Slot))
       return offset % sizeof(Slot) == 0 && value->kind != kFreeSlot;
   }
   return false;

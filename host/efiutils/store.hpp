@@ -87,6 +87,7 @@ class Store final : public IqlAllocator {
   struct Slot;
 
   Slot* take(std::int32_t kind);
+  Slot* free_slot();
   bool add_chunk();
   void reclaim(Slot* slot);
   struct Marking;
@@ -97,6 +98,7 @@ class Store final : public IqlAllocator {
   std::vector<Slot*> chunks_;
   std::vector<Slot*> live_;  // In the order in which they were made.
   Slot* free_ = nullptr;
+  std::size_t touched_ = 0;  // Slots of the newest chunk that have ever been used.
 };
 
 #pragma GCC visibility pop
