@@ -13,8 +13,10 @@ namespace matrix_pack {
 
 namespace {
 
-// One part of A with the order of its rows reversed.
+// One part of A with the order of its rows reversed. `cols` is 1 for an array without columns: that
+// one has no elements to read, and gives zeros.
 Doubles reversed_part(const aMatrix* a, int cols, const double* part) {
+  if (a->cols == 0) return new_zero_part(a->rows, cols);
   Doubles reversed = new_part(a->rows, cols);
   if (!reversed) return nullptr;
   for (int j = 0; j < cols; ++j) {

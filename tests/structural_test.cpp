@@ -163,6 +163,7 @@ TEST_F(Structural, Reverse) {
   aMatrix* row = host.matrix({{1, 2, 3}});
   EXPECT_EQ(reverse(context, row), row);
   EXPECT_EQ(reverse(context, host.lean(3, 1)), nullptr);
+  expect_matrix(reverse(context, host.matrix(2, 0, {})), {{0}, {0}});
   expect_matrix(reverse(context, host.matrix({{1, 4}, {2, 5}, {3, 6}})), {{3, 6}, {2, 5}, {1, 4}});
   aMatrix* imaginary = as_result_matrix(reverse(context, host.imaginary({{1}, {2}})));
   EXPECT_EQ(imaginary->re, nullptr);
