@@ -35,21 +35,31 @@ std::uint32_t fault_code(int si_code) {
   }
 }
 
+#if defined(__x86_64__) || defined(__i386__)
+// Loads the x87 control word and raises status flags.
+void load_x87(std::uint32_t control, std::uint32_t flags) {
+  struct {
+    std::uint32_t control, status, others[5];
+  } environment;
+  asm volatile("fnstenv %0" : "=m"(environment));
+  environment.control = control;
+  environment.status |= flags & 0x3Fu;
+  asm volatile("fldenv %0" : : "m"(environment));
+}
+#endif
+
 // The kernel gives a signal handler a fresh floating-point unit. What unwinding leads to expects
-// the interrupted x87 control word; the status flags are for the exception to take. The exceptions
-// stay masked: nothing may fault while a fault is on its way.
+// the interrupted x87 control word and flags; those of SSE2 are for the exception to take. Its
+// exceptions stay masked: nothing may fault while a fault is on its way.
 void take_over_unit([[maybe_unused]] const ucontext_t* interrupted) {
 #if defined(__x86_64__)
   if (const auto* unit = interrupted->uc_mcontext.fpregs) {
-    const std::uint16_t control = unit->cwd;
-    asm volatile("fldcw %0" : : "m"(control));
+    load_x87(unit->cwd, unit->swd);
     _mm_setcsr(matrix_pack::kAllMasked | (unit->mxcsr & 0x3Fu));
   }
 #elif defined(__i386__)
-  if (const auto* unit = interrupted->uc_mcontext.fpregs) {
-    const auto control = static_cast<std::uint16_t>(unit->cw);
-    asm volatile("fldcw %0" : : "m"(control));
-  }
+  if (const auto* unit = interrupted->uc_mcontext.fpregs)
+    load_x87(static_cast<std::uint32_t>(unit->cw), static_cast<std::uint32_t>(unit->sw));
 #endif
 }
 
