@@ -18,6 +18,17 @@ const char* eigenvalues_core(EfiCallContext* context, aMatrix* argument, aMatrix
   return general_eigenvalues(context, copy, values);
 }
 
+Anyval* eigenvals_worker(EfiCallContext* context, aMatrix* matrix, double tolerance) {
+  if (matrix->rows != matrix->cols) return argument_error(context, 1, "must be square");
+  // What the copy says is not looked at: the cores refuse a copy that is not there. Kept: hosts
+  // rely on the message.
+  aMatrix* copy = nullptr;
+  (void)matrix_copy(context, matrix, &copy);
+  aMatrix* values = nullptr;
+  const char* message = eigenvalues_core(context, matrix, copy, tolerance, &values);
+  return message == nullptr ? values : call_error(context, message);
+}
+
 }  // namespace
 
 }  // namespace matrix_pack
@@ -27,17 +38,10 @@ using namespace matrix_pack;
 Anyval* eigenvals(EfiCallContext* context, Anyval* matrix, Anyval* tolerance) {
   return guarded(context, [=] {
     if (!is_matrix(matrix)) return call_error(context, "must be array");
-    return eigenvals(context, as_matrix(matrix), as_scalar(tolerance)->re);
+    return eigenvals_worker(context, as_matrix(matrix), as_scalar(tolerance)->re);
   });
 }
 
 Anyval* eigenvals(EfiCallContext* context, aMatrix* matrix, double tolerance) {
-  if (matrix->rows != matrix->cols) return argument_error(context, 1, "must be square");
-  // What the copy says is not looked at: the cores refuse a copy that is not there. Kept: hosts
-  // rely on the message.
-  aMatrix* copy = nullptr;
-  (void)matrix_copy(context, matrix, &copy);
-  aMatrix* values = nullptr;
-  const char* message = eigenvalues_core(context, matrix, copy, tolerance, &values);
-  return message == nullptr ? values : call_error(context, message);
+  return contained(context, [=] { return eigenvals_worker(context, matrix, tolerance); });
 }

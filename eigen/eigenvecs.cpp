@@ -20,20 +20,7 @@ const char* eigenvectors_core(EfiCallContext* context, aMatrix* argument, aMatri
   return symmetric_eigenvectors(copy);
 }
 
-}  // namespace
-
-}  // namespace matrix_pack
-
-using namespace matrix_pack;
-
-Anyval* eigenvecs(EfiCallContext* context, Anyval* matrix) {
-  return guarded(context, [=] {
-    if (!is_matrix(matrix)) return call_error(context, "must be array");
-    return eigenvecs(context, as_matrix(matrix));
-  });
-}
-
-Anyval* eigenvecs(EfiCallContext* context, aMatrix* matrix) {
+Anyval* eigenvecs_worker(EfiCallContext* context, aMatrix* matrix) {
   if (matrix->rows != matrix->cols) return argument_error(context, 1, "must be square");
   aMatrix* copy = nullptr;
   if (const char* message = matrix_copy(context, matrix, &copy))
@@ -43,4 +30,21 @@ Anyval* eigenvecs(EfiCallContext* context, aMatrix* matrix) {
     return call_error(context, message);
   renormalize_matrix_cols(vectors);
   return vectors;
+}
+
+}  // namespace
+
+}  // namespace matrix_pack
+
+using namespace matrix_pack;
+
+Anyval* eigenvecs(EfiCallContext* context, Anyval* matrix) {
+  return guarded(context, [=] {
+    if (!is_matrix(matrix)) return call_error(context, "must be array");
+    return eigenvecs_worker(context, as_matrix(matrix));
+  });
+}
+
+Anyval* eigenvecs(EfiCallContext* context, aMatrix* matrix) {
+  return contained(context, [=] { return eigenvecs_worker(context, matrix); });
 }
