@@ -22,6 +22,7 @@ constexpr int kWidth = 2;
 constexpr int kParts = kLanes / kWidth;
 
 typedef double Vector __attribute__((vector_size(8 * kWidth)));
+typedef long long VectorBits __attribute__((vector_size(8 * kWidth)));
 
 #define MATRIX_LANES_INLINE [[maybe_unused]] inline __attribute__((always_inline))
 
