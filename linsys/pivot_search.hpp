@@ -8,6 +8,8 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
+typedef long long VectorBits __attribute__((vector_size(8 * kWidth)));
+
 struct Candidate {
   double weight;
   Index row;
@@ -22,6 +24,32 @@ MATRIX_LANES_INLINE VectorBits rows_from(Index first) {
   VectorBits rows;
   for (int q = 0; q < kWidth; ++q) rows[q] = q;
   return rows + first;
+}
+
+// Lane q of the result is lane q ^ w of x.
+template <int w, class V>
+MATRIX_LANES_INLINE V with_partner(V x) {
+  if constexpr (kWidth == 8)
+    return __builtin_shufflevector(x, x, 0 ^ w, 1 ^ w, 2 ^ w, 3 ^ w, 4 ^ w, 5 ^ w, 6 ^ w, 7 ^ w);
+  else if constexpr (kWidth == 4)
+    return __builtin_shufflevector(x, x, 0 ^ w, 1 ^ w, 2 ^ w, 3 ^ w);
+  else
+    return __builtin_shufflevector(x, x, 0 ^ w, 1 ^ w);
+}
+
+// Each lane takes its partner's candidate where that wins.
+template <Tie tie, int w>
+MATRIX_LANES_INLINE void meet(Vector& weights, VectorBits& rows) {
+  const Vector weight = with_partner<w>(weights);
+  const VectorBits row = with_partner<w>(rows);
+  VectorBits before;
+  if constexpr (tie == Tie::last)
+    before = row > rows;
+  else
+    before = row < rows;
+  const VectorBits taken = (weight > weights) | ((weight == weights) & before);
+  weights = taken ? weight : weights;
+  rows = taken ? row : rows;
 }
 
 // The heaviest of `best` and n rows after it, from `first` on: row first + i has the weight
@@ -53,19 +81,9 @@ MATRIX_LANES_INLINE Candidate heaviest(Candidate best, Index first, Index n, con
   };
   for (Index i = 0; i + kWidth < n; i += kWidth) take(i);
   take(n - kWidth);  // Rows that come twice do no harm.
-  for (int w = kWidth / 2; w > 0; w /= 2) {
-    const VectorBits partner = rows_from(0) ^ w;
-    const Vector weight = __builtin_shuffle(weights, partner);
-    const VectorBits row = __builtin_shuffle(rows, partner);
-    VectorBits before;
-    if constexpr (tie == Tie::last)
-      before = row > rows;
-    else
-      before = row < rows;
-    const VectorBits taken = (weight > weights) | ((weight == weights) & before);
-    weights = taken ? weight : weights;
-    rows = taken ? row : rows;
-  }
+  if constexpr (kWidth > 4) meet<tie, 4>(weights, rows);
+  if constexpr (kWidth > 2) meet<tie, 2>(weights, rows);
+  meet<tie, 1>(weights, rows);
   return {weights[0], static_cast<Index>(rows[0])};
 }
 

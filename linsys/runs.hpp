@@ -15,21 +15,18 @@ namespace {
 template <int W>
 struct VectorOf {
   typedef double Type __attribute__((vector_size(8 * W)));
-  typedef double Unaligned __attribute__((vector_size(8 * W), aligned(8), may_alias));
-  typedef long long Bits __attribute__((vector_size(8 * W)));
 };
 template <>
 struct VectorOf<1> {
   typedef double Type;
-  typedef double Unaligned;
 };
 
 template <int H>
 struct Run {
   static constexpr int kVectorWidth = H < kWidth ? H : kWidth;
   static constexpr int kVectors = H / kVectorWidth;
-  using Of = VectorOf<kVectorWidth>;
-  typename Of::Type part[kVectors];
+  using V = typename VectorOf<kVectorWidth>::Type;
+  V part[kVectors];
 };
 
 template <int H>
@@ -37,8 +34,7 @@ MATRIX_LANES_INLINE Run<H> load(const double* p) {
   using R = Run<H>;
   R run;
   MATRIX_UNROLL
-  for (int v = 0; v < R::kVectors; ++v)
-    run.part[v] = *reinterpret_cast<const typename R::Of::Unaligned*>(p + v * R::kVectorWidth);
+  for (int v = 0; v < R::kVectors; ++v) run.part[v] = load<typename R::V>(p + v * R::kVectorWidth);
   return run;
 }
 
@@ -46,8 +42,7 @@ template <int H>
 MATRIX_LANES_INLINE void store(double* p, const Run<H>& run) {
   using R = Run<H>;
   MATRIX_UNROLL
-  for (int v = 0; v < R::kVectors; ++v)
-    *reinterpret_cast<typename R::Of::Unaligned*>(p + v * R::kVectorWidth) = run.part[v];
+  for (int v = 0; v < R::kVectors; ++v) store<typename R::V>(p + v * R::kVectorWidth, run.part[v]);
 }
 
 // y - x * factor
@@ -67,17 +62,8 @@ MATRIX_LANES_INLINE Run<H> quotient(Run<H> x, double divisor) {
 
 template <int H>
 MATRIX_LANES_INLINE Run<H> magnitudes(Run<H> x) {
-  using R = Run<H>;
   MATRIX_UNROLL
-  for (int v = 0; v < R::kVectors; ++v) {
-    if constexpr (R::kVectorWidth == 1) {
-      x.part[v] = __builtin_fabs(x.part[v]);
-    } else {
-      using Bits = typename R::Of::Bits;
-      const Bits bits = reinterpret_cast<Bits>(x.part[v]) & 0x7FFFFFFFFFFFFFFFLL;
-      x.part[v] = reinterpret_cast<typename R::Of::Type>(bits);
-    }
-  }
+  for (int v = 0; v < Run<H>::kVectors; ++v) x.part[v] = magnitude(x.part[v]);
   return x;
 }
 
