@@ -110,7 +110,17 @@ TEST(Language, NestedArrays) {
       {"N[0, 0][1]", "2"},
       {"N + 1", "error: '+' does not take a nested array (0, 0)"},
       {"N'", "[[1 2] 3; \"text\" 0+4i complex]"},
+      {"reverse(N)", "[3 0+4i; [1 2] \"text\" complex]"},
+      {"stack([[5], 6], [1, [2]])", "[[5] 6; 1 [2]]"},
+      {"augment([1; [2]], [3; \"t\"])", "[1 3; [2] \"t\"]"},
+      {"submatrix(N, 0, 1, 0, 0)", "[[1 2]; 3 complex]"},
+      {"submatrix(N, 0, 0, 0, 0)[0]", "[1 2]"},
       {"max(N)", "error: may not be nested (0, 1)"},
+      {"min([[1], 2])", "error: may not be nested (0, 1)"},
+      {"[[1], 2; 3, 4]^-1", "error: may not be nested (0, 0)"},
+      {"[[1], 2; 3, 4]^2", "error: a nested array has no power (0, 0)"},
+      {"sqrt(N)", "error: may not be nested (0, 0)"},
+      {"[[[1, 2], 3], \"deep\"]", "[[[1 2] 3] \"deep\"]"},
   });
 }
 
