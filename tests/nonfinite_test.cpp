@@ -6,7 +6,8 @@
 #include <fstream>
 #include <limits>
 #include <set>
-#include <sstream>
+#include <string>
+#include <vector>
 
 #include "tests/support/call_corpus.hpp"
 
@@ -88,9 +89,10 @@ std::string outcomes(const FunctionEntry& row, Shape shape, double bad) {
   return text;
 }
 
-// The lines of the table in the document, as they should read.
-std::string actual_table() {
-  std::ostringstream table;
+// The lines of the table in the document, as they should read. What does not depend on the kind of
+// matrix is said once, unless `every_kind`.
+std::vector<std::string> actual_table(bool every_kind) {
+  std::vector<std::string> table;
   const std::pair<Shape, const char*> shapes[] = {
       {Shape::general, ""}, {Shape::symmetric, ", symmetric"}, {Shape::complex, ", complex"}};
   const std::set<std::string> takes_no_matrix = {"identity", "matrix", "last", "length", "diag"};
@@ -101,25 +103,28 @@ std::string actual_table() {
     for (const auto& [shape, words] : shapes) {
       const std::string cells = outcomes(row, shape, kNaN) + " | " + outcomes(row, shape, kInf) +
                                 " | " + outcomes(row, shape, -kInf);
-      // What does not depend on the kind of matrix is said once.
       if (shape == Shape::general) general = cells;
-      if (shape != Shape::general && cells == general) continue;
-      table << "| `" << row.name->text << "`" << words << " | " << cells << " |\n";
+      if (shape != Shape::general && cells == general && !every_kind) continue;
+      table.push_back(std::string("| `") + row.name->text + "`" + words + " | " + cells + " |");
     }
   }
-  return table.str();
+  return table;
 }
 
 TEST(NonFinite, TheDocumentSaysWhatHappens) {
   std::ifstream document(MATRIX_SOURCE_DIR "/docs/non-finite.md");
   ASSERT_TRUE(document);
-  std::string documented;
+  std::vector<std::string> documented;
   for (std::string line; std::getline(document, line);)
-    if (line.starts_with("| `")) documented += line + "\n";
-  if (kNamesFaults)
-    EXPECT_EQ(documented, actual_table());
-  else
-    EXPECT_EQ(without_fault_names(documented), without_fault_names(actual_table()));
+    if (line.starts_with("| `")) documented.push_back(line);
+  if (kNamesFaults) {
+    EXPECT_EQ(documented, actual_table(false));
+    return;
+  }
+  std::set<std::string> actual;
+  for (const std::string& line : actual_table(true)) actual.insert(without_fault_names(line));
+  for (const std::string& line : documented)
+    EXPECT_TRUE(actual.contains(without_fault_names(line))) << line;
 }
 
 }  // namespace
