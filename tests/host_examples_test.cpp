@@ -157,8 +157,9 @@ TEST(Examples, TheTrussIsTheOneThatItsDataFileStates) {
 
 TEST(Examples, TheTrussIsInEquilibrium) {
   const auto values = values_of("truss.ws");
+  const Json displacements = named(values, "u");
   std::vector<double> u;
-  for (const Json& mm : named(values, "u")["re"]) u.push_back(mm.get<double>() * 1e-3);
+  for (const Json& mm : displacements["re"]) u.push_back(mm.get<double>() * 1e-3);
   const std::vector<double> forces = joint_forces(u);
   for (std::size_t k = 0; k < kUnknowns; ++k) {
     const double load = k < 10 && k % 2 == 1 ? -50e3 : 0.0;
