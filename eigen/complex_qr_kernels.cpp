@@ -1,6 +1,7 @@
 #include "eigen/complex_qr_kernels.hpp"
 
 #include "eigen/complex_roots.hpp"
+#include "eigen/qz_tiles.hpp"
 #include "pack/lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
@@ -61,40 +62,72 @@ void triangularize(std::ptrdiff_t first, std::ptrdiff_t last, std::ptrdiff_t rig
   }
 }
 
-// A run on the rows of kCols neighbouring columns. The row that two rotations share stays in
-// registers.
-template <int kCols>
+// Rotation f on the row carried and the next one: hands back the row that is done.
+template <class V>
+MATRIX_LANES_INLINE void advance(const ComplexRotation& f, V& carried_re, V& carried_im, V& re,
+                                 V& im) {
+  Pair<V> p = {carried_re, carried_im, re, im};
+  turn_rows(f, p);
+  re = p.yr;
+  im = p.yi;
+  carried_re = p.zr;
+  carried_im = p.zi;
+}
+
+// A run on the rows of G vectors of columns side by side: none waits for another. The row that two
+// rotations share stays in registers.
+template <class V, int G>
 MATRIX_LANES_INLINE void rotate_rows_of(const ComplexRotationRun& run, std::ptrdiff_t ld,
                                         double* re, double* im) {
-  Pair<double> p[kCols];
-  for (int j = 0; j < kCols; ++j) {
-    p[j].zr = re[j * ld + run.first - 1];
-    p[j].zi = im[j * ld + run.first - 1];
+  constexpr int kHere = kLanesOf<V>;
+  const std::ptrdiff_t step = kHere * ld;
+  const ComplexRotation* f = run.rotations;
+  V carried_re[G], carried_im[G];
+  for (int g = 0; g < G; ++g) {
+    carried_re[g] = load_row<V>(re + run.first - 1 + g * step, ld);
+    carried_im[g] = load_row<V>(im + run.first - 1 + g * step, ld);
   }
-  for (std::ptrdiff_t i = run.first; i <= run.last; ++i) {
-    const ComplexRotation f = run.rotations[i - run.first];
-    for (int j = 0; j < kCols; ++j) {
-      p[j].yr = p[j].zr;
-      p[j].yi = p[j].zi;
-      p[j].zr = re[j * ld + i];
-      p[j].zi = im[j * ld + i];
-      turn_rows(f, p[j]);
-      re[j * ld + i - 1] = p[j].yr;
-      im[j * ld + i - 1] = p[j].yi;
+  std::ptrdiff_t i = run.first;
+  for (; i + kHere <= run.last + 1; i += kHere, f += kHere) {
+    Tile<V> tile_re[G], tile_im[G];
+    for (int g = 0; g < G; ++g) {
+      tile_re[g] = load_tile<V>(re + i + g * step, ld);
+      tile_im[g] = load_tile<V>(im + i + g * step, ld);
+    }
+    for (int m = 0; m < kHere; ++m)
+      for (int g = 0; g < G; ++g)
+        advance(f[m], carried_re[g], carried_im[g], tile_re[g].row[m], tile_im[g].row[m]);
+    for (int g = 0; g < G; ++g) {
+      store_tile(re + i - 1 + g * step, ld, tile_re[g]);
+      store_tile(im + i - 1 + g * step, ld, tile_im[g]);
     }
   }
-  for (int j = 0; j < kCols; ++j) {
-    re[j * ld + run.last] = p[j].zr;
-    im[j * ld + run.last] = p[j].zi;
+  for (; i <= run.last; ++i, ++f) {
+    for (int g = 0; g < G; ++g) {
+      V row_re = load_row<V>(re + i + g * step, ld);
+      V row_im = load_row<V>(im + i + g * step, ld);
+      advance(*f, carried_re[g], carried_im[g], row_re, row_im);
+      store_row(re + i - 1 + g * step, ld, row_re);
+      store_row(im + i - 1 + g * step, ld, row_im);
+    }
+  }
+  for (int g = 0; g < G; ++g) {
+    store_row(re + run.last + g * step, ld, carried_re[g]);
+    store_row(im + run.last + g * step, ld, carried_im[g]);
   }
 }
 
 void rotate_rows(const ComplexRotationRun& run, const ComplexArray& h, std::ptrdiff_t begin,
                  std::ptrdiff_t end) {
   if (run.first > run.last) return;
+  constexpr int kGroups = 2;
+  const auto column = [&](double* part, std::ptrdiff_t j) { return part + j * h.ld; };
   std::ptrdiff_t j = begin;
-  for (; j + 2 <= end; j += 2) rotate_rows_of<2>(run, h.ld, h.re + j * h.ld, h.im + j * h.ld);
-  for (; j < end; ++j) rotate_rows_of<1>(run, h.ld, h.re + j * h.ld, h.im + j * h.ld);
+  for (; j + kGroups * kSide <= end; j += kGroups * kSide)
+    rotate_rows_of<Row, kGroups>(run, h.ld, column(h.re, j), column(h.im, j));
+  for (; j + kSide <= end; j += kSide)
+    rotate_rows_of<Row, 1>(run, h.ld, column(h.re, j), column(h.im, j));
+  for (; j < end; ++j) rotate_rows_of<double, 1>(run, h.ld, column(h.re, j), column(h.im, j));
 }
 
 // Columns i-1 and i of rows begin..end-1.

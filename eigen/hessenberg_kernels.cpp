@@ -1,5 +1,6 @@
 #include "eigen/hessenberg_kernels.hpp"
 
+#include "eigen/qz_tiles.hpp"
 #include "pack/lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
@@ -94,50 +95,62 @@ void chase(const Chase& c, double* h, std::ptrdiff_t ld, Reflector* reflectors) 
   }
 }
 
-// A run of reflectors on the rows of kCols neighbouring columns. The rows that two reflectors share
-// stay in registers.
-template <int kCols>
+// Reflector f on the two rows carried and the next one: hands back the row that is done.
+template <class V>
+MATRIX_LANES_INLINE V advance(const Reflector& f, V* carried, V next) {
+  V done = carried[0];
+  carried[0] = carried[1];
+  carried[1] = next;
+  if (f.x == 0.0) return done;
+  const V p = done + carried[0] * f.q + carried[1] * f.r;
+  done -= p * f.x;
+  carried[0] -= p * f.y;
+  carried[1] -= p * f.z;
+  return done;
+}
+
+// A run of reflectors on the rows of G vectors of columns side by side: none waits for another. The
+// rows that two reflectors share stay in registers.
+template <class V, int G>
 MATRIX_LANES_INLINE void reflect_rows_of(const ReflectorRun& run, double* h, std::ptrdiff_t ld) {
-  double h0[kCols], h1[kCols];
-  const bool ends = run.last == run.en;
-  const std::ptrdiff_t whole = ends ? run.last - 1 : run.last;
-  for (int j = 0; j < kCols; ++j) {
-    h0[j] = h[j * ld + run.first];
-    h1[j] = h[j * ld + run.first + 1];
-  }
+  constexpr int kHere = kLanesOf<V>;
+  const std::ptrdiff_t step = kHere * ld;
+  const std::ptrdiff_t whole = run.last == run.en ? run.last - 1 : run.last;
   const Reflector* f = run.reflectors;
-  for (std::ptrdiff_t k = run.first; k < whole; ++k, ++f) {
-    for (int j = 0; j < kCols; ++j) {
-      double* const column = h + j * ld;
-      double h2 = column[k + 2];
-      if (f->x != 0.0) {
-        const double p = h0[j] + f->q * h1[j] + f->r * h2;
-        h0[j] -= p * f->x;
-        h1[j] -= p * f->y;
-        h2 -= p * f->z;
-      }
-      column[k] = h0[j];
-      h0[j] = h1[j];
-      h1[j] = h2;
-    }
+  V carried[G][2];
+  for (int g = 0; g < G; ++g)
+    for (int c = 0; c < 2; ++c) carried[g][c] = load_row<V>(h + run.first + c + g * step, ld);
+  std::ptrdiff_t k = run.first;
+  for (; k + kHere <= whole; k += kHere, f += kHere) {
+    Tile<V> tile[G];
+    for (int g = 0; g < G; ++g) tile[g] = load_tile<V>(h + k + 2 + g * step, ld);
+    for (int m = 0; m < kHere; ++m)
+      for (int g = 0; g < G; ++g) tile[g].row[m] = advance(f[m], carried[g], tile[g].row[m]);
+    for (int g = 0; g < G; ++g) store_tile(h + k + g * step, ld, tile[g]);
   }
-  for (int j = 0; j < kCols; ++j) {
-    if (ends && f->x != 0.0) {
-      const double p = h0[j] + f->q * h1[j];
-      h0[j] -= p * f->x;
-      h1[j] -= p * f->y;
+  for (; k < whole; ++k, ++f)
+    for (int g = 0; g < G; ++g)
+      store_row(h + k + g * step, ld,
+                advance(*f, carried[g], load_row<V>(h + k + 2 + g * step, ld)));
+  for (int g = 0; g < G; ++g) {
+    if (whole != run.last && f->x != 0.0) {
+      const V p = carried[g][0] + carried[g][1] * f->q;
+      carried[g][0] -= p * f->x;
+      carried[g][1] -= p * f->y;
     }
-    h[j * ld + whole] = h0[j];
-    h[j * ld + whole + 1] = h1[j];
+    for (int c = 0; c < 2; ++c) store_row(h + whole + c + g * step, ld, carried[g][c]);
   }
 }
 
 void reflect_rows(const ReflectorRun& run, double* h, std::ptrdiff_t ld, std::ptrdiff_t begin,
                   std::ptrdiff_t end) {
   if (run.first == run.last) return;
+  constexpr int kGroups = 2;
   std::ptrdiff_t j = begin;
-  for (; j + 4 <= end; j += 4) reflect_rows_of<4>(run, h + j * ld, ld);
-  for (; j < end; ++j) reflect_rows_of<1>(run, h + j * ld, ld);
+  for (; j + kGroups * kSide <= end; j += kGroups * kSide)
+    reflect_rows_of<Row, kGroups>(run, h + j * ld, ld);
+  for (; j + kSide <= end; j += kSide) reflect_rows_of<Row, 1>(run, h + j * ld, ld);
+  for (; j < end; ++j) reflect_rows_of<double, 1>(run, h + j * ld, ld);
 }
 
 // Rows that go through a run together, in registers.
