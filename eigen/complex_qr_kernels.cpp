@@ -1,7 +1,7 @@
 #include "eigen/complex_qr_kernels.hpp"
 
 #include "eigen/complex_roots.hpp"
-#include "eigen/qz_tiles.hpp"
+#include "eigen/tiles.hpp"
 #include "pack/lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {

@@ -1,6 +1,6 @@
 #include "eigen/qz_kernels.hpp"
 
-#include "eigen/qz_tiles.hpp"
+#include "eigen/tiles.hpp"
 #include "pack/lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
