@@ -1,4 +1,5 @@
 // The examples: every one runs, and its results are those of an independent calculation.
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <map>
@@ -171,6 +172,28 @@ TEST(Examples, TheTrussIsInEquilibrium) {
   EXPECT_NEAR(named(values, "top")["re"].get<double>(), -225.0, 1e-9);
   EXPECT_NEAR(bar_force(joints[8], joints[3], u), 25e3 * std::sqrt(2.0), 1e-5);
   EXPECT_NEAR(bar_force(joints[3], joints[9], u), 0.0, 1e-5);
+}
+
+TEST(Examples, TheBeamBendsAsTheTextbookSays) {
+  const auto values = values_of("beam.ws");
+  // F L^3 / (3 E I) of 10 kN, 3 m, 210 GPa and 100 x 200 mm; and 6 F L / (b h^2).
+  EXPECT_NEAR(named(values, "w")["re"].get<double>(), 45.0 / 7, 1e-12);
+  EXPECT_EQ(named(values, "w")["unit"], "mm");
+  EXPECT_NEAR(named(values, "slope")["re"].get<double>(), 0.045 / 14, 1e-15);
+  EXPECT_FALSE(named(values, "slope").contains("unit"));
+  EXPECT_NEAR(named(values, "sigma")["re"].get<double>(), 45.0, 1e-12);
+  EXPECT_EQ(named(values, "sigma")["unit"], "MPa");
+}
+
+TEST(Examples, TheDifferenceOperatorHasItsKnownSpectrum) {
+  const auto values = values_of("difference.ws");
+  std::vector<double> lambda = named(values, "lambda")["re"];
+  std::sort(lambda.begin(), lambda.end());
+  ASSERT_EQ(lambda.size(), 12u);
+  for (std::size_t k = 0; k < lambda.size(); ++k)
+    EXPECT_NEAR(lambda[k], 2 - 2 * std::cos((static_cast<double>(k) + 1) * std::acos(-1.0) / 13),
+                1e-14);
+  EXPECT_LT(named(values, "norme(T*S - S*diag(matrix(n, 1, exact)))")["re"], 1e-13);
 }
 
 }  // namespace
