@@ -21,25 +21,30 @@ for preset in release flags; do
   build "$preset" digest
   print_digest "$preset" >"$digests/$preset"
 done
+failed=()
 for preset in debug clang m32 arm64; do
   SECONDS=0
-  build "$preset"
-  print_digest "$preset" >"$digests/$preset"
-  ctest --preset "$preset" --parallel "$(nproc)"
+  if build "$preset"; then
+    print_digest "$preset" >"$digests/$preset"
+    ctest --preset "$preset" --parallel "$(nproc)" || failed+=("tests of $preset")
+  else
+    failed+=("build of $preset")
+  fi
   echo "$preset: built and tested in $SECONDS s"
 done
 
-# same KIND PRESET...: the builds print the same lines of that kind.
+# same KIND PRESET...: the builds print the same lines of that kind as the first of them. What differs
+# can be found by digest --calls NAME of both.
 same() {
   local kind=$1 reference=$2 preset
-  shift
+  shift 2
   for preset in "$@"; do
-    if ! diff <(lines "$kind" "$reference") <(lines "$kind" "$preset"); then
-      echo "The $kind of $reference and $preset differ: see digest --calls NAME of both" >&2
-      return 1
+    if diff <(lines "$kind" "$reference") <(lines "$kind" "$preset"); then
+      echo "Same $kind: $reference, $preset"
+    else
+      failed+=("$kind of $reference and $preset")
     fi
   done
-  echo "Same $kind: $*"
 }
 lines() {
   case $1 in
@@ -51,3 +56,8 @@ lines() {
 same results release flags debug clang m32 arm64
 same fault-words release debug m32
 same fault-words flags clang arm64
+
+if ((${#failed[@]})); then
+  printf 'Failed: %s\n' "${failed[@]}" >&2
+  exit 1
+fi

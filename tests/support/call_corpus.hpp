@@ -2,8 +2,10 @@
 // compare them bit for bit.
 #pragma once
 
+#include <cmath>
 #include <cstring>
 #include <functional>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -14,7 +16,8 @@
 namespace test {
 
 // A value written out as words, so that two of them can be compared bit for bit. A nested element
-// is written as the value that it holds: addresses differ from host to host.
+// is written as the value that it holds: addresses differ from host to host. So does a NaN that
+// arithmetic made of one: every NaN is written alike.
 inline void write_words(const Anyval* value, TestHost& host, std::vector<std::uint64_t>& words) {
   const auto add_doubles = [&](const double* x, std::size_t n) {
     words.push_back(x != nullptr);
@@ -22,8 +25,9 @@ inline void write_words(const Anyval* value, TestHost& host, std::vector<std::ui
       if (efi::is_nested_element(x[k])) {
         write_words(efi::nested_value(x[k]), host, words);
       } else {
+        const double element = std::isnan(x[k]) ? std::numeric_limits<double>::quiet_NaN() : x[k];
         words.emplace_back();
-        std::memcpy(&words.back(), x + k, sizeof(double));
+        std::memcpy(&words.back(), &element, sizeof(double));
       }
     }
   };
