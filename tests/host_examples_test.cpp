@@ -196,4 +196,50 @@ TEST(Examples, TheDifferenceOperatorHasItsKnownSpectrum) {
   EXPECT_LT(named(values, "norme(T*S - S*diag(matrix(n, 1, exact)))")["re"], 1e-13);
 }
 
+TEST(Examples, TheCalibrationGivesTheCertifiedLine) {
+  const auto values = values_of("calibration.ws");
+  const double certified[] = {-0.262323073774029, 1.00211681802045};
+  for (const char* name : {"b", "c"}) {
+    const Json line = named(values, name);
+    for (std::size_t k = 0; k < 2; ++k)
+      EXPECT_NEAR(line["re"][k].get<double>(), certified[k], 1e-12) << name;
+  }
+  EXPECT_NEAR(named(values, "s")["re"].get<double>(), 0.884796396144373, 1e-12);
+  const double ratio = named(values, "sigma[0]/sigma[1]")["re"];
+  EXPECT_NEAR(named(values, "cond2(A'*A)")["re"].get<double>(), ratio * ratio, 1e-5);
+}
+
+// The frequencies of a chain of n masses m between walls, springs k.
+double chain_frequency(int n, int mode, double k, double m) {
+  return 2 * std::sqrt(k / m) * std::sin(mode * std::acos(-1.0) / (2 * (n + 1)));
+}
+
+TEST(Examples, TheChainVibratesAtItsKnownFrequencies) {
+  const auto values = values_of("vibration.ws");
+  std::vector<double> w = named(values, "w")["re"];
+  std::sort(w.begin(), w.end());
+  const Json lambda = named(values, "lambda");
+  std::vector<std::complex<double>> damped;
+  for (std::size_t k = 0; k < 10; ++k)
+    damped.emplace_back(lambda["re"][k].get<double>(), lambda["im"][k].get<double>());
+  for (int mode = 1; mode <= 5; ++mode) {
+    const double exact = chain_frequency(5, mode, 4000, 0.1);
+    EXPECT_NEAR(w[static_cast<std::size_t>(mode - 1)], exact, 1e-10);
+    const double half = 1e-3 * exact / 2;
+    const std::complex<double> pole(-half * exact, exact * std::sqrt(1 - half * half));
+    double nearest = 1;
+    for (const auto z : damped) nearest = std::min(nearest, std::abs(z - pole));
+    EXPECT_LT(nearest, 1e-9) << mode;
+  }
+  EXPECT_LT(named(values, "norme(shapes'*shapes - identity(n))")["re"], 1e-13);
+}
+
+TEST(Examples, TheControllerIsStableAsItsPolynomialSays) {
+  for (const auto& [name, value] : values_of("controller.ws"))
+    if (name == "stable" || name.find('<') != std::string::npos ||
+        name.find('>') != std::string::npos) {
+      EXPECT_EQ(value["re"], 1.0) << name;
+    }
+}
+
 }  // namespace
