@@ -30,7 +30,7 @@ TEST(Frequencies, AgreeWithTheClosedForm) {
   const ProgramRun run = run_program({"--json", MATRIX_SOURCE_DIR "/examples/frequencies.ws"});
   EXPECT_EQ(run.status, 0) << run.out << run.err;
   Json values;
-  for (const Json& line : run.json()) values[line["name"]] = line["value"];
+  for (const Json& line : run.json()) values[line["name"].get<std::string>()] = line["value"];
   expect_tridiagonal(values["K"], kElasticity * kArea / kElement, 2, -1);
   expect_tridiagonal(values["M"], kDensity * kArea * kElement / 6, 4, 1);
 
