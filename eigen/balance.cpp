@@ -70,7 +70,8 @@ void isolate_columns(const Parts& a, Balance& b) {
 }
 
 // The power of two f for which c f^2 comes near r, and (c f^2 + r) / f. An infinite sum has no such
-// power: the loops end on it, and f changes nothing.
+// power: the loops end on it, also where rounding down keeps c
+// finite, and f changes nothing.
 struct Scaling {
   double f;
   double sum;
@@ -79,7 +80,11 @@ struct Scaling {
 Scaling choose_scaling(double c, double r) {
   constexpr double kLargest = std::numeric_limits<double>::max();
   double f = 1.0;
-  for (double g = r / 2.0; c < g; c *= 4.0) f *= 2.0;
+  double before = 0.0;
+  for (double g = r / 2.0; c < g && c != before; c *= 4.0) {
+    before = c;
+    f *= 2.0;
+  }
   for (double g = r * 2.0; c >= g && c <= kLargest; c /= 4.0) f /= 2.0;
   return {f, (c + r) / f};
 }

@@ -14,6 +14,7 @@
 #include "pack/elements.hpp"
 #include "pack/exports.hpp"
 #include "pack/faults.hpp"
+#include "pack/fp_scope.hpp"
 #include "pack/guard.hpp"
 #include "pack/memory.hpp"
 #include "pack/results.hpp"
@@ -152,6 +153,7 @@ Anyval* inv(EfiCallContext* context, aMatrix* matrix) {
 
 const char* cinv(EfiCallContext* context, aMatrix* matrix, aMatrix** inverse, bool relative_test) {
   using namespace matrix_pack;
+  const FpKeeper keeper;
   try {
     return cinv_core(context, matrix, inverse, relative_test);
   } catch (const SE_FPE_Exception& fault) {

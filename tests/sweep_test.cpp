@@ -4,28 +4,16 @@
 // happened.
 #include <gtest/gtest.h>
 
-#include <cfenv>
 #include <cstring>
 #include <vector>
 
-#include "pack/fp_control.hpp"
 #include "tests/support/call_corpus.hpp"
+#include "tests/support/fp_environment.hpp"
 
 namespace matrix_pack {
 namespace {
 
 using namespace test;
-
-std::vector<std::uint32_t> fp_environment() {
-#if MATRIX_HAS_MXCSR
-  std::uint16_t x87;
-  asm volatile("fnstcw %0" : "=m"(x87));
-  return {_mm_getcsr(), x87};
-#else
-  return {static_cast<std::uint32_t>(std::fetestexcept(FE_ALL_EXCEPT)),
-          static_cast<std::uint32_t>(std::fegetround())};
-#endif
-}
 
 bool is_documented(const Anyval* value) {
   if (value == sError_OutOfMemory) return true;
