@@ -18,12 +18,13 @@ bool active = false;
 int asked_for = 0;
 int nth_to_fail = 0;
 Failing how = Failing::once;
+std::size_t largest_block = SIZE_MAX;
 bool failed = false;
 std::atomic<long> live = 0;
 
 // What stands before an allocation: its size, and a pattern that nobody writes to and that stands
-// behind it as well. The address sanitizer sees more when there is nothing of this kind.
-#if defined(__SANITIZE_ADDRESS__)
+// behind it as well. A sanitizer sees more when there is nothing of this kind.
+#if defined(MATRIX_SANITIZED)
 constexpr bool kFenced = false;
 #else
 constexpr bool kFenced = true;
@@ -40,7 +41,7 @@ constexpr std::size_t kBehind = kFenced ? sizeof kPattern : 0;
 constexpr std::size_t kMostFilled = std::size_t{1} << 28;
 
 void* allocate(std::size_t bytes) {
-  if (allocation_fails()) return nullptr;
+  if (allocation_fails(bytes)) return nullptr;
   auto* const whole =
       static_cast<char*>(std::malloc(kBefore + std::max<std::size_t>(bytes, 1) + kBehind));
   if (whole == nullptr) return nullptr;
@@ -83,10 +84,11 @@ void* allocate_or_throw(std::size_t bytes) {
 
 }  // namespace
 
-AllocationFaults::AllocationFaults(int nth, Failing failing) {
+AllocationFaults::AllocationFaults(int nth, Failing failing, std::size_t largest) {
   asked_for = 0;
   nth_to_fail = nth;
   how = failing;
+  largest_block = largest;
   failed = false;
   active = true;
 }
@@ -104,11 +106,16 @@ bool AllocationFaults::happened() const {
 }
 
 bool allocation_fails() {
+  return allocation_fails(0);
+}
+
+bool allocation_fails(std::size_t bytes) {
   if (!active) return false;
   ++asked_for;
   const bool fails =
-      nth_to_fail != 0 &&
-      (asked_for == nth_to_fail || (how == Failing::from_then_on && asked_for > nth_to_fail));
+      bytes > largest_block ||
+      (nth_to_fail != 0 &&
+       (asked_for == nth_to_fail || (how == Failing::from_then_on && asked_for > nth_to_fail)));
   failed = failed || fails;
   return fails;
 }

@@ -3,15 +3,19 @@
 // write beyond its ends ends the program when it is freed.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 namespace test {
 
 enum class Failing { once, from_then_on };
 
 // While it lives: counts allocations, and fails the `nth` (counted from 1; 0: none) or all from the
-// nth.
+// nth; also those of more than `largest` bytes.
 class AllocationFaults {
  public:
-  explicit AllocationFaults(int nth = 0, Failing failing = Failing::once);
+  explicit AllocationFaults(int nth = 0, Failing failing = Failing::once,
+                            std::size_t largest = SIZE_MAX);
   ~AllocationFaults();
   AllocationFaults(const AllocationFaults&) = delete;
   AllocationFaults& operator=(const AllocationFaults&) = delete;
@@ -22,6 +26,7 @@ class AllocationFaults {
 
 // Counts one allocation; true when it is to fail.
 bool allocation_fails();
+bool allocation_fails(std::size_t bytes);
 
 // Blocks from operator new that have not been deleted yet.
 long live_blocks();

@@ -1,0 +1,15 @@
+// What is fuzzed. Each takes any bytes and returns what went wrong, in words; empty when all is
+// well. They are driven by libFuzzer (run.sh) and, over the shipped corpus and over random changes
+// of it, by the tests.
+#pragma once
+
+#include <string>
+
+#include "tests/fuzz/byte_reader.hpp"
+
+namespace fuzz {
+
+// A call of any row or export on any arguments.
+std::string check_handlers(Bytes input);
+
+}  // namespace fuzz
