@@ -69,7 +69,8 @@ struct Draft {
       for (double& x : *part) x *= factor;
   }
   // re (and im) become the product with a matrix of small integers of `rank` rows: all sums are
-  // exact. With `own` that matrix is the conjugate transpose of this one.
+  // exact. With `own` that matrix is the conjugate transpose of this one, as far as
+  // it goes.
   void make_product(int rank, bool own);
 
   int rows, cols;
@@ -82,10 +83,12 @@ void Draft::make_product(int rank, bool own) {
   left.fill_integers(left.re, 3);
   left.fill_integers(left.im, im.empty() ? 0 : 3);
   Draft right(rank, cols, random.next());
-  right.fill(right.re,
-             [&](int i, int j) { return own ? left.re[left.at(j, i)] : right.random.small(3); });
+  right.fill(right.re, [&](int i, int j) {
+    return own && j < rows ? left.re[left.at(j, i)] : right.random.small(3);
+  });
   right.fill(right.im, [&](int i, int j) {
-    return own ? -left.im[left.at(j, i)] : double(right.random.small(im.empty() ? 0 : 3));
+    return own && j < rows ? -left.im[left.at(j, i)]
+                           : double(right.random.small(im.empty() ? 0 : 3));
   });
   const auto entry = [&](const Elements& a, const Elements& b, const Elements& c, const Elements& d,
                          double sign, int i, int j) {
