@@ -1,5 +1,7 @@
 #include "pack/faults.hpp"
 
+#include "pack/guard.hpp"
+
 namespace matrix_pack {
 
 const char* fault_message(std::uint32_t code) {

@@ -1,8 +1,8 @@
-// The exceptions that stand for processor faults, and the words for them.
+// The exceptions that stand for processor faults.
 //
 // A host that turns faults into C++ exceptions throws SE_FPE_Exception with the fault's code; the
 // pack itself throws only SE_FPEOverflow_Exception. The classes are matched by name across
-// libraries, so everything here but fault_message is inline.
+// libraries, so everything here is inline.
 #pragma once
 
 #include <cstdint>
@@ -35,11 +35,3 @@ struct SE_FPEOverflow_Exception : SE_FPE_Exception {
   SE_FPEOverflow_Exception() : SE_FPE_Exception(kFaultOverflow) {}
   bool is_overflow() const override { return true; }
 };
-
-namespace matrix_pack {
-
-// The words for a structured-exception code: for the user where the guard unmasks the fault, the
-// constant's name for every other code.
-const char* fault_message(std::uint32_t code);
-
-}  // namespace matrix_pack

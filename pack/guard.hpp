@@ -15,6 +15,10 @@
 
 namespace matrix_pack {
 
+// The words for a structured-exception code: for the user where the guard unmasks the fault, the
+// constant's name for every other code.
+const char* fault_message(std::uint32_t code);
+
 using FrameBody = Anyval* (*)(void* closure);
 
 Anyval* run_guarded(EfiCallContext* context, FrameBody body, void* closure);
