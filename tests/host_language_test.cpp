@@ -98,6 +98,11 @@ TEST(Language, Indices) {
       {"ORIGIN = 1\nA[2, 1]", "3"},
       {"A[0, 1]", "error: index 0 is outside of 1 to 2 (0, 0)"},
       {"last(v)", "2"},
+      {"ORIGIN = [1, 2]", "error: ORIGIN must be a plain real number (0, 0)"},
+      {"ORIGIN = 1{m}", "error: ORIGIN must be a plain real number (0, 0)"},
+      {"Q, ORIGIN = qr([1])", "error: ORIGIN must be a plain real number (0, 0)"},
+      {"ORIGIN(i) = i", "error: ORIGIN must be a plain real number (0, 0)"},
+      {"last(v)", "2"},
       {"3[0]", "error: a number has no elements (0, 0)"},
   });
 }
@@ -205,6 +210,12 @@ TEST(Language, NestingIsBounded) {
   EXPECT_EQ(sheet.brief("g(i, j) = matrix(1, 1, g)[0, 0]\nmatrix(1, 1, g)"),
             "error: calls are nested too deeply (0, 3)");
   EXPECT_EQ(sheet.brief("1 + 1"), "2");
+  // Values may be nested more deeply than expressions, and shared.
+  EXPECT_EQ(sheet.value("nest(n) = if(n == 0, 1, [nest(n - 1), \"t\"])\nnest(1000)")["rows"], 1);
+  std::string doubling = "[\"t\", 1]";
+  for (int k = 0; k < 30; ++k) doubling = "d(" + doubling + ")";
+  sheet.run("d(x) = [x, x]");
+  EXPECT_LT(sheet.value(doubling).dump().size(), 100000000u);
 }
 
 TEST(Language, ShownForPeople) {

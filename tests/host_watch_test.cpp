@@ -26,6 +26,7 @@ TEST(Watch, SaysWhatAPackDidWrong) {
     {"gives_foreign_value(1)", "gives_foreign_value: the pack gave a value that is not the host's"},
     {"forgets_imaginary_part(1)",
      "forgets_imaginary_part: the pack left a part of its result unwritten"},
+    {"throws(1)", "throws: the pack let an exception escape"},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(sheet.brief(c.call), std::string("error: ") + c.words + " (0, 0)");

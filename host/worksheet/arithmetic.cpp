@@ -107,18 +107,21 @@ Value elementwise(Machine& machine, Operator op, const Value& a, const Value& b)
   return object_value(result.finish(machine.store));
 }
 
-// c := c + s x a, on arrays of n elements.
-void add_multiple(double* c, double s, const double* a, std::ptrdiff_t n) {
-  for (std::ptrdiff_t i = 0; i < n; ++i) c[i] += s * a[i];
+// c := c + s A b for one column of a product, by the columns of A.
+void add_column(double* c, double s, const double* a, const double* b, std::ptrdiff_t m,
+                std::ptrdiff_t inner) {
+  for (std::ptrdiff_t k = 0; k < inner; ++k) {
+    const double factor = s * b[k];
+    for (std::ptrdiff_t i = 0; i < m; ++i) c[i] += factor * a[k * m + i];
+  }
 }
 
-// C := C + s A B for one pair of part arrays, by columns of A.
-void add_product(double* c, double s, const double* a, const double* b, std::ptrdiff_t m,
-                 std::ptrdiff_t inner, std::ptrdiff_t n) {
+// C := C + s A B for one pair of part arrays. Stops between two columns when it is interrupted.
+void add_product(const Machine& machine, double* c, double s, const double* a, const double* b,
+                 std::ptrdiff_t m, std::ptrdiff_t inner, std::ptrdiff_t n) {
   if (a == nullptr || b == nullptr) return;
-  for (std::ptrdiff_t j = 0; j < n; ++j)
-    for (std::ptrdiff_t k = 0; k < inner; ++k)
-      add_multiple(c + j * m, s * b[j * inner + k], a + k * m, m);
+  for (std::ptrdiff_t j = 0; j < n && !machine.interrupted; ++j)
+    add_column(c + j * m, s, a, b + j * inner, m, inner);
 }
 
 Value product(Machine& machine, const aMatrix* a, const aMatrix* b, Span span) {
@@ -127,12 +130,16 @@ Value product(Machine& machine, const aMatrix* a, const aMatrix* b, Span span) {
                                           "not as many as the rows of the second",
                                           shape_text(a), shape_text(b)));
   MatrixBuilder c(a->rows, b->cols);
-  add_product(c.re(), 1.0, a->re, b->re, a->rows, a->cols, b->cols);
+  auto add = [&](double* part, double sign, const double* x, const double* y) {
+    add_product(machine, part, sign, x, y, a->rows, a->cols, b->cols);
+  };
+  add(c.re(), 1.0, a->re, b->re);
   if (a->im != nullptr || b->im != nullptr) {
-    add_product(c.re(), -1.0, a->im, b->im, a->rows, a->cols, b->cols);
-    add_product(c.need_im(), 1.0, a->re, b->im, a->rows, a->cols, b->cols);
-    add_product(c.im(), 1.0, a->im, b->re, a->rows, a->cols, b->cols);
+    add(c.re(), -1.0, a->im, b->im);
+    add(c.need_im(), 1.0, a->re, b->im);
+    add(c.im(), 1.0, a->im, b->re);
   }
+  if (machine.interrupted) return machine.fail(span, "interrupted");
   return object_value(c.finish(machine.store));
 }
 

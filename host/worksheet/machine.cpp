@@ -154,13 +154,7 @@ Value Machine::call(const Function& function, std::span<const Value> arguments, 
 }
 
 Anyval* Machine::apply(Anyval* function, const sCons* list) {
-  // A pack that needs an earlier value for longer holds it in a word of its frame.
-  if (last_applied_ != nullptr) {
-    const auto& words = evaluator.words();
-    if (std::none_of(words.begin(), words.end(), [&](Anyval** w) { return *w == last_applied_; }))
-      store.drop_newest(last_applied_);
-    last_applied_ = nullptr;
-  }
+  forget_last_applied();
   const PlainArithmetic plain;
   if (function == nullptr || function->kind != kFunctionKind)
     return mkError(&context, "must be function", 0);
@@ -168,14 +162,29 @@ Anyval* Machine::apply(Anyval* function, const sCons* list) {
   std::size_t count = 0;
   for (; list != nullptr && count < kMostArguments; list = list->cdr)
     arguments[count++] = unboxed(static_cast<Anyval*>(const_cast<void*>(list->car)));
+  try {
+    return applied(function_of(object_value(function)), {arguments.data(), count});
+  } catch (const std::bad_alloc&) {
+    return sError_OutOfMemory;
+  }
+}
 
+// A pack that needs an earlier value of `apply` for longer holds it in a word of its frame.
+void Machine::forget_last_applied() {
+  if (last_applied_ == nullptr) return;
+  const auto& words = evaluator.words();
+  if (std::none_of(words.begin(), words.end(), [&](Anyval** w) { return *w == last_applied_; }))
+    store.drop_newest(last_applied_);
+  last_applied_ = nullptr;
+}
+
+Anyval* Machine::applied(const Function& function, std::span<const Value> arguments) {
   const std::size_t since = store.size();
-  const Function& body = function_of(object_value(function));
-  const Value value = call(body, {arguments.data(), count}, pack_call_);
+  const Value value = call(function, arguments, pack_call_);
   collect(value, since);
   if (!is_dimensionless(value.unit))
-    return fail(pack_call_, fmt::format("{} gives a value in {}; a plain one is needed", body.name,
-                                        unit_text(value.unit)))
+    return fail(pack_call_, fmt::format("{} gives a value in {}; a plain one is needed",
+                                        function.name, unit_text(value.unit)))
         .object;
   Anyval* const result = boxed(in_plain_numbers(value));
   if (result == nullptr) return sError_OutOfMemory;
@@ -248,10 +257,17 @@ Value Machine::call_pack(const std::string& name, const std::function<Anyval*()>
                          std::span<Anyval* const> boxes, Span span, std::span<const Span> spans) {
   const Span outer = std::exchange(pack_call_, span);
   efi::PackWatch watch(store, evaluator, boxes, care);
-  Anyval* const result = entry();
+  Anyval* result = nullptr;
+  bool threw = false;
+  try {
+    result = entry();
+  } catch (...) {
+    threw = true;
+  }
   const std::string verdict = watch.verdict(result);
   pack_call_ = outer;
   last_applied_ = nullptr;
+  if (threw) return fail(span, name + ": the pack let an exception escape");
   if (!verdict.empty()) return fail(span, fmt::format("{}: the pack {}", name, verdict));
   if (result == nullptr) {
     // A matrix without part arrays has no elements to work on: packs may answer with nothing.

@@ -131,6 +131,8 @@ class Machine {
   struct Activation;
 
   Anyval* apply(Anyval* function, const sCons* arguments);
+  Anyval* applied(const Function& function, std::span<const Value> arguments);
+  void forget_last_applied();
   Value call_with_units(const Row& row, std::span<const Value> arguments, Span span,
                         std::span<const Span> spans);
   Value call_plain(const Row& row, std::span<const Value> arguments, Span span,

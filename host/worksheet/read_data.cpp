@@ -11,9 +11,11 @@
 namespace worksheet {
 
 DataFile::DataFile(const std::string& path) : path_(path) {
+  // A device such as /dev/zero may have no end.
   std::error_code ignored;
   std::ifstream file(path, std::ios::binary);
-  if (!file || std::filesystem::is_directory(path, ignored))
+  if (!file || std::filesystem::is_directory(path, ignored) ||
+      std::filesystem::is_character_file(path, ignored))
     throw DataError(fmt::format("{}: cannot be read", path));
   content_.assign(std::istreambuf_iterator<char>(file), {});
 }

@@ -10,15 +10,26 @@ namespace worksheet {
 
 namespace {
 
+// Some editors put it in front of a text.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 void assign(Variable& variable, const Value& value) {
   variable.value = value;
   variable.defined = true;
+}
+
+// Null, or why the variable cannot have the value: packs read the index origin as a number without
+// looking at its kind.
+const char* objection(const Variable& variable, const Value& value) {
+  const bool wrong = variable.name == ORIGIN_sUnIdent->name->text && !is_plain_real(value);
+  return wrong ? "ORIGIN must be a plain real number" : nullptr;
 }
 
 // Gives the targets the value, or each a part of a joined value.
 Value assign_targets(Machine& machine, const std::vector<Variable*>& targets, const Value& value,
                      Span span) {
   if (targets.size() == 1) {
+    if (const char* reason = objection(*targets[0], value)) return machine.fail(span, reason);
     assign(*targets[0], value);
     return value;
   }
@@ -28,6 +39,9 @@ Value assign_targets(Machine& machine, const std::vector<Variable*>& targets, co
                                             : fmt::format("the value has {} parts, not {}",
                                                           parts.size(), targets.size()));
   for (std::size_t k = 0; k < targets.size(); ++k)
+    if (const char* reason = objection(*targets[k], object_value(parts[k])))
+      return machine.fail(span, reason);
+  for (std::size_t k = 0; k < targets.size(); ++k)
     assign(*targets[k], object_value(parts[k], value.unit));
   return value;
 }
@@ -36,6 +50,8 @@ Value define(Machine& machine, Statement& statement) {
   const Function* const function = machine.keep(std::move(statement.function));
   efi::aFunction* const made = machine.store.new_function(const_cast<Function*>(function));
   if (made == nullptr) return object_value(sError_OutOfMemory);
+  if (const char* reason = objection(*statement.targets[0], object_value(made)))
+    return machine.fail({}, reason);
   assign(*statement.targets[0], object_value(made));
   return object_value(made);
 }
@@ -81,9 +97,12 @@ void Session::run(const Source& source) {
 
 void Session::run_text(std::istream& text, int first_line) {
   StatementReader reader(first_line);
-  for (std::string line; std::getline(text, line) && !machine_.interrupted;)
+  bool at_start = true;
+  for (std::string line; std::getline(text, line) && !machine_.interrupted; at_start = false) {
+    if (at_start && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
     for (const Source& source : reader.add_line(line))
       if (!machine_.interrupted) run(source);
+  }
   if (machine_.interrupted) return;
   for (const Source& source : reader.finish()) run(source);
 }

@@ -61,6 +61,10 @@ Anyval* forgets_imaginary_part(EfiCallContext* context, Anyval*) {
   return scalar;
 }
 
+Anyval* throws(EfiCallContext*, Anyval*) {
+  throw 1;
+}
+
 Anyval* applies_to_one(EfiCallContext* context, Anyval* function) {
   aComplex argument = {{kScalarKind}, 0, 1.0, 0.0};
   const sCons arguments = {&argument, nullptr};
@@ -74,13 +78,14 @@ Anyval* applies_to_one(EfiCallContext* context, Anyval* function) {
 sString names[] = {
     NAME("changes_record"),      NAME("changes_element"),        NAME("leaves_frame"),
     NAME("pops_too_often"),      NAME("changes_control"),        NAME("gives_nothing"),
-    NAME("gives_foreign_value"), NAME("forgets_imaginary_part"), NAME("applies_to_one")};
+    NAME("gives_foreign_value"), NAME("forgets_imaginary_part"), NAME("throws"),
+    NAME("applies_to_one")};
 #undef NAME
 
 using Handler = Anyval* (*)(EfiCallContext*, Anyval*);
-constexpr Handler kHandlers[] = {changes_record,      changes_element,        leaves_frame,
-                                 pops_too_often,      changes_control,        gives_nothing,
-                                 gives_foreign_value, forgets_imaginary_part, applies_to_one};
+constexpr Handler kHandlers[] = {
+    changes_record, changes_element,     leaves_frame,           pops_too_often, changes_control,
+    gives_nothing,  gives_foreign_value, forgets_imaginary_part, throws,         applies_to_one};
 constexpr std::int32_t kRows = static_cast<std::int32_t>(std::size(kHandlers));
 
 }  // namespace
