@@ -1,19 +1,41 @@
-# A Debian package of what cmake --install gives: cpack in the build directory makes it.
+# The programs and documents that are installed for worksheet users, and a Debian package of it all:
+#
+#   cmake --workflow --preset package        makes build/package/matrix-pack_*.deb
+set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/matrix-pack)
 install(TARGETS worksheet RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES docs/man/worksheet.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs FILES_MATCHING PATTERN "*.md")
-install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(FILES README.md CHANGELOG.md DESTINATION ${doc_dir})
+file(GLOB documents CONFIGURE_DEPENDS docs/*.md)
+install(FILES ${documents} DESTINATION ${doc_dir}/docs)
+install(DIRECTORY examples/ DESTINATION ${doc_dir}/examples)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME matrix-pack)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT "matrix maintainers <maintainers@example.org>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Matrix functions for worksheet hosts, with a reference host")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/finish.cmake)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SECTION math)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The package's own libraries are not in the packaging tool's database yet.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/host/efiutils)
-set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "matrix functions for worksheet hosts, with a reference host")
+set(CPACK_PACKAGE_DESCRIPTION
+"A function pack that adds 37 matrix functions to a worksheet application:
+linear systems, factorizations, eigenvalues, singular values, norms and
+condition numbers. It gives the same bits on every machine.
+
+With it come the worksheet program, which evaluates worksheets with units at
+a prompt or from files, and the library and headers with which other hosts
+and packs are built.")
+string(TIMESTAMP debian_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+configure_file(cmake/debian/changelog.in debian_changelog @ONLY)
 include(CPack)

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The part of ./check --full that is about builds: every further build passes all tests, and all
-# builds give the same bits. The digest of a build says what all functions answer on a fixed corpus;
+# The part of ./check --full that is about builds: every further build passes all tests, all builds
+# give the same bits, and the Debian package works in a fresh system. The digest of a build says what all functions answer on a fixed corpus;
 # see tests/digest/digest.cpp.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/../tools/setup.sh"
@@ -56,6 +56,8 @@ lines() {
 same results release flags debug clang m32 arm64
 same fault-words release debug m32
 same fault-words flags clang arm64
+
+tests/package_check.sh || failed+=("the Debian package")
 
 if ((${#failed[@]})); then
   printf 'Failed: %s\n' "${failed[@]}" >&2
