@@ -13,6 +13,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
+#include "host/efiutils/replace_file.hpp"
 #include "pack/host_interface.hpp"
 
 namespace efi {
@@ -31,8 +32,8 @@ std::string last_failure;
   throw CatalogueError(catalogue_path() + ": " + what);
 }
 
-[[noreturn]] void fail_with_errno(const std::string& what) {
-  fail(what + ": " + std::strerror(errno));
+[[noreturn]] void fail_with(int error, const std::string& what) {
+  fail(what + ": " + std::strerror(error));
 }
 
 std::vector<CatalogueEntry> entries_of(const Json& json) {
@@ -60,21 +61,6 @@ struct Descriptor {
   int fd;
 };
 
-// Writes a new file and puts it in the old one's place: a reader sees one or the other.
-void replace_file(const std::string& path, const std::string& text) {
-  std::string temporary = path + ".XXXXXX";
-  const Descriptor file(mkstemp(temporary.data()));
-  if (file.fd < 0) fail_with_errno("cannot be written");
-  const auto written = write(file.fd, text.data(), text.size());
-  if (written != static_cast<ssize_t>(text.size()) || fsync(file.fd) != 0 ||
-      rename(temporary.c_str(), path.c_str()) != 0) {
-    const int reason = errno;
-    unlink(temporary.c_str());
-    errno = reason;
-    fail_with_errno("cannot be written");
-  }
-}
-
 // Reads the catalogue, lets `change` work on the entries and writes them, under a lock.
 template <class Change>
 void update_catalogue(Change change) {
@@ -82,10 +68,11 @@ void update_catalogue(Change change) {
   std::error_code ignored;
   fs::create_directories(fs::path(path).parent_path(), ignored);
   const Descriptor lock(open((path + ".lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644));
-  if (lock.fd < 0 || flock(lock.fd, LOCK_EX) != 0) fail_with_errno("cannot be locked");
+  if (lock.fd < 0 || flock(lock.fd, LOCK_EX) != 0) fail_with(errno, "cannot be locked");
   std::vector<CatalogueEntry> entries = read_catalogue();
   change(entries);
-  replace_file(path, json_text(entries));
+  if (const int error = replace_file(path, json_text(entries)))
+    fail_with(error, "cannot be written");
 }
 
 // An identifier as it is written: the first three groups are little-endian numbers.
