@@ -33,6 +33,7 @@ class Printer {
 
  private:
   std::string inline_text(const Value& value) const;
+  std::string pictures_text() const;
   std::string cell_text(const aMatrix* m, int i, int j) const;
   void print_matrix(const aMatrix* m);
   void print_marked_line(const Source& source, Span span);
@@ -74,9 +75,18 @@ std::string Printer::inline_text(const Value& value) const {
     return fmt::format("{} x {} {}{}", matrix(value)->rows, matrix(value)->cols,
                        contains_ptrs(matrix(value)) ? "nested array" : "matrix",
                        value.unit == nullptr ? "" : " in " + value.unit->name());
+  if (is_none(value) && !machine_.pictures.empty()) return pictures_text();
   if (!has_kind(value, kFunctionKind)) return "no value";
   const Function& function = function_of(value);
   return fmt::format("{}({})", function.name, fmt::join(function.parameters, ", "));
+}
+
+std::string Printer::pictures_text() const {
+  std::vector<std::string> texts;
+  for (const Drawn& drawn : machine_.pictures)
+    texts.push_back(drawn.file.empty() ? fmt::format("picture ({})", drawn.description)
+                                       : fmt::format("picture {}", drawn.file));
+  return fmt::format("{}", fmt::join(texts, ", "));
 }
 
 std::string Printer::cell_text(const aMatrix* m, int i, int j) const {

@@ -5,6 +5,7 @@
 
 #include "fmt/format.h"
 #include "host/worksheet/matrices.hpp"
+#include "host/worksheet/plot.hpp"
 #include "host/worksheet/read_data.hpp"
 #include "host/worksheet/unit.hpp"
 
@@ -177,6 +178,11 @@ constexpr Elementary kElementary[] = {
     {"with_imag", 1, UnitUse::keep, with_imag},
     {"lean", 1, UnitUse::keep, lean},
     {"read", 1, UnitUse::plain, read},
+    {"plot", kAnyCount, UnitUse::own, plot},
+    {"scatter", kAnyCount, UnitUse::own, scatter},
+    {"plot_eigenvals", kAnyCount, UnitUse::own, plot_eigenvals},
+    {"plot_svds", kAnyCount, UnitUse::own, plot_svds},
+    {"heatmap", kAnyCount, UnitUse::own, heatmap},
 };
 
 constexpr double kPi = std::numbers::pi;
@@ -225,12 +231,13 @@ std::vector<std::string> elementary_names() {
 
 Value call_elementary(Machine& machine, const Elementary& function, Arguments arguments, Span span,
                       Spans spans) {
-  if (arguments.size() != function.argument_count)
+  if (function.argument_count != kAnyCount && arguments.size() != function.argument_count)
     return machine.fail(
         span, fmt::format("{} takes {} argument{}, not {}", function.name, function.argument_count,
                           function.argument_count == 1 ? "" : "s", arguments.size()));
   for (const Value& value : arguments)
-    if (value.unit != nullptr) return call_with_units(machine, function, arguments, span, spans);
+    if (value.unit != nullptr && function.units != UnitUse::own)
+      return call_with_units(machine, function, arguments, span, spans);
   return function.evaluate(machine, arguments, span, spans);
 }
 

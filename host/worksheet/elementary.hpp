@@ -17,13 +17,18 @@ enum class UnitUse {
   root,   // ... the square root of it.
   same,   // Both arguments and the result have one unit.
   plain,  // Plain numbers only.
+  own,    // The function sees to the units itself; nothing is scaled.
 };
+
+// The argument count of a function that takes any number.
+inline constexpr std::size_t kAnyCount = static_cast<std::size_t>(-1);
 
 struct Elementary {
   const char* name;
   std::size_t argument_count;
   UnitUse units;
-  // The arguments are as many as they should be and without units; `spans` are their places.
+  // The arguments are as many as they should be and, but for UnitUse::own, without units; `spans`
+  // are their places.
   Value (*evaluate)(Machine& machine, std::span<const Value> arguments, Span span,
                     std::span<const Span> spans);
 };

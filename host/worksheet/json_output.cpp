@@ -119,6 +119,8 @@ Json outcome_json(const Machine& machine, const Outcome& outcome) {
         {"kind", "syntax"}, {"message", outcome.syntax_message}, {"column", outcome.column}};
   else
     json["value"] = value_json(machine, outcome.value);
+  for (const Drawn& drawn : machine.pictures)
+    json["pictures"].push_back(drawn.file.empty() ? Json(nullptr) : Json(drawn.file));
   return json;
 }
 

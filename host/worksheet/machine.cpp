@@ -125,8 +125,13 @@ Function* Machine::keep(std::unique_ptr<Function> function) {
 Value Machine::evaluate(const Node& node, const Source& source) {
   stack_limit_ = static_cast<const char*>(__builtin_frame_address(0)) - stack_budget();
   place_ = {};
+  pictures.clear();
   const Activation activation(*this, nullptr, &source);
   return node.evaluate(*this);
+}
+
+std::string_view Machine::text_at(Span span) const {
+  return std::string_view(source_->text).substr(span.begin, span.end - span.begin);
 }
 
 Value Machine::fail(Span span, std::string_view message) {
@@ -292,6 +297,7 @@ void Machine::collect(const Value& result, std::size_t since) {
 
 void Machine::collect_all() {
   last_applied_ = nullptr;
+  pictures.clear();
   place_ = {};
   std::vector<Anyval*> roots;
   for (const auto& [name, variable] : variables_)

@@ -15,6 +15,7 @@
 #include "host/efiutils/store.hpp"
 #include "host/efiutils/watch.hpp"
 #include "host/worksheet/packs.hpp"
+#include "host/worksheet/picture.hpp"
 #include "host/worksheet/source.hpp"
 #include "host/worksheet/value.hpp"
 
@@ -67,6 +68,11 @@ class Machine {
   // The directory from which `read` starts.
   std::string directory = ".";
 
+  // What the statement under evaluation has drawn, with their SVG if pictures are kept for a
+  // report.
+  std::vector<Drawn> pictures;
+  bool keeps_pictures = false;
+
   // How closely packs are watched.
   efi::Care care = efi::Care::records;
 
@@ -96,6 +102,9 @@ class Machine {
 
   // The argument of the function being evaluated.
   const Value& parameter(std::size_t index) const { return parameters_[index]; }
+
+  // What stands at `span` of the text being evaluated.
+  std::string_view text_at(Span span) const;
 
   // An error value that arose at `span` of the text being evaluated.
   Value fail(Span span, std::string_view message);
