@@ -2,8 +2,8 @@
 #
 #   cmake --workflow --preset package        makes build/package/matrix-pack_*.deb
 set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/matrix-pack)
-install(TARGETS worksheet RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES docs/man/worksheet.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(TARGETS worksheet packcheck RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES docs/man/worksheet.1 docs/man/packcheck.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES README.md CHANGELOG.md DESTINATION ${doc_dir})
 file(GLOB documents CONFIGURE_DEPENDS docs/*.md)
 install(FILES ${documents} DESTINATION ${doc_dir}/docs)
@@ -36,8 +36,8 @@ linear systems, factorizations, eigenvalues, singular values, norms and
 condition numbers. It gives the same bits on every machine.
 
 With it come the worksheet program, which evaluates worksheets with units at
-a prompt or from files, and the library and headers with which other hosts
-and packs are built.")
+a prompt or from files, packcheck, which tries packs out, and the library and
+headers with which other hosts and packs are built.")
 string(TIMESTAMP debian_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(cmake/debian/changelog.in debian_changelog @ONLY)
 include(CPack)

@@ -17,11 +17,12 @@ print_digest() {
 }
 
 # ./check runs the tests of these two; here they are the measure for the others.
-for preset in release flags; do
-  build "$preset" digest
-  print_digest "$preset" >"$digests/$preset"
-done
 failed=()
+for preset in release flags; do
+  build "$preset" digest packcheck matrix
+  print_digest "$preset" >"$digests/$preset"
+  "build/$preset/packcheck" --depth full "build/$preset/libmatrix.so" || failed+=("pack of $preset")
+done
 for preset in debug clang m32 arm64; do
   SECONDS=0
   if build "$preset"; then

@@ -1,0 +1,11 @@
+// The blocks of malloc that this process holds. Where malloc cannot be replaced (under a sanitizer,
+// which replaces it itself) none are counted, and none are refused.
+#pragma once
+
+#include <cstdint>
+
+namespace packcheck::malloc_count {
+
+std::int64_t held();
+
+}  // namespace packcheck::malloc_count
