@@ -59,6 +59,7 @@ same fault-words release debug m32
 same fault-words flags clang arm64
 
 tests/package_check.sh || failed+=("the Debian package")
+tests/browser_check.sh || failed+=("the reports in a browser")
 
 if ((${#failed[@]})); then
   printf 'Failed: %s\n' "${failed[@]}" >&2

@@ -79,7 +79,8 @@ TEST(Plot, SpectraComeFromThePack) {
   std::string svg = plots.svg("plot_eigenvals(\"p.svg\", [0, 2; -2, 0]*1{Hz}, [3; 1i; 4]*1{Hz})");
   EXPECT_EQ(count_of(svg, dot), 5u + 2u);  // One more of each in the legend.
   EXPECT_NE(svg.find("imaginary part in Hz"), std::string::npos);
-  svg = plots.svg("plot_svds(\"p.svg\", [1, 0, 0; 0, 1e-9, 0; 0, 0, 0])");
+  svg = plots.svg("plot_svds(\"p.svg\", [1, 0, 0; 0, 1e-9, 0; 0, 0, 0]*1{kN/m})");
+  EXPECT_NE(svg.find("singular value in kN/m"), std::string::npos);
   EXPECT_EQ(count_of(svg, dot), 2u);
   EXPECT_NE(svg.find("index (1 more: zero)"), std::string::npos);
   svg = plots.svg("ORIGIN = 1\nheatmap(\"p.svg\", [1, 2, 0/0; -4, 5, 6]*1{kN/m}, \"stiffness\")");
@@ -142,35 +143,71 @@ TEST(Plot, WithoutGnuplotTheStatementSaysWhatIsMissing) {
   EXPECT_EQ(names_in(directory), std::vector<std::string>({"s.ws"}));
 }
 
-// A gnuplot that never ends is killed with the statement, and leaves nothing behind.
-TEST(Plot, AnInterruptionKillsGnuplot) {
-  const Directory directory;
-  const std::string pid_file = directory.path("pid");
-  const std::string script =
-      directory.write("gnuplot", "#!/bin/sh\necho $$ >'" + pid_file + ".new'\nmv '" + pid_file +
-                                     ".new' '" + pid_file + "'\nexec /bin/sleep 1000\n");
-  std::filesystem::permissions(script, std::filesystem::perms::owner_all);
-  const std::string sheet = directory.write("s.ws", "plot(\"p.svg\", [1, 2])\n");
-  const pid_t program = fork();
-  ASSERT_GE(program, 0);
-  if (program == 0) {
-    std::freopen("/dev/null", "w", stdout);
-    setenv("PATH", (directory.path("") + ":/usr/bin:/bin").c_str(), 1);
-    setenv("WORKSHEET_CATALOGUE", "/nonexistent/packs.json", 1);
-    execl(WORKSHEET_PROGRAM, "worksheet", sheet.c_str(), static_cast<char*>(nullptr));
-    _exit(127);
+// A program of its own that evaluates a worksheet, and a gnuplot that never ends.
+class Endless {
+ public:
+  Endless() {
+    const std::string pid = directory.path("pid");
+    const std::string script =
+        directory.write("gnuplot", fmt::format("#!/bin/sh\necho $$ >'{0}.new'\nmv '{0}.new' '{0}'\n"
+                                               "exec /bin/sleep 1000\n",
+                                               pid));
+    std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+    directory.write("r.html", "the old report");
+    const std::string sheet = directory.write("s.ws", "1\nplot(\"p.svg\", [1, 2])\n2\n");
+    program_ = fork();
+    if (program_ == 0) {
+      std::freopen("/dev/null", "w", stdout);
+      setenv("PATH", (directory.path("") + ":/usr/bin:/bin").c_str(), 1);
+      setenv("WORKSHEET_CATALOGUE", "/nonexistent/packs.json", 1);
+      execl(WORKSHEET_PROGRAM, "worksheet", "--html", directory.path("r.html").c_str(),
+            sheet.c_str(), static_cast<char*>(nullptr));
+      _exit(127);
+    }
+    while (!std::filesystem::exists(pid) && waitpid(program_, nullptr, WNOHANG) == 0)
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    gnuplot_ = std::atoi(directory.read("pid").c_str());
   }
-  while (!std::filesystem::exists(pid_file) && waitpid(program, nullptr, WNOHANG) == 0)
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  kill(program, SIGINT);
-  int status = 0;
-  ASSERT_EQ(waitpid(program, &status, 0), program);
+  ~Endless() {
+    if (gnuplot_ > 1) kill(gnuplot_, SIGKILL);
+  }
+
+  // The status with which the program ends after the signal.
+  int end(int signal) {
+    int status = -1;
+    kill(program_, signal);
+    EXPECT_EQ(waitpid(program_, &status, 0), program_);
+    return status;
+  }
+  bool gnuplot_runs() const { return gnuplot_ > 1 && kill(gnuplot_, 0) == 0; }
+
+  Directory directory;
+
+ private:
+  pid_t program_ = -1, gnuplot_ = -1;
+};
+
+TEST(Plot, AnInterruptionKillsGnuplotAndEndsTheReport) {
+  Endless endless;
+  ASSERT_TRUE(endless.gnuplot_runs());
+  const int status = endless.end(SIGINT);
   EXPECT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 1);
-  const int plotter = std::atoi(directory.read("pid").c_str());
-  ASSERT_GT(plotter, 1);
-  EXPECT_NE(kill(plotter, 0), 0);
-  EXPECT_FALSE(std::filesystem::exists(directory.path("p.svg")));
+  EXPECT_FALSE(endless.gnuplot_runs());
+  const std::string report = endless.directory.read("r.html");
+  EXPECT_NE(report.find("2 statements"), std::string::npos);
+  EXPECT_NE(report.find("was interrupted"), std::string::npos);
+  EXPECT_EQ(names_in(endless.directory),
+            std::vector<std::string>({"gnuplot", "pid", "r.html", "s.ws"}));
+}
+
+TEST(Plot, AProgramThatIsKilledLeavesFilesAsTheyWere) {
+  Endless endless;
+  ASSERT_TRUE(endless.gnuplot_runs());
+  EXPECT_TRUE(WIFSIGNALED(endless.end(SIGKILL)));
+  EXPECT_EQ(endless.directory.read("r.html"), "the old report");
+  EXPECT_EQ(names_in(endless.directory),
+            std::vector<std::string>({"gnuplot", "pid", "r.html", "s.ws"}));
 }
 
 }  // namespace

@@ -43,20 +43,6 @@ class Printer {
   std::string text_;
 };
 
-// The indices of `count` rows or columns that are shown: all, or the first and the last ones with a
-// gap, -1, between them.
-std::vector<int> shown_indices(int count, int most) {
-  std::vector<int> shown;
-  for (int k = 0; k < count; ++k) {
-    if (count > most && k == most / 2) {
-      shown.push_back(-1);
-      k = count - (most - most / 2 - 1);
-    }
-    shown.push_back(k);
-  }
-  return shown;
-}
-
 std::string padded(const std::string& cell, std::size_t width) {
   const std::size_t length = character_count(cell);
   return std::string(width > length ? width - length : 0, ' ') + cell;
@@ -168,6 +154,18 @@ void Printer::print_error(const Outcome& outcome) {
 }
 
 }  // namespace
+
+std::vector<int> shown_indices(int count, int most) {
+  std::vector<int> shown;
+  for (int k = 0; k < count; ++k) {
+    if (count > most && k == most / 2) {
+      shown.push_back(-1);
+      k = count - (most - most / 2 - 1);
+    }
+    shown.push_back(k);
+  }
+  return shown;
+}
 
 std::string number_text(const Number& z, int digits) {
   const std::string re = real_text(z.real(), digits);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/worksheet/machine.hpp"
 #include "host/worksheet/session.hpp"
@@ -15,6 +16,10 @@ struct DisplayOptions {
   int most_rows = 24;        // Longer and wider matrices are elided.
   int width = 100;           // Of a line, in characters.
 };
+
+// The indices of `count` rows or columns that are shown: all, or the first and the last ones with a
+// gap, -1, between them.
+std::vector<int> shown_indices(int count, int most);
 
 std::string number_text(const Number& z, int digits);
 

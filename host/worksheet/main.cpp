@@ -4,16 +4,20 @@
 
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 
 #include "host/efiutils/catalogue.hpp"
+#include "host/efiutils/replace_file.hpp"
 #include "host/worksheet/display.hpp"
 #include "host/worksheet/json_output.hpp"
 #include "host/worksheet/listing.hpp"
 #include "host/worksheet/prompt.hpp"
+#include "host/worksheet/report.hpp"
 #include "host/worksheet/session.hpp"
 
 namespace {
@@ -27,6 +31,7 @@ constexpr int kWrongUsage = 2;
 struct Options {
   std::vector<std::string> expressions;
   std::string file;
+  std::string html;
   std::vector<std::string> packs;
   std::string register_path, unregister_path;
   bool json = false;
@@ -111,9 +116,19 @@ void run_expressions(Session& session, const std::vector<std::string>& expressio
   }
 }
 
-bool run_file(Session& session, const std::string& path) {
+// Runs text; a report shows its comments too.
+void run_text(Session& session, std::istream& stream, Report* report) {
+  if (report == nullptr) return session.run_text(stream);
+  const std::string text(std::istreambuf_iterator<char>(stream), {});
+  std::istringstream again(text);
+  report->begin_text(text);
+  session.run_text(again);
+  if (!session.machine().interrupted) report->end_text();
+}
+
+bool run_file(Session& session, const std::string& path, Report* report) {
   if (path == "-") {
-    session.run_text(std::cin);
+    run_text(session, std::cin, report);
     return true;
   }
   std::error_code ignored;
@@ -124,8 +139,26 @@ bool run_file(Session& session, const std::string& path) {
   }
   const auto directory = std::filesystem::path(path).parent_path();
   session.machine().directory = directory.empty() ? "." : directory.string();
-  session.run_text(file);
+  run_text(session, file, report);
   return true;
+}
+
+// The report of a run that is wanted; null if none is. Throws std::runtime_error.
+std::unique_ptr<Report> wanted_report(const Options& options) {
+  if (options.html.empty()) return nullptr;
+  const std::string objection = report_objection(options.html, options.file);
+  if (!objection.empty()) throw std::runtime_error(fmt::format("{}: {}", options.html, objection));
+  const bool named = !options.file.empty() && options.file != "-";
+  const std::string name =
+      named ? std::filesystem::path(options.file).filename().string() : "worksheet";
+  return std::make_unique<Report>(name, options.digits);
+}
+
+bool write_report(const Options& options, const Report& report, bool interrupted) {
+  const int error = efi::replace_file(options.html, report.page(interrupted));
+  if (error != 0)
+    complain(fmt::format("{}: cannot be written: {}", options.html, std::strerror(error)));
+  return error == 0;
 }
 
 int run(const Options& options) {
@@ -133,7 +166,13 @@ int run(const Options& options) {
   display.digits = options.digits;
   display.colour = wants_colour();
   display.show_source = !options.file.empty();
-  Session session(options.json ? json_report() : text_report(display));
+  const std::unique_ptr<Report> report = wanted_report(options);
+  const Session::Report usual = options.json ? json_report() : text_report(display);
+  Session session([&](const Machine& machine, const Outcome& outcome) {
+    usual(machine, outcome);
+    if (report != nullptr) report->add(machine, outcome);
+  });
+  session.machine().keeps_pictures = report != nullptr;
   add_packs(session.machine(), options);
   if (options.list_functions) {
     std::cout << (options.json ? functions_json(session.machine())
@@ -143,13 +182,15 @@ int run(const Options& options) {
   install_interruption(session.machine());
   run_expressions(session, options.expressions);
   if (!options.file.empty()) {
-    if (!run_file(session, options.file)) return kWrongUsage;
+    if (!run_file(session, options.file, report.get())) return kWrongUsage;
   } else if (options.expressions.empty()) {
     if (isatty(STDIN_FILENO) && !options.json)
       run_prompt(session);
     else
-      session.run_text(std::cin);
+      run_text(session, std::cin, report.get());
   }
+  if (report != nullptr && !write_report(options, *report, session.machine().interrupted))
+    return kWrongUsage;
   return session.failed() ? kSomeError : kAllWell;
 }
 
@@ -166,6 +207,8 @@ void declare(CLI::App& app, Options& options) {
       ->type_name("EXPR")
       ->allow_extra_args(false);
   app.add_flag("--json", options.json, "Print one JSON object per statement");
+  app.add_option("--html", options.html, "Write a report of the worksheet to this file as well")
+      ->type_name("FILE");
   app.add_option("--pack", options.packs, "Load this pack")
       ->type_name("PATH")
       ->allow_extra_args(false);
@@ -196,9 +239,7 @@ int main(int argc, char** argv) {
     const bool catalogue =
         options.list_packs || !options.register_path.empty() || !options.unregister_path.empty();
     return catalogue ? manage_catalogue(options) : run(options);
-  } catch (const PackError& error) {
-    complain(error.what());
-  } catch (const efi::CatalogueError& error) {
+  } catch (const std::runtime_error& error) {
     complain(error.what());
   }
   return kWrongUsage;

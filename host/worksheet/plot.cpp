@@ -196,11 +196,15 @@ Value apply_to_all(Machine& machine, const char* function, Span span, std::vecto
   const Row* const row = machine.find_row(function);
   if (row == nullptr) return machine.fail(span, fmt::format("no pack gives {}", function));
   for (Data& d : data) {
-    // A vector of eigenvalues is taken as it is.
+    // A vector of eigenvalues is taken as it is. Eigenvalues and singular values have the unit of
+    // their matrix, whatever units the pack's function is ready to take.
     const bool is_result = is_matrix(d.value) && is_vector(d.value) &&
                            element_count(matrix(d.value)) > 1 && row->name == kEigenvalues;
-    if (!is_result) d.value = machine.call(*row, {&d.value, 1}, span, {&d.span, 1});
-    if (is_error(d.value)) return d.value;
+    if (is_result) continue;
+    const Value plain = without_unit(d.value);
+    const Value result = machine.call(*row, {&plain, 1}, span, {&d.span, 1});
+    if (is_error(result)) return result;
+    d.value = with_unit(result, d.value.unit);
   }
   return kDone;
 }

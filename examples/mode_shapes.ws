@@ -1,0 +1,66 @@
+## Vibration of a chain of masses
+
+# Five equal masses between two walls, joined by springs: natural frequencies, mode shapes, and what
+# a little damping does to them. `worksheet --html modes.html mode_shapes.ws` makes a report of this
+# worksheet, pictures included.
+#
+#     |--k--[m]--k--[m]--k--[m]--k--[m]--k--[m]--k--|
+#
+n = 5
+k = 4{kN/m}           # of each spring
+m = 100{g}            # of each mass
+
+## Natural frequencies
+
+# Vibrations `x cos(w t)` satisfy `K x = w^2 m x`, with the stiffness matrix
+chain(i, j) = if(i == j, 2, if(abs(i - j) == 1, -1, 0))
+K = k*matrix(n, n, chain)
+heatmap(K, "stiffness")
+
+# The eigenvalues of K/m are the squares of the angular frequencies.
+squares = eigenvals(K/m) in {1/s^2}
+f = sqrt(squares)/(2*pi) in {Hz}
+
+# By the textbook they are 2 sqrt(k/m) sin(pi j / (2 (n + 1))), j = 1 ... n.
+exact(j) = 2*sqrt(k/m)*sin(pi*j/(2*(n + 1)))/(2*pi)
+max(f) - exact(n) in {Hz}
+min(f) - exact(1) in {Hz}
+
+## Mode shapes
+
+# The eigenvectors say how the masses move together: here those of the two slowest vibrations, with the
+# walls at both ends.
+shapes = eigenvecs(K/m)
+slowest(i, j) = if(i == 0, 0, if(i == n + 1, 0, sin(pi*i*(j + 1)/(n + 1))))
+plot(matrix(n + 2, 2, slowest), "mode", "x: mass", "y: displacement")
+norme(shapes'*shapes - identity(n))
+
+## Damping
+
+# With damping in proportion to the stiffness, c = beta K, the motion has the eigenvalues of a first-order
+# system:
+beta = 1e-3
+S = K/m * 1{s^2}
+state = stack(augment(0*identity(n), identity(n)), augment(-S, -beta*S))
+lambda = eigenvals(state)
+plot_eigenvals(lambda, "x: real part in 1/s", "y: imaginary part in 1/s")
+
+# All vibrations die out:
+max(re(lambda)) < 0
+
+### What is left of the slowest one
+
+# Its decay in half a second, and the envelope.
+slow = max(re(lambda))
+w = 2*pi*exact(1)*1{s}
+time(i, j) = i/400
+fall(i, j) = exp(slow*time(i, j))
+swing(i, j) = fall(i, j)*cos(w*time(i, j))
+t = matrix(201, 1, time)*1{s}
+plot(t, matrix(201, 1, swing), "displacement", t, matrix(201, 1, fall), "envelope", "x: time")
+
+## How well the system can be solved
+
+# The singular values of the stiffness matrix lie within a factor of 14: its condition is good.
+plot_svds(K)
+cond2(K)
