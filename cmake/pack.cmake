@@ -20,7 +20,7 @@ function(add_kernel_set name)
   target_link_libraries(kernels_${name} PUBLIC matrix_options)
   target_compile_definitions(kernels_${name} PRIVATE MATRIX_KERNEL_SET=${name})
   target_compile_options(kernels_${name} PRIVATE
-    $<$<NOT:$<CONFIG:Debug>>:-O3> -fasynchronous-unwind-tables -Wno-psabi ${ARGN})
+    $<$<CONFIG:Release>:-O3> -fasynchronous-unwind-tables -Wno-psabi ${ARGN})
   set(pack_parts ${pack_parts} kernels_${name} PARENT_SCOPE)
 endfunction()
 
