@@ -1,12 +1,17 @@
 #include "host/worksheet/prompt.hpp"
 
 #include <editline/readline.h>
+#include <poll.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -22,14 +27,14 @@ constexpr int kMostHistory = 1000;
 constexpr const char* kPrompt = "> ";
 constexpr const char* kContinuation = ". ";
 
-// What the line editor's callbacks complete names from.
-const Machine* completing = nullptr;
+// What the line editor's callbacks serve.
+Machine* machine_at_prompt = nullptr;
 
 std::vector<std::string> known_names() {
   std::vector<std::string> names = elementary_names();
-  for (const auto& pack : completing->packs)
+  for (const auto& pack : machine_at_prompt->packs)
     for (const Row& row : pack->rows()) names.push_back(row.name);
-  for (const auto& [name, variable] : completing->variables())
+  for (const auto& [name, variable] : machine_at_prompt->variables())
     if (variable->defined) names.push_back(name);
   std::sort(names.begin(), names.end());
   names.erase(std::unique(names.begin(), names.end()), names.end());
@@ -95,31 +100,94 @@ struct Freed {
   void operator()(char* p) const { std::free(p); }
 };
 
-// The next line; nothing at the end of input. An interrupted line is empty, and *interrupted true.
-std::optional<std::string> next_line(const char* prompt, bool* interrupted) {
-  errno = 0;
+// --- Keys ---
+//
+// SIGINT is let in nowhere but where the prompt waits for a key, and while a statement is
+// evaluated: no Ctrl-C is lost between two lines.
+
+class InterruptHeld {
+ public:
+  InterruptHeld() {
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    sigprocmask(SIG_BLOCK, &interrupt, &before_);
+    sigprocmask(SIG_BLOCK, nullptr, &held_);
+  }
+  ~InterruptHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  InterruptHeld(const InterruptHeld&) = delete;
+  InterruptHeld& operator=(const InterruptHeld&) = delete;
+
+  // Waits for input with SIGINT let in, also when input is there already.
+  void wait(int descriptor) const {
+    pollfd input = {descriptor, POLLIN, 0};
+    ppoll(&input, 1, nullptr, &before_);
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    sigprocmask(SIG_SETMASK, &held_, nullptr);
+  }
+
+ private:
+  sigset_t before_ = {};
+  sigset_t held_ = {};
+};
+
+// What the line editor's callback reads with.
+const InterruptHeld* held = nullptr;
+
+// The next byte of the input; EOF at its end and when Ctrl-C was pressed.
+int next_byte(int descriptor) {
+  unsigned char byte = 0;
+  for (;;) {
+    held->wait(descriptor);
+    if (machine_at_prompt->interrupted) return EOF;
+    const ssize_t count = read(descriptor, &byte, 1);
+    if (count == 1) return byte;
+    if (count == 0 || errno != EINTR) return EOF;
+  }
+}
+
+// The next character, of one byte or more.
+int next_key(FILE* input) {
+  std::mbstate_t state = {};
+  for (int byte; (byte = next_byte(fileno(input))) != EOF;) {
+    const char part = static_cast<char>(byte);
+    wchar_t key = 0;
+    const std::size_t taken = std::mbrtowc(&key, &part, 1, &state);
+    if (taken <= 1) return static_cast<int>(key);
+    if (taken == static_cast<std::size_t>(-1)) state = {};  // No character: left out.
+  }
+  return EOF;
+}
+
+// The next line; nothing at the end of input. When Ctrl-C was pressed the line is empty.
+std::optional<std::string> next_line(const char* prompt) {
+  const InterruptHeld guard;
+  held = &guard;
+  rl_prep_terminal(1);  // Before the prompt shows: a Ctrl-D typed sooner would be lost.
   const std::unique_ptr<char, Freed> line(readline(prompt));
-  *interrupted = line == nullptr && errno == EINTR;
-  if (*interrupted) return std::string();
-  if (line == nullptr) return std::nullopt;
-  return std::string(line.get());
+  if (line != nullptr) return std::string(line.get());
+  if (machine_at_prompt->interrupted) return std::string();
+  return std::nullopt;
 }
 
 }  // namespace
 
 void run_prompt(Session& session) {
   Machine& machine = session.machine();
-  completing = &machine;
+  machine_at_prompt = &machine;
+  std::setlocale(LC_CTYPE, "C.UTF-8");  // Of characters alone: numbers stay as they are.
   rl_readline_name = const_cast<char*>("worksheet");
+  rl_catch_signals = 0;
+  rl_getc_function = next_key;
   rl_attempted_completion_function = complete;
   rl_basic_word_break_characters = " \t\n+-*/^<>=!,;()[]{}'\"#";
   rl_completion_append_character = '\0';
+  rl_initialize();
   History history;
   StatementReader reader;
-  bool interrupted = false;
-  while (const auto line = next_line(reader.pending() ? kContinuation : kPrompt, &interrupted)) {
-    machine.interrupted = 0;
-    if (interrupted) {
+  while (const auto line = next_line(reader.pending() ? kContinuation : kPrompt)) {
+    if (machine.interrupted) {
+      machine.interrupted = 0;
       std::putchar('\n');
       reader = StatementReader();
       continue;
