@@ -44,8 +44,11 @@ foreach(part ${pack_parts})
   target_sources(matrix PRIVATE $<TARGET_OBJECTS:${part}>)
 endforeach()
 target_link_libraries(matrix PRIVATE $<BUILD_INTERFACE:matrix_options> EfiUtils)
-target_link_options(matrix PRIVATE
-  -Wl,--version-script=${PROJECT_SOURCE_DIR}/pack/exports.map -Wl,-z,defs)
+target_link_options(matrix PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/pack/exports.map)
+# clang's sanitizers are part of the program, not of its libraries.
+if(NOT (MATRIX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang"))
+  target_link_options(matrix PRIVATE -Wl,-z,defs)
+endif()
 set_target_properties(matrix PROPERTIES
   LINK_DEPENDS ${PROJECT_SOURCE_DIR}/pack/exports.map
   VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})

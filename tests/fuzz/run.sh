@@ -16,7 +16,7 @@ fi
 seconds=${1:-60}
 shift || true
 targets=("$@")
-((${#targets[@]})) || targets=(handlers)
+((${#targets[@]})) || targets=(handlers worksheet table matrix_market)
 
 build fuzz fuzz
 cd "$root/build/fuzz"

@@ -137,7 +137,7 @@ Anyval* Values::other_kind() {
       return function();
     case 2: {
       Anyval* other = function();
-      other->kind = kOtherFunctionKind;
+      if (other->kind == kFunctionKind) other->kind = kOtherFunctionKind;
       return other;
     }
     case 3:

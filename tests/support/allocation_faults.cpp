@@ -14,12 +14,8 @@ namespace test {
 
 namespace {
 
-bool active = false;
-int asked_for = 0;
-int nth_to_fail = 0;
-Failing how = Failing::once;
-std::size_t largest_block = SIZE_MAX;
-bool failed = false;
+// Each thread has faults of its own.
+thread_local AllocationFaults* in_force = nullptr;
 std::atomic<long> live = 0;
 
 // What stands before an allocation: its size, and a pattern that nobody writes to and that stands
@@ -84,25 +80,22 @@ void* allocate_or_throw(std::size_t bytes) {
 
 }  // namespace
 
-AllocationFaults::AllocationFaults(int nth, Failing failing, std::size_t largest) {
-  asked_for = 0;
-  nth_to_fail = nth;
-  how = failing;
-  largest_block = largest;
-  failed = false;
-  active = true;
+AllocationFaults::AllocationFaults(int nth, Failing failing, std::size_t largest)
+    : nth_(nth), failing_(failing), largest_(largest), outer_(in_force) {
+  in_force = this;
 }
 
 AllocationFaults::~AllocationFaults() {
-  active = false;
+  in_force = outer_;
 }
 
-int AllocationFaults::count() const {
-  return asked_for;
-}
-
-bool AllocationFaults::happened() const {
-  return failed;
+bool AllocationFaults::next_fails(std::size_t bytes) {
+  ++count_;
+  const bool fails =
+      bytes > largest_ ||
+      (nth_ != 0 && (count_ == nth_ || (failing_ == Failing::from_then_on && count_ > nth_)));
+  happened_ = happened_ || fails;
+  return fails;
 }
 
 bool allocation_fails() {
@@ -110,14 +103,7 @@ bool allocation_fails() {
 }
 
 bool allocation_fails(std::size_t bytes) {
-  if (!active) return false;
-  ++asked_for;
-  const bool fails =
-      bytes > largest_block ||
-      (nth_to_fail != 0 &&
-       (asked_for == nth_to_fail || (how == Failing::from_then_on && asked_for > nth_to_fail)));
-  failed = failed || fails;
-  return fails;
+  return in_force != nullptr && in_force->next_fails(bytes);
 }
 
 long live_blocks() {
