@@ -121,14 +121,16 @@ TEST(FunctionTable, NamesTheContextVariables) {
   EXPECT_EQ(string_TOL.zero, 0);
 }
 
-// Demangled names of the defined dynamic symbols.
-std::set<std::string> shown_symbols() {
+// Demangled names of the library's dynamic symbols, without versions.
+std::set<std::string> dynamic_symbols(const std::string& which) {
   std::set<std::string> symbols;
-  std::FILE* nm = popen("nm -D --defined-only -C " MATRIX_LIBRARY, "r");
+  std::FILE* nm = popen(("nm -D -C " + which + " " MATRIX_LIBRARY).c_str(), "r");
   char line[512];
+  // An address or blanks, a letter, the name.
   while (std::fgets(line, sizeof line, nm) != nullptr) {
     const std::string text(line);
-    symbols.insert(text.substr(text.find(' ') + 3, text.size() - text.find(' ') - 4));
+    const std::size_t name = text.find_first_of("ABCDRTUVWw", text.find_first_of(' ')) + 2;
+    symbols.insert(text.substr(name, text.find_first_of("@\n", name) - name));
   }
   pclose(nm);
   return symbols;
@@ -155,7 +157,17 @@ TEST(Exports, AreTheDocumentedOnes) {
   for (int k = 0; k < numFuncs; ++k)
     if (theEfi[k].name != Transpose_sString && theEfi[k].name != diag_sString)
       expected.insert(std::string("string_") + theEfi[k].name->text);
-  EXPECT_EQ(shown_symbols(), expected);
+  EXPECT_EQ(dynamic_symbols("--defined-only"), expected);
+}
+
+// All memory is the host's operator new, which the tests let fail.
+TEST(Imports, AskForNoMemoryButByOperatorNew) {
+  const std::set<std::string> imports = dynamic_symbols("--undefined-only");
+  EXPECT_TRUE(imports.contains("operator new(unsigned long, std::nothrow_t const&)") ||
+              imports.contains("operator new(unsigned int, std::nothrow_t const&)"));
+  for (const char* name :
+       {"malloc", "calloc", "realloc", "aligned_alloc", "posix_memalign", "mmap"})
+    EXPECT_FALSE(imports.contains(name)) << name;
 }
 
 }  // namespace

@@ -6,7 +6,9 @@
 #include <cstring>
 #include <functional>
 #include <limits>
+#include <random>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "host/efiutils/function_info.hpp"
@@ -82,6 +84,21 @@ struct Call {
   std::function<Anyval*()> run;
 };
 
+// Numbers between -1 and 1, the same ones each time.
+template <class Element>
+std::vector<Element> random_elements(std::size_t count) {
+  std::mt19937 random(1);
+  const auto next = [&] { return static_cast<double>(random()) / 2147483648.0 - 1.0; };
+  std::vector<Element> elements;
+  for (std::size_t k = 0; k < count; ++k) {
+    if constexpr (std::is_same_v<Element, double>)
+      elements.push_back(next());
+    else
+      elements.emplace_back(next(), next());
+  }
+  return elements;
+}
+
 class CallCorpus {
  public:
   // Calls of every row, and of every export that is not a row, with each of the first arguments.
@@ -100,6 +117,9 @@ class CallCorpus {
       if (a->kind != kMatrixKind) continue;
       auto* m = static_cast<aMatrix*>(a);
       all.push_back({"inv matrix" + with, {a}, [=, this] { return inv(context, m); }});
+      all.push_back(
+          {"eigenvals matrix" + with, {a}, [=, this] { return eigenvals(context, m, 1e-9); }});
+      all.push_back({"eigenvecs matrix" + with, {a}, [=, this] { return eigenvecs(context, m); }});
       if (m->rows == m->cols && m->im != nullptr) {
         all.push_back({"cinv" + with, {a}, [=, this]() -> Anyval* {
                          aMatrix* inverse = nullptr;
@@ -109,6 +129,7 @@ class CallCorpus {
       }
     }
     all.push_back({"identity of order", {}, [=, this] { return identity(context, 3); }});
+    all.push_back({"identity of number", {three}, [=, this] { return identity(context, three); }});
     return all;
   }
 
@@ -120,8 +141,8 @@ class CallCorpus {
     if (name == "matrix") return {three, three, function};
     if (name == "eigenvals" || name == "geninv") return {a, tolerance};
     if (name == "eigenvec") return {a, one};
-    if (name == "genvals" || name == "genvecs") return {a, second, tolerance};
-    if (name == "lsolve") return {a, vector};
+    if (name == "genvals" || name == "genvecs") return {a, is_large(a) ? large : second, tolerance};
+    if (name == "lsolve") return {a, is_large(a) ? large_vector : vector};
     return {a};
   }
 
@@ -129,12 +150,16 @@ class CallCorpus {
   EfiCallContext* context = host.context();
   Anyval* zero = host.scalar(0);
   Anyval* one = host.scalar(1);
-  Anyval* three = host.scalar(3);
+  aComplex* three = host.scalar(3);
   Anyval* tolerance = host.scalar(1e-9);
   Anyval* complex_value = host.scalar(1, 2);
   Anyval* function = host.function([=, this](Anyval*, Anyval*) { return complex_value; });
   aMatrix* vector = host.column({1, 2, 3});
   aMatrix* second = host.matrix({{3, 1, 0}, {1, 3, 1}, {0, 1, 3}});
+  // Of an order that is no multiple of any block of the kernels.
+  static constexpr int kLarge = 37;
+  aMatrix* large = host.matrix(kLarge, kLarge, random_elements<double>(kLarge* kLarge));
+  aMatrix* large_vector = host.column(random_elements<double>(kLarge));
   std::vector<Anyval*> firsts = {
       host.matrix({{4, 1, 2}, {1, 5, 3}, {2, 3, 6}}),    // Symmetric positive definite.
       host.matrix({{0, 2, 1}, {-3, 1, 4}, {5, -2, 1}}),  // With a complex pair.
@@ -146,7 +171,14 @@ class CallCorpus {
       host.nested(2, 2, {host.scalar(1, 2), host.string("a"), host.matrix({{1}}), three}),
       host.scalar(2, 1),
       host.string("text"),
+      large,
+      host.complex_matrix(kLarge, kLarge, random_elements<Complex>(kLarge* kLarge)),
   };
+
+ private:
+  bool is_large(const Anyval* a) const {
+    return a->kind == kMatrixKind && static_cast<const aMatrix*>(a)->rows == kLarge;
+  }
 };
 
 }  // namespace test

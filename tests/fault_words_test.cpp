@@ -1,0 +1,108 @@
+// Which arithmetic faults the guarded functions can meet, and the word for each. A fault that is
+// missing here cannot happen:
+//
+//   rows, cols   compute nothing
+//   tr, norme, submatrix   divide nothing. The bounds of submatrix are compared before they are
+//                subtracted, so that nothing overflows; a NaN fails the first comparison
+//   normi        divides only by the larger of two parts, which is not zero
+//   inv, conde, condi   divide by pivots, and a pivot of zero is "singular matrix"; complex
+//                quotients divide by the larger part of the divisor
+//   eigenvals    divides only by what a test has found not to be zero, or by sums of magnitudes of
+//                which one is not
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+
+#include "tests/support/call_corpus.hpp"
+
+namespace {
+
+using namespace test;
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kDenormal = std::numeric_limits<double>::denorm_min();
+
+constexpr const char* kInvalid = "floating point error";
+constexpr const char* kOverflow = "overflow";
+constexpr const char* kZeroDivide = "singularity";
+
+struct Case {
+  const char* function;
+  const char* word;
+  ComplexRows elements;
+  ComplexRows second = {};  // Of a generalized problem.
+  bool is_complex = false;
+};
+
+const Case kCases[] = {
+    {"tr", kInvalid, {{kInf, 0}, {0, -kInf}}},
+    {"tr", kOverflow, {{1e308, 0}, {0, 1e308}}},
+    {"norme", kOverflow, {{1e200}}},
+    {"normi", kInvalid, {{kNaN}}},
+    {"normi", kOverflow, {{1e308, 1e308}, {0, 1}}},
+    {"cond2", kInvalid, {{1e-200, 1e-200}, {0, 1e-308}}},
+    {"cond2", kOverflow, {{1e308}}},
+    {"cond2", kZeroDivide, {{0, 1e-200}, {0, kDenormal}}},
+    {"conde", kInvalid, {{kInf}}},
+    {"conde", kOverflow, {{kDenormal}}},
+    {"condi", kInvalid, {{kInf}}},
+    {"condi", kOverflow, {{kDenormal}}},
+    {"eigenvals", kInvalid, {{{kNaN, 1}}}, {}, true},
+    {"eigenvals", kOverflow, {{2e154, 1e308}, {1e308, 1e154}}},
+    {"eigenvecs", kInvalid, {{{0, 1e-310}, 0}, {0, {0, 1e-310}}}, {}, true},
+    {"eigenvecs", kOverflow, {{{1.7e308, 1.7e308}}}, {}, true},
+    {"eigenvecs", kZeroDivide, {{0, 1e-310}, {0, 0}}},
+    {"genvals", kInvalid, {{1e-200, 1e-200}, {0, 1e-308}}, {{1, 0}, {0, 1}}},
+    {"genvals", kOverflow, {{-1}}, {{1e-310}}},
+    {"genvals", kZeroDivide, {{0}}, {{0}}},
+    {"genvecs", kInvalid, {{1e-200, 1e-200}, {0, 1e-308}}, {{1, 0}, {0, 1}}},
+    {"genvecs", kOverflow, {{1.7e308, -1e200}, {-1e200, 3}}, {{1, 0}, {0, 1}}},
+    {"genvecs", kZeroDivide, {{0}}, {{0}}},
+    {"svd", kInvalid, {{1e-200, 1e-200}, {0, 1e-308}}},
+    {"svd", kOverflow, {{1e308}}},
+    {"svd", kZeroDivide, {{0, 1e-200}, {0, kDenormal}}},
+    {"inv", kInvalid, {{kInf}}},
+    {"inv", kOverflow, {{kDenormal}}},
+};
+
+aMatrix* real_matrix(TestHost& host, ComplexRows rows) {
+  aMatrix* const m = host.complex_matrix(rows);
+  ::operator delete(m->im);
+  m->im = nullptr;
+  return m;
+}
+
+const FunctionEntry* row_named(const std::string& name) {
+  for (const FunctionEntry& row : theEfi)
+    if (row.name->text == name) return &row;
+  return nullptr;
+}
+
+TEST(FaultWords, OfEveryFaultThatAGuardedFunctionCanMeet) {
+  CallCorpus corpus;
+  TestHost& host = corpus.host;
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(std::string(c.function) + ": " + c.word);
+    aMatrix* const a =
+        c.is_complex ? host.complex_matrix(c.elements) : real_matrix(host, c.elements);
+    std::vector<Anyval*> arguments = corpus.arguments_of(c.function, a);
+    if (c.second.size() != 0) arguments[1] = real_matrix(host, c.second);
+    const FunctionEntry* const row = row_named(c.function);
+    expect_fault(row == nullptr ? inv(corpus.context, static_cast<Anyval*>(a))
+                                : apply_row(*row, corpus.context, arguments),
+                 c.word);
+  }
+  // A NaN as a bound, and a NaN that signals: squaring a quiet one is no fault.
+  const FunctionEntry& submatrix = *row_named("submatrix");
+  std::vector<Anyval*> bounds = corpus.arguments_of("submatrix", corpus.second);
+  bounds[2] = host.scalar(kNaN);
+  expect_fault(apply_row(submatrix, corpus.context, bounds), kInvalid);
+  aMatrix* const signalling = host.matrix({{1}});
+  const std::uint64_t pattern = 0x7FF0000000000001;
+  std::memcpy(signalling->re, &pattern, sizeof pattern);
+  expect_fault(apply_row(*row_named("norme"), corpus.context, {signalling}), kInvalid);
+}
+
+}  // namespace
