@@ -85,8 +85,9 @@ double ByteReader::fresh_number(int choice) {
     const int exponent = 8 * (byte() - 128);
     return std::ldexp(choice % 2 == 0 ? mantissa : -mantissa, exponent);
   }
+  // Neither a nested element, nor a NaN that a change of sign makes one.
   const auto x = std::bit_cast<double>(word());
-  return efi::is_nested_element(x) ? 0.0 : x;
+  return efi::is_nested_element(std::copysign(x, -1.0)) ? 0.0 : x;
 }
 
 }  // namespace fuzz
