@@ -1,9 +1,9 @@
 // The implicit QL iteration on a symmetric tridiagonal matrix.
 #include <cmath>
 
-#include "eigen/column_rotations.hpp"
 #include "eigen/cores.hpp"
 #include "eigen/tridiagonal.hpp"
+#include "pack/rising_rotations.hpp"
 
 namespace matrix_pack {
 
@@ -30,9 +30,9 @@ double shifted_end(const double* d, const double* e, int l, int m) {
   return d[m] - d[l] + e[l] / (g + (g >= 0.0 ? r : -r));
 }
 
-// One sweep from m up to l. The rotations go to `pairs`, as column_rotations.hpp has it, unless it
-// is null. Kept: a zero radius r has no case of its own.
-void sweep(double* d, double* e, int l, int m, double* pairs) {
+// One sweep from m up to l. The rotations go to `rotations`, as rising_rotations.hpp has it, unless
+// it is null. Kept: a zero radius r has no case of its own.
+void sweep(double* d, double* e, int l, int m, Rotation* rotations) {
   double g = shifted_end(d, e, l, m);
   double s = 1.0;
   double c = 1.0;
@@ -58,17 +58,14 @@ void sweep(double* d, double* e, int l, int m, double* pairs) {
     p = s * r;
     d[i + 1] = g + p;
     g = c * r - b;
-    if (pairs != nullptr) {
-      pairs[2 * (i - l)] = c;
-      pairs[2 * (i - l) + 1] = s;
-    }
+    if (rotations != nullptr) *rotations++ = {c, s};
   }
   d[l] = d[l] - p;
   e[l] = g;
   e[m] = 0.0;
 }
 
-const char* iterate(double* d, double* e, int n, ColumnRotations* rotations) {
+const char* iterate(double* d, double* e, int n, RisingRotations* rotations) {
   for (int i = 1; i < n; ++i) e[i - 1] = e[i];
   e[n - 1] = 0.0;
   for (int l = 0; l < n; ++l) {
@@ -89,7 +86,7 @@ const char* tridiagonal_ql(double* d, double* e, int n) {
 }
 
 const char* tridiagonal_ql_with_vectors(double* d, double* e, int n, double* z, std::ptrdiff_t ld) {
-  ColumnRotations rotations;
+  RisingRotations rotations;
   if (!rotations.open(z, ld, n, n)) return kOutOfMemory;
   if (const char* message = iterate(d, e, n, &rotations)) return message;
   rotations.flush();

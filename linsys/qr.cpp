@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "eigen/column_rotations.hpp"
 #include "linsys/linsys.hpp"
 #include "pack/elements.hpp"
 #include "pack/guard.hpp"
 #include "pack/memory.hpp"
 #include "pack/results.hpp"
+#include "pack/rising_rotations.hpp"
 #include "pack/vector_kernels.hpp"
 #include "structural/transpose_kernels.hpp"
 
@@ -29,10 +29,10 @@ struct Reduction {
   int m;
   int n;
   double* rt;
-  double* v;      // The column of R at hand.
-  double* pairs;  // Its rotations: at [2i] and [2i + 1] that of rows i and i + 1.
-  ColumnRotations beyond;
-  ColumnRotations all_of_q;
+  double* v;            // The column of R at hand.
+  Rotation* rotations;  // Its rotations, from the bottom up.
+  RisingRotations beyond;
+  RisingRotations all_of_q;
 };
 
 // Outside the open interval (-tol, tol); so is a NaN.
@@ -43,12 +43,12 @@ bool counts(double x, double tol) {
 // Turns rows first...last + 1 of R in the columns c + 1...end - 1, and notes the rotations for the
 // columns beyond and for Q.
 void turn_rows(Reduction& d, int first, int last, int c, int end) {
-  const double* const pairs = d.pairs + 2 * first;
-  const RotationSweep sweep = {first, last, pairs};
-  column_rotation_kernels().rotate(1, &sweep, end - c - 1, d.rt + c + 1, d.n);
-  const int count = 2 * (last - first + 1);
-  if (end < d.n) std::copy_n(pairs, count, d.beyond.sweep(first, last));
-  std::copy_n(pairs, count, d.all_of_q.sweep(first, last));
+  const int count = last - first + 1;
+  const Sweep sweep = {0, count, d.rotations};
+  rotation_kernels().turn(end - c - 1, d.rt + element_index(d.n, c + 1, last + 1), -d.n, &sweep, 1,
+                          nullptr);
+  if (end < d.n) std::copy_n(d.rotations, count, d.beyond.sweep(first, last));
+  std::copy_n(d.rotations, count, d.all_of_q.sweep(first, last));
 }
 
 // Clears v below row p from the bottom up, leaving out what is negligible; every run of rotations
@@ -56,24 +56,22 @@ void turn_rows(Reduction& d, int first, int last, int c, int end) {
 template <class Turn>
 bool clear_below(Reduction& d, int p, double tol, const Turn& turn) {
   bool taken = counts(d.v[p], tol);
-  int last = -1;  // The first rotation of the run at hand; -1: none.
+  int count = 0;  // Of the run at hand.
   for (int i = d.m - 2; i >= p; --i) {
     if (!counts(d.v[i + 1], tol)) {
-      if (last >= 0) turn(i + 1, last);
-      last = -1;
+      if (count > 0) turn(i + 1, i + count);
+      count = 0;
       continue;
     }
-    if (last < 0) last = i;
     taken = true;
     const double a = d.v[i];
     const double b = d.v[i + 1];
     const Givens g = givens_coeffs(a, b);
     d.v[i] = g.c * a + g.s * b;
     // The kernel turns the other way round.
-    d.pairs[2 * i] = g.c;
-    d.pairs[2 * i + 1] = -g.s;
+    d.rotations[count++] = {g.c, -g.s};
   }
-  if (last >= 0) turn(p, last);
+  if (count > 0) turn(p, p + count - 1);
   return taken;
 }
 
@@ -95,7 +93,7 @@ void reduce(Reduction& d) {
   int p = 0;
   for (int first = 0; first < d.n && p < d.m; first += kBlock) {
     const int end = std::min(first + kBlock, d.n);
-    d.beyond.z = d.rt + end;
+    d.beyond.last_column = d.rt + element_index(d.n, end, d.m - 1);
     d.beyond.rows = d.n - end;
     for (int c = first; c < end && p < d.m; ++c)
       if (reduce_column(d, c, end, p)) ++p;
@@ -130,10 +128,11 @@ const char* qr_core(EfiCallContext* context, aMatrix* a, aMatrix** q, aMatrix** 
   if ((*r)->re != nullptr && m > 0) {
     const Doubles rt = new_part(n, m);
     const Doubles work = new_doubles(std::int64_t{3} * m);
-    Reduction d = {m, n, rt.get(), work.get(), work.get() + m, {}, {}};
+    Reduction d = {m, n, rt.get(), work.get(), nullptr, {}, {}};
     if (!rt || !work || !d.beyond.open(rt.get(), n, n, m) ||
         !d.all_of_q.open(q_elements.get(), m, m, m))
       return kOutOfMemory;
+    d.rotations = reinterpret_cast<Rotation*>(work.get() + m);
     transpose_kernels().transpose(m, n, (*r)->re, m, rt.get());
     reduce(d);
     transpose_kernels().transpose(n, m, rt.get(), n, (*r)->re);

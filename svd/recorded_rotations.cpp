@@ -1,31 +1,18 @@
 #include "svd/recorded_rotations.hpp"
 
 #include <algorithm>
-#include <memory>
 
 #include "pack/vector_kernels.hpp"
 
 namespace matrix_pack {
-
-namespace {
-
-// The first address of a cache line at or after p.
-double* line_start(double* p, std::ptrdiff_t doubles_per_line) {
-  void* address = p;
-  std::size_t space = 2 * static_cast<std::size_t>(doubles_per_line) * sizeof(double);
-  const std::size_t line = space / 2;
-  return static_cast<double*>(std::align(line, line, address, space));
-}
-
-}  // namespace
 
 RecordedRotations::RecordedRotations(std::ptrdiff_t n, const Factor& left_factor,
                                      const Factor& right_factor, double* work)
     : n(n),
       left_factor(left_factor),
       right_factor(right_factor),
-      panel(line_start(work, kLine)),
-      signs(panel + kPanelRows * n),
+      panel_work(work),
+      signs(work + panel_size(n)),
       right_rotations(reinterpret_cast<Rotation*>(signs + n)),
       left_rotations(right_rotations + kSweeps * n),
       next_right(right_rotations),
@@ -49,10 +36,10 @@ void RecordedRotations::cancel(std::ptrdiff_t p, std::ptrdiff_t i, double c, dou
 
 void RecordedRotations::apply() {
   if (sweep_count == 0) return;
-  svd_kernels().rotate_columns(right_factor.rows, right_factor.a, right_factor.ld, right_sweeps,
-                               sweep_count, panel);
-  svd_kernels().rotate_columns(left_factor.rows, left_factor.a, left_factor.ld, left_sweeps,
-                               sweep_count, panel);
+  rotation_kernels().turn(right_factor.rows, right_factor.a, right_factor.ld, right_sweeps,
+                          sweep_count, panel_work);
+  rotation_kernels().turn(left_factor.rows, left_factor.a, left_factor.ld, left_sweeps, sweep_count,
+                          panel_work);
   sweep_count = 0;
   next_right = right_rotations;
   next_left = left_rotations;

@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-#include "svd/svd_kernels.hpp"
+#include "pack/rotation_kernels.hpp"
 
 namespace matrix_pack {
 
@@ -24,7 +24,7 @@ struct RecordedRotations {
   // Work for factors of n columns, in doubles: the rotations of kSweeps sweeps on either side, a
   // panel of rows, and a sign for each column of the right factor.
   static constexpr std::ptrdiff_t work_size(std::ptrdiff_t n) {
-    return n * (2 * kSweeps * kDoubles + kPanelRows + 1) + kLine;
+    return panel_size(n) + n * (2 * kSweeps * kDoubles + 1);
   }
 
   RecordedRotations(std::ptrdiff_t n, const Factor& left_factor, const Factor& right_factor,
@@ -41,14 +41,13 @@ struct RecordedRotations {
 
  private:
   static constexpr std::ptrdiff_t kDoubles = sizeof(Rotation) / sizeof(double);
-  static constexpr std::ptrdiff_t kLine = 64 / sizeof(double);  // A cache line.
 
   void apply();
 
   std::ptrdiff_t n;
   Factor left_factor;
   Factor right_factor;
-  double* panel;
+  double* panel_work;
   double* signs;
   Rotation* right_rotations;
   Rotation* left_rotations;

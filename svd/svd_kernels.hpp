@@ -9,23 +9,6 @@
 
 namespace matrix_pack {
 
-// A plane rotation: (x, y) becomes (c x + s y, c y - s x).
-struct Rotation {
-  double c;
-  double s;
-};
-
-// The rotations of one sweep, in order: rotations[j - first] turns columns j and j + 1, for
-// first <= j < first + count.
-struct Sweep {
-  std::ptrdiff_t first;
-  std::ptrdiff_t count;
-  const Rotation* rotations;
-};
-
-// Work that `rotate_columns` needs for each column.
-inline constexpr std::ptrdiff_t kPanelRows = 32;
-
 struct SvdKernels {
   // dots[k] = the dot product of column k of the rows x cols array a with x
   void (*column_dots)(std::ptrdiff_t rows, std::ptrdiff_t cols, const double* a, std::ptrdiff_t ld,
@@ -43,11 +26,6 @@ struct SvdKernels {
   //   f = ((sum over j >= lead of a(j,k) * x[j - lead]) / d) / g,    a(j,k) += f * v[j]
   void (*reflect_columns)(std::ptrdiff_t lead, std::ptrdiff_t rows, std::ptrdiff_t cols, double* a,
                           std::ptrdiff_t ld, const double* x, const double* v, double d, double g);
-
-  // The sweeps, one after the other, on the columns of an array of `rows` rows. `panel` is room for
-  // kPanelRows doubles for each column between the first and the last that turns.
-  void (*rotate_columns)(std::ptrdiff_t rows, double* a, std::ptrdiff_t ld, const Sweep* sweeps,
-                         std::ptrdiff_t sweep_count, double* panel);
 };
 MATRIX_SELECT_KERNELS(SvdKernels, svd_kernels)
 

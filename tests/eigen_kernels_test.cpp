@@ -2,7 +2,6 @@
 // kernel set.
 #include <gtest/gtest.h>
 
-#include "eigen/column_rotations.hpp"
 #include "eigen/complex_plain.hpp"
 #include "eigen/complex_qr_sweep.hpp"
 #include "eigen/complex_vector_kernels.hpp"
