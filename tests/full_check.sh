@@ -19,9 +19,9 @@ print_digest() {
 # ./check runs the tests of these two; here they are the measure for the others.
 failed=()
 for preset in release flags; do
-  build "$preset" digest packcheck matrix
+  build "$preset" digest matrix
   print_digest "$preset" >"$digests/$preset"
-  "build/$preset/packcheck" --depth full "build/$preset/libmatrix.so" || failed+=("pack of $preset")
+  build/release/packcheck --depth full "build/$preset/libmatrix.so" || failed+=("pack of $preset")
 done
 for preset in debug clang m32 arm64; do
   SECONDS=0
