@@ -1,12 +1,20 @@
 // The smallest useful pack: one function, rms(A), the root mean square of a real array's elements.
 //
 //   worksheet --pack libminimal_pack.so -e 'rms([3; 4])'
+#include <cfenv>
 #include <cmath>
 #include <cstddef>
 
 #include "pack/host_interface.hpp"
 
 namespace {
+
+// The host gets its floating-point environment back as it was, status flags included.
+struct KeptEnvironment {
+  std::fenv_t environment;
+  KeptEnvironment() { std::feholdexcept(&environment); }
+  ~KeptEnvironment() { std::fesetenv(&environment); }
+};
 
 // Checks in the order of the arguments: the kind, then the shape, then the values.
 Anyval* rms(EfiCallContext* context, Anyval* argument) {
@@ -15,6 +23,7 @@ Anyval* rms(EfiCallContext* context, Anyval* argument) {
   if (a->im != nullptr) return mkError(context, "must be real", 1);
   if (contains_ptrs(a)) return mkError(context, "may not be nested", 1);
 
+  const KeptEnvironment kept;
   const auto count = static_cast<std::size_t>(a->rows) * static_cast<std::size_t>(a->cols);
   double sum = 0.0;
   for (std::size_t k = 0; a->re != nullptr && k < count; ++k) sum += a->re[k] * a->re[k];
