@@ -2,8 +2,8 @@
 #
 #   cmake --workflow --preset package        makes build/package/matrix-pack_*.deb
 set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/matrix-pack)
-install(TARGETS worksheet packcheck RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES docs/man/worksheet.1 docs/man/packcheck.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(TARGETS worksheet RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES docs/man/worksheet.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES README.md CHANGELOG.md DESTINATION ${doc_dir})
 file(GLOB documents CONFIGURE_DEPENDS docs/*.md)
 install(FILES ${documents} DESTINATION ${doc_dir}/docs)

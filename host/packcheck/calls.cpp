@@ -2,6 +2,8 @@
 
 #include <limits>
 
+#include "host/packcheck/random.hpp"
+
 namespace packcheck {
 
 namespace {

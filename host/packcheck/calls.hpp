@@ -32,6 +32,7 @@ struct Call {
 struct Target {
   Function function;
   std::vector<Recipe> base;
+  bool is_taken = false;  // Whether it does: for some functions no such arguments are found.
 };
 
 // The arguments to try, one after the other, until the function gives a value.

@@ -1,8 +1,8 @@
-// The memory of this process under watch. The executable replaces operator new and, where the build
-// allows it, malloc, for itself and for the packs that it loads.
+// The memory of this process under watch. The executable replaces operator new and, where the C
+// library allows it, malloc, for itself and for the packs that it loads.
 //
 // A block of operator new has guards in front and behind, is filled with a pattern while it is new,
-// and stays in quarantine for a while once it is freed: what is written outside of a live block is
+// and rests for a while once it is freed: what is written outside of a live block is
 // found when that block is freed, what is written to a freed one when it is used again. On request
 // blocks lie against pages that cannot be touched instead, so that reading too far shows as well.
 #pragma once

@@ -74,7 +74,9 @@ int check_pack(const Options& options, const Selection& selection) {
   runner.survey();
   const std::vector<Target>& targets = runner.targets();
   require_functions(targets, selection);
-  Summary summary = {targets.size(), 0, 0, 0.0};
+  Summary summary = {targets.size(), {}, 0, 0, 0.0};
+  for (const Target& target : targets)
+    if (!target.is_taken) summary.refusing.push_back(target.function.name);
   for (const Check& check : all_checks()) {
     if (!selection.takes(check)) continue;
     ++summary.checks;

@@ -21,7 +21,7 @@ std::int64_t held() {
 
 }  // namespace packcheck::malloc_count
 
-#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifdef __GLIBC__
 
 // The C library's own, under the names by which it keeps them reachable.
 extern "C" {

@@ -1,5 +1,5 @@
-// The blocks of malloc that this process holds. Where malloc cannot be replaced (under a sanitizer,
-// which replaces it itself) none are counted, and none are refused.
+// The blocks of malloc that this process holds. Where malloc cannot be replaced (the C library is
+// not glibc) none are counted, and none are refused.
 #pragma once
 
 #include <cstdint>

@@ -20,7 +20,9 @@ constexpr struct {
   const char* name;
   const char* symbol;
   int argument_count;
-} kEntryPoints[] = {{"inv(Anyval*)", "_Z3invP14EfiCallContextP6Anyval", 1}};
+} kEntryPoints[] = {{"inv(Anyval*)", "_Z3invP14EfiCallContextP6Anyval", 1},
+                    {"eigenvals(Anyval*, Anyval*)", "_Z9eigenvalsP14EfiCallContextP6AnyvalS2_", 2},
+                    {"eigenvecs(Anyval*)", "_Z9eigenvecsP14EfiCallContextP6Anyval", 1}};
 
 // The size of the object that a symbol stands for; 0 where it is not told.
 std::size_t object_size(const void* address) {
@@ -68,9 +70,13 @@ std::vector<Function> callable_functions(const Pack& pack) {
     if (context->size() > static_cast<std::size_t>(count)) continue;
     functions.push_back({*name, static_cast<int>(k), {}, count, *context});
   }
-  for (const auto& entry : kEntryPoints)
-    if (pack.symbol(entry.symbol) != nullptr)
+  for (const auto& entry : kEntryPoints) {
+    const auto handler = reinterpret_cast<AnyHandler>(pack.symbol(entry.symbol));
+    if (handler != nullptr && std::ranges::none_of(pack.rows(), [=](const FunctionEntry& row) {
+          return row.handler == handler;
+        }))
       functions.push_back({entry.name, -1, entry.symbol, entry.argument_count, {}});
+  }
   return functions;
 }
 

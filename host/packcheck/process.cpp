@@ -51,8 +51,6 @@ void watch_for_refused_addresses(Progress* progress) {
   action.sa_sigaction = on_refused_address;
   action.sa_flags = SA_SIGINFO | SA_ONSTACK;
   for (const int signal : {SIGSEGV, SIGBUS}) sigaction(signal, &action, nullptr);
-  // Under a sanitizer these have actions that would tell of the crash as of one of its own.
-  for (const int signal : {SIGABRT, SIGILL}) ::signal(signal, SIG_DFL);
 }
 
 void be_silent() {

@@ -2,13 +2,13 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <limits>
+#include <memory>
 #include <new>
-#include <utility>
+#include <optional>
 
+#include "host/packcheck/elements.hpp"
 #include "host/packcheck/heap.hpp"
 
 namespace packcheck {
@@ -18,8 +18,6 @@ namespace {
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kLargest = std::numeric_limits<double>::max();
-constexpr double kSmallestNormal = std::numeric_limits<double>::min();
-constexpr double kSmallest = std::numeric_limits<double>::denorm_min();
 
 // The kind of a value that no pack knows.
 constexpr std::int32_t kUnknownKind = 99;
@@ -39,106 +37,18 @@ const char* const kBehaviourNames[kBehaviours] = {
     "i + 10 j",       "complex",        "NaN",    "huge", "a matrix", "a string", "an error",
     "an error later", "a matrix later", "nothing"};
 
-// The leading 3 x 3 block has the eigenvalues 3, 1 and 1 and is positive definite, so that a pack's
-// functions of one matrix, and of a matrix and one of its eigenvalues, have something to work on.
-double plain_element(int i, int j) {
-  constexpr double kBlock[3][3] = {{2, 1, 0}, {1, 2, 0}, {0, 0, 1}};
-  if (i < 3 && j < 3) return kBlock[i][j];
-  return i == j ? 3.0 : i == j + 1 || j == i + 1 ? 0.5 : 0.0;
-}
-
-double random_sign(Random& random) {
-  return random.one_in(2) ? -1.0 : 1.0;
-}
-
-double mixed_element(Random& random) {
-  const double sign = random_sign(random);
-  switch (random.below(14)) {
-    case 0:
-      return sign * kInfinity;
-    case 1:
+// What stands at the one special place of an array.
+std::optional<double> special_element(Fill fill) {
+  switch (fill) {
+    case Fill::one_nan:
       return kNan;
-    case 2:
-      return sign * 0.0;
-    case 3:
-      return sign * kSmallest * random.below(100);
-    case 4:
-      return sign * kLargest;
-    case 5:
-      return sign * kSmallestNormal;
-    case 6:
-      return sign * std::ldexp(random.unit(), random.below(2000) - 1000);
-    case 7:
-      return sign * 1.0;
+    case Fill::one_infinity:
+      return kInfinity;
+    case Fill::one_minus_infinity:
+      return -kInfinity;
     default:
-      return sign * random.unit();
+      return std::nullopt;
   }
-}
-
-// The symmetric fills take the element above the diagonal for the one below it.
-std::uint64_t element_seed(const Recipe& recipe, int i, int j) {
-  if (recipe.fill == Fill::symmetric || recipe.fill == Fill::definite)
-    std::tie(i, j) = std::minmax({i, j});
-  return recipe.seed * 0x9E3779B97F4A7C15u + static_cast<std::uint64_t>(i) * 0xD1B54A32D192ED03u +
-         static_cast<std::uint64_t>(j) * 0x8CB92BA72F3D8DD7u + 1;
-}
-
-double element(const Recipe& recipe, int i, int j) {
-  Random random{element_seed(recipe, i, j)};
-  random.next();
-  const double ordinary = 2.0 * random.unit() - 1.0;
-  const double sign = random_sign(random);
-  switch (recipe.fill) {
-    case Fill::plain:
-      return plain_element(i, j);
-    case Fill::integers:
-      return random.below(9) - 4;
-    case Fill::definite:
-      return i == j ? recipe.rows + 1.0 : ordinary;
-    case Fill::triangular:
-      return i > j ? 0.0 : ordinary;
-    case Fill::identity:
-      return i == j ? 1.0 : 0.0;
-    case Fill::zeros:
-      return 0.0;
-    case Fill::negative_zeros:
-      return -0.0;
-    case Fill::repeated:
-      return 2.5;
-    case Fill::zero_row:
-      return i == recipe.rows / 2 ? 0.0 : ordinary;
-    case Fill::zero_column:
-      return j == recipe.cols / 2 ? 0.0 : ordinary;
-    case Fill::graded:
-      return ordinary * std::pow(10.0, 40 * ((i + 2 * j) % 11 - 5));
-    case Fill::tiny:
-      return ordinary * 4.0 * kSmallestNormal;
-    case Fill::denormal:
-      return sign * kSmallest * (1 + random.below(1000));
-    case Fill::huge:
-      return ordinary * kLargest;
-    case Fill::edge104:
-      return sign * 1e104 * (1.0 + (random.below(3) - 1) * 1e-15);
-    case Fill::edge307:
-      return sign * 1e307 * (1.0 + (random.below(3) - 1) * 1e-15);
-    case Fill::all_nan:
-      return kNan;
-    case Fill::all_infinities:
-      return sign * kInfinity;
-    case Fill::mixed:
-      return mixed_element(random);
-    default:
-      return ordinary;
-  }
-}
-
-// What stands at the one special place; nothing where the fill has none.
-double special_element(Fill fill) {
-  return fill == Fill::one_nan ? kNan : fill == Fill::one_infinity ? kInfinity : -kInfinity;
-}
-
-bool has_special(Fill fill) {
-  return fill == Fill::one_nan || fill == Fill::one_infinity || fill == Fill::one_minus_infinity;
 }
 
 struct OperatorDelete {
@@ -167,9 +77,9 @@ Part make_part(const Recipe& recipe, std::uint64_t which) {
     part[k] = scale * element(of_part, static_cast<int>(k % rows), static_cast<int>(k / rows));
   }
   // The special place is in one part only.
-  if (has_special(recipe.fill) && count > 0 &&
-      (recipe.form != Form::complex || which == recipe.seed % 2))
-    part[recipe.seed / 2 % count] = special_element(recipe.fill);
+  const bool here = recipe.form != Form::complex || which == recipe.seed % 2;
+  if (const auto special = special_element(recipe.fill); special && here && count > 0)
+    part[recipe.seed / 2 % count] = *special;
   return part;
 }
 
@@ -304,21 +214,6 @@ Anyval* apply(efi::Store& store, Anyval* function, const sCons* arguments) {
     default:
       return store.new_scalar(i + 10.0 * j, 0.0);
   }
-}
-
-std::uint64_t Random::next() {
-  std::uint64_t z = state += 0x9E3779B97F4A7C15u;
-  z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
-  z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
-  return z ^ (z >> 31);
-}
-
-int Random::below(int n) {
-  return static_cast<int>(next() % static_cast<std::uint64_t>(n));
-}
-
-double Random::unit() {
-  return static_cast<double>(next() >> 11) * 0x1p-53;
 }
 
 }  // namespace packcheck

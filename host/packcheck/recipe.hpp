@@ -97,14 +97,4 @@ Anyval* make(efi::Store& store, const Recipe& recipe);
 // What the application's evaluator does with such a function value.
 Anyval* apply(efi::Store& store, Anyval* function, const sCons* arguments);
 
-// A small generator (splitmix64): the same numbers everywhere.
-struct Random {
-  std::uint64_t state;
-
-  std::uint64_t next();
-  int below(int n);  // 0 to n - 1.
-  double unit();     // In [0, 1).
-  bool one_in(int n) { return below(n) == 0; }
-};
-
 }  // namespace packcheck

@@ -44,6 +44,8 @@ void print_text(const Options& options, const std::vector<Finding>& findings,
     if (!finding.arguments.empty()) fmt::print("    {}\n", finding.arguments);
     fmt::print("    {}\n", replay(options, finding));
   }
+  for (const std::string& name : summary.refusing)
+    fmt::print("{} gave an error for all arguments tried: only that was checked.\n", name);
   fmt::print("{}: {} functions, {} checks, {} calls, {:.1f} s, seed {}, depth {}: {}\n",
              options.pack_name, summary.functions, summary.checks, summary.calls, summary.seconds,
              options.seed, depth_name(options.depth),
@@ -68,6 +70,7 @@ void print_json(const Options& options, const std::vector<Finding>& findings,
   print_line({{"type", "summary"},
               {"pack", options.pack},
               {"functions", summary.functions},
+              {"refusing", summary.refusing},
               {"checks", summary.checks},
               {"calls", summary.calls},
               {"findings", findings.size()},

@@ -11,6 +11,7 @@ namespace packcheck {
 
 struct Summary {
   std::size_t functions;
+  std::vector<std::string> refusing;  // The functions that took none of the arguments tried.
   std::size_t checks;
   int calls;
   double seconds;

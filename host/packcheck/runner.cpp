@@ -115,8 +115,9 @@ void Runner::survey() {
   for (Target& target : targets_) {
     target.base = fallback_base(target.function);
     const auto find = [&](const Message& message) {
-      if (message.kind == Message::taken)
-        target.base = first_attempts(target.function)[static_cast<std::size_t>(message.number)];
+      if (message.kind != Message::taken) return;
+      target.base = first_attempts(target.function)[static_cast<std::size_t>(message.number)];
+      target.is_taken = true;
     };
     // The call of such an end is none of the list's.
     for (const End& end : run_work(kSurvives, &target, find_base, find))

@@ -141,20 +141,4 @@ std::vector<std::uint64_t> meaning(const efi::Store& store, const Anyval* value)
   return std::move(words.words);
 }
 
-std::string describe(const Anyval* value) {
-  if (value == nullptr) return "null";
-  switch (value->kind) {
-    case kErrorKind:
-      return fmt::format("the error \"{}\"", static_cast<const aError*>(value)->message->text);
-    case kScalarKind:
-      return fmt::format("the number {}{:+}i", static_cast<const aComplex*>(value)->re,
-                         static_cast<const aComplex*>(value)->im);
-    case kMatrixKind:
-      return fmt::format("a {} x {} matrix", static_cast<const aMatrix*>(value)->rows,
-                         static_cast<const aMatrix*>(value)->cols);
-    default:
-      return fmt::format("a value of kind {}", value->kind);
-  }
-}
-
 }  // namespace packcheck

@@ -48,7 +48,4 @@ class Snapshot {
 // give the same values give the same words.
 std::vector<std::uint64_t> meaning(const efi::Store& store, const Anyval* value);
 
-// A few words about a value.
-std::string describe(const Anyval* value);
-
 }  // namespace packcheck
