@@ -50,7 +50,7 @@ std::string number_markup(const Number& z, int digits) {
 
 // A unit's name, its powers raised: "kN/m^2", "1/(m s^(1/2))".
 std::string unit_markup(const Unit& unit) {
-  std::string result = "<mspace width=\"0.25em\"/>";
+  std::string result = "<mspace width=\"0.3em\"/>";
   std::string_view name = unit.name();
   auto take = [&](std::size_t length) {
     const std::string_view start = name.substr(0, length);

@@ -14,6 +14,9 @@ namespace {
 // gnuplot takes what lies close to the largest double for undefined.
 constexpr double kLargestDrawn = 1e300;
 
+// What gnuplot does not draw.
+constexpr double kGap = std::numeric_limits<double>::quiet_NaN();
+
 // Curves with no more points than these show each of them.
 constexpr std::size_t kMostMarkedPoints = 24;
 
@@ -22,9 +25,6 @@ constexpr double kMostStretch = 4.0;
 
 // Larger heat maps are embedded images; smaller ones a rectangle for each element.
 constexpr std::ptrdiff_t kMostRectangles = 4096;
-
-// Where the data of a script end.
-constexpr const char* kEnd = "END_OF_DATA";
 
 bool can_be_drawn(double v) {
   return std::fabs(v) <= kLargestDrawn;
@@ -102,10 +102,10 @@ class Script {
     else
       add("set offsets graph 0.02, graph 0.02, graph 0.04, graph 0.04");
     add("set autoscale xfix");
-    for (std::size_t k = 0; k < picture_.curves.size(); ++k) data(k);
     text_ += "plot ";
     for (std::size_t k = 0; k < picture_.curves.size(); ++k) curve(k);
     text_ += '\n';
+    for (const Picture::Curve& curve : picture_.curves) data(curve);
   }
 
   void complex_axes() {
@@ -122,19 +122,17 @@ class Script {
     if (ratio <= kMostStretch && ratio >= 1 / kMostStretch) add("set size ratio -1");
   }
 
-  // The points, with an empty line, which interrupts a curve, in place of those that are gaps.
-  void data(std::size_t which) {
-    const Picture::Curve& curve = picture_.curves[which];
-    add("$data{} << {}", which, kEnd);
+  // A number in binary: gnuplot reads its input byte by byte, and text would take it long.
+  void datum(double v) { text_.append(reinterpret_cast<const char*>(&v), sizeof v); }
+
+  // The points; NaN makes a gap.
+  void data(const Picture::Curve& curve) {
     for (std::size_t k = 0; k < curve.x.size(); ++k) {
       const bool drawn = can_be_drawn(curve.x[k]) && can_be_drawn(curve.y[k]) &&
                          (curve.y[k] > 0.0 || picture_.kind != Picture::Kind::log_points);
-      if (drawn)
-        add("{} {}", curve.x[k], curve.y[k]);
-      else
-        text_ += '\n';
+      datum(drawn ? curve.x[k] : kGap);
+      datum(drawn ? curve.y[k] : kGap);
     }
-    add("{}", kEnd);
   }
 
   void curve(std::size_t which) {
@@ -143,12 +141,13 @@ class Script {
     const bool joined =
         picture_.kind == Picture::Kind::lines || picture_.kind == Picture::Kind::log_points;
     const bool marked = !joined || curve.x.size() <= kMostMarkedPoints;
-    text_ +=
-        fmt::format("{}$data{} using 1:2 with {} linecolor rgb '{}'", which == 0 ? "" : ", ", which,
-                    !joined  ? "points"
-                    : marked ? "linespoints"
-                             : "lines",
-                    colour);
+    text_ += fmt::format(
+        "{}'-' binary record=({}) format='%double%double' using 1:2 with {} linecolor rgb '{}'",
+        which == 0 ? "" : ", ", curve.x.size(),
+        !joined  ? "points"
+        : marked ? "linespoints"
+                 : "lines",
+        colour);
     if (joined) text_ += " linewidth 1.6";
     if (marked) text_ += joined ? " pointtype 7 pointsize 0.45" : " pointtype 7 pointsize 0.75";
     text_ += picture_.curves.size() == 1 && curve.name.empty() ? " notitle"
@@ -172,18 +171,13 @@ class Script {
     add("{}", square_cells ? "set size ratio -1" : "set rmargin at screen 0.8");
     for (const auto& [axis, count] : {std::pair('x', cols), std::pair('y', rows)})
       if (count <= 12) add("set {}tics {}, 1", axis, first);
-    add("$data << {}", kEnd);
-    for (std::ptrdiff_t j = 0; j < cols; ++j)
-      for (std::ptrdiff_t i = 0; i < rows; ++i) {
+    add("plot '-' binary array=({},{}) origin=({},{}) format='%double' with image{} notitle", cols,
+        rows, first, first, rows * cols <= kMostRectangles ? " pixels" : "");
+    for (std::ptrdiff_t i = 0; i < rows; ++i)
+      for (std::ptrdiff_t j = 0; j < cols; ++j) {
         const double v = picture_.elements[static_cast<std::size_t>(j * rows + i)];
-        if (can_be_drawn(v))
-          add("{} {} {}", first + static_cast<double>(j), first + static_cast<double>(i), v);
-        else
-          add("{} {} NaN", first + static_cast<double>(j), first + static_cast<double>(i));
+        datum(can_be_drawn(v) ? v : kGap);
       }
-    add("{}", kEnd);
-    add("plot $data using 1:2:3 with image{} notitle",
-        rows * cols <= kMostRectangles ? " pixels" : "");
   }
 
   // One hue for values of one sign; two, white between them at zero, where there are both.

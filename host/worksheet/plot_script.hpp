@@ -13,7 +13,8 @@ inline constexpr const char* kCurveColours[] = {"#3567a8", "#c8632c", "#3b8650",
 inline constexpr const char* kInk = "#1f2933";   // Axes and words.
 inline constexpr const char* kGrid = "#d5dae1";  // Lines behind the curves.
 
-// A script that writes the picture to standard output. An SVG's background is transparent.
+// A script that writes the picture to standard output; its data are binary and follow it at once.
+// An SVG's background is transparent.
 std::string gnuplot_script(const Picture& picture, PictureFormat format);
 
 }  // namespace worksheet
