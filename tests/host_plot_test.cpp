@@ -86,6 +86,15 @@ TEST(Plot, SpectraComeFromThePack) {
   svg = plots.svg("ORIGIN = 1\nheatmap(\"p.svg\", [1, 2, 0/0; -4, 5, 6]*1{kN/m}, \"stiffness\")");
   EXPECT_NE(svg.find("stiffness in kN/m"), std::string::npos);
   EXPECT_EQ(count_of(svg, " 0</tspan>"), 0u) << "rows and columns count from ORIGIN";
+  // A single row, column or element is drawn too: as two of half the width.
+  const std::pair<const char*, std::size_t> cells[] = {
+      {"[1, 2, 4]", 6}, {"[1; 2; 4]", 6}, {"[4]", 4}, {"[1, 2; 0/0, 4]", 3}};
+  for (const auto& [matrix, count] : cells) {
+    const std::string group = "shape-rendering='crispEdges'";
+    svg = plots.svg(std::string("heatmap(\"p.svg\", ") + matrix + ")");
+    const std::size_t begin = svg.find(group), end = svg.find(group, begin + 1);
+    EXPECT_EQ(count_of(svg.substr(begin, end - begin), "<polygon"), count) << matrix;
+  }
 }
 
 TEST(Plot, WhatCannotBeDrawnIsSaidAtTheArgument) {

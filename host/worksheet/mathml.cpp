@@ -18,6 +18,9 @@ constexpr int kMostCols = 10;
 
 constexpr const char* kMinus = "<mo form=\"prefix\">\u2212</mo>";
 
+// Before a unit; twice behind a bracket.
+constexpr const char* kUnitSpace = "<mspace width=\"0.25em\"/>";
+
 std::string row(const std::string& content) {
   return "<mrow>" + content + "</mrow>";
 }
@@ -50,7 +53,7 @@ std::string number_markup(const Number& z, int digits) {
 
 // A unit's name, its powers raised: "kN/m^2", "1/(m s^(1/2))".
 std::string unit_markup(const Unit& unit) {
-  std::string result = "<mspace width=\"0.3em\"/>";
+  std::string result = kUnitSpace;
   std::string_view name = unit.name();
   auto take = [&](std::size_t length) {
     const std::string_view start = name.substr(0, length);
@@ -96,7 +99,8 @@ class MathWriter {
     }
     if (is_text(v)) return fmt::format("<mtext>\u201C{}\u201D</mtext>", escaped(text(v)));
     if (is_matrix(v))
-      return row(matrix_markup(matrix(v)) + (v.unit == nullptr ? "" : unit_markup(*v.unit)));
+      return row(matrix_markup(matrix(v)) +
+                 (v.unit == nullptr ? "" : kUnitSpace + unit_markup(*v.unit)));
     if (has_kind(v, kFunctionKind)) {
       const Function& f = function_of(v);
       return fmt::format("<mtext>{}</mtext>",

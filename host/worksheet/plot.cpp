@@ -70,9 +70,9 @@ std::string description_of(const Picture& picture) {
     case Picture::Kind::heat_map:
       return fmt::format("heat map of {} x {} elements", picture.rows, picture.cols);
     case Picture::Kind::complex_plane:
-      return plural(picture.curves.size(), "spectrum") + " in the complex plane";
+      return "eigenvalues in the complex plane";
     case Picture::Kind::log_points:
-      return plural(picture.curves.size(), "curve") + " over a logarithmic axis";
+      return "singular values over a logarithmic axis";
     default:
       return plural(picture.curves.size(), "curve");
   }
@@ -124,6 +124,7 @@ void add_curves(Machine& machine, Picture& picture, const Data& y, std::vector<d
                 const Unit* unit) {
   const std::vector<double> elements = real_elements(y, unit);
   const std::size_t length = x.size();
+  if (length == 0) throw PlotArgumentError(y.span, "has no point that can be drawn");
   const std::string name = !y.name.empty() ? y.name : y.text;
   const std::size_t count = elements.size() / length;
   for (std::size_t k = 0; k < count; ++k) {

@@ -171,11 +171,16 @@ class Script {
     add("{}", square_cells ? "set size ratio -1" : "set rmargin at screen 0.8");
     for (const auto& [axis, count] : {std::pair('x', cols), std::pair('y', rows)})
       if (count <= 12) add("set {}tics {}, 1", axis, first);
-    add("plot '-' binary array=({},{}) origin=({},{}) format='%double' with image{} notitle", cols,
-        rows, first, first, rows * cols <= kMostRectangles ? " pixels" : "");
-    for (std::ptrdiff_t i = 0; i < rows; ++i)
-      for (std::ptrdiff_t j = 0; j < cols; ++j) {
-        const double v = picture_.elements[static_cast<std::size_t>(j * rows + i)];
+    // gnuplot has no image of a single row or column: it gets two of half the width.
+    const std::ptrdiff_t down = rows == 1 ? 2 : 1, across = cols == 1 ? 2 : 1;
+    auto centre = [&](std::ptrdiff_t times) { return times == 2 ? first - 0.25 : first; };
+    add("plot '-' binary array=({},{}) origin=({},{}) dx={} dy={} format='%double' with image{} "
+        "notitle",
+        cols * across, rows * down, centre(across), centre(down), 1.0 / static_cast<double>(across),
+        1.0 / static_cast<double>(down), rows * cols <= kMostRectangles ? " pixels" : "");
+    for (std::ptrdiff_t i = 0; i < rows * down; ++i)
+      for (std::ptrdiff_t j = 0; j < cols * across; ++j) {
+        const double v = picture_.elements[static_cast<std::size_t>(j / across * rows + i / down)];
         datum(can_be_drawn(v) ? v : kGap);
       }
   }

@@ -60,7 +60,7 @@ figcaption{text-align:center;color:var(--dim);font-size:.8125rem}
 mark{background:var(--mark);color:inherit;border-bottom:2px solid var(--bad)}
 mark.caret{border:0;background:none;color:var(--bad);font-weight:bold}
 @media (max-width:40rem){body{padding:1.25rem 1rem 3rem}h1{font-size:1.35rem}.result{padding-left:.5rem}}
-@media print{body{max-width:none;padding:0;font-size:10pt}#theme{display:none}a{color:inherit}
+@media print{html{font-size:10pt}body{max-width:none;padding:0}#theme{display:none}a{color:inherit}
 .statement,figure,.drawing{break-inside:avoid}h2,h3{break-after:avoid}.result{overflow:visible}
 .failed{background:none}figure svg{max-width:14cm}}
 )";
