@@ -28,11 +28,12 @@ Anyval* qr(EfiCallContext* context, Anyval* a);
 Anyval* rref(EfiCallContext* context, Anyval* a);
 
 // Number of singular values above max(rows, cols) eps times the largest. "must be array" (1),
-// "must be real" (1).
+// "must be real" (1), the messages of svds_core (0).
 Anyval* rank(EfiCallContext* context, Anyval* a);
 
 // The generalized inverse of a real matrix with at least as many rows as columns; singular values
-// up to TOL (absolute) count as zero. "must be array" (0), "must be real" (1).
+// up to TOL (absolute) count as zero. "must be array" (0), "must be real" (1), the messages of
+// svd_core (0).
 Anyval* geninv(EfiCallContext* context, Anyval* a, Anyval* tolerance);
 
 }  // namespace matrix_pack

@@ -7,8 +7,8 @@ namespace matrix_pack {
 
 // The rotation c x + s y, c y - s x.
 struct Givens {
-  double c;
-  double s;
+  double c;  // The cosine.
+  double s;  // The sine.
 };
 
 // The rotation that takes (a, b) to (r, 0). The signs follow a and b.

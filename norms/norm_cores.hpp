@@ -9,6 +9,7 @@
 
 namespace matrix_pack {
 
+// A norm of a matrix that it does not change.
 using NormCore = const char* (*)(const aMatrix* a, double* norm);
 
 // The largest column sum (row sum) of magnitudes, each added up from its first element to its last;

@@ -14,19 +14,24 @@ namespace matrix_pack {
 // What an element of an absent array is read from.
 extern const double kSharedZero;
 
+// Whether a value is an array.
 inline bool is_matrix(const Anyval* v) {
   return v->kind == kMatrixKind;
 }
+// The same for a number.
 inline bool is_scalar(const Anyval* v) {
   return v->kind == kScalarKind;
 }
+// Whether a matrix is complex: whether it has an imaginary array, whatever that holds.
 inline bool is_complex(const aMatrix* m) {
   return m->im != nullptr;
 }
 
+// A value that is known to be an array, as one.
 inline aMatrix* as_matrix(Anyval* v) {
   return static_cast<aMatrix*>(v);
 }
+// A value that is known to be a number, as one.
 inline aComplex* as_scalar(Anyval* v) {
   return static_cast<aComplex*>(v);
 }
@@ -36,6 +41,7 @@ inline double context_value(Anyval* v) {
   return is_scalar(v) ? as_scalar(v)->re : 0.0;
 }
 
+// Where element (i, j) stands in a part array with the leading dimension ld.
 inline std::ptrdiff_t element_index(int ld, int i, int j) {
   return static_cast<std::ptrdiff_t>(j) * ld + i;
 }
@@ -45,10 +51,12 @@ inline const double* elem_ptr(const double* array, int ld, int i, int j) {
   return array == nullptr ? &kSharedZero : array + element_index(ld, i, j);
 }
 
+// The real part of element (i, j); 0 when the array is absent.
 inline double elem_re(const aMatrix* m, int i, int j) {
   return *elem_ptr(m->re, m->leading_dimension, i, j);
 }
 
+// The imaginary part of element (i, j); 0 when the array is absent.
 inline double elem_im(const aMatrix* m, int i, int j) {
   return *elem_ptr(m->im, m->leading_dimension, i, j);
 }
@@ -62,14 +70,17 @@ inline void store_if_present(double* array, int ld, int i, int j, double x) {
   if (array != nullptr) array[element_index(ld, i, j)] = x;
 }
 
+// Stores a real part by store_lazy.
 inline void set_re(aMatrix* m, int i, int j, double x) {
   store_lazy(&m->re, m->leading_dimension, i, j, m->byte_size, x);
 }
 
+// Stores an imaginary part by store_lazy.
 inline void set_im(aMatrix* m, int i, int j, double x) {
   store_lazy(&m->im, m->leading_dimension, i, j, m->byte_size, x);
 }
 
+// Stores both parts by store_lazy.
 inline void set_elem(aMatrix* m, int i, int j, double re, double im) {
   set_re(m, i, j, re);
   set_im(m, i, j, im);

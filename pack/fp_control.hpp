@@ -1,12 +1,13 @@
 // The register that governs double arithmetic on this processor.
 //
 // Where SSE2 computes, it is MXCSR: one load and one store of a few nanoseconds, and the processor
-// can trap. Elsewhere the C library's <cfenv> serves, and faults are read from the status flags.
+// can trap. Elsewhere the C library's fenv.h serves, and faults are read from the status flags.
 #pragma once
 
 #include <cstdint>
 
 #if defined(__SSE2_MATH__)
+// Whether that is MXCSR.
 #define MATRIX_HAS_MXCSR 1
 #include <xmmintrin.h>
 #else
@@ -15,6 +16,7 @@
 #endif
 
 #if !MATRIX_HAS_MXCSR && !defined(MATRIX_FAULTS_FLAGS)
+// Defined where faults are read from the status flags.
 #define MATRIX_FAULTS_FLAGS 1
 #endif
 

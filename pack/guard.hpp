@@ -19,21 +19,26 @@ namespace matrix_pack {
 // constant's name for every other code.
 const char* fault_message(std::uint32_t code);
 
+// A body without its type.
 using FrameBody = Anyval* (*)(void* closure);
 
+// The frames themselves, in a translation unit of their own.
 Anyval* run_guarded(EfiCallContext* context, FrameBody body, void* closure);
 Anyval* run_contained(EfiCallContext* context, FrameBody body, void* closure);
 
+// Calls the body that `closure` points to.
 template <class Body>
 Anyval* call_closure(void* closure) {
   return (*static_cast<Body*>(closure))();
 }
 
+// Runs `body` in guarded arithmetic; see above.
 template <class Body>
 Anyval* guarded(EfiCallContext* context, Body body) {
   return run_guarded(context, call_closure<Body>, &body);
 }
 
+// Runs `body` in the host's own arithmetic; see above.
 template <class Body>
 Anyval* contained(EfiCallContext* context, Body body) {
   return run_contained(context, call_closure<Body>, &body);

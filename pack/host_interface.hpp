@@ -31,26 +31,26 @@ enum Kind : std::int32_t {
 
 // Any value: all that is known of it is its kind. The other records extend it.
 struct Anyval {
-  std::int32_t kind;
+  std::int32_t kind;  // One of Kind; a host may have kinds of its own.
 };
 
-// A counted string record. What `length` counts is said where a record is filled in.
+// A counted string record.
 struct sString : Anyval {
-  const char* text;
-  std::int32_t length;
+  const char* text;     // NUL-terminated.
+  std::int32_t length;  // Of names and unit checks with the NUL, of other texts without.
 };
 
 // The name of a worksheet variable.
 struct sIdentifier : Anyval {
-  std::int32_t word1;
-  const sString* name;
-  std::int32_t word3;
+  std::int32_t word1;   // 0
+  const sString* name;  // Its text counts the NUL.
+  std::int32_t word3;   // 2
 };
 
 // A list cell.
 struct sCons {
-  const void* car;
-  const sCons* cdr;
+  const void* car;   // What the list holds here.
+  const sCons* cdr;  // The rest of the list; null at its end.
 };
 
 // A host string value. `length` does not count the terminating NUL.
@@ -62,8 +62,8 @@ struct aString : sString {
 // A number, real when `im` is 0.
 struct aComplex : Anyval {
   std::int32_t host_word;  // Never touched by a pack.
-  double re;
-  double im;
+  double re;               // The real part.
+  double im;               // The imaginary part.
 };
 
 // An array. Element (i, j), both counted from 0, stands at index j * leading_dimension + i of each
@@ -72,13 +72,13 @@ struct aComplex : Anyval {
 struct aMatrix : Anyval {
   std::int32_t leading_dimension;  // Equal to rows.
   std::uint32_t byte_size;         // Of one part array: rows * cols * 8.
-  std::int32_t host_word1;
-  double* re;
-  double* im;
-  std::int32_t rows;
-  std::int32_t cols;
-  std::int32_t host_word2;
-  std::uint32_t flags;
+  std::int32_t host_word1;         // Never touched by a pack.
+  double* re;                      // The real parts, or null. Freed by ::operator delete.
+  double* im;                      // The imaginary parts, or null. Freed by ::operator delete.
+  std::int32_t rows;               // Number of rows.
+  std::int32_t cols;               // Number of columns.
+  std::int32_t host_word2;         // Never touched by a pack.
+  std::uint32_t flags;             // kHoldsNested, kIsNestedValue.
 
   // A new rows x cols matrix that adopts `re` and `im` (either may be null), which come from
   // ::operator new; `bytes` is rows * cols * 8. Null when the host has no memory: the arrays are
@@ -94,26 +94,27 @@ inline constexpr std::uint32_t kIsNestedValue = 4;  // The array is itself held 
 // The upper half of the 64-bit pattern of a nested element; the lower half is the value's address.
 inline constexpr std::uint32_t kNestedMark = 0xFFFFFFFFu;
 
-// An error value. `arg` is the 1-based number of the argument at fault, or 0 for the whole call.
+// An error value.
 struct aError : Anyval {
-  std::int32_t mark;
-  std::int32_t arg;
-  const aString* message;
-  Anyval* value;
+  std::int32_t mark;       // 0, but for the few errors that are documented with another.
+  std::int32_t arg;        // The number of the argument at fault from 1; 0 for the whole call.
+  const aString* message;  // For the user.
+  Anyval* value;           // The offending value, or null.
 
   // A new error value; null when the host has no memory.
   static aError* mk(IqlAllocator* allocator, const aString* message, int mark, int arg,
                     Anyval* value);
 };
 
-// The destination of MtoVcol: room for `length` doubles, the caller's.
+// The destination of MtoVcol.
 struct aVector {
-  std::int32_t length;
-  double* elements;
+  std::int32_t length;  // As many as the matrix has rows.
+  double* elements;     // Room for so many; the caller's.
 };
 
 // Makes values. A pack calls only the ninth operation.
 struct IqlAllocator {
+  // The host's own.
   virtual void operation1() = 0;
   virtual void operation2() = 0;
   virtual void operation3() = 0;
@@ -132,15 +133,18 @@ struct IqlAllocator {
 // The evaluator. A pack calls only the fourth, fifth, sixth and eighth operations. What it pushes
 // are addresses of its own words that hold values; they stay valid until the frame is popped.
 struct EfiEvaluator {
+  // The host's own.
   virtual void operation1() = 0;
   virtual void operation2() = 0;
   virtual void operation3() = 0;
-  // Applies `function` to the values of the list `arguments`; the value goes to *result.
+  // Applies `function` to the values of the list `arguments`; the value, which may be an error
+  // value, goes to *result.
   virtual void apply(Anyval* function, const sCons* arguments, Anyval** result) = 0;
   // Opens a frame, whose first root is the value in *root.
   virtual void push_root(Anyval** root) = 0;
   // Adds the word *local to the open frame.
   virtual void push_local(Anyval** local) = 0;
+  // The host's own.
   virtual void operation7() = 0;
   // Closes the frame.
   virtual void pop_frame() = 0;
@@ -149,10 +153,10 @@ struct EfiEvaluator {
   ~EfiEvaluator() = default;
 };
 
-// The first argument of every handler.
+// The first argument of every handler. One thread uses a context at a time.
 struct EfiCallContext {
-  IqlAllocator* allocator;
-  EfiEvaluator* evaluator;
+  IqlAllocator* allocator;  // Makes the values of the call.
+  EfiEvaluator* evaluator;  // Knows which words hold values while the call lasts.
 };
 
 // A function of any type: a handler takes the EfiCallContext* and one Anyval* per argument of its
@@ -161,50 +165,55 @@ using AnyHandler = void (*)();
 
 // One row of a pack's function table.
 struct FunctionEntry {
-  sFunctionInfo* signature;
-  const sCons* context;  // Worksheet variables whose values follow the arguments.
-  std::uint8_t flags;
-  std::uint8_t padding[3];
-  const sString* name;
-  std::int32_t reserved;
-  AnyHandler handler;
-  const sString* unit_rule;
+  sFunctionInfo* signature;  // Of the arguments, context values included, and the result.
+  const sCons* context;      // Worksheet variables whose values follow the arguments, or null.
+  std::uint8_t flags;        // Bits that the host interprets.
+  std::uint8_t padding[3];   // 0
+  const sString* name;       // The name in worksheets.
+  std::int32_t reserved;     // 0
+  AnyHandler handler;        // The function.
+  const sString* unit_rule;  // How units combine; null: all arguments are plain numbers.
 };
 
-// A pack's identifier in the standard GUID byte order.
+// A pack's identifier, different from that of every other pack.
 struct PackIdentifier {
-  std::uint8_t bytes[16];
+  std::uint8_t bytes[16];  // In the standard GUID byte order.
 };
 
-// --- Services. A `const char*` result is null on success, else a static message. ---
+// --- Services. A `const char*` result is null on success, else a static message: "out of memory"
+// unless another is named. New values are the host's. ---
 
-// An error value with `message` tied to argument `arg` (0: the call).
+// An error value with a copy of `message`, tied to argument `arg` (0: the call). The value for
+// exhausted memory when the host cannot make it.
 Anyval* mkError(EfiCallContext* context, const char* message, int arg);
 // The same, carrying the offending value.
 Anyval* patch_error(EfiCallContext* context, const char* message, Anyval* value, int arg);
 
-// *copy becomes a new matrix equal to `source`.
+// *copy becomes a new matrix equal to `source`, with arrays of its own; an absent one stays absent.
 const char* matrix_copy(EfiCallContext* context, aMatrix* source, aMatrix** copy);
 // The same; the copy always has an imaginary array.
 const char* matrix_copy_add_imag(EfiCallContext* context, aMatrix* source, aMatrix** copy);
 
-// Join result matrices, which become the joined value's, into one value; true on success.
+// Join result matrices, which become the joined value's, into one new value *out: pack_two_r and
+// pack_three_c side by side (equal row counts), pack_two_rr one above the other (equal column
+// counts). False, and *out untouched, when the shapes do not fit or the host has no memory.
 bool pack_two_r(EfiCallContext* context, aMatrix* first, aMatrix* second, aMatrix** out);
 bool pack_two_rr(EfiCallContext* context, aMatrix* first, aMatrix* second, aMatrix** out);
 bool pack_three_c(EfiCallContext* context, aMatrix* first, aMatrix* second, aMatrix* third,
                   aMatrix** out);
 
-// True when the matrix equals its transpose.
+// True when the matrix is square and equals its plain transpose exactly, in both parts.
 bool symmetry(aMatrix* matrix);
-// Scales every column to Euclidean length 1, in place.
+// Scales every column to Euclidean length 1, in place; a column of zeros stays.
 void renormalize_matrix_cols(aMatrix* matrix);
 // True when the matrix holds nested values.
 bool contains_ptrs(aMatrix* matrix);
-// Clears column `col` from row `first_row` to the end, both counted from 0.
+// Clears column `col` of both parts from row `first_row` to the end, both counted from 0.
 void zero_col(int col, int first_row, aMatrix* matrix);
-// Copies the real parts of column `col`, counted from 0, to `vector`.
+// Copies the real parts of column `col`, counted from 0, to `vector`. "invalid index" when there is
+// no such column, "array size mismatch" when the vector's length is not the number of rows.
 const char* MtoVcol(aMatrix* matrix, int col, aVector* vector);
-// Nonzero when x is not an integer.
+// Nonzero when x is not an integer; NaN and the infinities are none.
 int nonint(double x);
 
 // Enter a pack into, and remove it from, the host's catalogue; 0 on success. `module` is an
@@ -212,15 +221,16 @@ int nonint(double x);
 std::int32_t RegisterEfiFunctionPack(void* module, const PackIdentifier* identifier);
 std::int32_t UnregisterEfiFunctionPack(const PackIdentifier* identifier);
 
-// --- Data ---
+// --- Data: variables that are set before a pack is loaded, and stay as they are ---
 
 extern Anyval* sError_OutOfMemory;  // The ready-made error value for exhausted memory.
 
-extern sIdentifier* ORIGIN_sUnIdent;
-extern sString* diag_sString;
-extern sString* Transpose_sString;
-extern sString* StripUnit_sString;
+extern sIdentifier* ORIGIN_sUnIdent;  // The worksheet variable ORIGIN.
+extern sString* diag_sString;         // The name "diag".
+extern sString* Transpose_sString;    // The name of the transpose operator.
+extern sString* StripUnit_sString;    // The unit rule of results without a unit.
 
+// Signatures: what the arguments are (any value, a number, a matrix), and what the result is.
 extern sFunctionInfo* Any_to_Any;
 extern sFunctionInfo* Any_to_Mat;
 extern sFunctionInfo* Any_to_Num;

@@ -14,17 +14,22 @@
 
 namespace matrix_pack {
 
+// Frees an array that came from ::operator new.
 struct OperatorDelete {
+  // Frees `p`.
   void operator()(double* p) const { ::operator delete(p); }
 };
+// An array of doubles that frees itself, or null.
 using Doubles = std::unique_ptr<double[], OperatorDelete>;
 
 // `count` uninitialised doubles. An array of no doubles is not null.
 Doubles new_doubles(std::int64_t count) noexcept;
+// The same, all 0.
 Doubles new_zeros(std::int64_t count) noexcept;
 
 // A part array of a rows x cols matrix; null also when its byte size needs more than 32 bits.
 Doubles new_part(std::int64_t rows, std::int64_t cols) noexcept;
+// The same, all 0.
 Doubles new_zero_part(std::int64_t rows, std::int64_t cols) noexcept;
 
 // A new matrix that adopts the part arrays (either may be null). Null when the host has no memory;

@@ -53,7 +53,11 @@ Anyval* tr(EfiCallContext* context, Anyval* a);
 Anyval* submatrix(EfiCallContext* context, Anyval* a, Anyval* ir, Anyval* jr, Anyval* ic,
                   Anyval* jc, Anyval* origin);
 
-// The m x n matrix of f(i, j), i and j counted from 0 whatever ORIGIN is.
+// The m x n matrix of f(i, j), i and j counted from 0 whatever ORIGIN is; f is called row by row,
+// and once more for (0, 0) at the start. An error value that f returns is the result. "non-scalar
+// value" (1, 2; 3 for a value of f), "must be function" (3), "must be real" (1, 2), "must be
+// positive" (1), "incorrect column dimensions" (1), "must be integer" (1, 2), "size too large" (1,
+// 2, 0).
 Anyval* matrix(EfiCallContext* context, Anyval* m, Anyval* n, Anyval* f);
 
 }  // namespace matrix_pack

@@ -11,6 +11,7 @@ namespace efi {
 
 #pragma GCC visibility push(default)
 
+// A pack that is registered.
 struct CatalogueEntry {
   std::string id;    // The pack's identifier, "{5C1E07A2-...}".
   std::string path;  // Its library.
@@ -21,12 +22,13 @@ struct CatalogueError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The catalogue's file, whether there is one or not.
 std::string catalogue_path();
 
 // The packs in the catalogue; none when there is no such file. Throws CatalogueError.
 std::vector<CatalogueEntry> read_catalogue();
 
-// Why the last registration or its undoing failed.
+// Why the last RegisterEfiFunctionPack or UnregisterEfiFunctionPack that failed did so.
 const std::string& catalogue_failure();
 
 #pragma GCC visibility pop

@@ -13,11 +13,13 @@ namespace efi {
 
 #pragma GCC visibility push(default)
 
+// One for each context. It owns no value.
 class Evaluator final : public EfiEvaluator {
  public:
   Evaluator();
 
-  // The value of a function value applied to a list of values.
+  // The value, maybe an error value, of a function value applied to a list of values. Exceptions
+  // pass through the pack: they end its call as the pack's frame has it.
   std::function<Anyval*(Anyval* function, const sCons* arguments)> apply_function;
 
   // The number of open frames.

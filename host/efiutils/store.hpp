@@ -19,22 +19,26 @@ namespace efi {
 
 // A function value. What `body` means is the application's business.
 struct aFunction : Anyval {
-  std::int32_t host_word;
-  void* body;
+  std::int32_t host_word;  // Not used.
+  void* body;              // The application's; not freed by the store.
 };
 
-// Whether an element has the pattern of a nested one, and the value that it holds.
+// Whether an element has the pattern of a nested one.
 inline bool is_nested_element(double element) {
   return (std::bit_cast<std::uint64_t>(element) >> 32) == kNestedMark;
 }
+// The value that a nested element holds, and the element that holds a value.
 Anyval* nested_value(double element);
 double nested_element(const Anyval* value);
 
 // The NaN that stands where a pack has yet to write.
 inline constexpr std::uint64_t kUnwrittenBits = 0x7FF8'0BAD'F00D'0BAD;
 
+// The allocator of a context; the services of this library ask for one. Not for several threads at
+// once.
 class Store final : public IqlAllocator {
  public:
+  // As many as a joined value can have.
   static constexpr int kMostParts = 4;
 
   Store() = default;
@@ -42,8 +46,9 @@ class Store final : public IqlAllocator {
   Store(const Store&) = delete;
   Store& operator=(const Store&) = delete;
 
-  // Each returns null when there is no memory. new_matrix adopts the arrays then and only then when
-  // it succeeds.
+  // New values; null when there is no memory. new_matrix adopts the arrays, which come from
+  // ::operator new, only when it succeeds, and `bytes` is rows * cols * 8; new_string copies the
+  // text; new_error refers to its message and value, which are values of this store or outlive it.
   aComplex* new_scalar(double re, double im);
   aMatrix* new_matrix(int rows, int cols, double* re, double* im, unsigned bytes);
   aString* new_string(const char* text);

@@ -20,6 +20,8 @@ enum class Care { records, elements };
 // Made before the call, asked after it.
 class PackWatch {
  public:
+  // Remembers the arguments, the open frames and the floating-point control words. The store and
+  // the evaluator are those of the call's context.
   PackWatch(const Store& store, Evaluator& evaluator, std::span<Anyval* const> arguments,
             Care care);
 
