@@ -10,11 +10,18 @@ make_root() {
   }
 }
 
-# in_root DIRECTORY COMMAND...: runs a command there as root, with nothing of our environment.
+# in_root DIRECTORY [--offline] COMMAND...: runs a command there as root, with nothing of our
+# environment and processes and terminals of its own.
 in_root() {
-  local root=$1
+  local fresh=$1 options=(--mount --pid --fork --mount-proc="$1/proc")
   shift
-  unshare --mount --pid --fork --mount-proc="$root/proc" chroot "$root" \
-    env -i PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin HOME=/root \
-    DEBIAN_FRONTEND=noninteractive "$@"
+  if [[ $1 == --offline ]]; then
+    options+=(--net)
+    shift
+  fi
+  unshare "${options[@]}" sh -ec '
+    mount -t devpts -o newinstance,ptmxmode=0666 devpts "$0/dev/pts"
+    mount --bind "$0/dev/pts/ptmx" "$0/dev/ptmx"
+    exec chroot "$0" env -i PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin \
+      HOME=/root DEBIAN_FRONTEND=noninteractive "$@"' "$fresh" "$@"
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The part of ./check --full that is about builds: every further build passes all tests, all builds
-# give the same bits, the reference has no gaps, and the Debian package works in a fresh system. The
-# digest of a build says what all functions answer on a fixed corpus; see tests/digest/digest.cpp.
+# give the same bits, the reference has no gaps, and the Debian package and ./run work in a fresh system.
+# The digest of a build says what all functions answer on a fixed corpus; see tests/digest/digest.cpp.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/../tools/setup.sh"
 
@@ -62,6 +62,7 @@ same fault-words flags clang arm64
 doxygen docs/Doxyfile || failed+=("the reference of the programming interface")
 tests/package_check.sh || failed+=("the Debian package")
 tests/browser_check.sh || failed+=("the reports in a browser")
+tests/fresh_machine_check.sh || failed+=("a new machine")
 
 if ((${#failed[@]})); then
   printf 'Failed: %s\n' "${failed[@]}" >&2
