@@ -37,8 +37,11 @@ void show(Anyval* value) {
   } else if (value->kind == kMatrixKind) {
     const auto* m = static_cast<aMatrix*>(value);
     for (int i = 0; i < m->rows; ++i)
-      for (int j = 0; j < m->cols; ++j)
-        std::printf("%.17g%c", m->re[j * m->leading_dimension + i], j + 1 < m->cols ? ' ' : '\n');
+      for (int j = 0; j < m->cols; ++j) {
+        // Without an array of real parts all of them are 0.
+        const double x = m->re == nullptr ? 0.0 : m->re[j * m->leading_dimension + i];
+        std::printf("%.17g%c", x, j + 1 < m->cols ? ' ' : '\n');
+      }
   }
 }
 
