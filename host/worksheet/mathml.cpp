@@ -14,7 +14,7 @@ namespace {
 
 // Longer and wider matrices are elided.
 constexpr int kMostRows = 16;
-constexpr int kMostCols = 10;
+constexpr int kMostCols = 8;
 
 constexpr const char* kMinus = "<mo form=\"prefix\">\u2212</mo>";
 

@@ -43,7 +43,7 @@ border-bottom:1px solid var(--rule)}
 .comment{color:var(--dim);font-style:italic}
 .result{flex:0 0 auto;min-width:calc(50% - .75rem);max-width:100%;overflow-x:auto;overflow-y:hidden}
 math{font-size:1.05rem;font-family:"STIX Two Math","Cambria Math","Latin Modern Math","Libertinus Math","DejaVu Math TeX Gyre",math,serif}
-math[display=block]{display:block math;width:max-content;text-align:left;margin:.1rem 0}
+math[display=block]{display:block math;width:max-content;text-align:left;margin:.2rem 0 .3rem}
 mtable{font-variant-numeric:tabular-nums}
 mtd{text-align:right;text-align:-webkit-right;padding:.2em .55em}
 munder mtext{color:var(--dim);font-size:.8rem}
