@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# The part of ./check --full that is about builds: every further build passes all tests, all builds
-# give the same bits, the reference has no gaps, and the Debian package and ./run work in a fresh system.
-# The digest of a build says what all functions answer on a fixed corpus; see tests/digest/digest.cpp.
+# The part of ./check --full that takes long: every further build passes all tests, all builds give
+# the same bits, the pack stands threads, a million calls, memcheck and fuzzing, the reference has no
+# gaps, and the Debian package and ./run work in a fresh system. The digest of a build says what all
+# functions answer on a fixed corpus; see tests/digest/digest.cpp.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/../tools/setup.sh"
 
@@ -58,6 +59,20 @@ lines() {
 same results release flags debug clang m32 arm64
 same fault-words release debug m32
 same fault-words flags clang arm64
+
+# Threads of their own contexts: the sanitizer wants its addresses, not random ones.
+threads() {
+  build tsan pack_tests &&
+    setarch -R build/tsan/tests/pack_tests --gtest_filter='Robustness.Threads*'
+}
+long_run() {
+  MATRIX_CALLS=1000000 build/release/tests/pack_tests --gtest_filter='Robustness.ManyMixedCalls*'
+}
+threads || failed+=("threads under the thread sanitizer")
+long_run || failed+=("a million calls")
+tests/memcheck.sh || failed+=("memcheck")
+tests/fuzz/run.sh 30 || failed+=("fuzzing")
+tests/coverage.sh || failed+=("coverage")
 
 doxygen docs/Doxyfile || failed+=("the reference of the programming interface")
 tests/package_check.sh || failed+=("the Debian package")
