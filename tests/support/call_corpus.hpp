@@ -128,6 +128,14 @@ class CallCorpus {
                        }});
       }
     }
+    for (int r = 0; r < numFuncs; ++r) {
+      const FunctionEntry& row = theEfi[r];
+      const std::string name = row.name->text;
+      if (name != "genvals" && name != "genvecs") continue;
+      const std::vector<Anyval*> arguments = {second, singular, tolerance};
+      all.push_back({name + " with an infinite eigenvalue", arguments,
+                     [=, this, &row] { return apply_row(row, context, arguments); }});
+    }
     all.push_back({"identity of order", {}, [=, this] { return identity(context, 3); }});
     all.push_back({"identity of number", {three}, [=, this] { return identity(context, three); }});
     return all;
@@ -156,6 +164,7 @@ class CallCorpus {
   Anyval* function = host.function([=, this](Anyval*, Anyval*) { return complex_value; });
   aMatrix* vector = host.column({1, 2, 3});
   aMatrix* second = host.matrix({{3, 1, 0}, {1, 3, 1}, {0, 1, 3}});
+  aMatrix* singular = host.matrix({{1, 0, 0}, {0, 2, 0}, {0, 0, 0}});
   // Of an order that is no multiple of any block of the kernels.
   static constexpr int kLarge = 37;
   aMatrix* large = host.matrix(kLarge, kLarge, random_elements<double>(kLarge* kLarge));
