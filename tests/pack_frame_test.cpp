@@ -15,6 +15,7 @@
 #include "pack/memory.hpp"
 #include "pack/results.hpp"
 #include "pack/vector_kernels.hpp"
+#include "tests/support/fp_environment.hpp"
 #include "tests/support/kernel_sets.hpp"
 #include "tests/support/test_host.hpp"
 
@@ -25,18 +26,6 @@ using test::expect_error;
 using test::expect_number;
 using test::expect_out_of_memory;
 using test::TestHost;
-
-// The whole of the floating-point environment, to compare before and after.
-std::vector<std::uint32_t> environment() {
-#if MATRIX_HAS_MXCSR
-  std::uint16_t x87;
-  asm volatile("fnstcw %0" : "=m"(x87));
-  return {_mm_getcsr(), x87};
-#else
-  return {static_cast<std::uint32_t>(std::fegetround()),
-          static_cast<std::uint32_t>(std::fetestexcept(FE_ALL_EXCEPT))};
-#endif
-}
 
 volatile double zero = 0.0;
 volatile double one = 1.0;
@@ -115,13 +104,13 @@ TEST_F(Frames, TurnFaultsAndExceptionsIntoValuesAndKeepTheEnvironment) {
     for (const FrameCase& c : kCases) {
       SCOPED_TRACE(&c - kCases);
       setting();
-      const auto before = environment();
+      const auto before = test::fp_environment();
       expect_outcome(guarded(host.context(), [&] { return c.body(host.context()); }),
                      c.guarded_message);
-      EXPECT_EQ(environment(), before);
+      EXPECT_EQ(test::fp_environment(), before);
       expect_outcome(contained(host.context(), [&] { return c.body(host.context()); }),
                      c.contained_message);
-      EXPECT_EQ(environment(), before);
+      EXPECT_EQ(test::fp_environment(), before);
     }
   }
 }
