@@ -221,7 +221,7 @@ TEST(Language, NestingIsBounded) {
 TEST(Language, ShownForPeople) {
   Sheet sheet;
   EXPECT_EQ(sheet.shown("A = [1, -2.5; 100, 1e-7]"),
-            "A = 2 x 2 matrix\n    1   -2.5\n  100  1e-07\n");
+            "A = 2 x 2 matrix\n    1  -2.5\n  100   1e-07\n");
   EXPECT_EQ(sheet.shown("1 - 2i"), "1 - 2i\n");
   EXPECT_EQ(sheet.shown("z = 0*1i"), "z = 0\n");
   EXPECT_EQ(sheet.shown("f(x) = x"), "");
@@ -232,9 +232,37 @@ TEST(Language, ShownForPeople) {
   EXPECT_EQ(sheet.shown("tr2(a) = tr(a)\ntr2(5)"),
             "error: must be array\n    2 | tr2(5)\n        ^\n"
             "    1 | tr2(a) = tr(a)\n                    ^\n");
-  const std::string wide = sheet.shown("f(i, j) = i\nmatrix(100, 200, f)");
-  EXPECT_NE(wide.find("..."), std::string::npos);
-  EXPECT_LT(wide.size(), 4000u);
+  EXPECT_EQ(sheet.shown("augment(A,\r\n\t3)\r"), "error: must be array\n    2 |  3)\n         ^\n");
+  const std::string blanks(500, ' ');
+  EXPECT_EQ(sheet.shown("augment(A, " + blanks + "3" + blanks + ")"),
+            "error: must be array\n    1 | ..." + blanks.substr(0, 43) + "3" +
+                blanks.substr(0, 42) + "...\n" + blanks.substr(0, 54) + "^\n");
+}
+
+TEST(Language, MatricesAreAlignedAndElided) {
+  Sheet sheet;
+  EXPECT_EQ(sheet.shown("[1 + 1i; -1.5 - 20.25i; 3i; 40]"),
+            "4 x 1 matrix\n   1    + 1i\n  -1.5 - 20.25i\n          3i\n  40\n");
+  EXPECT_EQ(sheet.shown("[0.5, \"λ\"; 1/0, [1, 2]]"),
+            "2 x 2 nested array\n    0.5             \"λ\"\n  inf    [1 x 2 matrix]\n");
+  EXPECT_EQ(sheet.shown("L, D = qr([2])"), "L = 1 x 1 matrix\n  1\nD = 1 x 1 matrix\n  2\n");
+  // Of four columns too wide for the line, the first and the last.
+  EXPECT_EQ(sheet.shown("[1, 2, 3, 4] * (1 + 1i)/700000"),
+            "1 x 4 matrix, 2 columns shown\n"
+            "  1.42857e-06 + 1.42857e-06i  ...  5.71429e-06 + 5.71429e-06i\n");
+  auto first_and_last = [](const std::string& text) {
+    return text.substr(0, text.find('\n')) + text.substr(text.rfind("..."));
+  };
+  EXPECT_EQ(
+      first_and_last(sheet.shown("f(i, j) = i\nmatrix(100, 1, f)")),
+      "100 x 1 matrix, 24 rows shown...\n   88\n   89\n   90\n   91\n   92\n   93\n   94\n   95\n"
+      "   96\n   97\n   98\n   99\n");
+  EXPECT_EQ(sheet.shown("matrix(25, 1, f)").find("..."), std::string::npos) << "it would hide one";
+  const std::string wide = sheet.shown("matrix(100, 200, f)");
+  EXPECT_TRUE(wide.starts_with("100 x 200 matrix, 24 rows and 19 columns shown\n")) << wide;
+  worksheet::DisplayOptions options;
+  options.all = true;
+  EXPECT_EQ(sheet.shown("matrix(1, 200, f)", options).size(), 600u + sizeof "1 x 200 matrix\n");
 }
 
 // Values that nothing refers to are reclaimed while a statement runs, not only behind it.

@@ -110,6 +110,7 @@ TEST(Program, WrongUsageGivesStatusTwo) {
       {{"--unknown"}, "--unknown"},
       {{"/nonexistent.ws"}, "/nonexistent.ws: cannot be read"},
       {{"/tmp"}, "/tmp: cannot be read"},
+      {{WORKSHEET_PROGRAM}, "is no text"},
       {{"--pack", "/nonexistent.so", "-e", "1"}, "/nonexistent.so: no such file"},
       {{"--pack", text, "-e", "1"}, "text.so: file too short"},
       {{"--pack", NO_PACK, "-e", "1"}, "is not a function pack: it has no function table"},

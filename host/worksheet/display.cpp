@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "fmt/format.h"
+#include "host/worksheet/matrix_text.hpp"
 #include "host/worksheet/unit.hpp"
 
 namespace worksheet {
@@ -13,6 +14,8 @@ namespace {
 
 constexpr const char* kRed = "\033[31m";
 constexpr const char* kPlain = "\033[0m";
+
+constexpr int kLeastWidth = 40;  // Lines are not cut to less.
 
 std::string real_text(double x, int digits) {
   if (std::isnan(x)) return "nan";
@@ -34,19 +37,16 @@ class Printer {
  private:
   std::string inline_text(const Value& value) const;
   std::string pictures_text() const;
-  std::string cell_text(const aMatrix* m, int i, int j) const;
-  void print_matrix(const aMatrix* m);
+  void print_matrix(const std::string& start, const Value& value);
   void print_marked_line(const Source& source, Span span);
+  std::string red(const std::string& text) const {
+    return options_.colour ? kRed + text + kPlain : text;
+  }
 
   const Machine& machine_;
   const DisplayOptions& options_;
   std::string text_;
 };
-
-std::string padded(const std::string& cell, std::size_t width) {
-  const std::size_t length = character_count(cell);
-  return std::string(width > length ? width - length : 0, ' ') + cell;
-}
 
 std::string Printer::inline_text(const Value& value) const {
   if (is_number(value)) {
@@ -75,39 +75,18 @@ std::string Printer::pictures_text() const {
   return fmt::format("{}", fmt::join(texts, ", "));
 }
 
-std::string Printer::cell_text(const aMatrix* m, int i, int j) const {
-  if (i < 0 || j < 0) return i < 0 && j < 0 ? "" : "...";
-  const std::ptrdiff_t k = static_cast<std::ptrdiff_t>(j) * m->leading_dimension + i;
-  const double re = re_at(m, k);
-  if (!efi::is_nested_element(re)) return number_text({re, im_at(m, k)}, options_.digits);
-  const Value inner = machine_.nested(re);
-  return is_matrix(inner) ? fmt::format("[{}]", inline_text(inner)) : inline_text(inner);
-}
-
-void Printer::print_matrix(const aMatrix* m) {
-  const std::vector<int> rows = shown_indices(m->rows, options_.most_rows);
-  // The columns that fit: as many as the widest cell of the first ones allows.
-  std::vector<int> cols = shown_indices(m->cols, options_.width / 3);
-  std::vector<std::vector<std::string>> cells;
-  std::vector<std::size_t> widths;
-  for (bool fits = false; !fits;) {
-    cells.assign(rows.size(), {});
-    widths.assign(cols.size(), 0);
-    for (std::size_t i = 0; i < rows.size(); ++i)
-      for (std::size_t j = 0; j < cols.size(); ++j) {
-        cells[i].push_back(cell_text(m, rows[i], cols[j]));
-        widths[j] = std::max(widths[j], character_count(cells[i][j]));
-      }
-    std::size_t width = 0;
-    for (const std::size_t w : widths) width += w + 2;
-    fits = width <= static_cast<std::size_t>(options_.width) || cols.size() <= 3;
-    if (!fits) cols = shown_indices(m->cols, static_cast<int>(cols.size()) - 2);
-  }
-  for (const auto& row : cells) {
-    for (std::size_t j = 0; j < row.size(); ++j)
-      text_.append(2, ' ').append(padded(row[j], widths[j]));
-    text_ += '\n';
-  }
+void Printer::print_matrix(const std::string& start, const Value& value) {
+  const aMatrix* const m = matrix(value);
+  const MatrixText shown = matrix_text(m, options_, [this](double element) {
+    const Value inner = machine_.nested(element);
+    return is_matrix(inner) ? fmt::format("[{}]", inline_text(inner)) : inline_text(inner);
+  });
+  std::vector<std::string> counts;
+  if (shown.rows < m->rows) counts.push_back(fmt::format("{} rows", shown.rows));
+  if (shown.cols < m->cols) counts.push_back(fmt::format("{} columns", shown.cols));
+  text_ += start + inline_text(value);
+  if (!counts.empty()) text_ += fmt::format(", {} shown", fmt::join(counts, " and "));
+  text_ += '\n' + shown.lines;
 }
 
 void Printer::print(const std::string& name, const Value& value) {
@@ -119,53 +98,56 @@ void Printer::print(const std::string& name, const Value& value) {
       print(fmt::format("part {}", k + 1), object_value(parts[k], value.unit));
     return;
   }
+  if (is_matrix(value)) return print_matrix(start, value);
   text_ += start + inline_text(value) + '\n';
-  if (is_matrix(value)) print_matrix(matrix(value));
 }
 
-// The line in which the span begins, and carets under the span.
+// The line in which the span begins, and carets under the span; of a line that is too long, what
+// surrounds the beginning of the span.
 void Printer::print_marked_line(const Source& source, Span span) {
   const Source::Position begin = source.position(span.begin);
   const Source::Position end = source.position(span.end);
-  const std::string line = source.lines()[static_cast<std::size_t>(begin.line - source.line)];
-  const std::size_t length =
-      end.line == begin.line ? end.column - begin.column : character_count(line) + 1 - begin.column;
+  std::vector<std::string> line =
+      characters(source.lines()[static_cast<std::size_t>(begin.line - source.line)]);
   const std::string number = fmt::format("{:>5} | ", begin.line);
+  const std::size_t width =
+      static_cast<std::size_t>(std::max(options_.width, kLeastWidth)) - number.size();
+  std::size_t at = begin.column - 1;
+  std::size_t length = (end.line == begin.line ? end.column - 1 : line.size()) - at;
+  if (line.size() > width) {
+    const std::size_t first = std::min(at - std::min(at, width / 2), line.size() - width);
+    const auto kept = line.begin() + static_cast<std::ptrdiff_t>(first);
+    const std::string dot(1, '.');
+    const bool cut_behind = first + width < line.size();
+    line = {kept, kept + static_cast<std::ptrdiff_t>(width)};
+    if (first > 0) std::fill_n(line.begin(), 3, dot);
+    if (cut_behind) std::fill_n(line.end() - 3, 3, dot);
+    at -= first;
+    length = std::min(length, width - at);
+  }
   text_ +=
-      fmt::format("{}{}\n{}{}\n", number, line, std::string(number.size() + begin.column - 1, ' '),
-                  std::string(std::max<std::size_t>(length, 1), '^'));
+      fmt::format("{}{}\n{}{}\n", number, fmt::join(line, ""), std::string(number.size() + at, ' '),
+                  red(std::string(std::max<std::size_t>(length, 1), '^')));
 }
 
 void Printer::print_error(const Outcome& outcome) {
-  const char* const on = options_.colour ? kRed : "";
-  const char* const off = options_.colour ? kPlain : "";
   if (outcome.is_syntax_error()) {
-    text_ += fmt::format("{}error:{} line {}, column {}: {}\n", on, off, outcome.line,
-                         outcome.column, outcome.syntax_message);
+    text_ += fmt::format("{} line {}, column {}: {}\n", red("error:"), outcome.line, outcome.column,
+                         outcome.syntax_message);
     print_marked_line(*outcome.source, {outcome.offset, outcome.offset});
     return;
   }
   const auto* const error = static_cast<const aError*>(outcome.value.object);
-  text_ += fmt::format("{}error:{} {}\n", on, off, error->message->text);
+  text_ += fmt::format("{} {}\n", red("error:"), error->message->text);
   const Place& place = machine_.place();
-  if (place.error != error || place.source == nullptr) return;
-  if (place.source != outcome.source) print_marked_line(*outcome.source, {0, 0});
+  const bool known = place.error == error && place.source != nullptr;
+  // An error inside a function: the statement that came there is shown, too.
+  if (!known || place.source != outcome.source) print_marked_line(*outcome.source, {0, 0});
+  if (!known) return;
   print_marked_line(*place.source, place.span);
 }
 
 }  // namespace
-
-std::vector<int> shown_indices(int count, int most) {
-  std::vector<int> shown;
-  for (int k = 0; k < count; ++k) {
-    if (count > most && k == most / 2) {
-      shown.push_back(-1);
-      k = count - (most - most / 2 - 1);
-    }
-    shown.push_back(k);
-  }
-  return shown;
-}
 
 std::string number_text(const Number& z, int digits) {
   const std::string re = real_text(z.real(), digits);

@@ -13,12 +13,13 @@ struct DisplayOptions {
   int digits = 6;            // Significant digits.
   bool colour = false;       // Terminal colours.
   bool show_source = false;  // Show the expression in front of its value.
-  int most_rows = 24;        // Longer and wider matrices are elided.
-  int width = 100;           // Of a line, in characters.
+  int most_rows = 24;        // Longer and wider matrices are elided...
+  int width = 100;           // ... to lines of as many characters...
+  bool all = false;          // ... unless all is wanted.
 };
 
-// The indices of `count` rows or columns that are shown: all, or the first and the last ones with a
-// gap, -1, between them.
+// The indices of `count` rows or columns of which `most` are shown: all, or the first and the last
+// ones with a gap, -1, between them that stands for two at least.
 std::vector<int> shown_indices(int count, int most);
 
 std::string number_text(const Number& z, int digits);

@@ -1,5 +1,6 @@
 // The worksheet application.
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -35,6 +36,7 @@ struct Options {
   std::vector<std::string> packs;
   std::string register_path, unregister_path;
   bool json = false;
+  bool all = false;
   bool list_functions = false;
   bool list_packs = false;
   int digits = DisplayOptions().digits;
@@ -104,7 +106,16 @@ Session::Report text_report(const DisplayOptions& options) {
 
 bool wants_colour() {
   const char* const forbidden = std::getenv("NO_COLOR");
-  return isatty(STDOUT_FILENO) && (forbidden == nullptr || *forbidden == '\0');
+  const char* const terminal = std::getenv("TERM");
+  return isatty(STDOUT_FILENO) && (forbidden == nullptr || *forbidden == '\0') &&
+         terminal != nullptr && std::string_view(terminal) != "dumb";
+}
+
+// The columns of the terminal; what is usual where there is none.
+int line_width() {
+  winsize size = {};
+  const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0;
+  return known ? size.ws_col : DisplayOptions().width;
 }
 
 void run_expressions(Session& session, const std::vector<std::string>& expressions) {
@@ -114,6 +125,16 @@ void run_expressions(Session& session, const std::vector<std::string>& expressio
     std::istringstream text(expression);
     session.run_text(text, line++);
   }
+}
+
+// Whether the file begins as no text does. Leaves the file as if it had not been looked at.
+bool is_binary(std::ifstream& file) {
+  char start[512];
+  file.read(start, sizeof start);
+  const auto count = static_cast<std::size_t>(file.gcount());
+  file.clear();
+  file.seekg(0);
+  return std::find(start, start + count, '\0') != start + count;
 }
 
 // Runs text; a report shows its comments too.
@@ -135,6 +156,10 @@ bool run_file(Session& session, const std::string& path, Report* report) {
   std::ifstream file(path);
   if (!file || std::filesystem::is_directory(path, ignored)) {
     complain(fmt::format("{}: cannot be read", path));
+    return false;
+  }
+  if (std::filesystem::is_regular_file(path, ignored) && is_binary(file)) {
+    complain(fmt::format("{}: is no text in UTF-8", path));
     return false;
   }
   const auto directory = std::filesystem::path(path).parent_path();
@@ -165,6 +190,8 @@ int run(const Options& options) {
   DisplayOptions display;
   display.digits = options.digits;
   display.colour = wants_colour();
+  display.all = options.all;
+  display.width = line_width();
   display.show_source = !options.file.empty();
   const std::unique_ptr<Report> report = wanted_report(options);
   const Session::Report usual = options.json ? json_report() : text_report(display);
@@ -221,6 +248,7 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("--digits", options.digits, "Show numbers with N significant digits")
       ->type_name("N")
       ->check(CLI::Range(1, 17));
+  app.add_flag("--all", options.all, "Show every row and column of long matrices");
   app.set_version_flag("--version", "worksheet " WORKSHEET_VERSION);
 }
 

@@ -66,6 +66,18 @@ LineScan scan_line(std::string& line, int depth) {
 
 }  // namespace
 
+std::vector<std::string> characters(std::string_view text) {
+  std::vector<std::string> characters;
+  for (const char c : text) {
+    const bool control = static_cast<unsigned char>(c) < ' ' || c == '\x7F';
+    if (is_continuation_byte(c) && !characters.empty())
+      characters.back() += c;
+    else
+      characters.emplace_back(1, c == '\t' ? ' ' : control ? '?' : c);
+  }
+  return characters;
+}
+
 std::size_t character_count(std::string_view text) {
   return static_cast<std::size_t>(
       std::count_if(text.begin(), text.end(), [](char c) { return !is_continuation_byte(c); }));
@@ -92,6 +104,7 @@ std::vector<std::string> Source::lines() const {
 
 std::vector<Source> StatementReader::add_line(std::string_view line) {
   std::vector<Source> done;
+  if (line.ends_with('\r')) line.remove_suffix(1);
   scan({std::string(line), next_line_++}, &done);
   return done;
 }

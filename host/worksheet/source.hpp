@@ -39,6 +39,9 @@ struct Source {
 // The number of characters in UTF-8 text.
 std::size_t character_count(std::string_view text);
 
+// They one by one, fit to be shown: a tab as a blank, other control characters as question marks.
+std::vector<std::string> characters(std::string_view text);
+
 class StatementReader {
  public:
   // The line on which the first text given begins.

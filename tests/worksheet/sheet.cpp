@@ -9,7 +9,6 @@
 #include <sstream>
 
 #include "fmt/format.h"
-#include "host/worksheet/display.hpp"
 #include "host/worksheet/json_output.hpp"
 
 namespace test {
@@ -19,7 +18,7 @@ namespace fs = std::filesystem;
 Sheet::Sheet()
     : session_([this](const worksheet::Machine& machine, const worksheet::Outcome& outcome) {
         outcomes_.push_back(worksheet::outcome_json(machine, outcome));
-        shown_ = worksheet::outcome_text(machine, outcome, {});
+        shown_ = worksheet::outcome_text(machine, outcome, options_);
       }) {
   machine().add_pack(std::make_unique<worksheet::Pack>(MATRIX_PACK));
 }
@@ -42,7 +41,8 @@ std::string Sheet::brief(const std::string& text) {
   return brief_text(value(text));
 }
 
-std::string Sheet::shown(const std::string& text) {
+std::string Sheet::shown(const std::string& text, const worksheet::DisplayOptions& options) {
+  options_ = options;
   run(text);
   return shown_;
 }

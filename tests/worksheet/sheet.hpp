@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "host/worksheet/display.hpp"
 #include "host/worksheet/session.hpp"
 
 namespace test {
@@ -29,11 +30,12 @@ class Sheet {
   // The same as short text: "1.5", "1+2i", "[1 2; 3 4]", "\"text\"", "error: message (arg 1)".
   std::string brief(const std::string& text);
   // The text of the last outcome as people see it.
-  std::string shown(const std::string& text);
+  std::string shown(const std::string& text, const worksheet::DisplayOptions& options = {});
 
  private:
   worksheet::Session session_;
   std::vector<Json> outcomes_;
+  worksheet::DisplayOptions options_;
   std::string shown_;
 };
 
