@@ -17,6 +17,7 @@ endforeach()
 target_include_directories(EfiUtils INTERFACE $<INSTALL_INTERFACE:${header_dir}>)
 target_compile_features(EfiUtils INTERFACE cxx_std_20)
 
+install(FILES docs/functions.md DESTINATION ${CMAKE_INSTALL_LIBDIR} RENAME libmatrix.md)
 install(EXPORT matrix_pack NAMESPACE matrix_pack:: FILE matrix_packTargets.cmake
   DESTINATION ${package_dir})
 configure_package_config_file(cmake/matrix_packConfig.cmake.in matrix_packConfig.cmake

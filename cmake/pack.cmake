@@ -52,3 +52,5 @@ endif()
 set_target_properties(matrix PROPERTIES
   LINK_DEPENDS ${PROJECT_SOURCE_DIR}/pack/exports.map
   VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+# Hosts show it: the reference of the functions lies beside the library, under its name.
+configure_file(${PROJECT_SOURCE_DIR}/docs/functions.md ${PROJECT_BINARY_DIR}/libmatrix.md COPYONLY)

@@ -134,18 +134,6 @@ TEST(Program, NumbersDoNotDependOnTheLocale) {
   EXPECT_EQ(run.out, "1.75\n");
 }
 
-TEST(Program, ListsFunctions) {
-  const auto rows = run_program({"--functions", "--json"}).json();
-  ASSERT_EQ(rows.size(), 37u);
-  const Json& submatrix = rows[8];
-  EXPECT_EQ(submatrix["name"], "submatrix");
-  EXPECT_EQ(submatrix["arguments"].size(), 5u);
-  EXPECT_EQ(submatrix["context"], Json({"ORIGIN"}));
-  EXPECT_EQ(submatrix["flags"], 12);
-  EXPECT_TRUE(rows[2]["rule"].is_null());
-  EXPECT_NE(run_program({"--functions"}).out.find("(%lambda (a) (-EqDims a))"), std::string::npos);
-}
-
 // --- The catalogue ---
 
 TEST(Catalogue, ARegisteredPackIsLoadedAtStart) {

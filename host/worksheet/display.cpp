@@ -6,6 +6,7 @@
 
 #include "fmt/format.h"
 #include "host/worksheet/matrix_text.hpp"
+#include "host/worksheet/reference.hpp"
 #include "host/worksheet/unit.hpp"
 
 namespace worksheet {
@@ -161,6 +162,7 @@ std::string number_text(const Number& z, int digits) {
 std::string outcome_text(const Machine& machine, const Outcome& outcome,
                          const DisplayOptions& options) {
   if (outcome.is_definition && !outcome.failed()) return "";
+  if (outcome.help && !outcome.failed()) return help_text(machine, *outcome.help, options.width);
   Printer printer(machine, options);
   if (outcome.failed()) {
     printer.print_error(outcome);

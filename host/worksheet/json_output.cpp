@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "host/efiutils/store.hpp"
+#include "host/worksheet/reference.hpp"
 #include "host/worksheet/unit.hpp"
 
 namespace worksheet {
@@ -117,6 +118,8 @@ Json outcome_json(const Machine& machine, const Outcome& outcome) {
   if (outcome.is_syntax_error())
     json["value"] = {
         {"kind", "syntax"}, {"message", outcome.syntax_message}, {"column", outcome.column}};
+  else if (outcome.help && !outcome.failed())
+    json["value"] = {{"kind", "string"}, {"text", help_text(machine, *outcome.help)}};
   else
     json["value"] = value_json(machine, outcome.value);
   for (const Drawn& drawn : machine.pictures)

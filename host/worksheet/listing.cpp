@@ -6,6 +6,7 @@
 #include "host/efiutils/catalogue.hpp"
 #include "host/worksheet/data_file.hpp"
 #include "host/worksheet/json_output.hpp"
+#include "host/worksheet/reference.hpp"
 
 namespace worksheet {
 
@@ -14,13 +15,6 @@ namespace {
 const char* kind_text(ArgumentKind kind) {
   constexpr const char* kTexts[] = {"any", "number", "matrix"};
   return kTexts[static_cast<int>(kind)];
-}
-
-std::vector<std::string> argument_kinds(const Row& row) {
-  std::vector<std::string> kinds;
-  for (std::size_t k = 0; k < row.argument_count; ++k)
-    kinds.emplace_back(kind_text(row.entry->signature->arguments[k]));
-  return kinds;
 }
 
 std::string rule_text(const Row& row) {
@@ -34,31 +28,39 @@ bool file_exists(const std::string& path) {
 
 }  // namespace
 
-std::string functions_text(const Machine& machine) {
-  std::string text = fmt::format("{:<12}{:<38}{:<9}{:>5}  {}\n", "name", "arguments -> result",
-                                 "context", "flags", "unit rule");
-  for (const auto& pack : machine.packs)
-    for (const Row& row : pack->rows())
-      text += fmt::format("{:<12}{:<38}{:<9}{:>5}  {}\n", row.name,
-                          fmt::format("{} -> {}", fmt::join(argument_kinds(row), ", "),
-                                      kind_text(row.entry->signature->result)),
-                          fmt::format("{}", fmt::join(row.context, ", ")), row.entry->flags,
-                          rule_text(row));
-  return text;
+std::vector<std::string> argument_kinds(const Row& row) {
+  std::vector<std::string> kinds;
+  for (std::size_t k = 0; k < row.argument_count; ++k)
+    kinds.emplace_back(kind_text(row.entry->signature->arguments[k]));
+  return kinds;
+}
+
+std::string row_text(const Row& row) {
+  std::string text =
+      fmt::format("\n{}: {} -> {}, flags {}\n", row.name, fmt::join(argument_kinds(row), ", "),
+                  kind_text(row.entry->signature->result), row.entry->flags);
+  if (!row.context.empty()) text += fmt::format("  reads {}\n", fmt::join(row.context, ", "));
+  if (row.unit_rule() != nullptr) text += fmt::format("  unit rule {}\n", rule_text(row));
+  return text + fmt::format("  from {}\n", row.pack->path());
 }
 
 std::string functions_json(const Machine& machine) {
+  const std::vector<ReferenceEntry> reference = whole_reference(machine);
   std::string text;
   for (const auto& pack : machine.packs)
     for (const Row& row : pack->rows()) {
       const char* const rule = row.unit_rule();
+      const ReferenceEntry* const entry = find_entry(reference, row.name);
       const Json json = {{"name", row.name},
                          {"arguments", argument_kinds(row)},
                          {"result", kind_text(row.entry->signature->result)},
                          {"context", row.context},
                          {"flags", row.entry->flags},
                          {"rule", rule == nullptr ? Json(nullptr) : Json(rule)},
-                         {"pack", pack->path()}};
+                         {"pack", pack->path()},
+                         {"group", entry->group},
+                         {"heading", entry->heading},
+                         {"summary", entry->summary}};
       text += json_line(json) + "\n";
     }
   return text;

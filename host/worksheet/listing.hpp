@@ -2,13 +2,19 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/worksheet/machine.hpp"
 
 namespace worksheet {
 
-// Every row of the loaded packs: name, arguments, context, flags, unit rule.
-std::string functions_text(const Machine& machine);
+// The kinds of a row's arguments: "any", "number" or "matrix".
+std::vector<std::string> argument_kinds(const Row& row);
+
+// A row as the pack's table has it: kinds, flags, context, unit rule, pack.
+std::string row_text(const Row& row);
+
+// Every row of the loaded packs, an object a line: what its table and its reference say.
 std::string functions_json(const Machine& machine);
 
 // The packs of the catalogue. Throws efi::CatalogueError.

@@ -18,6 +18,7 @@
 #include "host/worksheet/json_output.hpp"
 #include "host/worksheet/listing.hpp"
 #include "host/worksheet/prompt.hpp"
+#include "host/worksheet/reference.hpp"
 #include "host/worksheet/report.hpp"
 #include "host/worksheet/session.hpp"
 
@@ -38,6 +39,7 @@ struct Options {
   bool json = false;
   bool all = false;
   bool list_functions = false;
+  std::vector<std::string> functions;  // To be described; none: all are listed.
   bool list_packs = false;
   int digits = DisplayOptions().digits;
 };
@@ -186,6 +188,24 @@ bool write_report(const Options& options, const Report& report, bool interrupted
   return error == 0;
 }
 
+// Lists the functions, or says what there is to say about some of them.
+int show_functions(const Machine& machine, const Options& options, int width) {
+  if (options.json) {
+    std::cout << functions_json(machine);
+    return kAllWell;
+  }
+  if (options.functions.empty()) std::cout << reference_list(whole_reference(machine), width);
+  for (const std::string& name : options.functions) {
+    const std::string text = help_text(machine, name, width);
+    if (text.empty()) {
+      complain(fmt::format("there is no help on {}; --functions alone lists everything", name));
+      return kWrongUsage;
+    }
+    std::cout << (&name == &options.functions.front() ? "" : "\n") << text;
+  }
+  return kAllWell;
+}
+
 int run(const Options& options) {
   DisplayOptions display;
   display.digits = options.digits;
@@ -201,11 +221,7 @@ int run(const Options& options) {
   });
   session.machine().keeps_pictures = report != nullptr;
   add_packs(session.machine(), options);
-  if (options.list_functions) {
-    std::cout << (options.json ? functions_json(session.machine())
-                               : functions_text(session.machine()));
-    return kAllWell;
-  }
+  if (options.list_functions) return show_functions(session.machine(), options, display.width);
   install_interruption(session.machine());
   run_expressions(session, options.expressions);
   if (!options.file.empty()) {
@@ -239,7 +255,9 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("--pack", options.packs, "Load this pack")
       ->type_name("PATH")
       ->allow_extra_args(false);
-  app.add_flag("--functions", options.list_functions, "List the functions of the packs");
+  app.add_option("--functions", options.functions, "List the functions, or describe those named")
+      ->type_name("[NAME]")
+      ->expected(0, -1);
   app.add_option("--register", options.register_path, "Enter a pack into the catalogue")
       ->type_name("PATH");
   app.add_option("--unregister", options.unregister_path, "Remove a pack from the catalogue")
@@ -260,6 +278,8 @@ int main(int argc, char** argv) {
   declare(app, options);
   try {
     app.parse(argc, argv);
+    options.list_functions = app.count("--functions") > 0;
+    std::erase(options.functions, "");  // What the option holds where no name follows it.
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kAllWell : kWrongUsage;
   }

@@ -82,6 +82,12 @@ void Pack::read_table() {
   identity_ = function_at<Identity>(dlsym(handle_, kIdentitySymbol));
 }
 
+std::string Pack::reference_path() const {
+  const std::filesystem::path library(path_);
+  const std::string name = library.filename().string();
+  return (library.parent_path() / (name.substr(0, name.find(".so")) + ".md")).string();
+}
+
 void Pack::call_registration(const char* name) const {
   const auto entry = function_at<std::int32_t (*)()>(dlsym(handle_, name));
   if (entry == nullptr) throw PackError(fmt::format("{} does not export {}", path_, name));

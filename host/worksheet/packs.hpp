@@ -43,6 +43,8 @@ class Pack {
   Pack& operator=(const Pack&) = delete;
 
   const std::string& path() const { return path_; }
+  // The reference of its functions, if it brings one: "libmatrix.md" beside "libmatrix.so.0".
+  std::string reference_path() const;
   const std::vector<Row>& rows() const { return rows_; }
   std::vector<Row>& rows() { return rows_; }
 

@@ -32,6 +32,7 @@ Machine* machine_at_prompt = nullptr;
 
 std::vector<std::string> known_names() {
   std::vector<std::string> names = elementary_names();
+  names.emplace_back("help");
   for (const auto& pack : machine_at_prompt->packs)
     for (const Row& row : pack->rows()) names.push_back(row.name);
   for (const auto& [name, variable] : machine_at_prompt->variables())

@@ -5,6 +5,7 @@
 
 #include "fmt/format.h"
 #include "host/worksheet/compile.hpp"
+#include "host/worksheet/reference.hpp"
 
 namespace worksheet {
 
@@ -72,6 +73,12 @@ Outcome Session::outcome_of(const Source& source) {
   Outcome outcome;
   outcome.source = &source;
   outcome.line = source.line;
+  if (outcome.help = help_topic(source.text, machine_)) {
+    outcome.value = object_value(&kNoValue);
+    if (help_text(machine_, *outcome.help).empty())
+      outcome.value = machine_.fail({}, "there is no help on that; help alone lists everything");
+    return outcome;
+  }
   try {
     Statement statement = compile(source, machine_);
     for (const Variable* target : statement.targets) outcome.names.push_back(target->name);

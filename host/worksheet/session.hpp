@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,9 +19,10 @@ struct Outcome {
   std::vector<std::string> names;  // That it assigns or defines.
   Value value = {};                // A function value for a definition.
   bool is_definition = false;
-  std::string syntax_message;  // Empty unless the text is no statement...
-  std::size_t column = 0;      // ... and then the place,
-  std::size_t offset = 0;      // also as an offset in the statement's text.
+  std::optional<std::string> help;  // The topic of a statement that asks for help, empty for all.
+  std::string syntax_message;       // Empty unless the text is no statement...
+  std::size_t column = 0;           // ... and then the place,
+  std::size_t offset = 0;           // also as an offset in the statement's text.
 
   bool is_syntax_error() const { return !syntax_message.empty(); }
   bool failed() const { return is_syntax_error() || is_error(value); }
