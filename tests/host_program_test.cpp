@@ -1,7 +1,15 @@
 // The program: command line, JSON, exit status, catalogue.
-#include <cmath>
-#include <filesystem>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <filesystem>
+#include <thread>
+
+#include "host/worksheet/progress.hpp"
 #include "tests/worksheet/sheet.hpp"
 
 using namespace test;
@@ -165,6 +173,94 @@ TEST(Catalogue, APackThatHasGoneIsReported) {
   EXPECT_EQ(run.status, 0);
   EXPECT_NE(run.err.find("/nonexistent.so: no such file"), std::string::npos) << run.err;
   EXPECT_NE(run_program({"--packs"}, "", catalogue).out.find("gone"), std::string::npos);
+  // It cannot be asked to go.
+  EXPECT_EQ(run_program({"--unregister", "/other.so"}, "", catalogue).status, 2);
+  EXPECT_EQ(run_program({"--unregister", "/nonexistent.so"}, "", catalogue).status, 0);
+  EXPECT_EQ(run_program({"--packs"}, "", catalogue).out, "");
+}
+
+TEST(Catalogue, PacksStandSideBySide) {
+  const Directory directory;
+  const std::string catalogue = directory.path("packs.json");
+  const std::string tiny = TINY_PACKS "/tiny_none.so";
+  ASSERT_EQ(run_program({"--register", MATRIX_PACK}, "", catalogue).status, 0);
+  ASSERT_EQ(run_program({"--register", tiny}, "", catalogue).status, 0);
+  const ProgramRun both = run_program({"-e", "twice(stack([1], [2]))"}, "", catalogue);
+  EXPECT_EQ(both.out, "2 x 1 matrix\n  2\n  4\n");
+  EXPECT_EQ(both.err, "");
+  ASSERT_EQ(run_program({"--unregister", MATRIX_PACK}, "", catalogue).status, 0);
+  const ProgramRun one = run_program({"-e", "rows(twice([1]))"}, "", catalogue);
+  EXPECT_NE(one.out.find("unknown name: rows"), std::string::npos) << one.out;
+  // Of two functions of one name the first counts; the same pack twice is the same as once.
+  const std::string copy = directory.path("copy.so");
+  std::filesystem::copy_file(MATRIX_PACK, copy);
+  const ProgramRun hidden =
+      run_program({"--pack", copy, "--pack", MATRIX_PACK, "--pack", copy, "-e", "rows([1])"});
+  EXPECT_EQ(hidden.out, "1\n");
+  EXPECT_EQ(hidden.err, "worksheet: " MATRIX_PACK ": 37 of its 37 functions are hidden by " + copy +
+                            ": rows, cols, identity, last, length, ...\n");
+}
+
+// Starts the program and kills it after some time.
+void run_and_kill(const std::vector<std::string>& arguments, const std::string& catalogue,
+                  std::chrono::microseconds time) {
+  const pid_t child = fork();
+  if (child == 0) {
+    setenv("WORKSHEET_CATALOGUE", catalogue.c_str(), 1);
+    std::vector<char*> words = {const_cast<char*>(WORKSHEET_PROGRAM)};
+    for (const std::string& argument : arguments)
+      words.push_back(const_cast<char*>(argument.c_str()));
+    words.push_back(nullptr);
+    execv(WORKSHEET_PROGRAM, words.data());
+    _exit(127);
+  }
+  std::this_thread::sleep_for(time);
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+}
+
+TEST(Catalogue, IsWholeWheneverAProcessIsKilled) {
+  constexpr int kMoments = 40;
+  const Directory directory;
+  const std::string catalogue = directory.path("packs.json");
+  ASSERT_EQ(run_program({"--register", MATRIX_PACK}, "", catalogue).status, 0);
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_EQ(run_program({"--register", MATRIX_PACK}, "", catalogue).status, 0);
+  const auto usual = std::chrono::steady_clock::now() - start;
+  for (int k = 0; k < kMoments; ++k) {
+    const auto time = std::chrono::duration_cast<std::chrono::microseconds>(usual * k / kMoments);
+    run_and_kill({k % 3 == 2 ? "--unregister" : "--register", MATRIX_PACK}, catalogue, time);
+    const Json content = Json::parse(directory.read("packs.json"), nullptr, false);
+    ASSERT_FALSE(content.is_discarded()) << "killed after " << time.count() << " us";
+    EXPECT_LE(content.at("packs").size(), 1u);
+  }
+  ASSERT_EQ(run_program({"--register", MATRIX_PACK}, "", catalogue).status, 0) << "no lock is left";
+  EXPECT_EQ(run_program({"--packs", "--json"}, "", catalogue).json().size(), 1u);
+  std::vector<std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator(directory.path(".")))
+    files.push_back(entry.path().filename());
+  std::sort(files.begin(), files.end());
+  EXPECT_EQ(files, (std::vector<std::string>{"packs.json", "packs.json.lock"}));
+}
+
+TEST(Program, ShowsProgressAndTakesItBack) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  std::string seen;
+  {
+    const worksheet::Progress progress(ends[1], std::chrono::milliseconds(0),
+                                       "x = [1,\n 2] " + std::string(100, 'x'));
+    char c = 0;
+    while (seen.find(": x = [1,") == std::string::npos && read(ends[0], &c, 1) == 1) seen += c;
+  }
+  { const worksheet::Progress fast(ends[1], std::chrono::hours(1), "x"); }
+  { const worksheet::Progress none(-1, std::chrono::milliseconds(0), "x"); }
+  close(ends[1]);
+  for (char c; read(ends[0], &c, 1) == 1;) seen += c;
+  close(ends[0]);
+  const std::string line = "\r  0 s: x = [1,";
+  EXPECT_TRUE(seen.starts_with(line)) << seen;
+  EXPECT_TRUE(seen.ends_with("\r" + std::string(line.size() - 1, ' ') + "\r")) << seen;
 }
 
 TEST(Catalogue, ACorruptOneIsReportedAndLeftAlone) {

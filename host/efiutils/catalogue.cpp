@@ -61,6 +61,21 @@ struct Descriptor {
   int fd;
 };
 
+// Removes what processes left behind that were killed while they wrote. All write under the lock.
+void remove_leavings(const std::string& path) {
+  constexpr std::size_t kSuffix = sizeof ".XXXXXX" - 1;
+  std::error_code ignored;
+  const fs::path target = fs::weakly_canonical(path, ignored);
+  const std::string start = target.filename().string() + ".";
+  std::vector<fs::path> leavings;
+  for (const auto& entry : fs::directory_iterator(target.parent_path(), ignored)) {
+    const std::string name = entry.path().filename().string();
+    if (name.starts_with(start) && name.size() == start.size() - 1 + kSuffix)
+      leavings.push_back(entry.path());
+  }
+  for (const fs::path& leaving : leavings) fs::remove(leaving, ignored);
+}
+
 // Reads the catalogue, lets `change` work on the entries and writes them, under a lock.
 template <class Change>
 void update_catalogue(Change change) {
@@ -69,6 +84,7 @@ void update_catalogue(Change change) {
   fs::create_directories(fs::path(path).parent_path(), ignored);
   const Descriptor lock(open((path + ".lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644));
   if (lock.fd < 0 || flock(lock.fd, LOCK_EX) != 0) fail_with(errno, "cannot be locked");
+  remove_leavings(path);
   std::vector<CatalogueEntry> entries = read_catalogue();
   change(entries);
   if (const int error = replace_file(path, json_text(entries)))
@@ -134,6 +150,15 @@ std::vector<CatalogueEntry> read_catalogue() {
   } catch (const Json::exception& error) {
     fail(std::string("is corrupt: ") + error.what());
   }
+}
+
+bool forget_pack(const std::string& path) {
+  const std::string library = fs::absolute(path).lexically_normal().string();
+  bool found = false;
+  update_catalogue([&](std::vector<CatalogueEntry>& entries) {
+    found = std::erase_if(entries, [&](const CatalogueEntry& e) { return e.path == library; }) != 0;
+  });
+  return found;
 }
 
 const std::string& catalogue_failure() {

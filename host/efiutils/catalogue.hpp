@@ -28,6 +28,10 @@ std::string catalogue_path();
 // The packs in the catalogue; none when there is no such file. Throws CatalogueError.
 std::vector<CatalogueEntry> read_catalogue();
 
+// Removes the entries of a library that cannot be asked to do it itself: its file has gone, say.
+// False if there is none. Throws CatalogueError.
+bool forget_pack(const std::string& path);
+
 // Why the last RegisterEfiFunctionPack or UnregisterEfiFunctionPack that failed did so.
 const std::string& catalogue_failure();
 

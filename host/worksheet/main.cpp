@@ -30,6 +30,8 @@ constexpr int kAllWell = 0;
 constexpr int kSomeError = 1;
 constexpr int kWrongUsage = 2;
 
+constexpr std::size_t kMostHiddenNames = 5;  // Of functions, in a message.
+
 struct Options {
   std::vector<std::string> expressions;
   std::string file;
@@ -65,17 +67,42 @@ void install_interruption(Machine& machine) {
 
 // --- Packs ---
 
+// Takes a pack in and says which of its functions earlier packs hide. Throws PackError.
+void add_pack(Machine& machine, const std::string& path) {
+  std::error_code ignored;
+  for (const auto& pack : machine.packs)
+    if (std::filesystem::equivalent(pack->path(), path, ignored)) return;
+  auto pack = std::make_unique<Pack>(path);
+  std::vector<std::string> hidden;
+  std::string first;
+  for (const Row& row : pack->rows())
+    if (const Row* earlier = machine.find_row(row.name)) {
+      if (hidden.empty()) first = earlier->pack->path();
+      hidden.push_back(row.name);
+    }
+  machine.add_pack(std::move(pack));
+  if (hidden.empty()) return;
+  const std::size_t count = hidden.size();
+  if (count > kMostHiddenNames) {
+    hidden.resize(kMostHiddenNames);
+    hidden.emplace_back("...");
+  }
+  complain(fmt::format("{}: {} of its {} functions are hidden by {}: {}", path, count,
+                       machine.packs.back()->rows().size(), first, fmt::join(hidden, ", ")));
+}
+
 void add_named_packs(Machine& machine, const std::vector<std::string>& paths) {
-  for (const std::string& path : paths) machine.add_pack(std::make_unique<Pack>(path));
+  for (const std::string& path : paths) add_pack(machine, path);
 }
 
 // The packs of the catalogue; one that cannot be had is reported and left out.
 void add_registered_packs(Machine& machine) {
   try {
     for (const efi::CatalogueEntry& entry : efi::read_catalogue()) try {
-        machine.add_pack(std::make_unique<Pack>(entry.path));
+        add_pack(machine, entry.path);
       } catch (const PackError& error) {
-        complain(fmt::format("a registered pack is left out: {}", error.what()));
+        complain(fmt::format("a registered pack is left out: {} (--unregister {} removes it)",
+                             error.what(), entry.path));
       }
   } catch (const efi::CatalogueError& error) {
     complain(error.what());
@@ -223,6 +250,7 @@ int run(const Options& options) {
   add_packs(session.machine(), options);
   if (options.list_functions) return show_functions(session.machine(), options, display.width);
   install_interruption(session.machine());
+  if (isatty(STDERR_FILENO)) session.show_progress(STDERR_FILENO);
   run_expressions(session, options.expressions);
   if (!options.file.empty()) {
     if (!run_file(session, options.file, report.get())) return kWrongUsage;
@@ -237,9 +265,19 @@ int run(const Options& options) {
   return session.failed() ? kSomeError : kAllWell;
 }
 
+// Lets the pack remove itself from the catalogue; one that cannot be had is removed for it.
+void unregister(const std::string& path) {
+  try {
+    Pack(path).unregister_pack();
+  } catch (const PackError& error) {
+    if (!efi::forget_pack(path)) throw;
+    complain(fmt::format("{}: removed from the catalogue, unasked: {}", path, error.what()));
+  }
+}
+
 int manage_catalogue(const Options& options) {
   if (!options.register_path.empty()) Pack(options.register_path).register_pack();
-  if (!options.unregister_path.empty()) Pack(options.unregister_path).unregister_pack();
+  if (!options.unregister_path.empty()) unregister(options.unregister_path);
   if (options.list_packs) std::cout << (options.json ? packs_json() : packs_text());
   return kAllWell;
 }

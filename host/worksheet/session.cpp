@@ -5,11 +5,15 @@
 
 #include "fmt/format.h"
 #include "host/worksheet/compile.hpp"
+#include "host/worksheet/progress.hpp"
 #include "host/worksheet/reference.hpp"
 
 namespace worksheet {
 
 namespace {
+
+// A statement that takes longer shows that it is at work.
+constexpr std::chrono::seconds kPatience(2);
 
 // Some editors put it in front of a text.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
@@ -95,8 +99,13 @@ Outcome Session::outcome_of(const Source& source) {
   return outcome;
 }
 
+Outcome Session::watched_outcome_of(const Source& source) {
+  const Progress progress(progress_, kPatience, source.text);
+  return outcome_of(source);
+}
+
 void Session::run(const Source& source) {
-  const Outcome outcome = outcome_of(source);
+  const Outcome outcome = watched_outcome_of(source);
   failed_ = failed_ || outcome.failed();
   report_(machine_, outcome);
   machine_.collect_all();

@@ -36,6 +36,9 @@ class Session {
 
   Machine& machine() { return machine_; }
 
+  // From now on statements that take long are shown at the terminal behind this file descriptor.
+  void show_progress(int descriptor) { progress_ = descriptor; }
+
   void run(const Source& source);
 
   // Runs text line by line: each statement as soon as it is complete. Stops after an interruption.
@@ -46,10 +49,12 @@ class Session {
 
  private:
   Outcome outcome_of(const Source& source);
+  Outcome watched_outcome_of(const Source& source);
 
   Machine machine_;
   Report report_;
   bool failed_ = false;
+  int progress_ = -1;
 };
 
 }  // namespace worksheet
