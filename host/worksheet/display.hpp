@@ -18,8 +18,8 @@ struct DisplayOptions {
   bool all = false;          // ... unless all is wanted.
 };
 
-// The indices of `count` rows or columns of which `most` are shown: all, or the first and the last
-// ones with a gap, -1, between them that stands for two at least.
+// The indices of `count` rows or columns for which there are `most` places: all, or the first and
+// the last ones with a gap, -1, between them that stands for two at least.
 std::vector<int> shown_indices(int count, int most);
 
 std::string number_text(const Number& z, int digits);

@@ -295,14 +295,24 @@ void Machine::collect(const Value& result, std::size_t since) {
   store.collect(roots, since);
 }
 
+void Machine::assign(Variable& variable, const Value& value) {
+  replaced_ = replaced_ || variable.value.object != nullptr;
+  variable.value = value;
+  variable.defined = true;
+}
+
 void Machine::collect_all() {
   last_applied_ = nullptr;
   pictures.clear();
   place_ = {};
+  // The variables may be many: they are looked through only where there may be something to find.
+  if (store.size() == kept_ && !replaced_) return;
   std::vector<Anyval*> roots;
   for (const auto& [name, variable] : variables_)
     if (variable->defined) roots.push_back(variable->value.object);
   store.collect(roots);
+  kept_ = store.size();
+  replaced_ = false;
 }
 
 }  // namespace worksheet

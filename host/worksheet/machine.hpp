@@ -85,6 +85,8 @@ class Machine {
     return variables_;
   }
 
+  void assign(Variable& variable, const Value& value);
+
   // The row of that name in the packs; null if there is none.
   const Row* find_row(std::string_view name) const;
 
@@ -154,6 +156,8 @@ class Machine {
   const Source* source_ = nullptr;
   Span pack_call_;  // The call of a pack's function that is under way.
   Place place_;
+  bool replaced_ = false;           // A variable has lost a value since everything was reclaimed,
+  std::size_t kept_ = 0;            // which left as many.
   Anyval* last_applied_ = nullptr;  // The newest value that `apply` gave a pack.
   const char* stack_limit_ = nullptr;
 };

@@ -70,7 +70,7 @@ class Table {
  private:
   // All rows and columns, or as many as the options allow: at least the first and the last.
   void choose() {
-    rows_ = shown_indices(m_->rows, options_.all ? m_->rows : options_.most_rows);
+    rows_ = shown_indices(m_->rows, options_.all ? m_->rows : options_.most_rows + 1);
     if (options_.all) {
       cols_ = shown_indices(m_->cols, m_->cols);
       measure();
@@ -78,7 +78,7 @@ class Table {
     }
     const int narrowest = 1 + static_cast<int>(kBetweenColumns);
     for (int most = std::min(m_->cols, options_.width / narrowest);; --most) {
-      cols_ = shown_indices(m_->cols, std::max(most, 2));
+      cols_ = shown_indices(m_->cols, std::max(most, 2) + 1);
       if (measure() <= static_cast<std::size_t>(options_.width) || most <= 2) return;
     }
   }
@@ -144,13 +144,13 @@ class Table {
 }  // namespace
 
 std::vector<int> shown_indices(int count, int most) {
-  const bool all = count <= most + 1;
-  const int first = all ? count : (most + 1) / 2;
+  const bool all = count <= most;
+  const int first = all ? count : most / 2;
   std::vector<int> shown;
   for (int k = 0; k < first; ++k) shown.push_back(k);
   if (all) return shown;
   shown.push_back(kGap);
-  for (int k = count - (most - first); k < count; ++k) shown.push_back(k);
+  for (int k = count - (most - 1 - first); k < count; ++k) shown.push_back(k);
   return shown;
 }
 

@@ -18,11 +18,6 @@ constexpr std::chrono::seconds kPatience(2);
 // Some editors put it in front of a text.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-void assign(Variable& variable, const Value& value) {
-  variable.value = value;
-  variable.defined = true;
-}
-
 // Null, or why the variable cannot have the value: packs read the index origin as a number without
 // looking at its kind.
 const char* objection(const Variable& variable, const Value& value) {
@@ -35,7 +30,7 @@ Value assign_targets(Machine& machine, const std::vector<Variable*>& targets, co
                      Span span) {
   if (targets.size() == 1) {
     if (const char* reason = objection(*targets[0], value)) return machine.fail(span, reason);
-    assign(*targets[0], value);
+    machine.assign(*targets[0], value);
     return value;
   }
   const auto parts = machine.store.parts(value.object);
@@ -47,7 +42,7 @@ Value assign_targets(Machine& machine, const std::vector<Variable*>& targets, co
     if (const char* reason = objection(*targets[k], object_value(parts[k])))
       return machine.fail(span, reason);
   for (std::size_t k = 0; k < targets.size(); ++k)
-    assign(*targets[k], object_value(parts[k], value.unit));
+    machine.assign(*targets[k], object_value(parts[k], value.unit));
   return value;
 }
 
@@ -57,7 +52,7 @@ Value define(Machine& machine, Statement& statement) {
   if (made == nullptr) return object_value(sError_OutOfMemory);
   if (const char* reason = objection(*statement.targets[0], object_value(made)))
     return machine.fail({}, reason);
-  assign(*statement.targets[0], object_value(made));
+  machine.assign(*statement.targets[0], object_value(made));
   return object_value(made);
 }
 
