@@ -135,12 +135,16 @@ class InterruptHeld {
 // What the line editor's callback reads with.
 const InterruptHeld* held = nullptr;
 
+// Ctrl-C was pressed before the line was taken.
+bool given_up = false;
+
 // The next byte of the input; EOF at its end and when Ctrl-C was pressed.
 int next_byte(int descriptor) {
   unsigned char byte = 0;
   for (;;) {
     held->wait(descriptor);
-    if (machine_at_prompt->interrupted) return EOF;
+    given_up = machine_at_prompt->interrupted;
+    if (given_up) return EOF;
     const ssize_t count = read(descriptor, &byte, 1);
     if (count == 1) return byte;
     if (count == 0 || errno != EINTR) return EOF;
@@ -160,14 +164,14 @@ int next_key(FILE* input) {
   return EOF;
 }
 
-// The next line; nothing at the end of input. When Ctrl-C was pressed the line is empty.
+// The next line; nothing at the end of input. One that is given up is empty.
 std::optional<std::string> next_line(const char* prompt) {
   const InterruptHeld guard;
   held = &guard;
   rl_prep_terminal(1);  // Before the prompt shows: a Ctrl-D typed sooner would be lost.
   const std::unique_ptr<char, Freed> line(readline(prompt));
+  if (given_up) return std::string();
   if (line != nullptr) return std::string(line.get());
-  if (machine_at_prompt->interrupted) return std::string();
   return std::nullopt;
 }
 
@@ -187,15 +191,18 @@ void run_prompt(Session& session) {
   History history;
   StatementReader reader;
   while (const auto line = next_line(reader.pending() ? kContinuation : kPrompt)) {
-    if (machine.interrupted) {
+    if (given_up) {
+      given_up = false;
       machine.interrupted = 0;
       std::putchar('\n');
       reader = StatementReader();
       continue;
     }
     history.add(*line);
-    for (const Source& source : reader.add_line(*line)) session.run(source);
-    machine.interrupted = 0;
+    const std::vector<Source> statements = reader.add_line(*line);
+    for (const Source& source : statements) session.run(source);
+    // Pressed behind a line that has to go on, Ctrl-C gives up the next one.
+    if (!statements.empty()) machine.interrupted = 0;
   }
   for (const Source& source : reader.finish()) session.run(source);
   std::putchar('\n');
