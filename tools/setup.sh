@@ -46,7 +46,6 @@ build() (
   if [[ -f $directory/.built ]]; then
     steps "$@" >"$directory/build.log" 2>&1 9>&- || { cat "$directory/build.log" >&2; exit 1; }
   else
-    steps "$@" >&2 9>&-
-    touch "$directory/.built"
+    steps "$@" >&2 9>&- && touch "$directory/.built"
   fi
 )

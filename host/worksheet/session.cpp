@@ -72,7 +72,8 @@ Outcome Session::outcome_of(const Source& source) {
   Outcome outcome;
   outcome.source = &source;
   outcome.line = source.line;
-  if (outcome.help = help_topic(source.text, machine_)) {
+  outcome.help = help_topic(source.text, machine_);
+  if (outcome.help) {
     outcome.value = object_value(&kNoValue);
     if (help_text(machine_, *outcome.help).empty())
       outcome.value = machine_.fail({}, "there is no help on that; help alone lists everything");
