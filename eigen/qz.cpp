@@ -41,7 +41,7 @@ bool allocate(QzStorage& s, aMatrix* a, aMatrix* b, bool with_z) {
   s.values = new_doubles(3 * n);
   s.work = new_doubles(kQzWork * n);
   if (!s.values || !s.work) return false;
-  s.pair = {n, a->re, b->re, s.z.get()};
+  s.pair = {a->rows, a->re, b->re, s.z.get()};
   if (with_z)
     for (std::ptrdiff_t i = 0; i < n; ++i) s.pair.column_of_z(i)[i] = 1.0;
   s.found = {s.values.get(), s.values.get() + n, s.values.get() + 2 * n};

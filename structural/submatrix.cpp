@@ -89,7 +89,8 @@ Anyval* extract(EfiCallContext* context, const aMatrix* a, const Bounds& bounds)
   if (a->re != nullptr && !(re = part_of_block(a->re))) return sError_OutOfMemory;
   Doubles im;
   if (a->im != nullptr && !(im = part_of_block(a->im))) return sError_OutOfMemory;
-  return matrix_result(new_matrix(context, rows, cols, std::move(re), std::move(im)));
+  // Null when the host has no record for it: kept, hosts rely on it.
+  return new_matrix(context, rows, cols, std::move(re), std::move(im));
 }
 
 Anyval* submatrix_worker(EfiCallContext* context, const aMatrix* a, const aComplex* ir,

@@ -52,8 +52,7 @@ std::vector<Recipe> one_of_each_kind() {
 class CallList {
  public:
   CallList(const Target& target, Depth depth, std::uint64_t seed)
-      : target_(target),
-        usual_(with_context(target.function, target.base)),
+      : usual_(with_context(target.function, target.base)),
         full_(depth == Depth::full),
         random_{seed} {
     for (const char c : target.function.name)
@@ -214,7 +213,6 @@ class CallList {
     return function(static_cast<Behaviour>(random_.below(kBehaviours)), form);
   }
 
-  const Target& target_;
   const Arguments usual_;
   const bool full_;
   Random random_;

@@ -41,7 +41,7 @@ struct Choices {
 Choices read_choices(ByteReader& in) {
   Choices choices = {};
   choices.row = in.byte();
-  const int environment = in.byte();
+  [[maybe_unused]] const int environment = in.byte();
 #if MATRIX_HAS_MXCSR
   choices.host_control = matrix_pack::kAllMasked;
   if (environment >= 192) {  // Rounding, denormals as zeros, flags already raised.
