@@ -31,6 +31,7 @@ struct Reduction {
   double* rt;
   double* v;            // The column of R at hand.
   Rotation* rotations;  // Its rotations, from the bottom up.
+  int unclear;          // The first column that may not stay zero below its pivot row.
   RisingRotations beyond;
   RisingRotations all_of_q;
 };
@@ -40,13 +41,17 @@ bool counts(double x, double tol) {
   return !(-tol < x && x < tol);
 }
 
-// Turns rows first...last + 1 of R in the columns c + 1...end - 1, and notes the rotations for the
-// columns beyond and for Q.
+// Turns rows first...last + 1 of R in the columns around c up to end - 1, and notes the rotations
+// for the columns beyond and for Q.
 void turn_rows(Reduction& d, int first, int last, int c, int end) {
   const int count = last - first + 1;
   const Sweep sweep = {0, count, d.rotations};
-  rotation_kernels().turn(end - c - 1, d.rt + element_index(d.n, c + 1, last + 1), -d.n, &sweep, 1,
-                          nullptr);
+  const auto turn = [&](int from, int to) {
+    rotation_kernels().turn(to - from, d.rt + element_index(d.n, from, last + 1), -d.n, &sweep, 1,
+                            nullptr);
+  };
+  if (d.unclear < c) turn(d.unclear, c);
+  turn(c + 1, end);
   if (end < d.n) std::copy_n(d.rotations, count, d.beyond.sweep(first, last));
   std::copy_n(d.rotations, count, d.all_of_q.sweep(first, last));
 }
@@ -68,6 +73,7 @@ bool clear_below(Reduction& d, int p, double tol, const Turn& turn) {
     const double b = d.v[i + 1];
     const Givens g = givens_coeffs(a, b);
     d.v[i] = g.c * a + g.s * b;
+    if (std::isnan(g.c)) d.unclear = 0;
     // The kernel turns the other way round.
     d.rotations[count++] = {g.c, -g.s};
   }
@@ -80,7 +86,11 @@ bool clear_below(Reduction& d, int p, double tol, const Turn& turn) {
 bool reduce_column(Reduction& d, int c, int end, int p) {
   for (int k = 0; k < d.m; ++k) d.v[k] = d.rt[element_index(d.n, c, k)];
   const double norm = std::sqrt(vector_kernels().sum_squares(d.m, d.v));
-  if (norm == 0.0) return false;
+  if (norm == 0.0) {
+    const bool clear = std::all_of(d.v + p, d.v + d.m, [](double x) { return x == 0.0; });
+    if (!clear) d.unclear = std::min(d.unclear, c);
+    return false;
+  }
   const double tol = ((c + 1) * norm * kEps) / std::sqrt(static_cast<double>(d.m - p));
   const bool taken =
       clear_below(d, p, tol, [&](int first, int last) { turn_rows(d, first, last, c, end); });
@@ -128,7 +138,7 @@ const char* qr_core(EfiCallContext* context, aMatrix* a, aMatrix** q, aMatrix** 
   if ((*r)->re != nullptr && m > 0) {
     const Doubles rt = new_part(n, m);
     const Doubles work = new_doubles(std::int64_t{3} * m);
-    Reduction d = {m, n, rt.get(), work.get(), nullptr, {}, {}};
+    Reduction d = {m, n, rt.get(), work.get(), nullptr, n, {}, {}};
     if (!rt || !work || !d.beyond.open(rt.get(), n, n, m) ||
         !d.all_of_q.open(q_elements.get(), m, m, m))
       return kOutOfMemory;

@@ -25,7 +25,8 @@ Givens givens_coeffs(double a, double b);
 //            Matrix Computations, section 5.2). In column c (from 1) elements up to
 //            c |column| eps / sqrt(m - p) are negligible: they take no rotation, and a column with
 //            nothing else takes no pivot row. The norm is not scaled
-// The zeros that a column leaves behind take no further part in rotations.
+// The zeros that a column leaves behind take no further part in rotations, but for one that is not
+// a number. A column whose norm vanishes by underflow is left as it is, and turns with the others.
 const char* qr_core(EfiCallContext* context, aMatrix* a, aMatrix** q, aMatrix** r);
 
 }  // namespace matrix_pack

@@ -9,10 +9,9 @@
 
 namespace matrix_pack::plain {
 
-// (row i, row i + 1) of the columns j0...cols - 1 become (c x + s y, c y - s x). The
-// columns before j0 are zero in both rows.
-inline void givens_apply(const Givens& g, int i, double* m, int rows, int j0, int cols) {
-  for (int j = j0; j < cols; ++j) {
+// (row i, row i + 1) become (c x + s y, c y - s x).
+inline void givens_apply(const Givens& g, int i, double* m, int rows, int cols) {
+  for (int j = 0; j < cols; ++j) {
     double* const column = m + static_cast<std::ptrdiff_t>(j) * rows;
     const double x = column[i];
     const double y = column[i + 1];
@@ -37,8 +36,8 @@ inline void qr(int m, int n, double* r, double* qt) {
       if (negligible(column[k])) continue;
       taken = true;
       const Givens g = givens_coeffs(column[k - 1], column[k]);
-      givens_apply(g, k - 1, r, m, c, n);
-      givens_apply(g, k - 1, qt, m, 0, m);
+      givens_apply(g, k - 1, r, m, n);
+      givens_apply(g, k - 1, qt, m, m);
     }
     if (taken) ++p;
     for (int k = p; k < m; ++k) column[k] = 0.0;

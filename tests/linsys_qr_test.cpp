@@ -1,7 +1,10 @@
 // qr: residuals, the staircase, exact facts, messages, and the bits of the plain loops.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
+#include <string>
+#include <vector>
 
 #include "linsys/linsys.hpp"
 #include "linsys/qr.hpp"
@@ -65,15 +68,37 @@ TEST(Qr, ResidualsAreSmallOverTheZoo) {
   }
 }
 
+// Columns that are not zero where later rotations turn them: the squares of their elements vanish,
+// or a rotation is not a number.
+std::vector<Specimen> unclear_specimens() {
+  std::vector<Specimen> all;
+  for (const int vanishing : {0, 3, 34}) {
+    Dense a = random_dense(45, 40, 5);
+    for (int i = 0; i < a.rows; ++i) a(i, vanishing) *= 1e-200;
+    all.push_back({"vanishing " + std::to_string(vanishing), a});
+    a(20, 38) = std::numeric_limits<double>::quiet_NaN();
+    all.push_back({"and not a number", a});
+  }
+  return all;
+}
+
+void expect_same(const Dense& a, const Dense& b, const std::string& name) {
+  for (std::size_t k = 0; k < a.a.size(); ++k)
+    ASSERT_TRUE(a.a[k] == b.a[k] || (std::isnan(a.a[k]) && std::isnan(b.a[k])))
+        << name << " at " << k << ": " << a.a[k] << ", " << b.a[k];
+}
+
 TEST(Qr, HasTheBitsOfThePlainLoops) {
-  testing::for_each_kernel_set([] {
-    for (const auto& [name, a] : specimens()) {
+  std::vector<Specimen> all = specimens();
+  for (auto& specimen : unclear_specimens()) all.push_back(specimen);
+  testing::for_each_kernel_set([&] {
+    for (const auto& [name, a] : all) {
       Dense r = a;
       Dense qt(a.rows, a.rows);
       plain::qr(a.rows, a.cols, r.a.data(), qt.a.data());
       const Factors f = factors_of(a);
-      EXPECT_EQ(f.r.a, r.a) << name;
-      EXPECT_EQ(f.q.a, transposed(qt).a) << name;
+      expect_same(f.r, r, name + ", R");
+      expect_same(f.q, transposed(qt), name + ", Q");
     }
   });
 }
