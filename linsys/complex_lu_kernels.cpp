@@ -81,10 +81,43 @@ void raise_to_moduli(Index n, ConstSplit x, const double* factor, double* __rest
   }
 }
 
+// Whether the modulus of every element is computed without a fault.
+bool all_moduli_are_safe(Index n, ConstSplit a, Index ld) {
+  bool safe = true;
+  by_height(n, [=, &safe]<int H>(Height<H>) {
+    Run<H> largest = {};
+    const auto take = [=, &largest](ConstSplit x) {
+      const ComplexRun<H> run = load<H>(x);
+      largest = larger_bits(larger_bits(largest, magnitudes(run.re)), magnitudes(run.im));
+    };
+    for (Index j = 0; j < n; ++j) {
+      for (Index i = 0; i + H < n; i += H) take(a + i + j * ld);
+      take(a + (n - H) + j * ld);
+    }
+    double lanes[H];
+    store(lanes, largest);
+    for (const double lane : lanes) safe = safe && __builtin_isless(lane, kSafePart);
+  });
+  return safe;
+}
+
+// Largest modulus in a row of n elements, marked when one is out of range.
+double largest_in_row(Index n, ConstSplit row, Index ld) {
+  double largest = 0.0;
+  for (Index j = 0; j < n; ++j) {
+    double t;
+    if (!modulus_in_range(element(row + j * ld), &t)) return kMarked;
+    largest = t > largest ? t : largest;
+  }
+  return largest;
+}
+
 Pivoting scale_rows(Index n, ConstSplit a, Index ld, double* scale) {
+  const bool safe = all_moduli_are_safe(n, a, ld);
   for (Index i = 0; i < n; ++i) scale[i] = 0.0;
-  for (Index j = 0; j < n; ++j) raise_to_moduli(n, a + j * ld, nullptr, scale);
+  for (Index j = 0; j < n && safe; ++j) raise_to_moduli(n, a + j * ld, nullptr, scale);
   for (Index i = 0; i < n; ++i) {
+    if (!safe) scale[i] = largest_in_row(n, a + i, ld);
     if (is_marked(scale[i])) return Pivoting::modulus_overflow;
     if (scale[i] == 0.0) return Pivoting::zero_pivot;
     scale[i] = 1.0 / scale[i];

@@ -7,15 +7,27 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
+// Largest magnitude in a row of n elements; faults where a NaN is compared.
+double largest_in_row(Index n, const double* row, Index ld) {
+  double largest = 0.0;
+  for (Index j = 0; j < n; ++j) {
+    const double t = __builtin_fabs(row[j * ld]);
+    largest = t > largest ? t : largest;
+  }
+  return largest;
+}
+
 Pivoting scale_rows(Index n, const double* a, Index ld, double* scale) {
   by_height(n, [=]<int H>(Height<H>) {
     map_runs<H>(n, scale, [=](Index i) {
       Run<H> largest = {};
-      for (Index j = 0; j < n; ++j) largest = larger(largest, magnitudes(load<H>(a + i + j * ld)));
+      for (Index j = 0; j < n; ++j)
+        largest = larger_bits(largest, magnitudes(load<H>(a + i + j * ld)));
       return largest;
     });
   });
   for (Index i = 0; i < n; ++i) {
+    if (__builtin_isnan(scale[i])) scale[i] = largest_in_row(n, a + i, ld);
     if (scale[i] == 0.0) return Pivoting::zero_pivot;
     scale[i] = 1.0 / scale[i];
   }

@@ -22,7 +22,8 @@ struct Elimination {
 };
 
 struct LuKernels {
-  // scale[i] = 1 / largest |a(i,j)| of row i, unless a row is zero.
+  // scale[i] = 1 / largest |a(i,j)| of row i, unless a row is zero. Faults come in the order of the
+  // rows, as a zero row does.
   Pivoting (*scale_rows)(Index n, const double* a, Index ld, double* scale);
 
   // Eliminates columns k0 to k1 - 1 of rows k0 to n - 1, one at a time, right-looking. The pivot is

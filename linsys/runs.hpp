@@ -15,10 +15,12 @@ namespace {
 template <int W>
 struct VectorOf {
   typedef double Type __attribute__((vector_size(8 * W)));
+  typedef long long Bits __attribute__((vector_size(8 * W)));
 };
 template <>
 struct VectorOf<1> {
   typedef double Type;
+  typedef long long Bits;
 };
 
 template <int H>
@@ -73,6 +75,21 @@ MATRIX_LANES_INLINE Run<H> larger(Run<H> old, const Run<H>& x) {
   MATRIX_UNROLL
   for (int v = 0; v < Run<H>::kVectors; ++v)
     old.part[v] = x.part[v] > old.part[v] ? x.part[v] : old.part[v];
+  return old;
+}
+
+// The larger one of each pair of magnitudes, by their bits: a NaN is larger than all numbers, and
+// nothing faults.
+template <int H>
+MATRIX_LANES_INLINE Run<H> larger_bits(Run<H> old, const Run<H>& x) {
+  using R = Run<H>;
+  using Bits = typename VectorOf<R::kVectorWidth>::Bits;
+  MATRIX_UNROLL
+  for (int v = 0; v < R::kVectors; ++v) {
+    const Bits bits = __builtin_bit_cast(Bits, x.part[v]);
+    const Bits old_bits = __builtin_bit_cast(Bits, old.part[v]);
+    old.part[v] = bits > old_bits ? x.part[v] : old.part[v];
+  }
   return old;
 }
 

@@ -27,6 +27,7 @@ constexpr double kDenormal = std::numeric_limits<double>::denorm_min();
 constexpr const char* kInvalid = "floating point error";
 constexpr const char* kOverflow = "overflow";
 constexpr const char* kZeroDivide = "singularity";
+constexpr const char* kSingular = "singular matrix";
 
 struct Case {
   const char* function;
@@ -65,6 +66,13 @@ const Case kCases[] = {
     {"svd", kZeroDivide, {{0, 1e-200}, {0, kDenormal}}},
     {"inv", kInvalid, {{kInf}}},
     {"inv", kOverflow, {{kDenormal}}},
+    // Of several rows that fail, the first one counts.
+    {"inv", kSingular, {{0, 0}, {kNaN, 1}}},
+    {"inv", kInvalid, {{kNaN, 1}, {0, 0}}},
+    {"inv", kOverflow, {{kDenormal, 0}, {kNaN, 1}}},
+    {"inv", kSingular, {{0, 0}, {{1e200, 1e200}, 1}}, {}, true},
+    {"inv", kOverflow, {{{1e200, 1e200}, 1}, {0, 0}}, {}, true},
+    {"condi", kSingular, {{1, 0, 0}, {0, 0, 0}, {{kNaN, 1}, 1, 0}}, {}, true},
 };
 
 aMatrix* real_matrix(TestHost& host, ComplexRows rows) {
