@@ -1,5 +1,7 @@
 // Eigenvalues and eigenvectors of a complex matrix: balance, reduce, iterate, and for the vectors
 // back-substitute, transform back, scale.
+#include <algorithm>
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -89,7 +91,8 @@ const char* complex_eigenvectors(EfiCallContext* context, aMatrix* matrix, aMatr
           complex_qr_with_vectors(a, b, kMostSweepsForVectors, work.wr.get(), work.wi.get(), v))
     return message;
 
-  triangular_vectors(a, kEps * triangular_norm(a), last.get());
+  const double smallest = std::numeric_limits<double>::denorm_min();
+  triangular_vectors(a, std::max(kEps * triangular_norm(a), smallest), last.get());
   if (!transform_vectors(b, a, last.get(), v)) return kOutOfMemory;
   undo_balance(b, v);
   scale_to_largest(v);
