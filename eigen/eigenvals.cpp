@@ -38,7 +38,7 @@ using namespace matrix_pack;
 Anyval* eigenvals(EfiCallContext* context, Anyval* matrix, Anyval* tolerance) {
   return guarded(context, [=] {
     if (!is_matrix(matrix)) return call_error(context, "must be array");
-    return eigenvals_worker(context, as_matrix(matrix), as_scalar(tolerance)->re);
+    return eigenvals_worker(context, as_matrix(matrix), context_value(tolerance));
   });
 }
 
