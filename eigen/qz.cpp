@@ -64,57 +64,70 @@ void clear_small(const QzStorage& s) {
     if (std::fabs(values[i]) <= tolerance) values[i] = 0.0;
 }
 
-bool is_finite(const QzValues& v, std::ptrdiff_t i) {
-  return v.beta[i] != 0.0 || (v.alfr[i] == 0.0 && v.alfi[i] == 0.0);
+// Calls visit(i, column, sign) for each eigenvalue to be listed, in order: its number, and where
+// its vector stands. With a sign, that is the real part, the imaginary part times the sign follows.
+// Of a complex pair the first one decides for both. Infinite eigenvalues are not listed.
+template <class Visit>
+void for_each_listed(const QzStorage& s, const Visit& visit) {
+  const QzValues& v = s.found;
+  for (std::ptrdiff_t i = 0; i < s.n(); ++i) {
+    if (v.beta[i] == 0.0 && (v.alfr[i] != 0.0 || v.alfi[i] != 0.0)) continue;
+    if (v.beta[i] == 0.0 || v.alfi[i] == 0.0) {
+      visit(i, i, 0);
+    } else if (v.alfi[i] < 0.0) {  // The first of the pair has become real, being tiny.
+      visit(i, i - 1, -1);
+    } else {
+      visit(i, i, 1);
+      visit(i + 1, i, -1);
+      ++i;
+    }
+  }
 }
 
-int count_finite(const QzStorage& s) {
+int count_listed(const QzStorage& s) {
   int count = 0;
-  for (std::ptrdiff_t i = 0; i < s.n(); ++i) count += is_finite(s.found, i);
+  for_each_listed(s, [&](auto...) { ++count; });
   return count;
 }
 
 aMatrix* list_values(EfiCallContext* context, const QzStorage& s, int count) {
-  const QzValues& v = s.found;
   Doubles re = new_zero_part(count, 1);
   Doubles im = new_zero_part(count, 1);
   if (!re || !im) return nullptr;
-  double* to_re = re.get();
-  double* to_im = im.get();
-  for (std::ptrdiff_t i = 0; i < s.n(); ++i) {
-    if (!is_finite(v, i)) continue;
-    if (v.beta[i] != 0.0) {
-      *to_re = v.alfr[i] / v.beta[i];
-      *to_im = v.alfi[i] / v.beta[i];
+  const QzValues& v = s.found;
+  std::size_t k = 0;
+  for_each_listed(s, [&](std::ptrdiff_t i, std::ptrdiff_t, int sign) {
+    if (sign != 0 || v.beta[i] != 0.0) {
+      re[k] = v.alfr[i] / v.beta[i];
+      im[k] = v.alfi[i] / v.beta[i];
     }
-    ++to_re;
-    ++to_im;
-  }
+    ++k;
+  });
   return new_matrix(context, count, 1, std::move(re), std::move(im));
 }
 
-// The vectors of the eigenvalues listed. A complex pair shares the columns of its first one, which
-// has the positive imaginary part: real part, imaginary part.
+// The vectors of the eigenvalues listed. There is an imaginary array when it is not zero.
 aMatrix* list_vectors(EfiCallContext* context, const QzStorage& s, int count) {
-  const QzValues& v = s.found;
   const std::ptrdiff_t n = s.n();
-  const bool complex = std::any_of(v.alfi, v.alfi + n, [](double im) { return im != 0.0; });
+  bool complex = false;
+  for_each_listed(s, [&](std::ptrdiff_t, std::ptrdiff_t column, int sign) {
+    const double* const im = s.pair.column_of_z(column) + n;
+    complex = complex || (sign != 0 && std::any_of(im, im + n, [](double x) { return x != 0.0; }));
+  });
   Doubles re = new_part(n, count);
   Doubles im = complex ? new_zero_part(n, count) : nullptr;
   if (!re || (complex && !im)) return nullptr;
   double* to_re = re.get();
   double* to_im = im.get();
-  for (std::ptrdiff_t i = 0; i < n; ++i) {
-    if (!is_finite(v, i)) continue;
-    const double sign = v.alfi[i];
-    const double* from = s.pair.column_of_z(sign < 0.0 ? i - 1 : i);
-    std::copy(from, from + n, to_re);
-    if (sign > 0.0) std::copy(from + n, from + 2 * n, to_im);
+  for_each_listed(s, [&](std::ptrdiff_t, std::ptrdiff_t column, int sign) {
+    const double* const from = s.pair.column_of_z(column);
+    to_re = std::copy(from, from + n, to_re);
+    if (!complex) return;
+    if (sign > 0) std::copy(from + n, from + 2 * n, to_im);
     // Not the negative, which would make zeros negative too.
-    if (sign < 0.0) std::transform(from + n, from + 2 * n, to_im, [](double x) { return 0.0 - x; });
-    to_re += n;
-    if (complex) to_im += n;
-  }
+    if (sign < 0) std::transform(from + n, from + 2 * n, to_im, [](double x) { return 0.0 - x; });
+    to_im += n;
+  });
   return new_matrix(context, static_cast<int>(n), count, std::move(re), std::move(im));
 }
 
@@ -126,7 +139,7 @@ const char* drive(EfiCallContext* context, aMatrix* a, aMatrix* b, aMatrix** val
   if (!allocate(s, a, b, vectors != nullptr)) return kOutOfMemory;
   if (const char* message = run_stages(s)) return message;
   clear_small(s);
-  *count = count_finite(s);
+  *count = count_listed(s);
   if (*count == 0) return nullptr;
   *values = list_values(context, s, *count);
   if (*values == nullptr) return kOutOfMemory;

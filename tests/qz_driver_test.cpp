@@ -270,6 +270,33 @@ TEST(QzDriver, SmallAlphaAndBetaCountAsZero) {
   EXPECT_EQ(values_of(diagonal({zero, 1}), diagonal({zero, 1})), real({0, 1}));
 }
 
+// The two of a pair have betas of their own, and so imaginary parts of their own: in a tiny problem
+// one of these may count as zero.
+TEST(QzDriver, TheFirstOfAPairDecidesForBoth) {
+  TestHost host;
+  const Found found = drive(
+      host,
+      {2,
+       2,
+       {3.5848208641483966e-16, 7.86230941047114e-16, -2.98838044775872e-16,
+        -4.460237591529929e-16}},
+      {2,
+       2,
+       {-0.02935807897683495, 0.1671487944828112, -0.019581625532336482, -0.19076575746273292}});
+  ASSERT_EQ(found.count, 2);
+  EXPECT_NE(found.values[0].imag(), 0);
+  EXPECT_EQ(found.values[1].imag(), 0);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(re(found.vectors, i, 1), re(found.vectors, i, 0));
+    EXPECT_EQ(im(found.vectors, i, 1), -im(found.vectors, i, 0));
+  }
+  // An infinite pair leaves no imaginary array behind.
+  const Dense turning = {3, 3, {0, -1, 0, 1, 0, 0, 0, 0, 0}};
+  const Found real = drive(host, turning, diagonal({1e-17, 1e-17, 0}));
+  ASSERT_EQ(real.values, Values({0}));
+  EXPECT_EQ(real.vectors->im, nullptr);
+}
+
 // The discriminant of [1 x; -x 1] in its scaled block is -(x / (1 + x))^2.
 TEST(QzDriver, TinyDiscriminantMeansADoubleRealEigenvalue) {
   const double bound = std::sqrt(2.0) * 2.220446049250313e-14;
