@@ -204,8 +204,8 @@ TEST(Eigen, SmallMatricesGiveExactVectors) {
   expect_complex_matrix(vectors(host.matrix({{1, 0}, {0.75, 2}})), {{0, 0.8}, {1, -0.6}});
   // Divisors that are zero, in matrices that are next to nothing or nothing.
   expect_complex_matrix(vectors(host.complex_matrix({{0, 0}, {0, 0}})), {{1, 0}, {0, 1}});
-  const auto defective = elements(as_result_matrix(
-      vectors(host.complex_matrix({{{0, 1e-310}, 1e-309}, {0, {0, 1e-310}}}))));
+  const auto defective = elements(
+      as_result_matrix(vectors(host.complex_matrix({{{0, 1e-310}, 1e-309}, {0, {0, 1e-310}}}))));
   EXPECT_EQ(defective[0], Complex(1));
   EXPECT_NEAR(std::abs(defective[2]), 1, 1e-10) << "but for a tiny one, the same vector again";
 }
