@@ -7,6 +7,7 @@
 #include "linsys/linsys.hpp"
 #include "linsys/ludecomp.hpp"
 #include "pack/exports.hpp"
+#include "pack/fp_control.hpp"
 #include "tests/support/test_host.hpp"
 #include "tests/support/zoo.hpp"
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "pack/fp_control.hpp"
 #include "tests/support/call_corpus.hpp"
 
 namespace {

@@ -292,9 +292,9 @@ TEST(QzDriver, TheFirstOfAPairDecidesForBoth) {
   }
   // An infinite pair leaves no imaginary array behind.
   const Dense turning = {3, 3, {0, -1, 0, 1, 0, 0, 0, 0, 0}};
-  const Found real = drive(host, turning, diagonal({1e-17, 1e-17, 0}));
-  ASSERT_EQ(real.values, Values({0}));
-  EXPECT_EQ(real.vectors->im, nullptr);
+  const Found alone = drive(host, turning, diagonal({1e-17, 1e-17, 0}));
+  ASSERT_EQ(alone.values, real({0}));
+  EXPECT_EQ(alone.vectors->im, nullptr);
 }
 
 // The discriminant of [1 x; -x 1] in its scaled block is -(x / (1 + x))^2.
