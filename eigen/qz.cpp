@@ -72,14 +72,14 @@ void for_each_listed(const QzStorage& s, const Visit& visit) {
   const QzValues& v = s.found;
   for (std::ptrdiff_t i = 0; i < s.n(); ++i) {
     if (v.beta[i] == 0.0 && (v.alfr[i] != 0.0 || v.alfi[i] != 0.0)) continue;
-    if (v.beta[i] == 0.0 || v.alfi[i] == 0.0) {
-      visit(i, i, 0);
-    } else if (v.alfi[i] < 0.0) {  // The first of the pair has become real, being tiny.
-      visit(i, i - 1, -1);
-    } else {
+    if (v.alfi[i] > 0.0) {
       visit(i, i, 1);
       visit(i + 1, i, -1);
       ++i;
+    } else if (v.alfi[i] < 0.0) {  // The first of the pair has become real, being tiny.
+      visit(i, i - 1, -1);
+    } else {
+      visit(i, i, 0);
     }
   }
 }
