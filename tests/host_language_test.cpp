@@ -155,7 +155,7 @@ TEST(Language, SyntaxErrorsSayWhatAndWhere) {
   expect_values({
       {"1 +", "syntax: expected an operand (column 4)"},
       {"(1 + 2", "syntax: expected ')' (column 7)"},
-      {"  [1, 2; 3]", "syntax: this row has 1 elements, the first one 2 (column 10)"},
+      {"  [1, 2; 3]", "syntax: this row has length 1, the first one 2 (column 10)"},
       {"[]", "syntax: expected an element (column 2)"},
       {"x = = 3", "syntax: expected an expression (column 5)"},
       {"2x", "syntax: a number ends in a letter (column 2)"},

@@ -218,7 +218,7 @@ NodePtr Compiler::matrix(const Tree& tree) {
   for (const auto& row : tree.children) {
     if (row->children.size() != cols)
       fail(*row,
-           fmt::format("this row has {} elements, the first one {}", row->children.size(), cols));
+           fmt::format("this row has length {}, the first one {}", row->children.size(), cols));
     for (const auto& element : row->children) elements.push_back(node(*element));
   }
   return std::make_unique<MatrixNode>(span_of(tree), cols, std::move(elements));
