@@ -8,8 +8,6 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-typedef long long VectorBits __attribute__((vector_size(8 * kWidth)));
-
 struct Candidate {
   double weight;
   Index row;
@@ -17,8 +15,6 @@ struct Candidate {
 
 // Which one of equally heavy candidates wins.
 enum class Tie { last, first };
-
-typedef long long VectorBits __attribute__((vector_size(8 * kWidth)));
 
 MATRIX_LANES_INLINE VectorBits rows_from(Index first) {
   VectorBits rows;
