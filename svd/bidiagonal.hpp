@@ -23,14 +23,17 @@ struct RowVectors {
   std::ptrdiff_t step;
 };
 
+// Doubles of work that bidiagonalise needs.
+std::ptrdiff_t bidiagonalise_work(std::ptrdiff_t m, std::ptrdiff_t n);
+
 // Reduces b.a by Householder reflections, in turn of columns and of rows.
 //   b        on return w and rv1, and from row i of column i on the vector of column step i; what
 //            stands above is of no use. Both vectors have the size of the column or row
-//   f        n doubles of work
+//   work     bidiagonalise_work(m, n) doubles
 //   returns  the largest |w[i]| + |rv1[i]|
-//   cost     4 (m n^2 - n^3 / 3) flops; three passes over memory a step, one of them writing
+//   cost     4 (m n^2 - n^3 / 3) flops; two passes over memory a step, one of them writing
 //   method   Golub and Reinsch, Handbook for Automatic Computation II (1971), contribution I/10,
 //            each column and row divided by the sum of its magnitudes
-double bidiagonalise(const Bidiagonal& b, const RowVectors& row_vectors, double* f);
+double bidiagonalise(const Bidiagonal& b, const RowVectors& row_vectors, double* work);
 
 }  // namespace matrix_pack

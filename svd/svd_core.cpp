@@ -44,7 +44,7 @@ const char* svd_core(aMatrix* u, aMatrix* v, aMatrix* s) {
   if (m < n) return "number of rows less than number of columns";
   // A matrix without a real array is zero; its U is not.
   if (u->re == nullptr) u->re = new_zero_part(m, n).release();
-  const Index shared = std::max(RecordedRotations::work_size(n), m + n);
+  const Index shared = std::max(RecordedRotations::work_size(n), bidiagonalise_work(m, n));
   const Doubles work = new_doubles(n + n * n + shared);
   const std::unique_ptr<Index[]> order(new (std::nothrow) Index[static_cast<std::size_t>(n)]);
   if (u->re == nullptr || !work || !order) return "out of memory";

@@ -79,24 +79,17 @@ void reflect_columns(Index lead, Index rows, Index cols, double* a, Index ld, co
 
 // --- Both steps of the bidiagonalization ---
 
-// Rows that are taken together: their partial sums stay in the first cache, and their part of the
-// matrix in the second, from the column step to the row step.
-constexpr Index kStepRows = 128;
-
-// Columns 0, 8, 16... of a: the column step, and their terms of one partial sum for each row.
+// Columns 0, 8, 16... of a after the column step: their terms of one partial sum for each row.
 template <bool kColumnStep, int kColumns>
-MATRIX_LANES_INLINE void update_and_sum(Index rows, double* a, Index ld, const double* f,
-                                        const double* u, const double* x, double* sums) {
+MATRIX_LANES_INLINE void add_terms(Index rows, const double* a, Index ld, const double* f,
+                                   const double* u, const double* x, double* sums) {
   const Index stride = kLanes * ld;
   over_elements(
       0, rows, [&]<class V>(Index j, V) __attribute__((always_inline)) {
         V sum = load<V>(sums + j);
         for (int k = 0; k < kColumns; ++k) {
           V ajk = load<V>(a + k * stride + j);
-          if constexpr (kColumnStep) {
-            ajk += load<V>(u + j) * f[k * kLanes];
-            store(a + k * stride + j, ajk);
-          }
+          if constexpr (kColumnStep) ajk += load<V>(u + j) * f[k * kLanes];
           sum += ajk * x[k * kLanes];
         }
         store(sums + j, sum);
@@ -105,52 +98,104 @@ MATRIX_LANES_INLINE void update_and_sum(Index rows, double* a, Index ld, const d
 
 // The same for those of the columns k, k + 8, k + 16 and k + 24 that exist.
 template <bool kColumnStep>
-void update_lane(Index rows, Index k, Index cols, double* a, Index ld, const double* f,
-                 const double* u, const double* x, double* sums) {
+void add_lane(Index rows, Index k, Index cols, const double* a, Index ld, const double* f,
+              const double* u, const double* x, double* sums) {
   a += k * ld;
   x += k;
   if constexpr (kColumnStep) f += k;
   switch (smaller(4, (cols - k + kLanes - 1) / kLanes)) {
     case 1:
-      return update_and_sum<kColumnStep, 1>(rows, a, ld, f, u, x, sums);
+      return add_terms<kColumnStep, 1>(rows, a, ld, f, u, x, sums);
     case 2:
-      return update_and_sum<kColumnStep, 2>(rows, a, ld, f, u, x, sums);
+      return add_terms<kColumnStep, 2>(rows, a, ld, f, u, x, sums);
     case 3:
-      return update_and_sum<kColumnStep, 3>(rows, a, ld, f, u, x, sums);
+      return add_terms<kColumnStep, 3>(rows, a, ld, f, u, x, sums);
     default:
-      return update_and_sum<kColumnStep, 4>(rows, a, ld, f, u, x, sums);
+      return add_terms<kColumnStep, 4>(rows, a, ld, f, u, x, sums);
   }
 }
 
 template <bool kColumnStep>
-void reflect_rows(Index rows, Index cols, double* a, Index ld, const double* f, const double* u,
-                  const double* x, const double* y) {
-  double sums[kLanes][kStepRows];
-  for (auto& lane : sums)
-    for (Index j = 0; j < rows; ++j) lane[j] = 0.0;
+void sums_of_rows(Index rows, Index cols, const double* a, Index ld, const double* f,
+                  const double* u, const double* x, double* sums, double* t) {
+  for (Index j = 0; j < kLanes * rows; ++j) sums[j] = 0.0;
   for (Index k = 0; k < cols; k += 4 * kLanes)
     for (Index q = 0; q < smaller(kLanes, cols - k); ++q)
-      update_lane<kColumnStep>(rows, k + q, cols, a, ld, f, u, x, sums[q]);
-  double t[kStepRows];
-  for (Index j = 0; j < rows; ++j)
-    t[j] = ((sums[0][j] + sums[4][j]) + (sums[2][j] + sums[6][j])) +
-           ((sums[1][j] + sums[5][j]) + (sums[3][j] + sums[7][j]));
-  add_outer(rows, cols, a, ld, t, y);
+      add_lane<kColumnStep>(rows, k + q, cols, a, ld, f, u, x, sums + q * rows);
+  const auto pair = [=]<class V>(Index q, Index j, V) __attribute__((always_inline)) {
+    return load<V>(sums + q * rows + j) + load<V>(sums + (q + 4) * rows + j);
+  };
+  over_elements(
+      0, rows, [=]<class V>(Index j, V v) __attribute__((always_inline)) {
+        store(t + j, (pair(0, j, v) + pair(2, j, v)) + (pair(1, j, v) + pair(3, j, v)));
+      });
 }
 
-void reflect_both(Index rows, Index cols, double* a, Index ld, const double* f, const double* u,
-                  const double* x, const double* y) {
-  for (Index j = 0; j < rows; j += kStepRows) {
-    const Index count = smaller(kStepRows, rows - j);
+void row_sums(Index rows, Index cols, const double* a, Index ld, const double* f, const double* u,
+              const double* x, double* sums, double* t) {
+  for (Index j = 0; j < rows; j += kSumRows) {
+    const Index count = smaller(kSumRows, rows - j);
     if (f != nullptr)
-      reflect_rows<true>(count, cols, a + j, ld, f, u + j, x, y);
+      sums_of_rows<true>(count, cols, a + j, ld, f, u + j, x, sums, t + j);
     else
-      reflect_rows<false>(count, cols, a + j, ld, f, u, x, y);
+      sums_of_rows<false>(count, cols, a + j, ld, f, u, x, sums, t + j);
   }
+}
+
+// Both updates of a few columns, and their dot products with x, which replace f.
+template <int kColumns>
+MATRIX_LANES_INLINE void update_and_dot(Index rows, double* a, Index ld, double* f, const double* u,
+                                        const double* t, const double* y, const double* x) {
+  const auto updated = [=]<class V>(Index k, Index j, V) __attribute__((always_inline)) {
+    double* const ajk = a + k * ld + j;
+    V r = load<V>(ajk) + load<V>(u + j) * f[k];
+    r += load<V>(t + j) * y[k];
+    store(ajk, r);
+    return r;
+  };
+  Lanes sums[kColumns] = {};
+  Index whole = 0;
+  for (; whole + kLanes <= rows; whole += kLanes)
+    for (int p = 0; p < kParts; ++p) {
+      const Index j = whole + p * kWidth;
+      for (int k = 0; k < kColumns; ++k)
+        sums[k].part[p] += updated(k, j, Vector{}) * load_vector(x + j);
+    }
+  for (int k = 0; k < kColumns; ++k) {
+    double s[kLanes];
+    store_lanes(s, sums[k]);
+    over_elements(
+        whole, rows, [&]<class V>(Index j, V) __attribute__((always_inline)) {
+          double* const sj = s + (j - whole);
+          store(sj, load<V>(sj) + updated(k, j, V{}) * load<V>(x + j));
+        });
+    f[k] = join(s);
+  }
+}
+
+void reflect_both(Index rows, Index cols, double* a, Index ld, double* f, const double* u,
+                  const double* t, const double* y, const double* x) {
+  if (u != nullptr && t != nullptr && x != nullptr) {
+    // From the last column on: it was the last one that the sums of rows have read.
+    Index k = cols;
+    for (; k % 4 != 0; --k)
+      update_and_dot<1>(rows, a + (k - 1) * ld, ld, f + k - 1, u, t, y + k - 1, x);
+    if (k % kWidth != 0) {
+      k -= 4;
+      update_and_dot<4>(rows, a + k * ld, ld, f + k, u, t, y + k, x);
+    }
+    for (; k > 0; k -= kWidth)
+      update_and_dot<kWidth>(rows, a + (k - kWidth) * ld, ld, f + k - kWidth, u, t, y + k - kWidth,
+                             x);
+    return;
+  }
+  if (u != nullptr) add_outer(rows, cols, a, ld, u, f);
+  if (t != nullptr) add_outer(rows, cols, a, ld, t, y);
+  if (x != nullptr) column_dots(rows, cols, a, ld, x, f);
 }
 
 }  // namespace
 
-const SvdKernels svd_kernels_table = {column_dots, reflect_both, reflect_columns};
+const SvdKernels svd_kernels_table = {row_sums, reflect_both, reflect_columns};
 
 }  // namespace matrix_pack::MATRIX_KERNEL_SET

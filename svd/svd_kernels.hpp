@@ -9,17 +9,26 @@
 
 namespace matrix_pack {
 
-struct SvdKernels {
-  // dots[k] = the dot product of column k of the rows x cols array a with x
-  void (*column_dots)(std::ptrdiff_t rows, std::ptrdiff_t cols, const double* a, std::ptrdiff_t ld,
-                      const double* x, double* dots);
+// Rows that row_sums takes at a time: their partial sums stay in the second cache.
+inline constexpr std::ptrdiff_t kSumRows = 4096;
+// Doubles of work that it needs for these.
+inline std::ptrdiff_t row_sums_work(std::ptrdiff_t rows) {
+  return 8 * (rows < kSumRows ? rows : kSumRows);
+}
 
-  // Both steps of a two-sided reflection of the rows x cols array a, in one pass over memory:
-  //   a(j,k) += f[k] * u[j]                          the column step; none when f is null
-  //   t[j] = sum over k of a(j,k) * x[k]
-  //   a(j,k) += t[j] * y[k]                          the row step
+struct SvdKernels {
+  // t[j] = sum over k of (a(j,k) + f[k] * u[j]) * x[k], of the rows x cols array a; without f the
+  // sum over k of a(j,k) * x[k]
+  void (*row_sums)(std::ptrdiff_t rows, std::ptrdiff_t cols, const double* a, std::ptrdiff_t ld,
+                   const double* f, const double* u, const double* x, double* work, double* t);
+
+  // A two-sided reflection of the rows x cols array a, and the dot products that begin the next:
+  //   a(j,k) += f[k] * u[j]                          the column step; none when u is null
+  //   a(j,k) += t[j] * y[k]                          the row step; none when t is null
+  //   f[k] = sum over j of a(j,k) * x[j]             unless x is null
   void (*reflect_both)(std::ptrdiff_t rows, std::ptrdiff_t cols, double* a, std::ptrdiff_t ld,
-                       const double* f, const double* u, const double* x, const double* y);
+                       double* f, const double* u, const double* t, const double* y,
+                       const double* x);
 
   // One reflection of each column of the rows x cols array a, whose first `lead` rows (0 or 1) do
   // not enter the sums:

@@ -28,11 +28,11 @@ const char* svds_core(aMatrix* m) {
   const Doubles rv1 = new_doubles(n);
   const Doubles w = new_doubles(n);
   const Doubles row = new_doubles(n);
-  const Doubles f = new_doubles(n);
-  if (!rv1 || !w || !row || !f) return "out of memory";
+  const Doubles work = new_doubles(bidiagonalise_work(m->rows, n));
+  if (!rv1 || !w || !row || !work) return "out of memory";
 
   const Bidiagonal b = {m->rows, n, m->re, ld, w.get(), rv1.get()};
-  const double anorm = bidiagonalise(b, {row.get(), 0}, f.get());
+  const double anorm = bidiagonalise(b, {row.get(), 0}, work.get());
   NoRotations rotations;
   if (const char* message = diagonalise(n, w.get(), rv1.get(), negligible(anorm), rotations))
     return message;
