@@ -14,27 +14,53 @@ Index smaller(Index a, Index b) {
 
 // --- Dot products and rank-one updates of several columns at once ---
 
-template <int kColumns>
-MATRIX_LANES_INLINE void dots_of(Index rows, const double* a, Index ld, const double* x,
-                                 double* dots) {
+// dots[k] = the dot product of column k with x; elements(j, V{})(k) gives those of column k from
+// row j on.
+template <int kColumns, class Elements>
+MATRIX_LANES_INLINE void dots_with(Index rows, const double* x, double* dots, Elements elements) {
   Lanes sums[kColumns] = {};
   Index whole = 0;
   for (; whole + kLanes <= rows; whole += kLanes)
     for (int p = 0; p < kParts; ++p) {
       const Index j = whole + p * kWidth;
       const Vector xj = load_vector(x + j);
-      for (int k = 0; k < kColumns; ++k) sums[k].part[p] += load_vector(a + k * ld + j) * xj;
+      const auto column = elements(j, Vector{});
+      for (int k = 0; k < kColumns; ++k) sums[k].part[p] += column(k) * xj;
     }
   for (int k = 0; k < kColumns; ++k) {
     double s[kLanes];
     store_lanes(s, sums[k]);
     over_elements(
-        whole, rows, [&]<class V>(Index j, V) __attribute__((always_inline)) {
+        whole, rows, [&]<class V>(Index j, V v) __attribute__((always_inline)) {
           double* const sj = s + (j - whole);
-          store(sj, load<V>(sj) + load<V>(a + k * ld + j) * load<V>(x + j));
+          store(sj, load<V>(sj) + elements(j, v)(k) * load<V>(x + j));
         });
     dots[k] = join(s);
   }
+}
+
+// The factors of a few columns, `step` apart: copies, which a store to the array cannot change.
+template <int kColumns>
+struct Factors {
+  double of[kColumns];
+};
+
+template <int kColumns>
+MATRIX_LANES_INLINE Factors<kColumns> factors(const double* f, Index step = 1) {
+  Factors<kColumns> copies;
+  for (int k = 0; k < kColumns; ++k) copies.of[k] = f[k * step];
+  return copies;
+}
+
+template <int kColumns>
+MATRIX_LANES_INLINE void dots_of(Index rows, const double* a, Index ld, const double* x,
+                                 double* dots) {
+  dots_with<kColumns>(
+      rows, x, dots, [=]<class V>(Index j, V) __attribute__((always_inline)) {
+        return [=](int k) __attribute__((always_inline)) {
+          return load<V>(a + k * ld + j);
+        };
+      });
 }
 
 void column_dots(Index rows, Index cols, const double* a, Index ld, const double* x, double* dots) {
@@ -47,11 +73,12 @@ void column_dots(Index rows, Index cols, const double* a, Index ld, const double
 template <int kColumns>
 MATRIX_LANES_INLINE void add_outer_to(Index rows, double* a, Index ld, const double* u,
                                       const double* f) {
+  const auto factor = factors<kColumns>(f);
   over_elements(
-      0, rows, [&]<class V>(Index j, V) __attribute__((always_inline)) {
+      0, rows, [=]<class V>(Index j, V) __attribute__((always_inline)) {
         const V uj = load<V>(u + j);
         for (int k = 0; k < kColumns; ++k)
-          store(a + k * ld + j, load<V>(a + k * ld + j) + uj * f[k]);
+          store(a + k * ld + j, load<V>(a + k * ld + j) + uj * factor.of[k]);
       });
 }
 
@@ -84,13 +111,16 @@ template <bool kColumnStep, int kColumns>
 MATRIX_LANES_INLINE void add_terms(Index rows, const double* a, Index ld, const double* f,
                                    const double* u, const double* x, double* sums) {
   const Index stride = kLanes * ld;
+  Factors<kColumns> fk = {};
+  if constexpr (kColumnStep) fk = factors<kColumns>(f, kLanes);
+  const auto xk = factors<kColumns>(x, kLanes);
   over_elements(
-      0, rows, [&]<class V>(Index j, V) __attribute__((always_inline)) {
+      0, rows, [=]<class V>(Index j, V) __attribute__((always_inline)) {
         V sum = load<V>(sums + j);
         for (int k = 0; k < kColumns; ++k) {
           V ajk = load<V>(a + k * stride + j);
-          if constexpr (kColumnStep) ajk += load<V>(u + j) * f[k * kLanes];
-          sum += ajk * x[k * kLanes];
+          if constexpr (kColumnStep) ajk += load<V>(u + j) * fk.of[k];
+          sum += ajk * xk.of[k];
         }
         store(sums + j, sum);
       });
@@ -146,31 +176,19 @@ void row_sums(Index rows, Index cols, const double* a, Index ld, const double* f
 template <int kColumns>
 MATRIX_LANES_INLINE void update_and_dot(Index rows, double* a, Index ld, double* f, const double* u,
                                         const double* t, const double* y, const double* x) {
-  const auto updated = [=]<class V>(Index k, Index j, V) __attribute__((always_inline)) {
-    double* const ajk = a + k * ld + j;
-    V r = load<V>(ajk) + load<V>(u + j) * f[k];
-    r += load<V>(t + j) * y[k];
-    store(ajk, r);
-    return r;
-  };
-  Lanes sums[kColumns] = {};
-  Index whole = 0;
-  for (; whole + kLanes <= rows; whole += kLanes)
-    for (int p = 0; p < kParts; ++p) {
-      const Index j = whole + p * kWidth;
-      for (int k = 0; k < kColumns; ++k)
-        sums[k].part[p] += updated(k, j, Vector{}) * load_vector(x + j);
-    }
-  for (int k = 0; k < kColumns; ++k) {
-    double s[kLanes];
-    store_lanes(s, sums[k]);
-    over_elements(
-        whole, rows, [&]<class V>(Index j, V) __attribute__((always_inline)) {
-          double* const sj = s + (j - whole);
-          store(sj, load<V>(sj) + updated(k, j, V{}) * load<V>(x + j));
-        });
-    f[k] = join(s);
-  }
+  const auto fk = factors<kColumns>(f);
+  const auto yk = factors<kColumns>(y);
+  dots_with<kColumns>(
+      rows, x, f, [=]<class V>(Index j, V) __attribute__((always_inline)) {
+        const V uj = load<V>(u + j);
+        const V tj = load<V>(t + j);
+        return [=](int k) __attribute__((always_inline)) {
+          V ajk = load<V>(a + k * ld + j) + uj * fk.of[k];
+          ajk += tj * yk.of[k];
+          store(a + k * ld + j, ajk);
+          return ajk;
+        };
+      });
 }
 
 void reflect_both(Index rows, Index cols, double* a, Index ld, double* f, const double* u,
