@@ -44,10 +44,17 @@ MATRIX_LANES_INLINE void one_row(const Pass& s, std::ptrdiff_t c, int cols, std:
 }
 
 // Rows first..last-1 (first a multiple of eight) of columns c..c+kCols-1, as far as whole vectors
-// go; returns the first row that is left.
+// go; returns the first row that is left. What all rows need is copied: a store to the arrays might
+// change it, for all the compiler knows.
 template <bool kUpdate, bool kMultiply, int kCols>
-MATRIX_LANES_INLINE std::ptrdiff_t whole_rows(const Pass& s, std::ptrdiff_t c, std::ptrdiff_t first,
+MATRIX_LANES_INLINE std::ptrdiff_t whole_rows(Pass s, std::ptrdiff_t c, std::ptrdiff_t first,
                                               double (*sums)[kLanes]) {
+  double uc[kCols], ec[kCols], vc[kCols];
+  for (int j = 0; j < kCols; ++j) {
+    uc[j] = kUpdate ? s.u[c + j] : 0.0;
+    ec[j] = kUpdate ? s.e[c + j] : 0.0;
+    vc[j] = kMultiply ? s.v[c + j] : 0.0;
+  }
   Vector lanes[kCols][kParts];
   for (int j = 0; j < kCols; ++j)
     for (int i = 0; i < kParts; ++i) lanes[j][i] = load_vector(sums[j] + i * kWidth);
@@ -62,11 +69,11 @@ MATRIX_LANES_INLINE std::ptrdiff_t whole_rows(const Pass& s, std::ptrdiff_t c, s
         double* const column = s.a + (c + j) * s.ld;
         Vector x = load_vector(column + k);
         if (kUpdate) {
-          x -= u * s.e[c + j] + e * s.u[c + j];
+          x -= u * ec[j] + e * uc[j];
           store_vector(column + k, x);
         }
         if (kMultiply) {
-          p += x * s.v[c + j];
+          p += x * vc[j];
           lanes[j][i] += x * v;
         }
       }
