@@ -12,6 +12,10 @@ struct Case {
   int random_inputs;
 };
 
+std::ostream& operator<<(std::ostream& out, const Case& c) {
+  return out << c.name;
+}
+
 class HostFuzz : public ::testing::TestWithParam<Case> {};
 
 TEST_P(HostFuzz, TheCorpusAndRandomInputs) {
