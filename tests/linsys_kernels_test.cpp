@@ -12,6 +12,7 @@
 #include "linsys/ludecomp.hpp"
 #include "linsys/product_kernels.hpp"
 #include "linsys/product_plain.hpp"
+#include "pack/faults.hpp"
 #include "tests/support/kernel_sets.hpp"
 #include "tests/support/test_host.hpp"
 
@@ -180,6 +181,64 @@ TEST(LinsysKernels, ComplexFactorsAndSolutionsHaveThePlainBits) {
       }
     }
   });
+}
+
+// What a factorization answers: "" for factors.
+template <class Factor>
+std::string outcome(const Factor& factor) {
+  try {
+    const char* const message = factor();
+    return message == nullptr ? "" : message;
+  } catch (const SE_FPEOverflow_Exception&) {
+    return "overflow";
+  }
+}
+
+// What overflows: multipliers, of graded rows; elements, in all columns or in the last one, which
+// begin at the edge of the range.
+enum class Growing { multipliers, columns, last_column };
+
+// Random, but what overflows begins at row and column `first`.
+std::vector<test::Complex> overflowing(Index n, Index first, Growing growing, unsigned seed) {
+  const Vector re = random_vector(n * n, seed), im = random_vector(n * n, seed + 1);
+  std::vector<test::Complex> a(re.size());
+  for (Index j = 0; j < n; ++j)
+    for (Index i = 0; i < n; ++i) {
+      const auto at = static_cast<std::size_t>(i + j * n);
+      a[at] = {re[at], im[at]};
+      if ((i < first) != (j < first)) a[at] = 0.0;
+      if (i < first || j < first) continue;
+      if (growing == Growing::multipliers)
+        a[at] *= i % 2 == 0 ? 1e-100 : 1e100;
+      else if (growing == Growing::columns || j == n - 1)
+        a[at] = {std::copysign(9e153, re[at]), std::copysign(9e153, im[at])};
+    }
+  return a;
+}
+
+TEST(LinsysKernels, ModuliOverflowAsInThePlainLoops) {
+  int overflows = 0;
+  for_each_kernel_set([&] {
+    for (const Index n : {5, 40, 70})
+      for (const Index first : {Index{0}, Index{1}, n / 2, n - 3, n - 2})
+        for (const Growing growing : {Growing::multipliers, Growing::columns, Growing::last_column})
+          for (unsigned seed = 0; seed < 3; ++seed) {
+            test::TestHost host;
+            const auto elements = overflowing(n, first, growing, seed);
+            Vector re, im, pivots(static_cast<std::size_t>(n)), scale = pivots;
+            for (const test::Complex& z : elements) re.push_back(z.real()), im.push_back(z.imag());
+            const std::string expected = outcome([&] {
+              return plain::decompose(plain::ComplexArray{n, {re.data(), im.data()}}, scale.data(),
+                                      pivots.data(), false);
+            });
+            overflows += expected == "overflow";
+            aMatrix* a = host.complex_matrix(static_cast<int>(n), static_cast<int>(n), elements);
+            double sign;
+            EXPECT_EQ(outcome([&] { return cludecomp(a, nullptr, &sign, false); }), expected)
+                << n << " from " << first << ", " << static_cast<int>(growing) << ", " << seed;
+          }
+  });
+  EXPECT_GT(overflows, 50);
 }
 
 // Every column of the inverse is what lubacksub makes of its unit vector.
