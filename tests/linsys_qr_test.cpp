@@ -83,6 +83,7 @@ std::vector<Specimen> unclear_specimens() {
 }
 
 void expect_same(const Dense& a, const Dense& b, const std::string& name) {
+  ASSERT_EQ(a.a.size(), b.a.size()) << name;
   for (std::size_t k = 0; k < a.a.size(); ++k)
     ASSERT_TRUE(a.a[k] == b.a[k] || (std::isnan(a.a[k]) && std::isnan(b.a[k])))
         << name << " at " << k << ": " << a.a[k] << ", " << b.a[k];
