@@ -21,17 +21,22 @@ constexpr double kOutOfRange = -1.0;
 // Split below this have squares that do not overflow, and a modulus in range.
 constexpr double kSafePart = 1e150;
 
-bool parts_are_safe(Index n, ConstSplit x) {
+// Whether the modulus of every element is computed without a fault.
+bool parts_are_safe(Index rows, Index cols, ConstSplit a, Index ld) {
   bool safe = true;
-  by_height(n, [=, &safe]<int H>(Height<H>) {
+  by_height(rows, [=, &safe]<int H>(Height<H>) {
     Run<H> largest = {};
-    const auto take = [=, &largest](Index i) {
-      const ComplexRun<H> run = load<H>(x + i);
-      largest = larger(larger(largest, magnitudes(run.re)), magnitudes(run.im));
+    const auto take = [=, &largest](ConstSplit x) {
+      const ComplexRun<H> run = load<H>(x);
+      largest = larger_bits(larger_bits(largest, magnitudes(run.re)), magnitudes(run.im));
     };
-    for (Index i = 0; i + H < n; i += H) take(i);
-    take(n - H);
-    safe = largest_of(largest) < kSafePart;
+    for (Index j = 0; j < cols; ++j) {
+      for (Index i = 0; i + H < rows; i += H) take(a + i + j * ld);
+      take(a + (rows - H) + j * ld);
+    }
+    double lanes[H];
+    store(lanes, largest);
+    for (const double lane : lanes) safe = safe && __builtin_isless(lane, kSafePart);
   });
   return safe;
 }
@@ -39,7 +44,7 @@ bool parts_are_safe(Index n, ConstSplit x) {
 // Sets out[i] to the modulus of element i, by the rules of cmodulus, or to kOutOfRange; true when
 // all are in range.
 bool moduli(Index n, ConstSplit x, double* __restrict out) {
-  if (parts_are_safe(n, x)) {
+  if (parts_are_safe(n, 1, x, n)) {
     for (Index i = 0; i < n; ++i) {
       const double re = __builtin_fabs(x.re[i]);
       const double im = __builtin_fabs(x.im[i]);
@@ -81,43 +86,23 @@ void raise_to_moduli(Index n, ConstSplit x, const double* factor, double* __rest
   }
 }
 
-// Whether the modulus of every element is computed without a fault.
-bool all_moduli_are_safe(Index n, ConstSplit a, Index ld) {
-  bool safe = true;
-  by_height(n, [=, &safe]<int H>(Height<H>) {
-    Run<H> largest = {};
-    const auto take = [=, &largest](ConstSplit x) {
-      const ComplexRun<H> run = load<H>(x);
-      largest = larger_bits(larger_bits(largest, magnitudes(run.re)), magnitudes(run.im));
-    };
-    for (Index j = 0; j < n; ++j) {
-      for (Index i = 0; i + H < n; i += H) take(a + i + j * ld);
-      take(a + (n - H) + j * ld);
-    }
-    double lanes[H];
-    store(lanes, largest);
-    for (const double lane : lanes) safe = safe && __builtin_isless(lane, kSafePart);
-  });
-  return safe;
-}
-
-// Largest modulus in a row of n elements, marked when one is out of range.
-double largest_in_row(Index n, ConstSplit row, Index ld) {
-  double largest = 0.0;
+// Largest modulus in a row of n elements times the factor; marked when one is out of range.
+double row_bound(Index n, ConstSplit row, Index ld, double factor) {
+  double bound = 0.0;
   for (Index j = 0; j < n; ++j) {
-    double t;
-    if (!modulus_in_range(element(row + j * ld), &t)) return kMarked;
-    largest = t > largest ? t : largest;
+    double modulus;
+    if (!modulus_in_range(element(row + j * ld), &modulus)) return kMarked;
+    bound = modulus * factor > bound ? modulus * factor : bound;
   }
-  return largest;
+  return bound;
 }
 
 Pivoting scale_rows(Index n, ConstSplit a, Index ld, double* scale) {
-  const bool safe = all_moduli_are_safe(n, a, ld);
+  const bool safe = parts_are_safe(n, n, a, ld);
   for (Index i = 0; i < n; ++i) scale[i] = 0.0;
   for (Index j = 0; j < n && safe; ++j) raise_to_moduli(n, a + j * ld, nullptr, scale);
   for (Index i = 0; i < n; ++i) {
-    if (!safe) scale[i] = largest_in_row(n, a + i, ld);
+    if (!safe) scale[i] = row_bound(n, a + i, ld, 1.0);
     if (is_marked(scale[i])) return Pivoting::modulus_overflow;
     if (scale[i] == 0.0) return Pivoting::zero_pivot;
     scale[i] = 1.0 / scale[i];
@@ -170,17 +155,6 @@ double growth_bound(Index n, ConstSplit x) {
     for (Index q = 0; q < count; ++q) growth = t[q] > growth ? t[q] : growth;
   }
   return growth;
-}
-
-// Largest modulus in a row of n elements times the factor; marked when one is out of range.
-double row_bound(Index n, ConstSplit row, Index ld, double factor) {
-  double bound = 0.0;
-  for (Index j = 0; j < n; ++j) {
-    double modulus;
-    if (!modulus_in_range(element(row + j * ld), &modulus)) return kMarked;
-    bound = modulus * factor > bound ? modulus * factor : bound;
-  }
-  return bound;
 }
 
 Elimination eliminate(Index n, Split a, Index ld, Index k0, Index k1, double* scale, double* pivots,
