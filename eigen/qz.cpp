@@ -76,7 +76,7 @@ void for_each_listed(const QzStorage& s, const Visit& visit) {
       visit(i, i, 1);
       visit(i + 1, i, -1);
       ++i;
-    } else if (v.alfi[i] < 0.0) {  // The first of the pair has become real, being tiny.
+    } else if (v.alfi[i] < 0.0) {  // The first of the pair is real, being tiny, or infinite.
       visit(i, i - 1, -1);
     } else {
       visit(i, i, 0);

@@ -148,6 +148,7 @@ void add_lane(Index rows, Index k, Index cols, const double* a, Index ld, const 
 template <bool kColumnStep>
 void sums_of_rows(Index rows, Index cols, const double* a, Index ld, const double* f,
                   const double* u, const double* x, double* sums, double* t) {
+  static_assert(kLanes == 8, "row_sums_work counts them");
   for (Index j = 0; j < kLanes * rows; ++j) sums[j] = 0.0;
   for (Index k = 0; k < cols; k += 4 * kLanes)
     for (Index q = 0; q < smaller(kLanes, cols - k); ++q)
@@ -194,7 +195,8 @@ MATRIX_LANES_INLINE void update_and_dot(Index rows, double* a, Index ld, double*
 void reflect_both(Index rows, Index cols, double* a, Index ld, double* f, const double* u,
                   const double* t, const double* y, const double* x) {
   if (u != nullptr && t != nullptr && x != nullptr) {
-    // From the last column on: it was the last one that the sums of rows have read.
+    // As many columns together as leave their sums in registers. From the last column on: it was
+    // the last one that the sums of rows have read.
     Index k = cols;
     for (; k % 4 != 0; --k)
       update_and_dot<1>(rows, a + (k - 1) * ld, ld, f + k - 1, u, t, y + k - 1, x);

@@ -11,14 +11,14 @@ namespace matrix_pack {
 
 // Rows that row_sums takes at a time: their partial sums stay in the second cache.
 inline constexpr std::ptrdiff_t kSumRows = 4096;
-// Doubles of work that it needs for these.
+// Doubles of work that it needs: eight partial sums for each of them.
 inline std::ptrdiff_t row_sums_work(std::ptrdiff_t rows) {
   return 8 * (rows < kSumRows ? rows : kSumRows);
 }
 
 struct SvdKernels {
   // t[j] = sum over k of (a(j,k) + f[k] * u[j]) * x[k], of the rows x cols array a; without f the
-  // sum over k of a(j,k) * x[k]
+  // sum over k of a(j,k) * x[k]. `work` has row_sums_work(rows) doubles.
   void (*row_sums)(std::ptrdiff_t rows, std::ptrdiff_t cols, const double* a, std::ptrdiff_t ld,
                    const double* f, const double* u, const double* x, double* work, double* t);
 
