@@ -11,7 +11,7 @@
 #include "linsys/cholesky.hpp"
 #include "linsys/inverse.hpp"
 #include "linsys/linsys.hpp"
-#include "linsys/ludecomp.hpp"
+#include "linsys/lu/ludecomp.hpp"
 #include "linsys/qr.hpp"
 #include "pack/exports.hpp"
 

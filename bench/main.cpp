@@ -12,7 +12,7 @@
 #include "bench/bench.hpp"
 #include "bench/peers.hpp"
 #include "host/efiutils/fault_translation.hpp"
-#include "pack/kernel_sets.hpp"
+#include "pack/numeric/kernel_sets.hpp"
 
 namespace bench {
 

@@ -8,7 +8,7 @@
 #include "bench/bench.hpp"
 #include "bench/qz_eigen.hpp"
 #include "eigen/eigen.hpp"
-#include "eigen/qz.hpp"
+#include "eigen/qz/qz.hpp"
 
 namespace bench {
 namespace {

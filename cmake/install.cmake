@@ -7,7 +7,7 @@ set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 install(TARGETS EfiUtils matrix EXPORT matrix_pack LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 set(public_headers
-  pack/host_interface.hpp pack/exports.hpp pack/faults.hpp pack/fp_control.hpp
+  pack/host_interface.hpp pack/exports.hpp pack/frame/faults.hpp pack/frame/fp_control.hpp
   host/efiutils/catalogue.hpp host/efiutils/evaluator.hpp host/efiutils/fault_translation.hpp
   host/efiutils/function_info.hpp host/efiutils/store.hpp host/efiutils/watch.hpp)
 foreach(header ${public_headers})

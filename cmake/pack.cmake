@@ -2,7 +2,7 @@
 # fault raises; kernels own nothing and are compiled on their own, without that switch (it turns
 # vectorization off) and once for each instruction set. No vector crosses a function call that is not
 # inlined, so the warning about how one would be passed does not apply.
-file(GLOB pack_sources CONFIGURE_DEPENDS
+file(GLOB_RECURSE pack_sources CONFIGURE_DEPENDS
   pack/*.cpp structural/*.cpp linsys/*.cpp norms/*.cpp eigen/*.cpp svd/*.cpp)
 set(kernel_sources ${pack_sources})
 list(FILTER kernel_sources INCLUDE REGEX "_kernels\\.cpp$")

@@ -3,7 +3,7 @@
 #include "eigen/eigen.hpp"
 #include "pack/elements.hpp"
 #include "pack/exports.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {

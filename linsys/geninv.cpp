@@ -2,10 +2,10 @@
 #include "linsys/linsys.hpp"
 #include "linsys/product_kernels.hpp"
 #include "pack/elements.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/numeric/vector_kernels.hpp"
 #include "pack/results.hpp"
-#include "pack/vector_kernels.hpp"
 #include "svd/svd_core.hpp"
 
 namespace matrix_pack {

@@ -8,14 +8,14 @@
 
 #include <algorithm>
 
-#include "linsys/complex_matrix.hpp"
-#include "linsys/ludecomp.hpp"
-#include "linsys/triangular.hpp"
+#include "linsys/lu/complex_matrix.hpp"
+#include "linsys/lu/ludecomp.hpp"
+#include "linsys/lu/triangular.hpp"
 #include "pack/elements.hpp"
 #include "pack/exports.hpp"
-#include "pack/faults.hpp"
-#include "pack/fp_scope.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/faults.hpp"
+#include "pack/frame/fp_scope.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
 #include "pack/results.hpp"
 

@@ -1,8 +1,8 @@
 // The worksheet function lsolve: the solution of M x = v, in place in a copy of v.
 #include "linsys/linsys.hpp"
-#include "linsys/ludecomp.hpp"
+#include "linsys/lu/ludecomp.hpp"
 #include "pack/elements.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
 #include "pack/results.hpp"
 

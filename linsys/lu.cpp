@@ -3,11 +3,11 @@
 #include <cstring>
 #include <utility>
 
-#include "linsys/complex_matrix.hpp"
 #include "linsys/linsys.hpp"
-#include "linsys/ludecomp.hpp"
+#include "linsys/lu/complex_matrix.hpp"
+#include "linsys/lu/ludecomp.hpp"
 #include "pack/elements.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
 #include "pack/results.hpp"
 

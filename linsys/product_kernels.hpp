@@ -1,8 +1,8 @@
 // The matrix product that carries the factorizations: nearly all of their work is done here.
 #pragma once
 
-#include "linsys/split.hpp"
-#include "pack/kernel_sets.hpp"
+#include "pack/numeric/kernel_sets.hpp"
+#include "pack/numeric/split.hpp"
 
 namespace matrix_pack {
 

@@ -1,7 +1,7 @@
 // The product kernels in plain form: the definition of what they compute.
 #pragma once
 
-#include "linsys/split.hpp"
+#include "pack/numeric/split.hpp"
 
 namespace matrix_pack::plain {
 

@@ -6,12 +6,12 @@
 
 #include "linsys/linsys.hpp"
 #include "pack/elements.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/numeric/rising_rotations.hpp"
+#include "pack/numeric/transpose_kernels.hpp"
+#include "pack/numeric/vector_kernels.hpp"
 #include "pack/results.hpp"
-#include "pack/rising_rotations.hpp"
-#include "pack/vector_kernels.hpp"
-#include "structural/transpose_kernels.hpp"
 
 namespace matrix_pack {
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 
 #include "linsys/qr.hpp"
-#include "pack/vector_plain.hpp"
+#include "pack/numeric/vector_plain.hpp"
 
 namespace matrix_pack::plain {
 

@@ -5,7 +5,7 @@
 
 #include "linsys/linsys.hpp"
 #include "pack/elements.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/results.hpp"
 #include "structural/transpose.hpp"
 #include "svd/svds_core.hpp"

@@ -6,11 +6,11 @@
 #include "linsys/linsys.hpp"
 #include "norms/norm_cores.hpp"
 #include "pack/elements.hpp"
-#include "pack/evaluator_frame.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/evaluator_frame.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/numeric/vector_kernels.hpp"
 #include "pack/results.hpp"
-#include "pack/vector_kernels.hpp"
 
 namespace matrix_pack {
 

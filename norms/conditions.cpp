@@ -5,7 +5,7 @@
 #include "norms/norm_cores.hpp"
 #include "norms/norms.hpp"
 #include "pack/elements.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/results.hpp"
 #include "svd/svds_core.hpp"
 

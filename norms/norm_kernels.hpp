@@ -7,7 +7,7 @@
 
 #include <cstddef>
 
-#include "pack/kernel_sets.hpp"
+#include "pack/numeric/kernel_sets.hpp"
 
 namespace matrix_pack {
 

@@ -3,7 +3,7 @@
 
 #include "norms/norm_cores.hpp"
 #include "pack/elements.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {

@@ -1,6 +1,6 @@
 // rows, cols, last, length: how far an array extends.
 #include "pack/elements.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
 

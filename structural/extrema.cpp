@@ -11,7 +11,7 @@
 #include <limits>
 
 #include "pack/elements.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
 

@@ -2,8 +2,8 @@
 #include <cmath>
 
 #include "pack/elements.hpp"
-#include "pack/evaluator_frame.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/evaluator_frame.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"

@@ -2,12 +2,12 @@
 #include <algorithm>
 
 #include "pack/elements.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/numeric/transpose_kernels.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
 #include "structural/transpose.hpp"
-#include "structural/transpose_kernels.hpp"
 
 namespace matrix_pack {
 

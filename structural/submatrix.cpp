@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "pack/elements.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "pack/vector_kernels.hpp"
+#include "pack/numeric/vector_kernels.hpp"
 #include "svd/svd_kernels.hpp"
 
 namespace matrix_pack {

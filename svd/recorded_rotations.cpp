@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "pack/vector_kernels.hpp"
+#include "pack/numeric/vector_kernels.hpp"
 
 namespace matrix_pack {
 

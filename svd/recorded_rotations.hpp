@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-#include "pack/rotation_kernels.hpp"
+#include "pack/numeric/rotation_kernels.hpp"
 
 namespace matrix_pack {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "pack/elements.hpp"
-#include "pack/guard.hpp"
+#include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
 #include "pack/results.hpp"
 #include "svd/svd_core.hpp"

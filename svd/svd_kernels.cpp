@@ -1,6 +1,6 @@
 #include "svd/svd_kernels.hpp"
 
-#include "pack/lanes.hpp"
+#include "pack/numeric/lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 

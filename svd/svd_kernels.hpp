@@ -1,11 +1,11 @@
 // The inner loops of the singular value decomposition, on column-major arrays.
 //
-// Sums have the order of pack/vector_kernels.hpp, also where several are formed at once.
+// Sums have the order of pack/numeric/vector_kernels.hpp, also where several are formed at once.
 #pragma once
 
 #include <cstddef>
 
-#include "pack/kernel_sets.hpp"
+#include "pack/numeric/kernel_sets.hpp"
 
 namespace matrix_pack {
 

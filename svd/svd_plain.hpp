@@ -5,7 +5,7 @@
 #include <cmath>
 #include <vector>
 
-#include "pack/vector_plain.hpp"
+#include "pack/numeric/vector_plain.hpp"
 #include "svd/implicit_shift.hpp"
 
 namespace matrix_pack::plain {

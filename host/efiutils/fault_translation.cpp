@@ -5,7 +5,7 @@
 
 #include <system_error>
 
-#include "pack/faults.hpp"
+#include "pack/frame/faults.hpp"
 
 namespace efi {
 

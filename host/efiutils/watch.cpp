@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-#include "pack/fp_control.hpp"
+#include "pack/frame/fp_control.hpp"
 
 namespace efi {
 

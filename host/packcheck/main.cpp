@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <map>
 
-#include "host/packcheck/checks.hpp"
+#include "host/packcheck/checks/checks.hpp"
 #include "host/packcheck/report.hpp"
 #include "host/packcheck/runner.hpp"
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "host/packcheck/address_space.hpp"
-#include "host/worksheet/packs.hpp"
+#include "host/packcheck/watch/address_space.hpp"
+#include "host/packs/packs.hpp"
 #include "pack/host_interface.hpp"
 
 namespace packcheck {

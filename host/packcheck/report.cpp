@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "host/packcheck/checks.hpp"
+#include "host/packcheck/checks/checks.hpp"
 
 namespace packcheck {
 

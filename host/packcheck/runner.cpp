@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "host/packcheck/survey.hpp"
+#include "host/packcheck/checks/survey.hpp"
 
 namespace packcheck {
 

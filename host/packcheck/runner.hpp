@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "host/packcheck/checks.hpp"
+#include "host/packcheck/checks/checks.hpp"
 #include "host/packcheck/finding.hpp"
-#include "host/packcheck/process.hpp"
+#include "host/packcheck/process/process.hpp"
 
 namespace packcheck {
 

@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <typeinfo>
 
-#include "host/packcheck/heap.hpp"
-#include "pack/faults.hpp"
+#include "host/packcheck/watch/heap.hpp"
+#include "pack/frame/faults.hpp"
 
 namespace packcheck {
 

@@ -12,11 +12,11 @@
 
 #include "host/efiutils/evaluator.hpp"
 #include "host/efiutils/store.hpp"
-#include "host/packcheck/calls.hpp"
-#include "host/packcheck/channel.hpp"
-#include "host/packcheck/fp_state.hpp"
+#include "host/packcheck/arguments/calls.hpp"
 #include "host/packcheck/pack.hpp"
-#include "host/packcheck/snapshot.hpp"
+#include "host/packcheck/process/channel.hpp"
+#include "host/packcheck/watch/fp_state.hpp"
+#include "host/packcheck/watch/snapshot.hpp"
 
 namespace packcheck {
 

@@ -18,8 +18,8 @@
 #include <vector>
 
 #include "host/efiutils/fault_translation.hpp"
-#include "pack/fp_control.hpp"
-#include "pack/kernel_sets.hpp"
+#include "pack/frame/fp_control.hpp"
+#include "pack/numeric/kernel_sets.hpp"
 #include "tests/digest/calls.hpp"
 #include "tests/digest/outcome.hpp"
 

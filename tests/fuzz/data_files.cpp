@@ -7,7 +7,7 @@
 #include <cmath>
 
 #include "fmt/format.h"
-#include "host/worksheet/read_data.hpp"
+#include "host/worksheet/data/read_data.hpp"
 #include "tests/fuzz/targets.hpp"
 #include "tests/support/allocation_faults.hpp"
 

@@ -6,7 +6,7 @@
 #include <ctime>
 #include <optional>
 
-#include "pack/kernel_sets.hpp"
+#include "pack/numeric/kernel_sets.hpp"
 #include "tests/fuzz/targets.hpp"
 #include "tests/fuzz/values.hpp"
 #include "tests/support/call_corpus.hpp"

@@ -7,9 +7,9 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "host/worksheet/display.hpp"
-#include "host/worksheet/json_output.hpp"
-#include "host/worksheet/session.hpp"
+#include "host/worksheet/output/display.hpp"
+#include "host/worksheet/output/json_output.hpp"
+#include "host/worksheet/session/session.hpp"
 #include "tests/fuzz/targets.hpp"
 #include "tests/support/allocation_faults.hpp"
 #include "tests/support/fp_environment.hpp"

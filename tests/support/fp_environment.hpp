@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "pack/fp_control.hpp"
+#include "pack/frame/fp_control.hpp"
 
 #if !MATRIX_HAS_MXCSR
 #include <cfenv>

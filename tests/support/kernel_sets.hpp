@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "pack/kernel_sets.hpp"
+#include "pack/numeric/kernel_sets.hpp"
 
 namespace matrix_pack::testing {
 

@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "host/efiutils/fault_translation.hpp"
-#include "pack/fp_control.hpp"
+#include "pack/frame/fp_control.hpp"
 
 namespace test {
 

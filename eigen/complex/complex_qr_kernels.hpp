@@ -1,0 +1,49 @@
+// The inner loops of the single-shift QR iteration on a complex upper Hessenberg matrix with a real
+// subdiagonal.
+//
+// A sweep of the block l..en turns it into its triangular factor R, by rotations i = l+1..en of
+// rows i-1 and i, and then multiplies R by their conjugate transposes, as rotations of columns i-1
+// and i.
+#pragma once
+
+#include <cstddef>
+
+#include "eigen/complex/unitary_kernels.hpp"
+#include "pack/numeric/kernel_sets.hpp"
+
+namespace matrix_pack {
+
+// Rows (y, z) become (conj(x) y + s z, x z - s y); columns (y, z) become (x y + s z, conj(x) z - s
+// y).
+struct ComplexRotation {
+  double xr, xi, s;
+};
+
+// Rotations first..last of a sweep; rotations[0] is that of i = first.
+struct ComplexRotationRun {
+  std::ptrdiff_t first;
+  std::ptrdiff_t last;
+  const ComplexRotation* rotations;
+  // By which column `last` is multiplied at the end; (1, 0): by nothing.
+  double phase_re, phase_im;
+};
+
+struct ComplexQrKernels {
+  // Finds rotations first..last, each from the column before it, and applies it to the columns
+  // i..right. Column i-1 takes R's diagonal element and a zero.
+  void (*triangularize)(std::ptrdiff_t first, std::ptrdiff_t last, std::ptrdiff_t right,
+                        const ComplexArray& h, ComplexRotation* rotations);
+  // Applies rotations to the rows of columns begin..end-1.
+  void (*rotate_rows)(const ComplexRotationRun& run, const ComplexArray& h, std::ptrdiff_t begin,
+                      std::ptrdiff_t end);
+  // Applies rotations to the columns of rows begin..end-1, of R: row i takes part from rotation i
+  // on.
+  void (*rotate_columns)(const ComplexRotationRun& run, const ComplexArray& h, std::ptrdiff_t begin,
+                         std::ptrdiff_t end);
+  // Applies `count` runs, one after the other, to the columns of rows begin..end-1 of Z.
+  void (*rotate_all_columns)(int count, const ComplexRotationRun* runs, const ComplexArray& z,
+                             std::ptrdiff_t begin, std::ptrdiff_t end);
+};
+MATRIX_SELECT_KERNELS(ComplexQrKernels, complex_qr_kernels)
+
+}  // namespace matrix_pack

@@ -1,0 +1,180 @@
+// genvals and genvecs: the finite eigenvalues and the eigenvectors of M x = lambda N x.
+#include <cmath>
+
+#include "eigen/eigen.hpp"
+#include "eigen/qz/qz.hpp"
+#include "linsys/rank.hpp"
+#include "pack/elements.hpp"
+#include "pack/frame/guard.hpp"
+#include "pack/memory.hpp"
+#include "pack/results.hpp"
+
+namespace matrix_pack {
+
+namespace {
+
+enum class Wanted { values, vectors };
+
+constexpr const char* kNoSolution = "no solution found";
+
+// TOL is a real number t with 0 < t <= 1. The comparisons are quiet: a NaN is refused like any
+// other number outside.
+bool is_legal(const aComplex* tolerance) {
+  return tolerance->im == 0.0 && std::isgreater(tolerance->re, 0.0) &&
+         std::islessequal(tolerance->re, 1.0);
+}
+
+// The checks in order; null when all pass.
+Anyval* check(EfiCallContext* context, aMatrix* m, aMatrix* n, const aComplex* tolerance) {
+  if (is_complex(m)) return argument_error(context, 1, "must be real");
+  if (is_complex(n)) return argument_error(context, 2, "must be real");
+  if (m->rows != m->cols) return argument_error(context, 1, "must be square");
+  if (n->rows != n->cols) return argument_error(context, 2, "must be square");
+  if (m->rows != n->rows) return call_error(context, "incompatible dimensions");
+  if (contains_ptrs(m)) return argument_error(context, 1, "may not be nested");
+  if (contains_ptrs(n)) return argument_error(context, 2, "may not be nested");
+  if (!is_legal(tolerance)) return call_error(context, "illegal TOL");
+  return nullptr;
+}
+
+Anyval* one_by_one(EfiCallContext* context, double x) {
+  Doubles re = new_part(1, 1);
+  if (!re) return sError_OutOfMemory;
+  re[0] = x;
+  return matrix_result(new_matrix(context, 1, 1, std::move(re)));
+}
+
+// Order 1. Where a is 0 and b is not, there is an eigenvalue but no eigenvector: kept, hosts rely
+// on it.
+Anyval* solve_order_one(EfiCallContext* context, double a, double b, Wanted wanted) {
+  if (b == 0.0) return call_error(context, a == 0.0 ? "singularity" : kNoSolution);
+  if (wanted == Wanted::values) return one_by_one(context, a == 0.0 ? 0.0 : a / b);
+  return a == 0.0 ? call_error(context, kNoSolution) : one_by_one(context, 1.0);
+}
+
+// What a driver delivers.
+struct Solution {
+  aMatrix* values = nullptr;
+  aMatrix* vectors = nullptr;
+  int count = 0;
+};
+
+const char* solve(EfiCallContext* context, aMatrix* a, aMatrix* b, Wanted wanted,
+                  Solution* solution) {
+  return wanted == Wanted::values
+             ? genvals_driver(context, a, b, &solution->values, &solution->count)
+             : genvecs_driver(context, a, b, &solution->values, &solution->vectors,
+                              &solution->count);
+}
+
+Anyval* solve_direct(EfiCallContext* context, aMatrix* m, aMatrix* n, Wanted wanted) {
+  Solution solution;
+  if (const char* message = solve(context, m, n, wanted, &solution))
+    return call_error(context, message);
+  if (solution.count == 0) return call_error(context, kNoSolution);
+  return wanted == Wanted::values ? solution.values : solution.vectors;
+}
+
+// The eigenvalues mu of N x = mu M x that count as nonzero: their reciprocals are finite. Only the
+// real part is looked at, so that a purely imaginary one never counts: kept, hosts rely on it.
+bool is_kept(const aMatrix* values, int i, double tolerance) {
+  return std::fabs(elem_re(values, i, 0)) > tolerance;
+}
+
+// lambda = 1 / mu for each mu kept.
+Anyval* reciprocals(EfiCallContext* context, const Solution& solution, double tolerance, int kept) {
+  Doubles re = new_zero_part(kept, 1);
+  if (!re) return sError_OutOfMemory;
+  Doubles im = new_zero_part(kept, 1);
+  if (!im) return sError_OutOfMemory;
+  double* to_re = re.get();
+  double* to_im = im.get();
+  for (int i = 0; i < solution.count; ++i) {
+    if (!is_kept(solution.values, i, tolerance)) continue;
+    const double u = elem_re(solution.values, i, 0);
+    const double v = elem_im(solution.values, i, 0);
+    *to_re++ = u / (v * v + u * u);
+    *to_im++ = (0.0 - v) / (u * u + v * v);  // Not -v, which would make a zero negative.
+  }
+  return matrix_result(new_matrix(context, kept, 1, std::move(re), std::move(im)));
+}
+
+// The columns of the eigenvalues kept.
+Anyval* kept_columns(EfiCallContext* context, const Solution& solution, double tolerance,
+                     int kept) {
+  const int n = solution.vectors->rows;
+  Doubles re = new_zero_part(n, kept);
+  Doubles im = new_zero_part(n, kept);
+  if (!re || !im) return sError_OutOfMemory;
+  aMatrix* result = new_matrix(context, n, kept, std::move(re), std::move(im));
+  if (result == nullptr) return sError_OutOfMemory;
+  int k = 0;
+  for (int j = 0; j < solution.count; ++j) {
+    if (!is_kept(solution.values, j, tolerance)) continue;
+    for (int i = 0; i < n; ++i)
+      set_elem(result, i, k, elem_re(solution.vectors, i, j), elem_im(solution.vectors, i, j));
+    ++k;
+  }
+  return result;
+}
+
+// N x = mu M x in place of M x = lambda N x, for a singular N: the infinite lambda become zero mu.
+Anyval* solve_exchanged(EfiCallContext* context, aMatrix* m, aMatrix* n, double tolerance,
+                        Wanted wanted) {
+  Solution solution;
+  if (const char* message = solve(context, n, m, wanted, &solution))
+    return call_error(context, message);
+  int kept = 0;
+  for (int i = 0; i < solution.count; ++i) kept += is_kept(solution.values, i, tolerance);
+  if (kept == 0) return call_error(context, kNoSolution);
+  return wanted == Wanted::values ? reciprocals(context, solution, tolerance, kept)
+                                  : kept_columns(context, solution, tolerance, kept);
+}
+
+// Order 2 and above.
+Anyval* solve_general(EfiCallContext* context, aMatrix* m, aMatrix* n, double tolerance,
+                      Wanted wanted) {
+  aMatrix* m_copy = nullptr;
+  if (const char* message = matrix_copy(context, m, &m_copy)) return call_error(context, message);
+  aMatrix* n_copy = nullptr;
+  if (const char* message = matrix_copy(context, n, &n_copy)) return call_error(context, message);
+  Anyval* m_rank = rank_worker(context, m);
+  if (!is_scalar(m_rank)) return m_rank;
+  Anyval* n_rank = rank_worker(context, n);
+  if (!is_scalar(n_rank)) return n_rank;
+  const bool exchanged = as_scalar(n_rank)->re < n->rows && as_scalar(m_rank)->re == m->rows;
+  Anyval* result = exchanged ? solve_exchanged(context, m_copy, n_copy, tolerance, wanted)
+                             : solve_direct(context, m_copy, n_copy, wanted);
+  if (wanted == Wanted::vectors && is_matrix(result)) renormalize_matrix_cols(as_matrix(result));
+  return result;
+}
+
+// The worker of both functions.
+Anyval* generalized_real(EfiCallContext* context, aMatrix* m, aMatrix* n, const aComplex* tolerance,
+                         Wanted wanted) {
+  if (Anyval* error = check(context, m, n, tolerance)) return error;
+  if (m->rows == 1) return solve_order_one(context, elem_re(m, 0, 0), elem_re(n, 0, 0), wanted);
+  return solve_general(context, m, n, tolerance->re, wanted);
+}
+
+// The handler of both.
+Anyval* handle(EfiCallContext* context, Anyval* m, Anyval* n, Anyval* tolerance, Wanted wanted) {
+  return guarded(context, [=] {
+    if (!is_matrix(m)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(n)) return argument_error(context, 2, "must be array");
+    if (!is_scalar(tolerance)) return call_error(context, "illegal TOL");
+    return generalized_real(context, as_matrix(m), as_matrix(n), as_scalar(tolerance), wanted);
+  });
+}
+
+}  // namespace
+
+Anyval* genvals(EfiCallContext* context, Anyval* m, Anyval* n, Anyval* tolerance) {
+  return handle(context, m, n, tolerance, Wanted::values);
+}
+
+Anyval* genvecs(EfiCallContext* context, Anyval* m, Anyval* n, Anyval* tolerance) {
+  return handle(context, m, n, tolerance, Wanted::vectors);
+}
+
+}  // namespace matrix_pack

@@ -1,0 +1,72 @@
+#include "host/packcheck/process/channel.hpp"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <system_error>
+
+namespace packcheck {
+
+namespace {
+
+// No descriptor that a pack would use by accident.
+constexpr int kOutOfTheWay = 200;
+
+[[noreturn]] void fail(const char* what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+}  // namespace
+
+Channel::Channel() {
+  void* const page =
+      mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (page == MAP_FAILED) fail("mmap");
+  progress = new (page) Progress{};
+  progress->call = -1;
+  if (pipe2(ends_, O_CLOEXEC) != 0) fail("pipe");
+}
+
+Channel::~Channel() {
+  for (const int end : ends_)
+    if (end >= 0) close(end);
+  munmap(progress, sizeof(Progress));
+}
+
+void Channel::become_writer() {
+  close(ends_[0]);
+  const int moved = fcntl(ends_[1], F_DUPFD_CLOEXEC, kOutOfTheWay);
+  if (moved < 0) fail("fcntl");
+  close(ends_[1]);
+  ends_[0] = -1;
+  ends_[1] = moved;
+}
+
+void Channel::become_reader() {
+  close(ends_[1]);
+  ends_[1] = -1;
+}
+
+void Channel::send(const Message& message) const {
+  const std::string line = line_of(message);
+  std::size_t sent = 0;
+  while (sent < line.size()) {
+    const ssize_t wrote = write(ends_[1], line.data() + sent, line.size() - sent);
+    if (wrote < 0 && errno != EINTR) _exit(1);
+    sent += static_cast<std::size_t>(std::max<ssize_t>(wrote, 0));
+  }
+}
+
+void Channel::begin(int call, std::string_view doing) {
+  progress->call = call;
+  const std::size_t length = std::min(doing.size(), sizeof progress->doing - 1);
+  std::memcpy(progress->doing, doing.data(), length);
+  progress->doing[length] = '\0';
+}
+
+}  // namespace packcheck

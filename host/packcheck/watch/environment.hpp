@@ -1,0 +1,36 @@
+// What a process has besides its memory: the things that a pack shares with its host and has no
+// business with.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "host/packcheck/watch/fp_state.hpp"
+
+namespace packcheck {
+
+// The things by name, each in a form that tells differences; and the floating-point control.
+struct Environment {
+  std::map<std::string, std::string> things;
+  FpState fp;
+};
+
+Environment environment();
+
+// What is different, one text for each thing: "changed the locale (C, was C.UTF-8)".
+std::vector<std::string> differences(const Environment& before, const Environment& after);
+
+// The standard streams, sent where they can be looked at.
+class OutputWatch {
+ public:
+  OutputWatch();
+
+  // What has come out since the last question: where, and the text; empty if nothing.
+  std::string take();
+
+ private:
+  int streams_[2];
+};
+
+}  // namespace packcheck

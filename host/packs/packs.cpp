@@ -1,0 +1,139 @@
+#include "host/packs/packs.hpp"
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "fmt/format.h"
+#include "host/efiutils/catalogue.hpp"
+
+namespace worksheet {
+
+namespace {
+
+// No table of a real pack is longer; a foreign symbol of the same name may hold anything.
+constexpr std::int32_t kMostRows = 10000;
+
+// The linker's names of the entry points inv(EfiCallContext*, Anyval*) and
+// identity(EfiCallContext*, int).
+constexpr const char* kInverseSymbol = "_Z3invP14EfiCallContextP6Anyval";
+constexpr const char* kIdentitySymbol = "_Z8identityP14EfiCallContexti";
+
+template <class Function>
+Function function_at(void* symbol) {
+  return reinterpret_cast<Function>(symbol);
+}
+
+std::string name_of(const sString* record) {
+  if (record == nullptr || record->kind != kStringKind || record->text == nullptr)
+    throw PackError("its function table has a row without a name");
+  return record->text;
+}
+
+std::vector<std::string> context_names(const sCons* list) {
+  std::vector<std::string> names;
+  for (; list != nullptr; list = list->cdr)
+    names.push_back(name_of(static_cast<const sIdentifier*>(list->car)->name));
+  return names;
+}
+
+Row read_row(const Pack* pack, const FunctionEntry& entry) {
+  Row row = {name_of(entry.name), pack, &entry, 0, context_names(entry.context), {}};
+  if (entry.signature == nullptr || entry.handler == nullptr)
+    throw PackError(fmt::format("its row of {} has no signature or no handler", row.name));
+  const auto declared = static_cast<std::size_t>(entry.signature->argument_count);
+  if (declared < row.context.size() || declared > std::size(entry.signature->arguments))
+    throw PackError(fmt::format("its row of {} has a wrong signature", row.name));
+  row.argument_count = declared - row.context.size();
+  return row;
+}
+
+// The loader looks a bare name up in its own directories; a path is meant here.
+std::string loader_path(const std::string& path) {
+  return path.find('/') == std::string::npos ? "./" + path : path;
+}
+
+}  // namespace
+
+Pack::Pack(const std::string& path) : path_(path), handle_(nullptr) {
+  if (!std::filesystem::exists(path)) throw PackError(fmt::format("{}: no such file", path));
+  handle_ = dlopen(loader_path(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (handle_ == nullptr) throw PackError(dlerror());
+  try {
+    read_table();
+  } catch (const PackError& error) {
+    dlclose(handle_);
+    throw PackError(fmt::format("{} is not a function pack: {}", path, error.what()));
+  }
+}
+
+Pack::~Pack() {
+  dlclose(handle_);
+}
+
+void Pack::read_table() {
+  const auto* const count = static_cast<const std::int32_t*>(dlsym(handle_, "numFuncs"));
+  const auto* const table = static_cast<const FunctionEntry*>(dlsym(handle_, "theEfi"));
+  if (count == nullptr || table == nullptr) throw PackError("it has no function table");
+  if (*count < 1 || *count > kMostRows) throw PackError("its function count makes no sense");
+  for (std::int32_t k = 0; k < *count; ++k) rows_.push_back(read_row(this, table[k]));
+  inverse_ = function_at<Inverse>(dlsym(handle_, kInverseSymbol));
+  identity_ = function_at<Identity>(dlsym(handle_, kIdentitySymbol));
+}
+
+std::string Pack::reference_path() const {
+  const std::filesystem::path library(path_);
+  const std::string name = library.filename().string();
+  return (library.parent_path() / (name.substr(0, name.find(".so")) + ".md")).string();
+}
+
+void Pack::call_registration(const char* name) const {
+  const auto entry = function_at<std::int32_t (*)()>(dlsym(handle_, name));
+  if (entry == nullptr) throw PackError(fmt::format("{} does not export {}", path_, name));
+  if (const std::int32_t status = entry(); status != 0)
+    throw PackError(fmt::format("{}: {}", path_, efi::catalogue_failure()));
+}
+
+void Pack::register_pack() const {
+  call_registration("DllRegisterServer");
+}
+
+void Pack::unregister_pack() const {
+  call_registration("DllUnregisterServer");
+}
+
+Anyval* call_handler(AnyHandler handler, EfiCallContext* c, std::span<Anyval* const> a) {
+  using V = Anyval*;
+  using C = EfiCallContext*;
+  switch (a.size()) {
+    case 0:
+      return reinterpret_cast<V (*)(C)>(handler)(c);
+    case 1:
+      return reinterpret_cast<V (*)(C, V)>(handler)(c, a[0]);
+    case 2:
+      return reinterpret_cast<V (*)(C, V, V)>(handler)(c, a[0], a[1]);
+    case 3:
+      return reinterpret_cast<V (*)(C, V, V, V)>(handler)(c, a[0], a[1], a[2]);
+    case 4:
+      return reinterpret_cast<V (*)(C, V, V, V, V)>(handler)(c, a[0], a[1], a[2], a[3]);
+    case 5:
+      return reinterpret_cast<V (*)(C, V, V, V, V, V)>(handler)(c, a[0], a[1], a[2], a[3], a[4]);
+    default:
+      return reinterpret_cast<V (*)(C, V, V, V, V, V, V)>(handler)(c, a[0], a[1], a[2], a[3], a[4],
+                                                                   a[5]);
+  }
+}
+
+std::string neighbouring_pack() {
+  namespace fs = std::filesystem;
+  std::error_code failed;
+  const fs::path program = fs::read_symlink("/proc/self/exe", failed);
+  for (const char* directory : {".", WORKSHEET_LIBDIR}) {
+    const fs::path pack = (program.parent_path() / directory / WORKSHEET_PACK).lexically_normal();
+    if (fs::exists(pack, failed)) return pack.string();
+  }
+  return {};
+}
+
+}  // namespace worksheet

@@ -1,0 +1,190 @@
+#include "host/packs/unit.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <numeric>
+#include <unordered_map>
+
+#include "fmt/format.h"
+#include "host/packs/unit_names.hpp"
+
+namespace worksheet {
+
+namespace {
+
+// Denominators of powers that are recognised: square and cube roots of products and the like.
+constexpr int kMostDenominator = 12;
+constexpr double kMostPower = 1000;
+
+// Single units that a product of several may stand for. Not the joule: a torque is no energy.
+constexpr const char* kCoherent[] = {"N", "Pa", "W", "V", "A", "Ohm", "C", "F", "H"};
+
+using Factors = std::vector<Unit::Factor>;
+
+double power_of(double scale, const Rational& power) {
+  if (power == Rational(1)) return scale;
+  if (power == Rational(-1)) return 1.0 / scale;
+  return std::pow(scale, static_cast<double>(power));
+}
+
+Dimension dimension_of(const Factors& factors) {
+  Dimension dimension;
+  for (const Unit::Factor& factor : factors)
+    for (const auto& [base, power] : factor.unit->dimension) {
+      Rational& sum = dimension[base];
+      sum = sum + power * factor.power;
+    }
+  std::erase_if(dimension, [](const auto& entry) { return entry.second == Rational(0); });
+  return dimension;
+}
+
+double scale_of(const Factors& factors) {
+  double scale = 1.0;
+  for (const Unit::Factor& factor : factors) scale *= power_of(factor.unit->scale, factor.power);
+  return scale;
+}
+
+std::string power_text(const Unit::Factor& factor, const Rational& power) {
+  if (power == Rational(1)) return factor.unit->name;
+  if (power.den == 1) return fmt::format("{}^{}", factor.unit->name, power.num);
+  return fmt::format("{}^({}/{})", factor.unit->name, power.num, power.den);
+}
+
+std::string name_of(const Factors& factors) {
+  std::vector<std::string> above, below;
+  for (const Unit::Factor& factor : factors) {
+    if (factor.power.num > 0)
+      above.push_back(power_text(factor, factor.power));
+    else
+      below.push_back(power_text(factor, factor.power * Rational(-1)));
+  }
+  std::string name = above.empty() ? "1" : fmt::format("{}", fmt::join(above, " "));
+  if (below.empty()) return name;
+  const std::string divisor = fmt::format("{}", fmt::join(below, " "));
+  return name + (below.size() == 1 ? "/" + divisor : fmt::format("/({})", divisor));
+}
+
+// Multiplies by a factor. One of the same dimension takes it in; gives what the numbers are to be
+// multiplied by.
+double take_in(Factors& factors, const Unit::Factor& factor) {
+  for (Unit::Factor& present : factors) {
+    if (present.unit->dimension != factor.unit->dimension) continue;
+    present.power = present.power + factor.power;
+    return power_of(factor.unit->scale / present.unit->scale, factor.power);
+  }
+  factors.push_back(factor);
+  return 1.0;
+}
+
+Factors base_factors(const Dimension& dimension) {
+  Factors factors;
+  for (const bool above : {true, false})
+    for (const auto& [base, power] : dimension)
+      if ((power.num > 0) == above) factors.push_back({find_named_unit(base), power});
+  return factors;
+}
+
+// A product of two or more factors as a single unit of the same scale, or in base units if these
+// are fewer.
+UnitProduct readable(const Factors& factors) {
+  const Dimension dimension = dimension_of(factors);
+  const double scale = scale_of(factors);
+  if (dimension.empty()) return {nullptr, scale};
+  if (factors.size() < 2) return {unit_of(factors), 1.0};
+  for (const char* name : kCoherent) {
+    const NamedUnit* const single = find_named_unit(name);
+    if (single->dimension == dimension && single->scale == scale)
+      return {unit_of({{single, 1}}), 1.0};
+  }
+  if (dimension.size() < factors.size()) return {unit_of(base_factors(dimension)), scale};
+  return {unit_of(factors), 1.0};
+}
+
+UnitProduct product(const Unit* a, const Unit* b, const Rational& power) {
+  Factors factors;
+  double scale = 1.0;
+  auto add = [&](const Unit* unit, const Rational& p) {
+    if (unit == nullptr) return;
+    for (const Unit::Factor& factor : unit->factors()) {
+      const Unit::Factor raised = {factor.unit, factor.power * p};
+      scale *= factor.unit->dimension.empty() ? power_of(factor.unit->scale, raised.power)
+                                              : take_in(factors, raised);
+    }
+  };
+  add(a, 1);
+  add(b, power);
+  std::erase_if(factors, [](const Unit::Factor& f) { return f.power == Rational(0); });
+  const UnitProduct result = readable(factors);
+  return {result.unit, result.factor * scale};
+}
+
+}  // namespace
+
+Rational::Rational(int numerator, int denominator) : num(numerator), den(denominator) {
+  const int divisor = std::gcd(num, den) * (den < 0 ? -1 : 1);
+  num /= divisor;
+  den /= divisor;
+}
+
+Rational operator+(const Rational& a, const Rational& b) {
+  return {a.num * b.den + b.num * a.den, a.den * b.den};
+}
+
+Rational operator*(const Rational& a, const Rational& b) {
+  return {a.num * b.num, a.den * b.den};
+}
+
+std::optional<Rational> to_rational(double x) {
+  constexpr double kNear = 1e-9;
+  if (!(std::fabs(x) <= kMostPower)) return std::nullopt;
+  for (int den = 1; den <= kMostDenominator; ++den)
+    if (std::fabs(x * den - std::round(x * den)) < kNear)
+      return Rational(static_cast<int>(std::lround(x * den)), den);
+  return std::nullopt;
+}
+
+Unit::Unit(std::vector<Factor> factors)
+    : factors_(std::move(factors)),
+      name_(name_of(factors_)),
+      scale_(scale_of(factors_)),
+      dimension_(dimension_of(factors_)) {}
+
+const Unit* unit_of(const Factors& factors) {
+  static std::unordered_map<std::string, std::unique_ptr<Unit>> made;
+  if (factors.empty()) return nullptr;
+  std::unique_ptr<Unit>& unit = made[name_of(factors)];
+  if (unit == nullptr) unit = std::make_unique<Unit>(factors);
+  return unit.get();
+}
+
+std::string unit_text(const Unit* unit) {
+  return unit == nullptr ? "no unit" : unit->name();
+}
+
+std::optional<double> conversion(const Unit* from, const Unit* to) {
+  if (from == to) return 1.0;
+  static const Dimension kNone;
+  const Dimension& have = from == nullptr ? kNone : from->dimension();
+  const Dimension& want = to == nullptr ? kNone : to->dimension();
+  if (have != want) return std::nullopt;
+  return (from == nullptr ? 1.0 : from->scale()) / (to == nullptr ? 1.0 : to->scale());
+}
+
+bool is_dimensionless(const Unit* unit) {
+  return unit == nullptr || unit->dimension().empty();
+}
+
+UnitProduct multiply(const Unit* a, const Unit* b) {
+  return product(a, b, 1);
+}
+
+UnitProduct divide(const Unit* a, const Unit* b) {
+  return product(a, b, -1);
+}
+
+UnitProduct raise(const Unit* a, const Rational& power) {
+  return product(nullptr, a, power);
+}
+
+}  // namespace worksheet

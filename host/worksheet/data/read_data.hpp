@@ -1,0 +1,19 @@
+// Matrices from files: CSV and TSV tables, and the Matrix Market exchange format.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include "host/worksheet/engine/machine.hpp"
+
+namespace worksheet {
+
+// Why a file gives no matrix: names the file and, where there is one, the line.
+struct DataError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// `name` is relative to the machine's directory. Throws DataError.
+aMatrix* read_data(Machine& machine, const std::string& name);
+
+}  // namespace worksheet

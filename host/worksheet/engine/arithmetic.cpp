@@ -1,0 +1,257 @@
+#include "host/worksheet/engine/arithmetic.hpp"
+
+#include <cmath>
+#include <cstring>
+
+#include "fmt/format.h"
+#include "host/packs/unit.hpp"
+#include "host/worksheet/engine/matrices.hpp"
+#include "host/worksheet/engine/matrix_power.hpp"
+
+namespace worksheet {
+
+namespace {
+
+// Integer powers up to this one are products: exact where the products are.
+constexpr double kMostRepeatedProducts = 64;
+
+bool is_comparison(Operator op) {
+  return op >= Operator::less;
+}
+
+double truth(bool holds) {
+  return holds ? 1.0 : 0.0;
+}
+
+double real_result(Operator op, double a, double b) {
+  switch (op) {
+    case Operator::add:
+      return a + b;
+    case Operator::subtract:
+      return a - b;
+    case Operator::multiply:
+      return a * b;
+    case Operator::divide:
+      return a / b;
+    case Operator::power:
+      return std::pow(a, b);
+    case Operator::less:
+      return truth(a < b);
+    case Operator::less_equal:
+      return truth(a <= b);
+    case Operator::greater:
+      return truth(a > b);
+    case Operator::greater_equal:
+      return truth(a >= b);
+    case Operator::equal:
+      return truth(a == b);
+    default:
+      return truth(a != b);
+  }
+}
+
+// Whether the operator gives a real number for real operands.
+bool stays_real(Operator op, double a, double b) {
+  return op != Operator::power || a >= 0.0 || std::isnan(a) || std::floor(b) == b;
+}
+
+Number complex_result(Operator op, const Number& a, const Number& b) {
+  switch (op) {
+    case Operator::add:
+      return a + b;
+    case Operator::subtract:
+      return a - b;
+    case Operator::multiply:
+      return a.imag() == 0.0 ? a.real() * b : b.imag() == 0.0 ? a * b.real() : a * b;
+    case Operator::divide:
+      return b.imag() == 0.0 ? a / b.real() : a / b;
+    case Operator::power:
+      return power(a, b);
+    case Operator::equal:
+      return truth(a == b);
+    default:
+      return truth(a != b);
+  }
+}
+
+Number element_result(Operator op, const Number& a, const Number& b) {
+  if (a.imag() == 0.0 && b.imag() == 0.0 && stays_real(op, a.real(), b.real()))
+    return real_result(op, a.real(), b.real());
+  return complex_result(op, a, b);
+}
+
+// An operand of an elementwise operation: a matrix, or a number that stands for every element.
+struct Operand {
+  explicit Operand(const Value& v)
+      : m(is_matrix(v) ? matrix(v) : nullptr), z(m == nullptr ? number(v) : Number()) {}
+  bool complex() const { return m != nullptr ? m->im != nullptr : z.imag() != 0.0; }
+  double re(std::ptrdiff_t k) const { return m != nullptr ? re_at(m, k) : z.real(); }
+  double im(std::ptrdiff_t k) const { return m != nullptr ? im_at(m, k) : z.imag(); }
+  Number at(std::ptrdiff_t k) const { return {re(k), im(k)}; }
+
+  const aMatrix* m;
+  Number z;
+};
+
+Value elementwise(Machine& machine, Operator op, const Value& a, const Value& b) {
+  const Operand x(a), y(b);
+  const aMatrix* const shape = x.m != nullptr ? x.m : y.m;
+  MatrixBuilder result(shape->rows, shape->cols);
+  const std::ptrdiff_t count = element_count(shape);
+  if (x.complex() || y.complex() || op == Operator::power) {
+    for (std::ptrdiff_t k = 0; k < count; ++k) result.set(k, element_result(op, x.at(k), y.at(k)));
+  } else {
+    double* const re = result.re();
+    for (std::ptrdiff_t k = 0; k < count; ++k) re[k] = real_result(op, x.re(k), y.re(k));
+  }
+  return object_value(result.finish(machine.store));
+}
+
+// c := c + s A b for one column of a product, by the columns of A.
+void add_column(double* c, double s, const double* a, const double* b, std::ptrdiff_t m,
+                std::ptrdiff_t inner) {
+  for (std::ptrdiff_t k = 0; k < inner; ++k) {
+    const double factor = s * b[k];
+    for (std::ptrdiff_t i = 0; i < m; ++i) c[i] += factor * a[k * m + i];
+  }
+}
+
+// C := C + s A B for one pair of part arrays. Stops between two columns when it is interrupted.
+void add_product(const Machine& machine, double* c, double s, const double* a, const double* b,
+                 std::ptrdiff_t m, std::ptrdiff_t inner, std::ptrdiff_t n) {
+  if (a == nullptr || b == nullptr) return;
+  for (std::ptrdiff_t j = 0; j < n && !machine.interrupted; ++j)
+    add_column(c + j * m, s, a, b + j * inner, m, inner);
+}
+
+Value product(Machine& machine, const aMatrix* a, const aMatrix* b, Span span) {
+  if (a->cols != b->rows)
+    return machine.fail(span, fmt::format("cannot multiply {} by {}: the columns of the first are "
+                                          "not as many as the rows of the second",
+                                          shape_text(a), shape_text(b)));
+  MatrixBuilder c(a->rows, b->cols);
+  auto add = [&](double* part, double sign, const double* x, const double* y) {
+    add_product(machine, part, sign, x, y, a->rows, a->cols, b->cols);
+  };
+  add(c.re(), 1.0, a->re, b->re);
+  if (a->im != nullptr || b->im != nullptr) {
+    add(c.re(), -1.0, a->im, b->im);
+    add(c.need_im(), 1.0, a->re, b->im);
+    add(c.im(), 1.0, a->im, b->re);
+  }
+  if (machine.interrupted) return machine.fail(span, "interrupted");
+  return object_value(c.finish(machine.store));
+}
+
+bool is_operand(const Value& v) {
+  return is_number(v) || (is_matrix(v) && !contains_ptrs(matrix(v)));
+}
+
+Value compare_texts(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
+  const bool same = std::strcmp(text(a), text(b)) == 0;
+  if (op == Operator::equal) return number_value(truth(same));
+  if (op == Operator::not_equal) return number_value(truth(!same));
+  return machine.fail(span, fmt::format("text has no '{}'", operator_text(op)));
+}
+
+bool has_imaginary_part(const Value& v) {
+  return is_number(v) ? v.im != 0.0 : matrix(v)->im != nullptr;
+}
+
+}  // namespace
+
+const char* operator_text(Operator op) {
+  constexpr const char* kTexts[] = {"+", "-", "*", "/", "^", "<", "<=", ">", ">=", "==", "!="};
+  return kTexts[static_cast<int>(op)];
+}
+
+Number power(const Number& a, const Number& b) {
+  if (a.imag() == 0.0 && b.imag() == 0.0 && stays_real(Operator::power, a.real(), b.real()))
+    return std::pow(a.real(), b.real());
+  const double n = b.real();
+  if (b.imag() == 0.0 && std::floor(n) == n && std::fabs(n) <= kMostRepeatedProducts) {
+    Number result = 1.0;
+    for (int k = 0; k < static_cast<int>(std::fabs(n)); ++k) result *= a;
+    return n < 0.0 ? 1.0 / result : result;
+  }
+  if (a == 0.0) return b.real() > 0.0 ? Number(0.0) : std::pow(a, b);
+  return std::exp(b * std::log(a));
+}
+
+namespace {
+
+Value plain_binary(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
+  if (is_text(a) && is_text(b)) return compare_texts(machine, op, a, b, span);
+  if (op == Operator::power && is_matrix(a) && is_number(b))
+    return matrix_power(machine, a, number(b), span);
+  for (const Value* v : {&a, &b}) {
+    if (is_operand(*v)) continue;
+    return machine.fail(span, fmt::format("'{}' does not take {}", operator_text(op),
+                                          is_matrix(*v) ? "a nested array" : kind_name(*v)));
+  }
+  const bool ordered = is_comparison(op) && op != Operator::equal && op != Operator::not_equal;
+  if (ordered && (has_imaginary_part(a) || has_imaginary_part(b)))
+    return machine.fail(span, "complex numbers have no order");
+  if (is_number(a) && is_number(b)) return number_value(element_result(op, number(a), number(b)));
+  if (is_matrix(a) && is_matrix(b)) {
+    if (op == Operator::multiply) return product(machine, matrix(a), matrix(b), span);
+    if (matrix(a)->rows != matrix(b)->rows || matrix(a)->cols != matrix(b)->cols)
+      return machine.fail(span,
+                          fmt::format("'{}' needs equal shapes, not {} and {}", operator_text(op),
+                                      shape_text(matrix(a)), shape_text(matrix(b))));
+  }
+  return elementwise(machine, op, a, b);
+}
+
+// The result of a product, power or quotient of values whose units combine to `unit`.
+Value combined(Machine& machine, Operator op, const Value& a, const Value& b,
+               const UnitProduct& unit, Span span) {
+  const Value result = plain_binary(machine, op, without_unit(a), without_unit(b), span);
+  return is_error(result) ? result : with_unit(scaled(machine, result, unit.factor), unit.unit);
+}
+
+Value power_with_units(Machine& machine, const Value& a, const Value& b, Span span) {
+  const auto factor = conversion(b.unit, nullptr);
+  if (!factor)
+    return machine.fail(span,
+                        fmt::format("an exponent must be plain; it has {}", unit_text(b.unit)));
+  const Value exponent = with_unit(scaled(machine, b, *factor), nullptr);
+  const auto power = is_plain_real(exponent) ? to_rational(exponent.re) : std::nullopt;
+  if (a.unit != nullptr && !power)
+    return machine.fail(span, fmt::format("no such power of {}", unit_text(a.unit)));
+  const UnitProduct unit = a.unit == nullptr ? UnitProduct{nullptr, 1.0} : raise(a.unit, *power);
+  return combined(machine, Operator::power, a, exponent, unit, span);
+}
+
+Value binary_with_units(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
+  if (op == Operator::multiply) return combined(machine, op, a, b, multiply(a.unit, b.unit), span);
+  if (op == Operator::divide) return combined(machine, op, a, b, divide(a.unit, b.unit), span);
+  if (op == Operator::power) return power_with_units(machine, a, b, span);
+  const auto factor = conversion(b.unit, a.unit);
+  if (!factor)
+    return machine.fail(span, fmt::format("'{}' needs values of one unit: {} and {}",
+                                          operator_text(op), unit_text(a.unit), unit_text(b.unit)));
+  const Value same = with_unit(scaled(machine, b, *factor), nullptr);
+  const Value result = plain_binary(machine, op, without_unit(a), same, span);
+  return is_comparison(op) || is_error(result) ? result : with_unit(result, a.unit);
+}
+
+}  // namespace
+
+Value binary(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
+  if (a.unit == nullptr && b.unit == nullptr) return plain_binary(machine, op, a, b, span);
+  return binary_with_units(machine, op, a, b, span);
+}
+
+Value negate(Machine& machine, const Value& a, Span span) {
+  if (is_number(a)) return with_unit(number_value(-a.re, a.im == 0.0 ? 0.0 : -a.im), a.unit);
+  if (!is_operand(a))
+    return machine.fail(
+        span, fmt::format("'-' does not take {}", is_matrix(a) ? "a nested array" : kind_name(a)));
+  const aMatrix* const m = matrix(a);
+  MatrixBuilder result(m->rows, m->cols);
+  for (std::ptrdiff_t k = 0; k < element_count(m); ++k) result.set(k, -re_at(m, k), -im_at(m, k));
+  return object_value(result.finish(machine.store), a.unit);
+}
+
+}  // namespace worksheet

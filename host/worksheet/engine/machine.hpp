@@ -1,0 +1,165 @@
+// The state of an evaluation: the host's services, the variables, the packs, and where an error
+// came from.
+#pragma once
+
+#include <csignal>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "host/efiutils/evaluator.hpp"
+#include "host/efiutils/store.hpp"
+#include "host/efiutils/watch.hpp"
+#include "host/packs/packs.hpp"
+#include "host/worksheet/engine/picture.hpp"
+#include "host/worksheet/engine/source.hpp"
+#include "host/worksheet/engine/value.hpp"
+
+namespace worksheet {
+
+class Node;
+
+// A worksheet variable. Its address stays: compiled expressions refer to it.
+struct Variable {
+  std::string name;
+  Value value = {};
+  bool defined = false;
+};
+
+// A function defined in the worksheet; the body of the host's function values.
+struct Function {
+  std::string name;
+  std::vector<std::string> parameters;
+  std::unique_ptr<Node> body;
+  std::unique_ptr<const Source> source;
+};
+
+// What a function value of the worksheet stands for.
+inline const Function& function_of(const Value& v) {
+  return *static_cast<const Function*>(static_cast<const efi::aFunction*>(v.object)->body);
+}
+
+// Where an error arose.
+struct Place {
+  const aError* error = nullptr;
+  const Source* source = nullptr;
+  Span span;
+};
+
+// The most arguments of a function.
+inline constexpr std::size_t kMostArguments = 12;
+
+class Machine {
+ public:
+  Machine();
+  ~Machine();
+  Machine(const Machine&) = delete;
+  Machine& operator=(const Machine&) = delete;
+
+  efi::Store store;
+  efi::Evaluator evaluator;
+  EfiCallContext context = {&store, &evaluator};
+  std::vector<std::unique_ptr<Pack>> packs;
+
+  // The directory from which `read` starts.
+  std::string directory = ".";
+
+  // What the statement under evaluation has drawn, with their SVG if pictures are kept for a
+  // report.
+  std::vector<Drawn> pictures;
+  bool keeps_pictures = false;
+
+  // How closely packs are watched.
+  efi::Care care = efi::Care::records;
+
+  // Set from a signal handler: ends the evaluation at the next call of a function.
+  volatile std::sig_atomic_t interrupted = 0;
+
+  // The variable of that name, made undefined if there is none.
+  Variable* variable(std::string_view name);
+  const std::unordered_map<std::string, std::unique_ptr<Variable>>& variables() const {
+    return variables_;
+  }
+
+  void assign(Variable& variable, const Value& value);
+
+  // The row of that name in the packs; null if there is none.
+  const Row* find_row(std::string_view name) const;
+
+  // Takes a pack in; the rows of packs taken in before go first.
+  void add_pack(std::unique_ptr<Pack> pack);
+
+  // Keeps a function for as long as function values may refer to it.
+  Function* keep(std::unique_ptr<Function> function);
+
+  // --- While a statement is evaluated ---
+
+  // Evaluates a node of the statement in `source`, at top level. The place of an error refers to
+  // `source`.
+  Value evaluate(const Node& node, const Source& source);
+
+  // The argument of the function being evaluated.
+  const Value& parameter(std::size_t index) const { return parameters_[index]; }
+
+  // What stands at `span` of the text being evaluated.
+  std::string_view text_at(Span span) const;
+
+  // An error value that arose at `span` of the text being evaluated.
+  Value fail(Span span, std::string_view message);
+  // The same for an error value that a pack or a service made, unless its place is known.
+  Value fail_with(Span span, Anyval* error);
+  Value out_of_memory(Span span) { return fail_with(span, sError_OutOfMemory); }
+
+  // The place of an error that an evaluation gave.
+  const Place& place() const { return place_; }
+
+  // The value of a worksheet function.
+  Value call(const Function& function, std::span<const Value> arguments, Span span);
+  // The value of a pack's function; `spans` are the places of the arguments.
+  Value call(const Row& row, std::span<const Value> arguments, Span span,
+             std::span<const Span> spans);
+
+  // The value that `entry` of a pack gives, watched; `boxes` are the arguments that it receives.
+  Value call_pack(const std::string& name, const std::function<Anyval*()>& entry,
+                  std::span<Anyval* const> boxes, Span span, std::span<const Span> spans);
+
+  // A value of the host's for `value`, null without memory; and the value that one stands for.
+  Anyval* boxed(const Value& value);
+  Value unboxed(Anyval* object) const;
+  // The value that a nested element holds.
+  Value nested(double element) const;
+
+  // Reclaims what the values made since `since` no longer need, `result` excepted.
+  void collect(const Value& result, std::size_t since);
+  // Reclaims everything that no variable reaches.
+  void collect_all();
+
+ private:
+  struct Activation;
+
+  Anyval* apply(Anyval* function, const sCons* arguments);
+  Anyval* applied(const Function& function, std::span<const Value> arguments);
+  void forget_last_applied();
+  Value call_with_units(const Row& row, std::span<const Value> arguments, Span span,
+                        std::span<const Span> spans);
+  Value call_plain(const Row& row, std::span<const Value> arguments, Span span,
+                   std::span<const Span> spans);
+  bool deeply_nested() const;
+
+  std::unordered_map<std::string, std::unique_ptr<Variable>> variables_;
+  std::vector<std::unique_ptr<Function>> functions_;
+  const Value* parameters_ = nullptr;
+  const Source* source_ = nullptr;
+  Span pack_call_;  // The call of a pack's function that is under way.
+  Place place_;
+  bool replaced_ = false;           // A variable has lost a value since everything was reclaimed,
+  std::size_t kept_ = 0;            // which left as many.
+  Anyval* last_applied_ = nullptr;  // The newest value that `apply` gave a pack.
+  const char* stack_limit_ = nullptr;
+};
+
+}  // namespace worksheet

@@ -1,0 +1,92 @@
+#include "host/worksheet/help/reference.hpp"
+
+namespace worksheet {
+
+const char* const kLanguageReference = R"(
+## Elementary functions
+
+### sqrt(z), exp(z), log(z)
+
+The square root, the exponential, and the natural logarithm, element by element; complex where no real
+value exists. `sqrt` takes the root of a unit, too; the others want plain numbers.
+
+### sin(z), cos(z), tan(z), atan(z)
+
+The trigonometric functions of angles in radians and the arc tangent, element by element.
+
+### abs(z), re(z), im(z), conj(z)
+
+The magnitude, the real and the imaginary part, and the conjugate, element by element. Units stay.
+
+### floor(x), mod(x, y)
+
+The greatest integer that is not above x; the remainder of x/y, which has the sign of y. Element by
+element, for real numbers.
+
+### if(c, a, b)
+
+a when the number c is not 0, else b; only one of them is evaluated.
+
+### pi
+
+The ratio of a circle's circumference to its diameter.
+
+## Data
+
+### read("file")
+
+A matrix from a CSV, TSV or Matrix Market file, relative to the worksheet. A first line without numbers
+is taken for the names of the columns.
+
+### real_only(A), with_imag(A), lean(A)
+
+A without its imaginary array; with one, be it of zeros; without part arrays that hold only zeros.
+
+## Pictures
+
+### plot("file", x, y), scatter("file", x, y)
+
+A curve through points, or the points alone, as an SVG or PNG file. Without x over the indices; several
+pairs `x, y` give several curves, and so do the columns of a matrix y. A text behind a curve names it in
+the legend; "title: ...", "x: ..." and "y: ..." label the picture and its axes.
+
+### plot_eigenvals("file", A), plot_svds("file", A)
+
+The eigenvalues of a matrix in the complex plane; its singular values over a logarithmic axis. A vector
+is taken for the values themselves.
+
+### heatmap("file", A)
+
+A colour for each element of a matrix.
+
+## The language
+
+### statements
+
+x = expr assigns, f(i, j) = expr defines a function, P, L, U = lu(A) takes the parts of a joined value,
+and an expression alone shows its value. One statement a line; an open bracket continues it, and `#`
+starts a comment.
+
+### operators
+
+`+ - * / ^`, comparisons, `A'`, `A[i, j]` and `[1, 2; 3, 4]`. `*` between matrices is the matrix product,
+all else works element by element and with a number. `A^-1` is the inverse, `A^0` the identity. Indices
+are counted from ORIGIN. `2i` is an imaginary number, "text" a text, and a matrix with matrices or texts
+in it a nested array.
+
+### units
+
+3{kN/m} attaches a unit, and x in {mm} shows a value in another one. A matrix has one unit as a whole.
+Sums, functions and equations whose units do not fit are errors.
+
+### variables, ORIGIN, TOL
+
+ORIGIN (0 at first) is the index of the first element, TOL (1e-9) a tolerance; both may be assigned.
+`last` and `submatrix` read ORIGIN, `eigenvals`, `genvals`, `genvecs` and `geninv` read TOL.
+
+### help
+
+help lists everything there is, and help NAME says what NAME is.
+)";
+
+}  // namespace worksheet

@@ -1,0 +1,242 @@
+#include "host/worksheet/language/expressions.hpp"
+
+#include <array>
+#include <cmath>
+
+#include "fmt/format.h"
+#include "host/packs/unit.hpp"
+#include "host/worksheet/engine/matrices.hpp"
+
+namespace worksheet {
+
+Value TextNode::evaluate(Machine& machine) const {
+  aString* const made = machine.store.new_string(text.c_str());
+  return made != nullptr ? object_value(made) : machine.out_of_memory(span);
+}
+
+Value VariableNode::evaluate(Machine& machine) const {
+  if (variable->defined) return variable->value;
+  if (constant != nullptr) return number_value(*constant);
+  return machine.fail(span, fmt::format("unknown name: {}", variable->name));
+}
+
+namespace {
+
+// The usual case of an operator between numbers; false where more is to be said.
+bool combine_reals(Operator op, Value& a, const Value& b) {
+  if (!is_plain_real(a) || !is_plain_real(b)) return false;
+  switch (op) {
+    case Operator::add:
+      a.re += b.re;
+      return true;
+    case Operator::subtract:
+      a.re -= b.re;
+      return true;
+    case Operator::multiply:
+      a.re *= b.re;
+      return true;
+    case Operator::divide:
+      a.re /= b.re;
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+Value ChainNode::evaluate(Machine& machine) const {
+  Value result = first->evaluate(machine);
+  if (is_error(result)) return result;
+  for (const Term& term : terms) {
+    const Value b = term.operand->evaluate(machine);
+    if (is_error(b))
+      result = b;
+    else if (!combine_reals(term.op, result, b))
+      result = binary(machine, term.op, result, b, term.op_span);
+    if (is_error(result)) break;
+  }
+  return result;
+}
+
+Value NegateNode::evaluate(Machine& machine) const {
+  const Value a = operand->evaluate(machine);
+  return is_error(a) ? a : negate(machine, a, span);
+}
+
+Value TransposeNode::evaluate(Machine& machine) const {
+  const Value a = operand->evaluate(machine);
+  if (is_error(a)) return a;
+  if (row == nullptr) return machine.fail(span, "no pack gives a transpose");
+  return machine.call(*row, {&a, 1}, span, {&operand->span, 1});
+}
+
+namespace {
+
+// The position, counted from 0, that a subscript counted from the origin means; an error value in
+// *error otherwise.
+std::ptrdiff_t position(Machine& machine, const Node& node, double origin, std::ptrdiff_t size,
+                        Value* error) {
+  const Value v = node.evaluate(machine);
+  if (is_error(v)) {
+    *error = v;
+  } else if (!is_plain_real(v) || std::floor(v.re) != v.re) {
+    *error = machine.fail(node.span, "an index must be an integer");
+  } else if (!(v.re >= origin && v.re < origin + static_cast<double>(size))) {
+    *error = machine.fail(node.span, fmt::format("index {} is outside of {} to {}", v.re, origin,
+                                                 origin + static_cast<double>(size) - 1));
+  } else {
+    return static_cast<std::ptrdiff_t>(v.re - origin);
+  }
+  return 0;
+}
+
+Value element(const Machine& machine, const aMatrix* m, std::ptrdiff_t k) {
+  const double re = re_at(m, k);
+  if (efi::is_nested_element(re)) return machine.nested(re);
+  return number_value(re, im_at(m, k));
+}
+
+}  // namespace
+
+Value IndexNode::evaluate(Machine& machine) const {
+  const Value a = array->evaluate(machine);
+  if (is_error(a)) return a;
+  if (!is_matrix(a))
+    return machine.fail(array->span, fmt::format("{} has no elements", kind_name(a)));
+  const aMatrix* const m = matrix(a);
+  if (!is_plain_real(origin->value)) return machine.fail(span, "ORIGIN must be a real number");
+  const double start = origin->value.re;
+  Value error = {};
+  if (indices.size() == 1) {
+    if (m->rows != 1 && m->cols != 1)
+      return machine.fail(span, fmt::format("a {} matrix needs two indices", shape_text(m)));
+    const std::ptrdiff_t k = position(machine, *indices[0], start, element_count(m), &error);
+    return is_error(error) ? error : with_unit(element(machine, m, k), a.unit);
+  }
+  const std::ptrdiff_t i = position(machine, *indices[0], start, m->rows, &error);
+  if (is_error(error)) return error;
+  const std::ptrdiff_t j = position(machine, *indices[1], start, m->cols, &error);
+  if (is_error(error)) return error;
+  return with_unit(element(machine, m, j * m->leading_dimension + i), a.unit);
+}
+
+namespace {
+
+bool can_have_unit(const Value& v) {
+  return is_number(v) || (is_matrix(v) && !contains_ptrs(matrix(v)));
+}
+
+}  // namespace
+
+Value UnitNode::evaluate(Machine& machine) const {
+  const Value a = operand->evaluate(machine);
+  if (is_error(a)) return a;
+  if (!can_have_unit(a)) return machine.fail(span, fmt::format("{} takes no unit", kind_name(a)));
+  if (a.unit != nullptr)
+    return machine.fail(span, fmt::format("it has a unit already: {}", unit_text(a.unit)));
+  return with_unit(a, unit);
+}
+
+Value ConversionNode::evaluate(Machine& machine) const {
+  const Value a = operand->evaluate(machine);
+  if (is_error(a)) return a;
+  const auto factor = can_have_unit(a) ? conversion(a.unit, unit) : std::nullopt;
+  if (!factor)
+    return machine.fail(
+        operand->span, fmt::format("{} cannot be shown in {}", unit_text(a.unit), unit_text(unit)));
+  return with_unit(scaled(machine, a, *factor), unit);
+}
+
+namespace {
+
+// What a nested array holds of a value: numbers as they are, matrices as copies that say so.
+Anyval* nested_copy(Machine& machine, const Value& v) {
+  if (!is_matrix(v)) return v.object;
+  aMatrix* const copy = copy_of(machine, matrix(v));
+  copy->flags |= kIsNestedValue;
+  return copy;
+}
+
+}  // namespace
+
+Value MatrixNode::evaluate(Machine& machine) const {
+  std::vector<Value> values;
+  values.reserve(elements.size());
+  bool all_numbers = true;
+  for (const NodePtr& element : elements) {
+    values.push_back(element->evaluate(machine));
+    const Value& v = values.back();
+    if (is_error(v)) return v;
+    if (is_none(v)) return machine.fail(element->span, "an element has no value");
+    all_numbers = all_numbers && is_number(v);
+  }
+  return all_numbers ? of_numbers(machine, values) : nested(machine, values);
+}
+
+// A matrix takes one unit as a whole: that of its first element.
+Value MatrixNode::of_numbers(Machine& machine, const std::vector<Value>& values) const {
+  const std::size_t rows = values.size() / cols;
+  MatrixBuilder result(static_cast<std::ptrdiff_t>(rows), static_cast<std::ptrdiff_t>(cols));
+  for (std::size_t at = 0; at < values.size(); ++at) {
+    const auto factor = conversion(values[at].unit, values[0].unit);
+    if (!factor)
+      return machine.fail(elements[at]->span,
+                          fmt::format("the elements of a matrix have one unit, not {} and {}",
+                                      unit_text(values[0].unit), unit_text(values[at].unit)));
+    result.set(static_cast<std::ptrdiff_t>(at % cols * rows + at / cols),
+               number(values[at]) * *factor);
+  }
+  return object_value(result.finish(machine.store), values[0].unit);
+}
+
+Value MatrixNode::nested(Machine& machine, const std::vector<Value>& values) const {
+  const std::size_t rows = values.size() / cols;
+  MatrixBuilder result(static_cast<std::ptrdiff_t>(rows), static_cast<std::ptrdiff_t>(cols));
+  for (std::size_t at = 0; at < values.size(); ++at) {
+    const Value& v = values[at];
+    const auto k = static_cast<std::ptrdiff_t>(at % cols * rows + at / cols);
+    if (v.unit != nullptr)
+      return machine.fail(elements[at]->span, "the elements of a nested array have no units");
+    if (is_number(v))
+      result.set(k, v.re, v.im);
+    else
+      result.re()[k] = efi::nested_element(nested_copy(machine, v));
+  }
+  aMatrix* const made = result.finish(machine.store);
+  made->flags |= kHoldsNested;
+  return object_value(made);
+}
+
+Value CallNode::evaluate(Machine& machine) const {
+  const std::size_t since = machine.store.size();
+  std::array<Value, kMostArguments> values;
+  for (std::size_t k = 0; k < arguments.size(); ++k) {
+    values[k] = arguments[k]->evaluate(machine);
+    if (is_error(values[k])) return values[k];
+    if (is_none(values[k])) return machine.fail(spans[k], "the argument has no value");
+  }
+  const Value result = call(machine, {values.data(), arguments.size()});
+  machine.collect(result, since);
+  return result;
+}
+
+Value CallNode::call(Machine& machine, std::span<const Value> values) const {
+  const bool known = variable == nullptr || variable->defined;
+  const Value& held = variable == nullptr ? machine.parameter(parameter) : variable->value;
+  if (known && has_kind(held, kFunctionKind)) return machine.call(function_of(held), values, span);
+  if (elementary != nullptr) return call_elementary(machine, *elementary, values, span, spans);
+  if (row != nullptr) return machine.call(*row, values, span, spans);
+  return machine.fail(span, known ? fmt::format("{} is {}, not a function", name, kind_name(held))
+                                  : fmt::format("unknown name: {}", name));
+}
+
+Value IfNode::evaluate(Machine& machine) const {
+  const Value condition = arguments[0]->evaluate(machine);
+  if (is_error(condition)) return condition;
+  if (!is_plain_real(condition))
+    return machine.fail(arguments[0]->span, "a condition must be a plain real number");
+  return arguments[condition.re != 0.0 ? 1 : 2]->evaluate(machine);
+}
+
+}  // namespace worksheet

@@ -1,0 +1,132 @@
+// The nodes of compiled expressions.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/worksheet/engine/arithmetic.hpp"
+#include "host/worksheet/engine/node.hpp"
+#include "host/worksheet/language/elementary.hpp"
+
+namespace worksheet {
+
+struct NumberNode : Node {
+  NumberNode(Span where, double re, double im) : Node(where), value(number_value(re, im)) {}
+  Value evaluate(Machine&) const override { return value; }
+  Value value;
+};
+
+struct TextNode : Node {
+  TextNode(Span where, std::string content) : Node(where), text(std::move(content)) {}
+  Value evaluate(Machine& machine) const override;
+  std::string text;
+};
+
+// A parameter of the function whose body this is.
+struct ParameterNode : Node {
+  ParameterNode(Span where, std::size_t k) : Node(where), index(k) {}
+  Value evaluate(Machine& machine) const override { return machine.parameter(index); }
+  std::size_t index;
+};
+
+// A variable; where none is defined, a constant of that name.
+struct VariableNode : Node {
+  VariableNode(Span where, const Variable* v, const double* c)
+      : Node(where), variable(v), constant(c) {}
+  Value evaluate(Machine& machine) const override;
+  const Variable* variable;
+  const double* constant;
+};
+
+// a op b op c..., from left to right.
+struct ChainNode : Node {
+  struct Term {
+    Operator op;
+    Span op_span;
+    NodePtr operand;
+  };
+  ChainNode(Span where, NodePtr a, std::vector<Term> rest)
+      : Node(where), first(std::move(a)), terms(std::move(rest)) {}
+  Value evaluate(Machine& machine) const override;
+  NodePtr first;
+  std::vector<Term> terms;
+};
+
+struct NegateNode : Node {
+  NegateNode(Span where, NodePtr a) : Node(where), operand(std::move(a)) {}
+  Value evaluate(Machine& machine) const override;
+  NodePtr operand;
+};
+
+struct TransposeNode : Node {
+  TransposeNode(Span where, NodePtr a, const Row* r) : Node(where), operand(std::move(a)), row(r) {}
+  Value evaluate(Machine& machine) const override;
+  NodePtr operand;
+  const Row* row;
+};
+
+// A[i, j] or v[i].
+struct IndexNode : Node {
+  IndexNode(Span where, NodePtr a, std::vector<NodePtr> subscripts, const Variable* o)
+      : Node(where), array(std::move(a)), indices(std::move(subscripts)), origin(o) {}
+  Value evaluate(Machine& machine) const override;
+  NodePtr array;
+  std::vector<NodePtr> indices;
+  const Variable* origin;
+};
+
+// a{unit}: a plain value that gets a unit.
+struct UnitNode : Node {
+  UnitNode(Span where, NodePtr a, const Unit* u) : Node(where), operand(std::move(a)), unit(u) {}
+  Value evaluate(Machine& machine) const override;
+  NodePtr operand;
+  const Unit* unit;
+};
+
+// a in {unit}: the same quantity in another unit.
+struct ConversionNode : Node {
+  ConversionNode(Span where, NodePtr a, const Unit* u)
+      : Node(where), operand(std::move(a)), unit(u) {}
+  Value evaluate(Machine& machine) const override;
+  NodePtr operand;
+  const Unit* unit;
+};
+
+struct MatrixNode : Node {
+  MatrixNode(Span where, std::size_t columns, std::vector<NodePtr> by_rows)
+      : Node(where), cols(columns), elements(std::move(by_rows)) {}
+  Value evaluate(Machine& machine) const override;
+  Value nested(Machine& machine, const std::vector<Value>& values) const;
+  Value of_numbers(Machine& machine, const std::vector<Value>& values) const;
+  std::size_t cols;
+  std::vector<NodePtr> elements;
+};
+
+// NAME(...): a function of the worksheet, an elementary one or a pack's, in this order.
+struct CallNode : Node {
+  CallNode(Span where, std::string n, std::vector<NodePtr> args)
+      : Node(where), name(std::move(n)), arguments(std::move(args)) {}
+  Value evaluate(Machine& machine) const override;
+
+  std::string name;
+  std::vector<NodePtr> arguments;
+  std::vector<Span> spans;             // Of the arguments.
+  const Variable* variable = nullptr;  // What may hold the function; null: a parameter.
+  std::size_t parameter = 0;
+  const Elementary* elementary = nullptr;
+  const Row* row = nullptr;
+
+ private:
+  Value call(Machine& machine, std::span<const Value> values) const;
+};
+
+// if(c, a, b): evaluates only what it gives.
+struct IfNode : Node {
+  IfNode(Span where, std::vector<NodePtr> parts) : Node(where), arguments(std::move(parts)) {}
+  Value evaluate(Machine& machine) const override;
+  std::vector<NodePtr> arguments;
+};
+
+}  // namespace worksheet

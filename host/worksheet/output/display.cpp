@@ -1,0 +1,183 @@
+#include "host/worksheet/output/display.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "fmt/format.h"
+#include "host/packs/unit.hpp"
+#include "host/worksheet/help/reference.hpp"
+#include "host/worksheet/output/matrix_text.hpp"
+
+namespace worksheet {
+
+namespace {
+
+constexpr const char* kRed = "\033[31m";
+constexpr const char* kPlain = "\033[0m";
+
+constexpr int kLeastWidth = 40;  // Lines are not cut to less.
+
+std::string real_text(double x, int digits) {
+  if (std::isnan(x)) return "nan";
+  if (std::isinf(x)) return x > 0.0 ? "inf" : "-inf";
+  return fmt::format("{:.{}g}", x == 0.0 ? 0.0 : x, digits);
+}
+
+// Shows values as text, piece by piece.
+class Printer {
+ public:
+  Printer(const Machine& machine, const DisplayOptions& options)
+      : machine_(machine), options_(options) {}
+
+  // "name = value", the value on lines of its own if it is a matrix.
+  void print(const std::string& name, const Value& value);
+  void print_error(const Outcome& outcome);
+  std::string take() { return std::move(text_); }
+
+ private:
+  std::string inline_text(const Value& value) const;
+  std::string pictures_text() const;
+  void print_matrix(const std::string& start, const Value& value);
+  void print_marked_line(const Source& source, Span span);
+  std::string red(const std::string& text) const {
+    return options_.colour ? kRed + text + kPlain : text;
+  }
+
+  const Machine& machine_;
+  const DisplayOptions& options_;
+  std::string text_;
+};
+
+std::string Printer::inline_text(const Value& value) const {
+  if (is_number(value)) {
+    const std::string text = number_text(number(value), options_.digits);
+    if (value.unit == nullptr) return text;
+    const bool complex = value.im != 0.0 && value.re != 0.0;
+    return fmt::format("{}{}{} {}", complex ? "(" : "", text, complex ? ")" : "",
+                       value.unit->name());
+  }
+  if (is_text(value)) return fmt::format("\"{}\"", text(value));
+  if (is_matrix(value))
+    return fmt::format("{} x {} {}{}", matrix(value)->rows, matrix(value)->cols,
+                       contains_ptrs(matrix(value)) ? "nested array" : "matrix",
+                       value.unit == nullptr ? "" : " in " + value.unit->name());
+  if (is_none(value) && !machine_.pictures.empty()) return pictures_text();
+  if (!has_kind(value, kFunctionKind)) return "no value";
+  const Function& function = function_of(value);
+  return fmt::format("{}({})", function.name, fmt::join(function.parameters, ", "));
+}
+
+std::string Printer::pictures_text() const {
+  std::vector<std::string> texts;
+  for (const Drawn& drawn : machine_.pictures)
+    texts.push_back(drawn.file.empty() ? fmt::format("picture ({})", drawn.description)
+                                       : fmt::format("picture {}", drawn.file));
+  return fmt::format("{}", fmt::join(texts, ", "));
+}
+
+void Printer::print_matrix(const std::string& start, const Value& value) {
+  const aMatrix* const m = matrix(value);
+  const MatrixText shown = matrix_text(m, options_, [this](double element) {
+    const Value inner = machine_.nested(element);
+    return is_matrix(inner) ? fmt::format("[{}]", inline_text(inner)) : inline_text(inner);
+  });
+  std::vector<std::string> counts;
+  if (shown.rows < m->rows) counts.push_back(fmt::format("{} rows", shown.rows));
+  if (shown.cols < m->cols) counts.push_back(fmt::format("{} columns", shown.cols));
+  text_ += start + inline_text(value);
+  if (!counts.empty()) text_ += fmt::format(", {} shown", fmt::join(counts, " and "));
+  text_ += '\n' + shown.lines;
+}
+
+void Printer::print(const std::string& name, const Value& value) {
+  const std::string start = name.empty() ? "" : name + " = ";
+  const auto parts = machine_.store.parts(value.object);
+  if (!parts.empty()) {
+    text_ += fmt::format("{}{} parts\n", start, parts.size());
+    for (std::size_t k = 0; k < parts.size(); ++k)
+      print(fmt::format("part {}", k + 1), object_value(parts[k], value.unit));
+    return;
+  }
+  if (is_matrix(value)) return print_matrix(start, value);
+  text_ += start + inline_text(value) + '\n';
+}
+
+// The line in which the span begins, and carets under the span; of a line that is too long, what
+// surrounds the beginning of the span.
+void Printer::print_marked_line(const Source& source, Span span) {
+  const Source::Position begin = source.position(span.begin);
+  const Source::Position end = source.position(span.end);
+  std::vector<std::string> line =
+      characters(source.lines()[static_cast<std::size_t>(begin.line - source.line)]);
+  const std::string number = fmt::format("{:>5} | ", begin.line);
+  const std::size_t width =
+      static_cast<std::size_t>(std::max(options_.width, kLeastWidth)) - number.size();
+  std::size_t at = begin.column - 1;
+  std::size_t length = (end.line == begin.line ? end.column - 1 : line.size()) - at;
+  if (line.size() > width) {
+    const std::size_t first = std::min(at - std::min(at, width / 2), line.size() - width);
+    const auto kept = line.begin() + static_cast<std::ptrdiff_t>(first);
+    const std::string dot(1, '.');
+    const bool cut_behind = first + width < line.size();
+    line = {kept, kept + static_cast<std::ptrdiff_t>(width)};
+    if (first > 0) std::fill_n(line.begin(), 3, dot);
+    if (cut_behind) std::fill_n(line.end() - 3, 3, dot);
+    at -= first;
+    length = std::min(length, width - at);
+  }
+  text_ +=
+      fmt::format("{}{}\n{}{}\n", number, fmt::join(line, ""), std::string(number.size() + at, ' '),
+                  red(std::string(std::max<std::size_t>(length, 1), '^')));
+}
+
+void Printer::print_error(const Outcome& outcome) {
+  if (outcome.is_syntax_error()) {
+    text_ += fmt::format("{} line {}, column {}: {}\n", red("error:"), outcome.line, outcome.column,
+                         outcome.syntax_message);
+    print_marked_line(*outcome.source, {outcome.offset, outcome.offset});
+    return;
+  }
+  const auto* const error = static_cast<const aError*>(outcome.value.object);
+  text_ += fmt::format("{} {}\n", red("error:"), error->message->text);
+  const Place& place = machine_.place();
+  const bool known = place.error == error && place.source != nullptr;
+  // An error inside a function: the statement that came there is shown, too.
+  if (!known || place.source != outcome.source) print_marked_line(*outcome.source, {0, 0});
+  if (!known) return;
+  print_marked_line(*place.source, place.span);
+}
+
+}  // namespace
+
+std::string number_text(const Number& z, int digits) {
+  const std::string re = real_text(z.real(), digits);
+  if (z.imag() == 0.0) return re;
+  const std::string im = real_text(std::fabs(z.imag()), digits) + "i";
+  const bool minus = std::signbit(z.imag());
+  if (z.real() == 0.0) return minus ? fmt::format("-{}", im) : im;
+  return re + (minus ? " - " : " + ") + im;
+}
+
+std::string outcome_text(const Machine& machine, const Outcome& outcome,
+                         const DisplayOptions& options) {
+  if (outcome.is_definition && !outcome.failed()) return "";
+  if (outcome.help && !outcome.failed()) return help_text(machine, *outcome.help, options.width);
+  Printer printer(machine, options);
+  if (outcome.failed()) {
+    printer.print_error(outcome);
+  } else if (outcome.names.size() > 1) {
+    const auto parts = machine.store.parts(outcome.value.object);
+    for (std::size_t k = 0; k < parts.size(); ++k)
+      printer.print(outcome.names[k], object_value(parts[k], outcome.value.unit));
+  } else if (!outcome.names.empty()) {
+    printer.print(outcome.names[0], outcome.value);
+  } else {
+    const std::string& source = outcome.source->text;
+    const bool shown = options.show_source && source.find('\n') == std::string::npos;
+    printer.print(shown ? source : "", outcome.value);
+  }
+  return printer.take();
+}
+
+}  // namespace worksheet

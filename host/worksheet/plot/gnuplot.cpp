@@ -1,0 +1,156 @@
+#include "host/worksheet/plot/gnuplot.hpp"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "fmt/format.h"
+
+extern char** environ;
+
+namespace worksheet {
+
+namespace {
+
+constexpr const char* kMissing =
+    "there is no gnuplot to draw with: install the Debian package gnuplot-nox";
+
+// An interruption may come between a look at its flag and a wait: no wait is longer.
+constexpr int kLongestWait = 100;  // Milliseconds.
+
+[[noreturn]] void fail_with_errno(int error) {
+  throw PlotError(fmt::format("gnuplot cannot be started: {}", std::strerror(error)));
+}
+
+struct Descriptor {
+  explicit Descriptor(int opened) : fd(opened) {
+    if (fd < 0) fail_with_errno(errno);
+  }
+  ~Descriptor() { reset(); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  void reset() {
+    if (fd >= 0) close(std::exchange(fd, -1));
+  }
+  int fd;
+};
+
+// A file without a name, which vanishes with its last descriptor.
+Descriptor memory_file(std::string_view content = {}) {
+  Descriptor file(memfd_create("gnuplot", MFD_CLOEXEC));
+  while (!content.empty()) {
+    const ssize_t written = write(file.fd, content.data(), content.size());
+    if (written < 0 && errno != EINTR) fail_with_errno(errno);
+    if (written > 0) content.remove_prefix(static_cast<std::size_t>(written));
+  }
+  lseek(file.fd, 0, SEEK_SET);
+  return Descriptor(std::exchange(file.fd, -1));
+}
+
+// The environment, but for what would change gnuplot's ways.
+std::vector<char*> plain_environment() {
+  static char locale[] = "LC_ALL=C";
+  std::vector<char*> plain = {locale};
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string_view text = *entry;
+    if (!text.starts_with("LC_") && !text.starts_with("GNUPLOT") && !text.starts_with("GNUTERM") &&
+        !text.starts_with("GDFONTPATH"))
+      plain.push_back(*entry);
+  }
+  plain.push_back(nullptr);
+  return plain;
+}
+
+// A running gnuplot: killed and waited for on every way out.
+class Child {
+ public:
+  Child(int input, int output, int errors) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, errors, STDERR_FILENO);
+    char program[] = "gnuplot", defaults[] = "--default-settings", from_input[] = "-";
+    char* const arguments[] = {program, defaults, from_input, nullptr};
+    const int error =
+        posix_spawnp(&pid_, program, &actions, nullptr, arguments, plain_environment().data());
+    posix_spawn_file_actions_destroy(&actions);
+    if (error == 0) return;
+    pid_ = -1;
+    if (error == ENOENT || error == EACCES) throw PlotError(kMissing);
+    fail_with_errno(error);
+  }
+  ~Child() {
+    if (pid_ < 0) return;
+    kill(pid_, SIGKILL);
+    wait();
+  }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+
+  // Its status, once it has ended.
+  int wait() {
+    int status = 0;
+    while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) continue;
+    pid_ = -1;
+    return status;
+  }
+
+ private:
+  pid_t pid_ = -1;
+};
+
+// All that comes until the other end is closed.
+std::string read_all(int from, const volatile std::sig_atomic_t* interrupted) {
+  std::string content;
+  std::vector<char> buffer(1 << 16);
+  for (;;) {
+    if (*interrupted) throw PlotError("interrupted");
+    pollfd ready = {from, POLLIN, 0};
+    if (poll(&ready, 1, kLongestWait) <= 0) continue;
+    const ssize_t count = read(from, buffer.data(), buffer.size());
+    if (count == 0) return content;
+    if (count > 0) content.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+}
+
+// The last line of what gnuplot complains of: the reason why it stopped.
+std::string complaint(int file) {
+  std::string text(static_cast<std::size_t>(lseek(file, 0, SEEK_END)), '\0');
+  const ssize_t count = pread(file, text.data(), text.size(), 0);
+  text.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
+  const std::size_t end = text.find_last_not_of(" \n");
+  if (end == std::string::npos) return "it failed";
+  text.resize(end + 1);
+  text.erase(0, text.rfind('\n') + 1);
+  text.erase(0, text.find_first_not_of(' '));
+  return text;
+}
+
+}  // namespace
+
+std::string run_gnuplot(const std::string& script, const volatile std::sig_atomic_t* interrupted) {
+  const Descriptor input = memory_file(script), errors = memory_file();
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) fail_with_errno(errno);
+  const Descriptor result(ends[0]);
+  Descriptor output(ends[1]);
+  Child child(input.fd, output.fd, errors.fd);
+  output.reset();
+  std::string content = read_all(result.fd, interrupted);
+  const int status = child.wait();
+  if (*interrupted) throw PlotError("interrupted");
+  if (status != 0) throw PlotError("gnuplot: " + complaint(errors.fd));
+  return content;
+}
+
+}  // namespace worksheet

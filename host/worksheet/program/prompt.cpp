@@ -1,0 +1,211 @@
+#include "host/worksheet/program/prompt.hpp"
+
+#include <editline/readline.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/worksheet/language/elementary.hpp"
+
+namespace worksheet {
+
+namespace {
+
+constexpr int kMostHistory = 1000;
+constexpr const char* kPrompt = "> ";
+constexpr const char* kContinuation = ". ";
+
+// What the line editor's callbacks serve.
+Machine* machine_at_prompt = nullptr;
+
+std::vector<std::string> known_names() {
+  std::vector<std::string> names = elementary_names();
+  names.emplace_back("help");
+  for (const auto& pack : machine_at_prompt->packs)
+    for (const Row& row : pack->rows()) names.push_back(row.name);
+  for (const auto& [name, variable] : machine_at_prompt->variables())
+    if (variable->defined) names.push_back(name);
+  std::sort(names.begin(), names.end());
+  names.erase(std::unique(names.begin(), names.end()), names.end());
+  return names;
+}
+
+// Called again and again for one completion; each time gives the next candidate, or null.
+char* next_candidate(const char* start, int call) {
+  static std::vector<std::string> candidates;
+  if (call == 0) {
+    candidates = known_names();
+    std::erase_if(candidates, [&](const std::string& name) { return !name.starts_with(start); });
+    std::reverse(candidates.begin(), candidates.end());
+  }
+  if (candidates.empty()) return nullptr;
+  const std::string name = candidates.back();
+  candidates.pop_back();
+  return strdup(name.c_str());
+}
+
+char** complete(const char* start, int, int) {
+  rl_attempted_completion_over = 1;  // No names of files.
+  return rl_completion_matches(start, next_candidate);
+}
+
+std::string history_path() {
+  const char* const state = std::getenv("XDG_STATE_HOME");
+  if (state != nullptr && *state == '/') return std::string(state) + "/worksheet/history";
+  const char* const home = std::getenv("HOME");
+  if (home == nullptr) return {};
+  return std::string(home) + "/.local/state/worksheet/history";
+}
+
+// The history of earlier sessions, kept at the end of this one.
+class History {
+ public:
+  History() : path_(history_path()) {
+    using_history();
+    stifle_history(kMostHistory);
+    if (!path_.empty()) read_history(path_.c_str());
+  }
+  ~History() {
+    if (path_.empty()) return;
+    std::error_code ignored;
+    std::filesystem::create_directories(std::filesystem::path(path_).parent_path(), ignored);
+    write_history(path_.c_str());
+  }
+  History(const History&) = delete;
+  History& operator=(const History&) = delete;
+
+  void add(const std::string& line) {
+    if (line.find_first_not_of(" \t") != std::string::npos && line != last_)
+      add_history(line.c_str());
+    last_ = line;
+  }
+
+ private:
+  std::string path_;
+  std::string last_;
+};
+
+struct Freed {
+  void operator()(char* p) const { std::free(p); }
+};
+
+// --- Keys ---
+//
+// SIGINT is let in nowhere but where the prompt waits for a key, and while a statement is
+// evaluated: no Ctrl-C is lost between two lines.
+
+class InterruptHeld {
+ public:
+  InterruptHeld() {
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    sigprocmask(SIG_BLOCK, &interrupt, &before_);
+    sigprocmask(SIG_BLOCK, nullptr, &held_);
+  }
+  ~InterruptHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  InterruptHeld(const InterruptHeld&) = delete;
+  InterruptHeld& operator=(const InterruptHeld&) = delete;
+
+  // Waits for input with SIGINT let in, also when input is there already.
+  void wait(int descriptor) const {
+    pollfd input = {descriptor, POLLIN, 0};
+    ppoll(&input, 1, nullptr, &before_);
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    sigprocmask(SIG_SETMASK, &held_, nullptr);
+  }
+
+ private:
+  sigset_t before_ = {};
+  sigset_t held_ = {};
+};
+
+// What the line editor's callback reads with.
+const InterruptHeld* held = nullptr;
+
+// Ctrl-C was pressed before the line was taken.
+bool given_up = false;
+
+// The next byte of the input; EOF at its end and when Ctrl-C was pressed.
+int next_byte(int descriptor) {
+  unsigned char byte = 0;
+  for (;;) {
+    held->wait(descriptor);
+    given_up = machine_at_prompt->interrupted;
+    if (given_up) return EOF;
+    const ssize_t count = read(descriptor, &byte, 1);
+    if (count == 1) return byte;
+    if (count == 0 || errno != EINTR) return EOF;
+  }
+}
+
+// The next character, of one byte or more.
+int next_key(FILE* input) {
+  std::mbstate_t state = {};
+  for (int byte; (byte = next_byte(fileno(input))) != EOF;) {
+    const char part = static_cast<char>(byte);
+    wchar_t key = 0;
+    const std::size_t taken = std::mbrtowc(&key, &part, 1, &state);
+    if (taken <= 1) return static_cast<int>(key);
+    if (taken == static_cast<std::size_t>(-1)) state = {};  // No character: left out.
+  }
+  return EOF;
+}
+
+// The next line; nothing at the end of input. One that is given up is empty.
+std::optional<std::string> next_line(const char* prompt) {
+  const InterruptHeld guard;
+  held = &guard;
+  rl_prep_terminal(1);  // Before the prompt shows: a Ctrl-D typed sooner would be lost.
+  const std::unique_ptr<char, Freed> line(readline(prompt));
+  if (given_up) return std::string();
+  if (line != nullptr) return std::string(line.get());
+  return std::nullopt;
+}
+
+}  // namespace
+
+void run_prompt(Session& session) {
+  Machine& machine = session.machine();
+  machine_at_prompt = &machine;
+  std::setlocale(LC_CTYPE, "C.UTF-8");  // Of characters alone: numbers stay as they are.
+  rl_readline_name = const_cast<char*>("worksheet");
+  rl_catch_signals = 0;
+  rl_getc_function = next_key;
+  rl_attempted_completion_function = complete;
+  rl_basic_word_break_characters = " \t\n+-*/^<>=!,;()[]{}'\"#";
+  rl_completion_append_character = '\0';
+  rl_initialize();
+  History history;
+  StatementReader reader;
+  while (const auto line = next_line(reader.pending() ? kContinuation : kPrompt)) {
+    if (given_up) {
+      given_up = false;
+      machine.interrupted = 0;
+      std::putchar('\n');
+      reader = StatementReader();
+      continue;
+    }
+    history.add(*line);
+    const std::vector<Source> statements = reader.add_line(*line);
+    for (const Source& source : statements) session.run(source);
+    // Pressed behind a line that has to go on, Ctrl-C gives up the next one.
+    if (!statements.empty()) machine.interrupted = 0;
+  }
+  for (const Source& source : reader.finish()) session.run(source);
+  std::putchar('\n');
+}
+
+}  // namespace worksheet

@@ -1,0 +1,55 @@
+// A worksheet as one standalone HTML page: its comments as text, its statements with their values
+// as MathML, pictures in place, errors marked. The markup is HTML and XML alike; nothing is loaded
+// from elsewhere.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "host/worksheet/session/session.hpp"
+
+namespace worksheet {
+
+class Report {
+ public:
+  // `name` is the worksheet's; numbers have that many digits.
+  Report(std::string name, int digits) : name_(std::move(name)), digits_(digits) {}
+
+  // The text whose statements follow: what stands between them becomes text of the report.
+  void begin_text(const std::string& text);
+  // Ends it: what stands behind the last statement follows.
+  void end_text();
+
+  // A statement and what came of it, while its value lives.
+  void add(const Machine& machine, const Outcome& outcome);
+
+  // The page, as far as it has come.
+  std::string page(bool interrupted) const;
+
+ private:
+  void add_prose(std::size_t end);
+  std::string source_markup(const Source& source, Span marked) const;
+  std::string error_markup(const Machine& machine, const Outcome& outcome) const;
+  std::string pictures_markup(const Machine& machine);
+
+  std::string name_;
+  int digits_;
+  std::string title_;               // The worksheet's own; empty: its name.
+  std::vector<std::string> lines_;  // Of the text...
+  std::size_t next_line_ = 0;       // ... and the first one that is not in the report.
+  std::string body_;
+  int statements_ = 0;
+  int pictures_ = 0;
+  std::vector<std::string> errors_;  // Links to them.
+};
+
+// Why no report can be written to `path` after the worksheet `sheet` was evaluated; empty if one
+// can.
+std::string report_objection(const std::string& path, const std::string& sheet);
+
+// The frame of a page around its body. `notes` are lines below the title, in markup.
+std::string page_markup(const std::string& title, std::span<const std::string> notes,
+                        const std::string& body);
+
+}  // namespace worksheet

@@ -1,0 +1,122 @@
+#include "host/worksheet/session/session.hpp"
+
+#include <istream>
+#include <new>
+
+#include "fmt/format.h"
+#include "host/worksheet/help/reference.hpp"
+#include "host/worksheet/language/compile.hpp"
+#include "host/worksheet/session/progress.hpp"
+
+namespace worksheet {
+
+namespace {
+
+// A statement that takes longer shows that it is at work.
+constexpr std::chrono::seconds kPatience(2);
+
+// Some editors put it in front of a text.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+// Null, or why the variable cannot have the value: packs read the index origin as a number without
+// looking at its kind.
+const char* objection(const Variable& variable, const Value& value) {
+  const bool wrong = variable.name == ORIGIN_sUnIdent->name->text && !is_plain_real(value);
+  return wrong ? "ORIGIN must be a plain real number" : nullptr;
+}
+
+// Gives the targets the value, or each a part of a joined value.
+Value assign_targets(Machine& machine, const std::vector<Variable*>& targets, const Value& value,
+                     Span span) {
+  if (targets.size() == 1) {
+    if (const char* reason = objection(*targets[0], value)) return machine.fail(span, reason);
+    machine.assign(*targets[0], value);
+    return value;
+  }
+  const auto parts = machine.store.parts(value.object);
+  if (parts.size() != targets.size())
+    return machine.fail(span, parts.empty() ? "the value is not made of parts"
+                                            : fmt::format("the value has {} parts, not {}",
+                                                          parts.size(), targets.size()));
+  for (std::size_t k = 0; k < targets.size(); ++k)
+    if (const char* reason = objection(*targets[k], object_value(parts[k])))
+      return machine.fail(span, reason);
+  for (std::size_t k = 0; k < targets.size(); ++k)
+    machine.assign(*targets[k], object_value(parts[k], value.unit));
+  return value;
+}
+
+Value define(Machine& machine, Statement& statement) {
+  const Function* const function = machine.keep(std::move(statement.function));
+  efi::aFunction* const made = machine.store.new_function(const_cast<Function*>(function));
+  if (made == nullptr) return object_value(sError_OutOfMemory);
+  if (const char* reason = objection(*statement.targets[0], object_value(made)))
+    return machine.fail({}, reason);
+  machine.assign(*statement.targets[0], object_value(made));
+  return object_value(made);
+}
+
+Value evaluate(Machine& machine, const Statement& statement, const Source& source) {
+  try {
+    const Value value = machine.evaluate(*statement.expression, source);
+    if (is_error(value) || statement.form == Statement::Form::display) return value;
+    return assign_targets(machine, statement.targets, value, statement.expression->span);
+  } catch (const std::bad_alloc&) {
+    return machine.out_of_memory(statement.expression->span);
+  }
+}
+
+}  // namespace
+
+Outcome Session::outcome_of(const Source& source) {
+  Outcome outcome;
+  outcome.source = &source;
+  outcome.line = source.line;
+  outcome.help = help_topic(source.text, machine_);
+  if (outcome.help) {
+    outcome.value = object_value(&kNoValue);
+    if (help_text(machine_, *outcome.help).empty())
+      outcome.value = machine_.fail({}, "there is no help on that; help alone lists everything");
+    return outcome;
+  }
+  try {
+    Statement statement = compile(source, machine_);
+    for (const Variable* target : statement.targets) outcome.names.push_back(target->name);
+    outcome.is_definition = statement.form == Statement::Form::definition;
+    outcome.value =
+        outcome.is_definition ? define(machine_, statement) : evaluate(machine_, statement, source);
+  } catch (const SyntaxError& error) {
+    const Source::Position at = source.position(error.offset);
+    outcome.line = at.line;
+    outcome.column = at.column;
+    outcome.offset = error.offset;
+    outcome.syntax_message = error.what();
+  }
+  return outcome;
+}
+
+Outcome Session::watched_outcome_of(const Source& source) {
+  const Progress progress(progress_, kPatience, source.text);
+  return outcome_of(source);
+}
+
+void Session::run(const Source& source) {
+  const Outcome outcome = watched_outcome_of(source);
+  failed_ = failed_ || outcome.failed();
+  report_(machine_, outcome);
+  machine_.collect_all();
+}
+
+void Session::run_text(std::istream& text, int first_line) {
+  StatementReader reader(first_line);
+  bool at_start = true;
+  for (std::string line; std::getline(text, line) && !machine_.interrupted; at_start = false) {
+    if (at_start && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
+    for (const Source& source : reader.add_line(line))
+      if (!machine_.interrupted) run(source);
+  }
+  if (machine_.interrupted) return;
+  for (const Source& source : reader.finish()) run(source);
+}
+
+}  // namespace worksheet

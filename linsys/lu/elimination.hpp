@@ -1,0 +1,153 @@
+// LU factorization of a square array in place, real or complex: P A = L U.
+//
+// Right-looking elimination with implicitly scaled partial pivoting. Large matrices are taken in
+// panels: a panel of columns is eliminated by splitting it in two, then the rows of U beside it are
+// completed, then its product is taken off the rest. Every element sees the operations of
+// elimination one column at a time, in their order, and every decision the same values. Only where
+// several failures are due within one panel (say a singular pivot and an overflow further right)
+// may another one of them be the first to be met.
+//   cost     2 n^3 / 3 flops (complex: four times that)
+//   source   Wilkinson, The Algebraic Eigenvalue Problem (1965), for the scaled pivoting;
+//            Toledo, Locality of reference in LU decomposition with partial pivoting,
+//            SIAM J. Matrix Anal. Appl. 18 (1997), for the splitting
+#pragma once
+
+#include <limits>
+
+#include "linsys/lu/complex_lu_kernels.hpp"
+#include "linsys/lu/lu_kernels.hpp"
+#include "linsys/lu/triangular.hpp"
+#include "linsys/product_kernels.hpp"
+#include "pack/numeric/complex_arithmetic.hpp"
+
+namespace matrix_pack {
+
+// Matrices up to this order are eliminated by single columns, which is faster.
+inline constexpr Index kSmallOrder = 64;
+// Columns of a panel, and of the parts that it is split into. Measured.
+inline constexpr Index kPanel = 64;
+inline constexpr Index kNarrowPanel = 16;
+
+template <class Array>
+struct Factoring {
+  Index n;
+  Array a;         // n x n, columns n apart: becomes L (unit diagonal implied) and U.
+  double* scale;   // n doubles.
+  double* pivots;  // n doubles: the row exchanged with row k at step k, counted from 0.
+  double* bounds;  // kPanel doubles.
+  PivotTest test;
+
+  Array at(Index i, Index j) const { return a + (i + j * n); }
+};
+
+// --- The steps, real and complex. ---
+
+inline Pivoting scale_rows(const Factoring<double*>& f) {
+  return lu_kernels().scale_rows(f.n, f.a, f.n, f.scale);
+}
+inline Pivoting scale_rows(const Factoring<Split>& f) {
+  return complex_lu_kernels().scale_rows(f.n, f.a, f.n, f.scale);
+}
+
+inline Elimination eliminate_columns(const Factoring<double*>& f, Index k0, Index k1,
+                                     PivotTest* test) {
+  return lu_kernels().eliminate(f.n, f.a, f.n, k0, k1, f.scale, f.pivots, test);
+}
+inline Elimination eliminate_columns(const Factoring<Split>& f, Index k0, Index k1,
+                                     PivotTest* test) {
+  return complex_lu_kernels().eliminate(f.n, f.a, f.n, k0, k1, f.scale, f.pivots, test);
+}
+
+inline void bound_rows(const Factoring<double*>& f, Index k0, Index k1) {
+  lu_kernels().row_bounds(f.n, f.a, f.n, k0, k1, f.scale, f.bounds);
+}
+inline void bound_rows(const Factoring<Split>& f, Index k0, Index k1) {
+  complex_lu_kernels().row_bounds(f.n, f.a, f.n, k0, k1, f.scale, f.bounds);
+}
+
+inline double magnitude(const double* x) {
+  return __builtin_fabs(*x);
+}
+inline double magnitude(ConstSplit x) {
+  return cmodulus({*x.re, *x.im});
+}
+
+// Makes the row exchanges k0 to k1 - 1 in the columns j0 to j1 - 1.
+inline void exchange_rows(const Factoring<double*>& f, Index k0, Index k1, Index j0, Index j1) {
+  lu_kernels().exchange_rows(j1 - j0, f.at(0, j0), f.n, k0, k1, f.pivots);
+}
+inline void exchange_rows(const Factoring<Split>& f, Index k0, Index k1, Index j0, Index j1) {
+  lu_kernels().exchange_rows(j1 - j0, f.at(0, j0).re, f.n, k0, k1, f.pivots);
+  lu_kernels().exchange_rows(j1 - j0, f.at(0, j0).im, f.n, k0, k1, f.pivots);
+}
+
+// --- The algorithm. ---
+
+// In the columns j0 to j1 - 1: completes the rows k0 to k1 - 1 of U.
+template <class Array>
+void complete_rows(const Factoring<Array>& f, Index k0, Index k1, Index j0, Index j1) {
+  exchange_rows(f, k0, k1, j0, j1);
+  solve_lower(k1 - k0, f.at(k0, k0), f.n, j1 - j0, f.at(k0, j0), f.n);
+}
+
+// In the columns j0 to j1 - 1: rows k1... := rows k1... - L(k1..., k0 to k1 - 1) U(k0 to k1 - 1).
+template <class Array>
+void update_rest(const Factoring<Array>& f, Index k0, Index k1, Index j0, Index j1) {
+  subtract_product(f.n - k1, j1 - j0, k1 - k0, f.at(k1, k0), f.n, f.at(k0, j0), {1, f.n},
+                   f.at(k1, j0), f.n);
+}
+
+// Eliminates the columns k0 to k1 - 1 of the rows k0 to n - 1.
+template <class Array>
+Elimination eliminate_panel(const Factoring<Array>& f, Index k0, Index k1) {
+  if (k1 - k0 <= kNarrowPanel) return eliminate_columns(f, k0, k1, nullptr);
+  const Index mid = k0 + (k1 - k0 + kNarrowPanel) / 2 / kNarrowPanel * kNarrowPanel;
+  const Elimination left = eliminate_panel(f, k0, mid);
+  if (left.outcome != Pivoting::done) return left;
+  complete_rows(f, k0, mid, mid, k1);
+  update_rest(f, k0, mid, mid, k1);
+  const Elimination right = eliminate_panel(f, mid, k1);
+  exchange_rows(f, mid, mid + right.columns, k0, mid);
+  return {mid - k0 + right.columns, right.outcome};
+}
+
+// Tests the pivots k0 to k1 - 1. `above` is the bound of the row above, then that of row k1 - 1: it
+// counts only once the next pivot has turned out not to be zero.
+template <class Array>
+Pivoting test_pivots(Factoring<Array>& f, Index k0, Index k1, double* above) {
+  bound_rows(f, k0, k1);
+  for (Index k = k0; k < k1; ++k) {
+    if (*above != *above) return Pivoting::modulus_overflow;
+    take_row(f.test, *above);
+    if (!passes(f.test, magnitude(f.at(k, k)))) return Pivoting::zero_pivot;
+    *above = f.bounds[k - k0];
+  }
+  return Pivoting::done;
+}
+
+template <class Array>
+Pivoting eliminate_by_panels(Factoring<Array>& f) {
+  double above = 0.0;
+  for (Index k0 = 0; k0 < f.n; k0 += kPanel) {
+    const Index k1 = f.n - k0 < kPanel ? f.n : k0 + kPanel;
+    const Elimination panel = eliminate_panel(f, k0, k1);
+    const Index end = k0 + panel.columns;
+    complete_rows(f, k0, end, k1, f.n);
+    const Pivoting tested = test_pivots(f, k0, end, &above);
+    if (tested != Pivoting::done) return tested;
+    if (panel.outcome != Pivoting::done) return panel.outcome;
+    update_rest(f, k0, k1, k1, f.n);
+    exchange_rows(f, k0, k1, 0, k0);
+  }
+  return Pivoting::done;
+}
+
+template <class Array>
+Pivoting eliminate(Factoring<Array>& f) {
+  const Pivoting scaled = scale_rows(f);
+  if (scaled != Pivoting::done) return scaled;
+  if (f.n > kSmallOrder) return eliminate_by_panels(f);
+  return eliminate_columns(f, 0, f.n, &f.test).outcome;
+}
+
+}  // namespace matrix_pack

@@ -1,0 +1,138 @@
+#include "pack/numeric/rotation_kernels.hpp"
+
+#include "pack/numeric/lanes.hpp"
+
+namespace matrix_pack::MATRIX_KERNEL_SET {
+
+namespace {
+
+using Index = std::ptrdiff_t;
+
+Index smaller(Index a, Index b) {
+  return a < b ? a : b;
+}
+
+Index larger(Index a, Index b) {
+  return a > b ? a : b;
+}
+
+// Rows that turn together. They are copied side by side, so that no stride of the matrix can make
+// columns displace each other from the cache; rows that there are not are zeros, and stay zeros.
+constexpr Index kRows = 4 * kWidth;
+static_assert(kRows <= kPanelRows);
+
+void copy_in(Index rows, Index cols, const double* a, Index ld, double* panel) {
+  for (Index k = 0; k < cols; ++k, a += ld, panel += kRows)
+    if (rows == kRows) {
+      for (int p = 0; p < 4; ++p) store_vector(panel + p * kWidth, load_vector(a + p * kWidth));
+    } else {
+      for (Index j = 0; j < rows; ++j) panel[j] = a[j];
+      for (Index j = rows; j < kRows; ++j) panel[j] = 0.0;
+    }
+}
+
+void copy_out(Index rows, Index cols, const double* panel, double* a, Index ld) {
+  for (Index k = 0; k < cols; ++k, a += ld, panel += kRows)
+    if (rows == kRows) {
+      for (int p = 0; p < 4; ++p) store_vector(a + p * kWidth, load_vector(panel + p * kWidth));
+    } else {
+      for (Index j = 0; j < rows; ++j) a[j] = panel[j];
+    }
+}
+
+// `count` rotations from column a on, of kVectors vectors of rows. The column that two rotations
+// share stays in registers.
+template <int kVectors>
+MATRIX_LANES_INLINE void turn_run(double* a, Index ld, const Rotation* rotations, Index count) {
+  Vector x[kVectors];
+  for (int p = 0; p < kVectors; ++p) x[p] = load_vector(a + p * kWidth);
+  for (Index j = 0; j < count; ++j, a += ld) {
+    const double c = rotations[j].c;
+    const double s = rotations[j].s;
+    for (int p = 0; p < kVectors; ++p) {
+      const Vector y = load_vector(a + ld + p * kWidth);
+      store_vector(a + p * kWidth, x[p] * c + y * s);
+      x[p] = y * c - x[p] * s;
+    }
+  }
+  for (int p = 0; p < kVectors; ++p) store_vector(a + p * kWidth, x[p]);
+}
+
+// Columns that are in the first cache while all sweeps pass over them.
+constexpr Index kTile = 32;
+
+// All sweeps on one panel, whose first column is `first`. The order: those rotations j of sweep i
+// with j + i in the first tile, sweep by sweep, then those in the second tile... A sweep lags one
+// column behind the sweep before it, so that each rotation finds its columns as plain order has
+// them.
+template <int kVectors>
+void turn_panel(double* panel, Index first, Index end, const Sweep* sweeps, Index sweep_count) {
+  for (Index tile = first; tile < end + sweep_count; tile += kTile)
+    for (Index i = 0; i < sweep_count; ++i) {
+      const Sweep& sweep = sweeps[i];
+      const Index from = larger(tile - i, sweep.first);
+      const Index to = smaller(tile - i + kTile, sweep.first + sweep.count);
+      if (from < to)
+        turn_run<kVectors>(panel + (from - first) * kRows, kRows,
+                           sweep.rotations + (from - sweep.first), to - from);
+    }
+}
+
+void turn_rest(Index rows, double* a, Index ld, const Rotation* rotations, Index count) {
+  for (Index k = 0; k < rows; ++k) {
+    double* at = a + k;
+    double x = *at;
+    for (Index j = 0; j < count; ++j, at += ld) {
+      const double y = at[ld];
+      *at = x * rotations[j].c + y * rotations[j].s;
+      x = y * rotations[j].c - x * rotations[j].s;
+    }
+    *at = x;
+  }
+}
+
+// One sweep where the columns stand.
+void turn_in_place(Index rows, double* a, Index ld, const Sweep& sweep) {
+  a += sweep.first * ld;
+  Index j = 0;
+  for (; j + kRows <= rows; j += kRows) turn_run<4>(a + j, ld, sweep.rotations, sweep.count);
+  for (; j + kWidth <= rows; j += kWidth) turn_run<1>(a + j, ld, sweep.rotations, sweep.count);
+  turn_rest(rows - j, a + j, ld, sweep.rotations, sweep.count);
+}
+
+// The first cache line that begins in p or behind.
+double* line_start(double* p) {
+  constexpr __UINTPTR_TYPE__ kLine = 64;
+  const auto address = reinterpret_cast<__UINTPTR_TYPE__>(p);
+  return p + (kLine - address % kLine) % kLine / sizeof(double);
+}
+
+void turn(Index rows, double* a, Index ld, const Sweep* sweeps, Index sweep_count, double* work) {
+  if (sweep_count == 1) return turn_in_place(rows, a, ld, sweeps[0]);
+  double* const panel = line_start(work);
+  Index first = sweeps[0].first;
+  Index end = first;
+  for (Index i = 0; i < sweep_count; ++i) {
+    first = smaller(first, sweeps[i].first);
+    end = larger(end, sweeps[i].first + sweeps[i].count);
+  }
+  const Index cols = end - first + 1;
+  a += first * ld;
+  for (Index j = 0; j < rows; j += kRows) {
+    const Index count = smaller(kRows, rows - j);
+    copy_in(count, cols, a + j, ld, panel);
+    if (count <= kWidth)
+      turn_panel<1>(panel, first, end, sweeps, sweep_count);
+    else if (count <= 2 * kWidth)
+      turn_panel<2>(panel, first, end, sweeps, sweep_count);
+    else
+      turn_panel<4>(panel, first, end, sweeps, sweep_count);
+    copy_out(count, cols, panel, a + j, ld);
+  }
+}
+
+}  // namespace
+
+const RotationKernels rotation_kernels_table = {turn};
+
+}  // namespace matrix_pack::MATRIX_KERNEL_SET

@@ -1,0 +1,50 @@
+#include "pack/numeric/vector_kernels.hpp"
+
+#include "pack/numeric/lanes.hpp"
+
+namespace matrix_pack::MATRIX_KERNEL_SET {
+
+namespace {
+
+double dot(std::ptrdiff_t n, const double* x, const double* y) {
+  return sum_of(
+      n, [=]<class V>(std::ptrdiff_t k, V)
+             __attribute__((always_inline)) { return load<V>(x + k) * load<V>(y + k); });
+}
+
+double sum_squares(std::ptrdiff_t n, const double* x) {
+  return dot(n, x, x);
+}
+
+double sum_abs(std::ptrdiff_t n, const double* x) {
+  return sum_of(
+      n, [=]<class V>(std::ptrdiff_t k, V)
+             __attribute__((always_inline)) { return magnitude(load<V>(x + k)); });
+}
+
+void axpy(std::ptrdiff_t n, double a, const double* __restrict x, double* __restrict y) {
+  for (std::ptrdiff_t k = 0; k < n; ++k) y[k] += a * x[k];
+}
+
+void scale(std::ptrdiff_t n, double a, double* x) {
+  for (std::ptrdiff_t k = 0; k < n; ++k) x[k] *= a;
+}
+
+void divide(std::ptrdiff_t n, double a, double* x) {
+  for (std::ptrdiff_t k = 0; k < n; ++k) x[k] /= a;
+}
+
+void rotate(std::ptrdiff_t n, double c, double s, double* __restrict x, double* __restrict y) {
+  for (std::ptrdiff_t k = 0; k < n; ++k) {
+    const double xk = x[k];
+    const double yk = y[k];
+    x[k] = c * xk + s * yk;
+    y[k] = c * yk - s * xk;
+  }
+}
+
+}  // namespace
+
+const VectorKernels vector_kernels_table = {dot, sum_squares, sum_abs, axpy, scale, divide, rotate};
+
+}  // namespace matrix_pack::MATRIX_KERNEL_SET

@@ -1,0 +1,277 @@
+// The reductions and iterations of the eigenproblem give the bits of their plain loops, in every
+// kernel set.
+#include <gtest/gtest.h>
+
+#include "eigen/complex/complex_plain.hpp"
+#include "eigen/complex/complex_qr_sweep.hpp"
+#include "eigen/complex/unitary_reduction.hpp"
+#include "eigen/general/elimination.hpp"
+#include "eigen/general/general_plain.hpp"
+#include "eigen/general/hessenberg_sweep.hpp"
+#include "eigen/shared/complex_vector_kernels.hpp"
+#include "eigen/shared/triangular_kernels.hpp"
+#include "eigen/symmetric/symmetric_plain.hpp"
+#include "eigen/symmetric/tridiagonal.hpp"
+#include "tests/support/kernel_sets.hpp"
+#include "tests/support/zoo.hpp"
+
+namespace matrix_pack {
+namespace {
+
+using plain::ComplexSquare;
+using plain::Row;
+using plain::Square;
+using test::random_dense;
+using testing::for_each_kernel_set;
+
+// Orders around the widths of vectors, blocks of columns and rows, and windows.
+constexpr int kOrders[] = {1, 2, 3, 4, 5, 7, 8, 9, 12, 17, 31, 33, 64, 67, 129, 150};
+
+Square random_square(int n, unsigned seed) {
+  return {n, random_dense(n, n, seed).a};
+}
+
+// Keeps the elements for which keep(i, j).
+template <class Keep>
+void cut(Square& a, Keep keep) {
+  for (int j = 0; j < a.n; ++j)
+    for (int i = 0; i < a.n; ++i)
+      if (!keep(i, j)) a(i, j) = 0.0;
+}
+
+ComplexSquare random_complex(int n, unsigned seed) {
+  ComplexSquare a(n);
+  a.re = random_square(n, seed);
+  a.im = random_square(n, seed + 1);
+  return a;
+}
+
+Square symmetric(Square a) {
+  for (int j = 0; j < a.n; ++j)
+    for (int i = 0; i < j; ++i) a(i, j) = a(j, i);
+  return a;
+}
+
+// Dense, with rows that need no reflection, and block diagonal, so that QL meets splits.
+std::vector<Square> symmetric_matrices(int n) {
+  std::vector<Square> all = {symmetric(random_square(n, 1))};
+  Square sparse = all[0];
+  cut(sparse, [](int i, int j) { return i == j || (i % 5 != 3 && j % 5 != 3); });
+  all.push_back(sparse);
+  Square blocks = all[0];
+  cut(blocks, [](int i, int j) { return i / 6 == j / 6; });
+  all.push_back(blocks);
+  return all;
+}
+
+TEST(EigenKernels, SymmetricReductionAndIterationAreThoseOfThePlainLoops) {
+  for (const int n : kOrders) {
+    for (const Square& a : symmetric_matrices(n)) {
+      SCOPED_TRACE(n);
+      Square reduced = a, q = a;
+      Row d(n), e(n), dv(n), ev(n);
+      plain::tridiagonalize(reduced, d, e, false);
+      plain::tridiagonalize(q, dv, ev, true);
+      Square z = q;
+      Row values = dv, work = ev;
+      ASSERT_TRUE(plain::tridiagonal_ql(values, work, z));
+      for_each_kernel_set([&] {
+        Square b = a;
+        Row got_d(n), got_e(n);
+        ASSERT_EQ(tridiagonalize(b.a.data(), n, n, got_d.a.data(), got_e.a.data()), nullptr);
+        EXPECT_EQ(got_d.a, d.a);
+        EXPECT_EQ(got_e.a, e.a);
+        b = a;
+        ASSERT_EQ(tridiagonalize_with_vectors(b.a.data(), n, n, got_d.a.data(), got_e.a.data()),
+                  nullptr);
+        EXPECT_EQ(got_d.a, dv.a);
+        EXPECT_EQ(got_e.a, ev.a);
+        EXPECT_TRUE(b.a == q.a);
+        ASSERT_EQ(tridiagonal_ql_with_vectors(got_d.a.data(), got_e.a.data(), n, b.a.data(), n),
+                  nullptr);
+        EXPECT_EQ(got_d.a, values.a);
+        EXPECT_TRUE(b.a == z.a);
+      });
+    }
+  }
+}
+
+// Dense and sparse: the multipliers that are zero leave gaps between the rows that take part.
+TEST(EigenKernels, EliminationIsThatOfThePlainLoops) {
+  for (const int n : kOrders) {
+    for (const bool sparse : {false, true}) {
+      const int low = n / 7, igh = n - 1 - n / 9;
+      SCOPED_TRACE(n);
+      Square a = random_square(n, 3);
+      if (sparse) cut(a, [](int i, int j) { return (i * 7 + j * 3) % 5 < 2; });
+      cut(a, [=](int i, int j) { return i <= j || (i <= igh && j >= low); });
+      Square expected = a;
+      Row expected_pivots(n), pivots(n);
+      plain::eliminate_to_hessenberg(expected, low, igh, expected_pivots);
+      for_each_kernel_set([&] {
+        Square b = a;
+        std::vector<std::ptrdiff_t> runs(static_cast<std::size_t>(n) + 1);
+        const Balance range = {low, igh, 0, nullptr};
+        eliminate_to_hessenberg({b.a.data(), nullptr, n, n}, range, {pivots.a.data(), runs.data()});
+        EXPECT_TRUE(b.a == expected.a);
+        EXPECT_EQ(pivots.a, expected_pivots.a);
+      });
+    }
+  }
+}
+
+TEST(EigenKernels, UnitaryReductionIsThatOfThePlainLoops) {
+  for (const int n : kOrders) {
+    for (const bool sparse : {false, true}) {
+      const int low = n / 7, igh = n - 1 - n / 9;
+      SCOPED_TRACE(n);
+      ComplexSquare a = random_complex(n, 5);
+      for (Square* part : {&a.re, &a.im}) {
+        cut(*part, [=](int i, int j) { return i <= j || (i <= igh && j >= low); });
+        // Columns that need no reflection, and some whose first element is zero.
+        if (sparse)
+          cut(*part, [](int i, int j) { return j % 4 == 0 ? i != j + 1 : j % 4 != 2 || i <= j; });
+      }
+      ComplexSquare expected = a, expected_q(n);
+      expected_q.re = plain::identity(n);
+      plain::reduce_unitary(expected, low, igh, expected_q);
+      const auto hessenberg = [](int i, int j) { return i <= j + 1; };
+      cut(expected.re, hessenberg);
+      cut(expected.im, hessenberg);
+      for_each_kernel_set([&] {
+        const Balance range = {low, igh, 0, nullptr};
+        for (const bool vectors : {false, true}) {
+          ComplexSquare b = a, q(n);
+          q.re = plain::identity(n);
+          ASSERT_EQ(vectors ? reduce_unitary_with_vectors(b.parts(), range, q.parts())
+                            : reduce_unitary(b.parts(), range),
+                    nullptr);
+          cut(b.re, hessenberg);
+          cut(b.im, hessenberg);
+          EXPECT_TRUE(b.re.a == expected.re.a && b.im.a == expected.im.a);
+          if (!vectors) continue;
+          EXPECT_TRUE(q.re.a == expected_q.re.a && q.im.a == expected_q.im.a);
+        }
+      });
+    }
+  }
+}
+
+// Blocks of all lengths in matrices of all orders, alone and with what the vectors need; several
+// sweeps, so that those of Z are batched.
+TEST(EigenKernels, RealSweepsAreThoseOfThePlainLoops) {
+  for (const int n : {3, 5, 9, 20, 40, 66, 67, 68, 100, 150}) {
+    for (const bool vectors : {false, true}) {
+      SCOPED_TRACE(n);
+      Square h = random_square(n, 7);
+      cut(h, [](int i, int j) { return i <= j + 1; });
+      if (n > 9) h(n / 2, n / 2 - 1) = h(n / 2 + 1, n / 2) = 0.0;  // A reflector is left out.
+      const int z_begin = n / 8, z_end = n - n / 9;
+      const int ends[] = {n - 1, n - 1, std::max(n - 4, 2), std::max(2 * n / 3, 2)};
+      Square expected = h, expected_z = random_square(n, 8);
+      for (const int en : ends) {
+        const int l = en > 12 ? n / 10 : 0;
+        const plain::Sweep sweep = {
+            l,       en > 20 ? l + 3 : l,      en, vectors ? 0 : l, vectors ? n - 1 : en,
+            z_begin, vectors ? z_end : z_begin};
+        sweep.run(expected, expected_z, 0.5, -0.25, 0.125);
+      }
+      for_each_kernel_set([&] {
+        Square b = h, z = random_square(n, 8);
+        const Parts parts = {b.a.data(), nullptr, n, n};
+        const Balance range = {z_begin, z_end - 1, 0, nullptr};
+        SweepWork work;
+        ASSERT_TRUE(vectors ? work.open_with_vectors(parts, range, z.a.data()) : work.open(parts));
+        for (const int en : ends) {
+          const int l = en > 12 ? n / 10 : 0;
+          work.sweep(l, en, {en > 20 ? l + 3 : l, {0.5, -0.25, 0.125}});
+        }
+        work.finish();
+        EXPECT_TRUE(b.a == expected.a);
+        EXPECT_TRUE(z.a == expected_z.a);
+      });
+    }
+  }
+}
+
+TEST(EigenKernels, ComplexSweepsAreThoseOfThePlainLoops) {
+  for (const int n : {2, 3, 5, 9, 20, 33, 34, 40, 66, 100, 150}) {
+    for (const bool vectors : {false, true}) {
+      SCOPED_TRACE(n);
+      ComplexSquare h = random_complex(n, 9);
+      cut(h.re, [](int i, int j) { return i <= j + 1; });
+      cut(h.im, [](int i, int j) { return i <= j; });
+      const int z_begin = n / 8, z_end = n - n / 9;
+      const int ends[] = {n - 1, n - 1, std::max(n - 4, 1), std::max(2 * n / 3, 1)};
+      ComplexSquare expected = h, expected_z = random_complex(n, 11);
+      for (const int en : ends) {
+        const int l = en > 12 ? n / 10 : 0;
+        const plain::ComplexSweep sweep = {
+            l, en, vectors ? 0 : l, vectors ? n - 1 : en, z_begin, vectors ? z_end : z_begin};
+        sweep.run(expected, expected_z);
+      }
+      for_each_kernel_set([&] {
+        ComplexSquare b = h, z = random_complex(n, 11);
+        const Balance range = {z_begin, z_end - 1, 0, nullptr};
+        ComplexSweepWork work;
+        ASSERT_TRUE(vectors ? work.open_with_vectors(b.parts(), range, z.parts())
+                            : work.open(b.parts()));
+        for (const int en : ends) work.sweep(en > 12 ? n / 10 : 0, en);
+        work.finish();
+        EXPECT_TRUE(b.re.a == expected.re.a && b.im.a == expected.im.a);
+        EXPECT_TRUE(z.re.a == expected_z.re.a && z.im.a == expected_z.im.a);
+      });
+    }
+  }
+}
+
+TEST(EigenKernels, CombinationsOfColumnsAreSumsInAscendingOrder) {
+  constexpr int kRows = 50, kLeading = 53, kTerms = 30;
+  const std::vector<double> z = random_dense(kLeading, kTerms, 13).a;
+  const std::vector<double> x = random_dense(kTerms, 4, 14).a;
+  for (const int rows : {1, 2, 7, 8, 23, 24, 31, kRows}) {
+    for (const int cols : {1, 2, 3, 4}) {
+      const std::ptrdiff_t count[] = {kTerms, 0, kTerms - 1, 17};
+      std::vector<double> expected(std::size_t{kLeading} * 4);
+      for (int j = 0; j < cols; ++j)
+        for (int i = 0; i < rows; ++i)
+          for (int k = 0; k < count[j]; ++k)
+            expected[std::size_t(j * kLeading + i)] +=
+                z[std::size_t(k * kLeading + i)] * x[std::size_t(j * kTerms + k)];
+      for_each_kernel_set([&] {
+        std::vector<double> out(expected.size());
+        triangular_kernels().combine(rows, z.data(), kLeading, cols, x.data(), kTerms, count,
+                                     out.data());
+        EXPECT_EQ(out, expected) << rows << " " << cols;
+      });
+    }
+  }
+}
+
+TEST(EigenKernels, ComplexVectorsGoElementByElementAndSumInTheOneOrder) {
+  for (const int n : {0, 1, 7, 8, 9, 31, 64, 129}) {
+    const std::vector<double> ur = random_dense(n, 1, 15).a, ui = random_dense(n, 1, 16).a;
+    const std::vector<double> xr = random_dense(n, 1, 17).a, xi = random_dense(n, 1, 18).a;
+    const Complex f = {0.3, -0.7};
+    std::vector<double> re = xr, im = xi;
+    for (std::size_t k = 0; k < re.size(); ++k) {
+      re[k] -= ur[k] * f.re - ui[k] * f.im;
+      im[k] -= ui[k] * f.re + ur[k] * f.im;
+    }
+    const double squares = plain::sum(n, [&](std::ptrdiff_t k) {
+      const auto i = static_cast<std::size_t>(k);
+      return xr[i] * xr[i] + xi[i] * xi[i];
+    });
+    for_each_kernel_set([&] {
+      EXPECT_EQ(complex_vector_kernels().sum_squares(n, xr.data(), xi.data()), squares);
+      std::vector<double> got_re = xr, got_im = xi;
+      complex_vector_kernels().subtract_multiple(n, f, ur.data(), ui.data(), got_re.data(),
+                                                 got_im.data());
+      EXPECT_EQ(got_re, re);
+      EXPECT_EQ(got_im, im);
+    });
+  }
+}
+
+}  // namespace
+}  // namespace matrix_pack

@@ -1,0 +1,101 @@
+// help and --functions.
+#include "host/worksheet/help/reference.hpp"
+
+#include "host/worksheet/language/elementary.hpp"
+#include "tests/host/sheet.hpp"
+
+using namespace test;
+
+namespace {
+
+TEST(Reference, HasASentenceOnEveryFunction) {
+  Sheet sheet;
+  const auto entries = worksheet::whole_reference(sheet.machine());
+  std::vector<std::string> names = worksheet::elementary_names();
+  for (const auto& pack : sheet.machine().packs)
+    for (const worksheet::Row& row : pack->rows()) names.push_back(row.name);
+  for (const std::string& name : names) {
+    const worksheet::ReferenceEntry* const entry = worksheet::find_entry(entries, name);
+    ASSERT_NE(entry, nullptr) << name;
+    EXPECT_FALSE(entry->summary.empty()) << name;
+    EXPECT_FALSE(entry->group.empty()) << name;
+  }
+}
+
+TEST(Reference, IsReadFromMarkdown) {
+  const auto entries = worksheet::read_reference(
+      "# All\n\n## One\n\n### f(x), g_2(x, y)\n\nThe `f`\nof **x**. More.\n\n```\n## no "
+      "group\n```\n"
+      "## Two\nNot about h.\n### h' (hat)\nIts [end](#h)");
+  ASSERT_EQ(entries.size(), 2u);
+  EXPECT_EQ(entries[0].group + "|" + entries[0].heading, "One|f(x), g_2(x, y)");
+  EXPECT_EQ(entries[0].names, (std::vector<std::string>{"f", "g_2"}));
+  EXPECT_EQ(entries[0].summary, "The f of x");
+  EXPECT_EQ(entries[1].names, std::vector<std::string>{"hat"});
+  EXPECT_EQ(entries[1].summary, "Its end");
+}
+
+TEST(Reference, HelpIsAStatement) {
+  Sheet sheet;
+  const std::string all = sheet.shown("help");
+  for (const char* name : {"lsolve", "norm1", "sqrt", "heatmap", "statements"})
+    EXPECT_NE(all.find(name), std::string::npos) << name;
+  const std::string lsolve = sheet.shown("help lsolve");
+  EXPECT_TRUE(lsolve.starts_with("lsolve(M, v)\n\nThe solution x of M·x = v")) << lsolve;
+  EXPECT_NE(lsolve.find("    lsolve([4, 1; 2, 3], [1; 2]) = 2 x 1 matrix\n"), std::string::npos);
+  EXPECT_NE(lsolve.find("unit rule (%lambda(a b)( -DimsLikeDiv b a ) )"), std::string::npos);
+  EXPECT_NE(sheet.shown("help  genvals(K, M)").find("reads TOL"), std::string::npos);
+  EXPECT_EQ(sheet.shown("\n\nf(x) = 2*x\nhelp f"), "f(x) = 2*x\n\nDefined in line 3.\n");
+  EXPECT_EQ(sheet.brief("help rank").substr(0, 8), "\"rank(A)");
+  EXPECT_EQ(sheet.shown("help nothing"),
+            "error: there is no help on that; help alone lists everything\n"
+            "    1 | help nothing\n        ^\n");
+  // The name is free for worksheets.
+  EXPECT_EQ(sheet.brief("helper = 2\nhelper"), "2");
+  EXPECT_EQ(sheet.brief("help = 3\nhelp"), "3");
+}
+
+TEST(Reference, LinesAreWrappedWithoutLoss) {
+  Sheet sheet;
+  const std::string narrow = worksheet::help_text(sheet.machine(), "submatrix", 40);
+  const std::string wide = worksheet::help_text(sheet.machine(), "submatrix", 1000);
+  auto words = [](std::string text) {
+    for (char& c : text)
+      if (c == '\n') c = ' ';
+    std::string joined;
+    for (const char c : text)
+      if (c != ' ' || !joined.ends_with(' ')) joined += c;
+    return joined;
+  };
+  EXPECT_EQ(words(narrow), words(wide));
+  const std::string prose = narrow.substr(0, narrow.find("    "));
+  for (std::size_t at = 0; at < prose.size(); at = prose.find('\n', at) + 1)
+    EXPECT_LE(worksheet::character_count(prose.substr(at, prose.find('\n', at) - at)), 40u);
+  EXPECT_GT(std::count(prose.begin(), prose.end(), '\n'), 10);
+}
+
+TEST(Reference, TheProgramListsAndDescribes) {
+  const ProgramRun list = run_program({"--functions"});
+  EXPECT_NE(list.out.find("\n  genvals(M, N), genvecs(M, N)        The finite eigenvalues"),
+            std::string::npos)
+      << list.out;
+  EXPECT_NE(run_program({"--functions", "max"}).out.find("(%lambda (a) (-EqDims a))"),
+            std::string::npos);
+  const ProgramRun unknown = run_program({"--functions", "nothing"});
+  EXPECT_EQ(unknown.status, 2);
+  EXPECT_EQ(unknown.out, "");
+  const auto rows = run_program({"--functions", "--json"}).json();
+  ASSERT_EQ(rows.size(), 37u);
+  const Json& submatrix = rows[8];
+  EXPECT_EQ(submatrix["name"], "submatrix");
+  EXPECT_EQ(submatrix["arguments"].size(), 5u);
+  EXPECT_EQ(submatrix["context"], Json({"ORIGIN"}));
+  EXPECT_EQ(submatrix["flags"], 12);
+  EXPECT_EQ(submatrix["heading"], "submatrix(A, ir, jr, ic, jc)");
+  EXPECT_TRUE(rows[2]["rule"].is_null());
+  // A pack without a reference is listed all the same.
+  const ProgramRun bare = run_program({"--pack", HOSTILE_PACK, "--functions"});
+  EXPECT_NE(bare.out.find("applies_to_one(any)"), std::string::npos) << bare.out;
+}
+
+}  // namespace

@@ -1,0 +1,138 @@
+#include "tests/host/sheet.hpp"
+
+#include <sys/wait.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include "fmt/format.h"
+#include "host/worksheet/output/json_output.hpp"
+
+namespace test {
+
+namespace fs = std::filesystem;
+
+Sheet::Sheet()
+    : session_([this](const worksheet::Machine& machine, const worksheet::Outcome& outcome) {
+        outcomes_.push_back(worksheet::outcome_json(machine, outcome));
+        shown_ = worksheet::outcome_text(machine, outcome, options_);
+      }) {
+  machine().add_pack(std::make_unique<worksheet::Pack>(MATRIX_PACK));
+}
+
+std::vector<Json> Sheet::run(const std::string& text) {
+  outcomes_.clear();
+  std::istringstream lines(text);
+  session_.run_text(lines);
+  return outcomes_;
+}
+
+Json Sheet::value(const std::string& text) {
+  run(text);
+  if (!outcomes_.empty()) return outcomes_.back().at("value");
+  ADD_FAILURE() << "no outcome of " << text;
+  return nullptr;
+}
+
+std::string Sheet::brief(const std::string& text) {
+  return brief_text(value(text));
+}
+
+std::string Sheet::shown(const std::string& text, const worksheet::DisplayOptions& options) {
+  options_ = options;
+  run(text);
+  return shown_;
+}
+
+namespace {
+
+std::string number_text(const Json& re, const Json& im) {
+  auto part = [](const Json& x) {
+    return x.is_string() ? x.get<std::string>() : fmt::format("{:.15g}", x.get<double>());
+  };
+  if (im == 0.0) return part(re);
+  return fmt::format("{}{}{}i", part(re), im.is_number() && im < 0.0 ? "" : "+", part(im));
+}
+
+std::string matrix_text(const Json& value) {
+  const int rows = value["rows"], cols = value["cols"];
+  std::string text = "[";
+  for (int i = 0; i < rows; ++i)
+    for (int j = 0; j < cols; ++j) {
+      const auto k = static_cast<std::size_t>(j * rows + i);
+      const Json re = value["re"].is_null() ? Json(0.0) : value["re"][k];
+      const Json im = value["im"].is_null() ? Json(0.0) : value["im"][k];
+      text += j > 0 ? " " : i > 0 ? "; " : "";
+      text += re.is_object() ? brief_text(re) : number_text(re, im);
+    }
+  if (value["re"].is_null()) text += value["im"].is_null() ? " lean" : " imaginary";
+  if (!value["im"].is_null()) text += " complex";
+  return text + "]";
+}
+
+}  // namespace
+
+std::string brief_text(const Json& value) {
+  const std::string kind = value["kind"];
+  std::string text = kind;
+  if (kind == "scalar") text = number_text(value["re"], value["im"]);
+  if (kind == "matrix") text = matrix_text(value);
+  if (kind == "string") text = fmt::format("\"{}\"", value["text"].get<std::string>());
+  if (kind == "error")
+    text = fmt::format("error: {} ({}, {})", value["message"].get<std::string>(),
+                       value["mark"].get<int>(), value["arg"].get<int>());
+  if (kind == "syntax")
+    text = fmt::format("syntax: {} (column {})", value["message"].get<std::string>(),
+                       value["column"].get<int>());
+  if (value.contains("unit")) text += fmt::format(" {{{}}}", value["unit"].get<std::string>());
+  return text;
+}
+
+std::vector<Json> ProgramRun::json() const {
+  std::vector<Json> lines;
+  std::istringstream text(out);
+  for (std::string line; std::getline(text, line);) lines.push_back(Json::parse(line));
+  return lines;
+}
+
+ProgramRun run_program(const std::vector<std::string>& arguments, const std::string& input,
+                       const std::string& catalogue) {
+  const Directory directory;
+  const std::string in = directory.write("in", input);
+  std::string command = fmt::format("WORKSHEET_CATALOGUE='{}' {}", catalogue, WORKSHEET_PROGRAM);
+  for (const std::string& argument : arguments) {
+    std::string quoted;
+    for (const char c : argument) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    command += fmt::format(" '{}'", quoted);
+  }
+  command += fmt::format(" <'{}' >'{}' 2>'{}'", in, directory.path("out"), directory.path("err"));
+  const int status = std::system(command.c_str());
+  return {directory.read("out"), directory.read("err"),
+          WIFEXITED(status) ? WEXITSTATUS(status) : -1};
+}
+
+Directory::Directory() {
+  std::string name = (fs::temp_directory_path() / "worksheet-test-XXXXXX").string();
+  EXPECT_NE(mkdtemp(name.data()), nullptr);
+  path_ = name;
+}
+
+Directory::~Directory() {
+  std::error_code ignored;
+  fs::remove_all(path_, ignored);
+}
+
+std::string Directory::write(const std::string& name, const std::string& content) const {
+  std::ofstream(path(name), std::ios::binary) << content;
+  return path(name);
+}
+
+std::string Directory::read(const std::string& name) const {
+  std::ifstream file(path(name), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+}  // namespace test

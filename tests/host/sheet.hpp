@@ -1,0 +1,76 @@
+// Worksheets in tests: evaluated in this process, or by the program.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "host/worksheet/output/display.hpp"
+#include "host/worksheet/session/session.hpp"
+
+namespace test {
+
+using Json = nlohmann::ordered_json;
+
+// A worksheet evaluated in this process with the pack of this build.
+class Sheet {
+ public:
+  Sheet();
+
+  worksheet::Machine& machine() { return session_.machine(); }
+  worksheet::Session& session() { return session_; }
+
+  // The outcomes of the statements of `text`.
+  std::vector<Json> run(const std::string& text);
+  // The value of its last statement.
+  Json value(const std::string& text);
+  // The same as short text: "1.5", "1+2i", "[1 2; 3 4]", "\"text\"", "error: message (arg 1)".
+  std::string brief(const std::string& text);
+  // The text of the last outcome as people see it.
+  std::string shown(const std::string& text, const worksheet::DisplayOptions& options = {});
+
+ private:
+  worksheet::Session session_;
+  std::vector<Json> outcomes_;
+  worksheet::DisplayOptions options_;
+  std::string shown_;
+};
+
+std::string brief_text(const Json& value);
+
+// What a run of the program gave.
+struct ProgramRun {
+  std::string out;
+  std::string err;
+  int status;
+
+  // The lines of standard output as JSON.
+  std::vector<Json> json() const;
+};
+
+// Runs the program with the arguments; `input` is its standard input. Its catalogue is
+// `catalogue`, by default an empty one.
+ProgramRun run_program(const std::vector<std::string>& arguments, const std::string& input = "",
+                       const std::string& catalogue = "/nonexistent/packs.json");
+
+// A directory of its own for one test, removed at its end.
+class Directory {
+ public:
+  Directory();
+  ~Directory();
+  Directory(const Directory&) = delete;
+  Directory& operator=(const Directory&) = delete;
+
+  std::string path(const std::string& name) const { return (path_ / name).string(); }
+  // Writes a file; gives its path.
+  std::string write(const std::string& name, const std::string& content) const;
+  std::string read(const std::string& name) const;
+
+ private:
+  std::filesystem::path path_;
+};
+
+}  // namespace test
