@@ -6,7 +6,7 @@ file(GLOB_RECURSE pack_sources CONFIGURE_DEPENDS
   pack/*.cpp structural/*.cpp linsys/*.cpp norms/*.cpp eigen/*.cpp svd/*.cpp)
 set(kernel_sources ${pack_sources})
 list(FILTER kernel_sources INCLUDE REGEX "_kernels\\.cpp$")
-list(FILTER pack_sources EXCLUDE REGEX "_kernels\\.cpp$")
+list(FILTER pack_sources EXCLUDE REGEX "(_kernels|/fault_mode)\\.cpp$")
 
 add_library(pack_objects OBJECT ${pack_sources})
 target_link_libraries(pack_objects PUBLIC matrix_options PRIVATE matrix_faulting)
@@ -32,25 +32,34 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64" AND CMAKE_SIZEOF_VOID_P EQUAL 8
   add_kernel_set(v4 -march=x86-64-v4 -mno-fma)
 endif()
 
-# For tests and benchmarks: all of the pack, with its internals in reach.
-add_library(matrix_internals INTERFACE)
-target_link_libraries(matrix_internals INTERFACE ${pack_parts} EfiUtils)
-foreach(part ${pack_parts})
-  target_sources(matrix_internals INTERFACE $<TARGET_OBJECTS:${part}>)
-endforeach()
+# add_pack(NAME trapping|flags): the library NAME, and NAME_internals, for tests and benchmarks: all of
+# it, with its internals in reach. The two ways of finding faults differ in one object.
+function(add_pack name faults)
+  set(fault_mode ${name}_fault_mode)
+  add_library(${fault_mode} OBJECT ${PROJECT_SOURCE_DIR}/pack/frame/fault_mode.cpp)
+  target_link_libraries(${fault_mode} PRIVATE matrix_options)
+  if(faults STREQUAL "flags")
+    target_compile_definitions(${fault_mode} PRIVATE MATRIX_FAULTS_FLAGS=1)
+  endif()
 
-add_library(matrix SHARED)
-foreach(part ${pack_parts})
-  target_sources(matrix PRIVATE $<TARGET_OBJECTS:${part}>)
-endforeach()
-target_link_libraries(matrix PRIVATE $<BUILD_INTERFACE:matrix_options> EfiUtils)
-target_link_options(matrix PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/pack/exports.map)
-# clang's sanitizers are part of the program, not of its libraries.
-if(NOT (MATRIX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang"))
-  target_link_options(matrix PRIVATE -Wl,-z,defs)
-endif()
-set_target_properties(matrix PROPERTIES
-  LINK_DEPENDS ${PROJECT_SOURCE_DIR}/pack/exports.map
-  VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  add_library(${name}_internals INTERFACE)
+  target_link_libraries(${name}_internals INTERFACE pack_objects EfiUtils)
+  add_library(${name} SHARED)
+  foreach(part ${pack_parts} ${fault_mode})
+    target_sources(${name}_internals INTERFACE $<TARGET_OBJECTS:${part}>)
+    target_sources(${name} PRIVATE $<TARGET_OBJECTS:${part}>)
+  endforeach()
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:matrix_options> EfiUtils)
+  set(exports ${PROJECT_SOURCE_DIR}/pack/exports.map)
+  target_link_options(${name} PRIVATE -Wl,--version-script=${exports})
+  # clang's sanitizers are part of the program, not of its libraries.
+  if(NOT (MATRIX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang"))
+    target_link_options(${name} PRIVATE -Wl,-z,defs)
+  endif()
+  set_target_properties(${name} PROPERTIES LINK_DEPENDS ${exports}
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()
+
+add_pack(matrix ${MATRIX_FAULTS})
 # Hosts show it: the reference of the functions lies beside the library, under its name.
 configure_file(${PROJECT_SOURCE_DIR}/docs/functions.md ${PROJECT_BINARY_DIR}/libmatrix.md COPYONLY)

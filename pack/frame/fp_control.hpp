@@ -15,11 +15,6 @@
 #include <cfenv>
 #endif
 
-#if !MATRIX_HAS_MXCSR && !defined(MATRIX_FAULTS_FLAGS)
-// Defined where faults are read from the status flags.
-#define MATRIX_FAULTS_FLAGS 1
-#endif
-
 // Returns the pending floating-point status flags and clears them. Kept under this name: it is the
 // one by which the fault classes obtain their status word.
 inline std::uint32_t _clearfp() {
@@ -39,8 +34,8 @@ namespace matrix_pack {
 
 #if MATRIX_HAS_MXCSR
 
-// MXCSR for a guarded stretch: round to nearest, denormals honoured; invalid operation, division by
-// zero and overflow trap (in the build that traps), the other exceptions stay masked; no flags.
+// MXCSR for a guarded stretch: round to nearest, denormals honoured, no flags; invalid operation,
+// division by zero and overflow trap where faults do, the other exceptions stay masked.
 inline constexpr std::uint32_t kAllMasked = 0x1F80;
 inline constexpr std::uint32_t kTrapping = kAllMasked & ~0x0680u;
 inline constexpr std::uint32_t kInvalidFlag = 0x01;

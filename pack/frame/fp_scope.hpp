@@ -2,6 +2,7 @@
 // leaves the environment as it was found, FpScope also sets up guarded arithmetic.
 #pragma once
 
+#include "pack/frame/fault_mode.hpp"
 #include "pack/frame/faults.hpp"
 #include "pack/frame/fp_control.hpp"
 
@@ -22,11 +23,7 @@ struct FpKeeper {
 struct FpScope {
   FpScope() : saved(_mm_getcsr()) {
     asm volatile("fnstcw %0" : "=m"(saved_x87));
-#if defined(MATRIX_FAULTS_FLAGS)
-    _mm_setcsr(kAllMasked);
-#else
-    _mm_setcsr(kTrapping);
-#endif
+    _mm_setcsr(faults_trap() ? kTrapping : kAllMasked);
   }
   ~FpScope() {
     _mm_setcsr(saved);

@@ -27,10 +27,9 @@ Anyval* run_guarded(EfiCallContext* context, FrameBody body, void* closure) {
     } catch (...) {
       message = kUnknownError;
     }
-#if defined(MATRIX_FAULTS_FLAGS)
     // A trapping processor would have stopped the body here, whatever it went on to say.
-    if (const std::uint32_t code = pending_fault()) message = fault_message(code);
-#endif
+    if (!faults_trap())
+      if (const std::uint32_t code = pending_fault()) message = fault_message(code);
   }
   return message == nullptr ? result : mkError(context, message, 0);
 }

@@ -7,14 +7,13 @@ source "$(dirname "${BASH_SOURCE[0]}")/../../tools/setup.sh"
 
 install_packages packages-full.txt
 cd "$root"
-build flags digest
-build release worksheet matrix
+build release digest_flags worksheet matrix
 memcheck() {
   echo "Memcheck: ${*##*/}" >&2
   valgrind --quiet --error-exitcode=9 --leak-check=full --show-leak-kinds=definite \
     --errors-for-leak-kinds=definite "$@" >/dev/null
 }
-memcheck build/flags/tests/digest/digest
+memcheck build/release/tests/digest/digest_flags
 for sheet in examples/*.ws; do
   memcheck build/release/worksheet "$sheet"
 done

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "host/efiutils/fault_translation.hpp"
+#include "pack/frame/fault_mode.hpp"
 #include "pack/frame/fp_control.hpp"
 #include "pack/numeric/kernel_sets.hpp"
 #include "tests/digest/calls.hpp"
@@ -79,11 +80,7 @@ std::vector<std::string> digest_lines(const std::string& only) {
 }
 
 void print_run() {
-#if defined(MATRIX_FAULTS_FLAGS)
-  const char* const faults = "read from the status flags";
-#else
-  const char* const faults = "trap";
-#endif
+  const char* const faults = matrix_pack::faults_trap() ? "trap" : "read from the status flags";
   std::printf("# kernel set %s, %zu-bit, faults %s\n", kernel_set_name(matrix_pack::kernel_set()),
               8 * sizeof(void*), faults);
 }

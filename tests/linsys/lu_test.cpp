@@ -7,6 +7,7 @@
 #include "linsys/linsys.hpp"
 #include "linsys/lu/ludecomp.hpp"
 #include "pack/exports.hpp"
+#include "pack/frame/fault_mode.hpp"
 #include "pack/frame/fp_control.hpp"
 #include "tests/support/test_host.hpp"
 #include "tests/support/zoo.hpp"
@@ -256,11 +257,7 @@ TEST_F(Lu, OnlyTheInverseRefusesTinyPivots) {
 
 // An overflow whose infinity goes on to spoil other elements: where faults do not trap, all of them
 // are found at the end, and invalid operations are named first.
-#if defined(MATRIX_FAULTS_FLAGS)
-constexpr const char* kOverflowThenInvalid = "floating point error";
-#else
-constexpr const char* kOverflowThenInvalid = "overflow";
-#endif
+const char* const kOverflowThenInvalid = faults_trap() ? "overflow" : "floating point error";
 
 TEST_F(Lu, FaultsUnderTheGuardBecomeMessages) {
   const auto guarded_inverse = [&](aMatrix* m) { return ::inv(context, static_cast<Anyval*>(m)); };

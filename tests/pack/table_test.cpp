@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "pack/exports.hpp"
+#include "tests/support/matrix_library.hpp"
 
 namespace {
 
@@ -125,7 +126,7 @@ TEST(FunctionTable, NamesTheContextVariables) {
 // Demangled names of the library's dynamic symbols, without versions.
 std::set<std::string> dynamic_symbols(const std::string& which) {
   std::set<std::string> symbols;
-  std::FILE* nm = popen(("nm -D -C " + which + " " MATRIX_LIBRARY).c_str(), "r");
+  std::FILE* nm = popen(("nm -D -C " + which + " " + test::kMatrixLibrary).c_str(), "r");
   char line[512];
   // An address or blanks, a letter, the name.
   while (std::fgets(line, sizeof line, nm) != nullptr) {

@@ -226,19 +226,6 @@ void expect_error(Anyval* value, const std::string& message, int mark, int arg,
     fail_at(where, "carries " + describe(error->value) + ", not " + describe(carried));
 }
 
-void expect_fault(Anyval* value, const std::string& word, Where where) {
-  std::string expected = word;
-#if defined(MATRIX_FAULTS_FLAGS)
-  for (const char* preferred : {"singularity", "floating point error", "overflow"}) {
-    if (preferred == word) break;
-    if (value != nullptr && value->kind == kErrorKind &&
-        std::strcmp(static_cast<aError*>(value)->message->text, preferred) == 0)
-      expected = preferred;
-  }
-#endif
-  expect_error(value, expected, 0, 0, nullptr, where);
-}
-
 void expect_out_of_memory(Anyval* value, Where where) {
   if (value != sError_OutOfMemory)
     fail_at(where, "not the value for exhausted memory: " + describe(value));

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "pack/frame/fault_mode.hpp"
 #include "pack/frame/fp_control.hpp"
 #include "tests/support/call_corpus.hpp"
 
@@ -48,11 +49,7 @@ aMatrix* with_bad_element(TestHost& host, Shape shape, std::size_t i, std::size_
 }
 
 // A build that reads the status flags finds the same faults, but may name another one of several.
-#if defined(MATRIX_FAULTS_FLAGS)
-constexpr bool kNamesFaults = false;
-#else
-constexpr bool kNamesFaults = true;
-#endif
+const bool kNamesFaults = matrix_pack::faults_trap();
 
 std::string without_fault_names(std::string text) {
   for (const std::string name : {"floating point error", "overflow", "singularity"})

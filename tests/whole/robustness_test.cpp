@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "tests/support/call_corpus.hpp"
+#include "tests/support/matrix_library.hpp"
 
 namespace {
 
@@ -103,7 +104,7 @@ TEST(Robustness, ThePackMayBeLoadedAndUnloadedAThousandTimes) {
   TestHost host;
   Anyval* square = host.matrix({{1, 2}, {3, 4}});
   for (int k = 0; k < 1000; ++k) {
-    void* pack = dlopen(MATRIX_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    void* pack = dlopen(test::kMatrixLibrary, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(pack, nullptr) << dlerror();
     const auto* table = static_cast<const FunctionEntry*>(dlsym(pack, "theEfi"));
     ASSERT_NE(table, nullptr);

@@ -1,0 +1,3 @@
+#include "tests/support/matrix_library.hpp"
+
+const char* const test::kMatrixLibrary = MATRIX_LIBRARY;
