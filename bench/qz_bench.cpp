@@ -8,7 +8,7 @@
 #include "bench/bench.hpp"
 #include "bench/qz_eigen.hpp"
 #include "eigen/eigen.hpp"
-#include "eigen/qz/qz.hpp"
+#include "eigen/qz/stages.hpp"
 
 namespace bench {
 namespace {
@@ -115,7 +115,7 @@ void solve_by_core(const Problem& p, double* all) {
   const matrix_pack::QzValues values = {p.alfr(all), p.alfi(all), p.beta(all)};
   matrix_pack::qz_reduce(pair, p.free(all));
   matrix_pack::qz_iterate(pair, p.free(all));
-  matrix_pack::qz_extract(pair, values);
+  matrix_pack::qz_eigenvalues(pair, values);
   if (p.vectors) matrix_pack::qz_vectors(pair, values, p.free(all));
 }
 

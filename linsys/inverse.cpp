@@ -13,6 +13,7 @@
 #include "linsys/lu/triangular.hpp"
 #include "pack/elements.hpp"
 #include "pack/exports.hpp"
+#include "pack/frame/fault_message.hpp"
 #include "pack/frame/faults.hpp"
 #include "pack/frame/fp_scope.hpp"
 #include "pack/frame/guard.hpp"

@@ -1,5 +1,6 @@
 // The worksheet function lsolve: the solution of M x = v, in place in a copy of v.
 #include "linsys/linsys.hpp"
+#include "linsys/lu/lubacksub.hpp"
 #include "linsys/lu/ludecomp.hpp"
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"

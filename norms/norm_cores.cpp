@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "eigen/hermitian/hermitian_eigenvalues.hpp"
+#include "eigen/hermitian/eigenvalues.hpp"
 #include "norms/norm_kernels.hpp"
 #include "pack/elements.hpp"
 #include "pack/memory.hpp"

@@ -1,7 +1,8 @@
+#include "eigen/general/quasi_triangular_vectors.hpp"
+
 #include <cmath>
 
-#include "eigen/cores.hpp"
-#include "eigen/shared/triangular_vectors.hpp"
+#include "eigen/shared/scale_columns.hpp"
 #include "pack/numeric/complex_arithmetic.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 

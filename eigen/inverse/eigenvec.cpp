@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "eigen/eigen.hpp"
-#include "eigen/inverse/inverse_iteration.hpp"
+#include "eigen/inverse/iteration.hpp"
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"

@@ -3,9 +3,9 @@
 #include <cmath>
 #include <utility>
 
-#include "eigen/shared/complex_vector_kernels.hpp"
 #include "pack/memory.hpp"
 #include "pack/numeric/complex_arithmetic.hpp"
+#include "pack/numeric/complex_vector_kernels.hpp"
 
 namespace matrix_pack {
 

@@ -1,4 +1,3 @@
-// Householder reduction of a symmetric matrix to tridiagonal form.
 #include "eigen/symmetric/tridiagonal.hpp"
 
 #include <algorithm>

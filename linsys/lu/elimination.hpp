@@ -14,8 +14,8 @@
 
 #include <limits>
 
-#include "linsys/lu/complex_lu_kernels.hpp"
-#include "linsys/lu/lu_kernels.hpp"
+#include "linsys/lu/complex_elimination_kernels.hpp"
+#include "linsys/lu/elimination_kernels.hpp"
 #include "linsys/lu/triangular.hpp"
 #include "linsys/product_kernels.hpp"
 #include "pack/numeric/complex_arithmetic.hpp"

@@ -1,13 +1,8 @@
-// Forward and back substitution for one right-hand side.
-//
-//   forward  x_i = b_i - L(i,first) x_first - ... - L(i,i-1) x_(i-1), one product after the other,
-//            in ascending order; b_first is the first element that is not zero
-//   back     x_i = (x_i - U(i,n-1) x_(n-1) - ... - U(i,i+1) x_(i+1)) / U(i,i), one product after
-//            the other, in descending order: the order in which the columns of U are passed
+#include "linsys/lu/lubacksub.hpp"
+
 #include <utility>
 
 #include "linsys/lu/complex_matrix.hpp"
-#include "linsys/lu/ludecomp.hpp"
 #include "linsys/lu/substitution_kernels.hpp"
 #include "pack/numeric/complex_arithmetic.hpp"
 

@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "pack/frame/fault_message.hpp"
 #include "pack/frame/faults.hpp"
 #include "pack/frame/fp_scope.hpp"
 

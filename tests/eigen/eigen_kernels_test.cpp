@@ -2,16 +2,17 @@
 // kernel set.
 #include <gtest/gtest.h>
 
-#include "eigen/complex/complex_plain.hpp"
-#include "eigen/complex/complex_qr_sweep.hpp"
+#include "eigen/complex/plain.hpp"
+#include "eigen/complex/qr_sweep.hpp"
 #include "eigen/complex/unitary_reduction.hpp"
 #include "eigen/general/elimination.hpp"
-#include "eigen/general/general_plain.hpp"
-#include "eigen/general/hessenberg_sweep.hpp"
-#include "eigen/shared/complex_vector_kernels.hpp"
-#include "eigen/shared/triangular_kernels.hpp"
-#include "eigen/symmetric/symmetric_plain.hpp"
+#include "eigen/general/plain.hpp"
+#include "eigen/general/qr_sweep.hpp"
+#include "eigen/shared/back_transformation_kernels.hpp"
+#include "eigen/symmetric/plain.hpp"
+#include "eigen/symmetric/ql_iteration.hpp"
 #include "eigen/symmetric/tridiagonal.hpp"
+#include "pack/numeric/complex_vector_kernels.hpp"
 #include "tests/support/kernel_sets.hpp"
 #include "tests/support/zoo.hpp"
 

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-#include "eigen/complex/complex_qr.hpp"
+#include "eigen/complex/qr_iteration.hpp"
 #include "eigen/cores.hpp"
 #include "pack/exports.hpp"
 #include "tests/support/eigen_zoo.hpp"

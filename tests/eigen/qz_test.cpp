@@ -1,11 +1,11 @@
 // The QZ drivers and their stages: what they accept, find, count as zero and list.
-#include "eigen/qz/qz.hpp"
-
 #include <gtest/gtest.h>
 
 #include <cfenv>
 #include <limits>
 
+#include "eigen/qz/driver.hpp"
+#include "eigen/qz/stages.hpp"
 #include "tests/support/kernel_sets.hpp"
 #include "tests/support/test_host.hpp"
 #include "tests/support/zoo.hpp"

@@ -8,8 +8,9 @@
 #include <vector>
 
 #include "linsys/inverse.hpp"
-#include "linsys/lu/lu_plain.hpp"
+#include "linsys/lu/lubacksub.hpp"
 #include "linsys/lu/ludecomp.hpp"
+#include "linsys/lu/plain.hpp"
 #include "linsys/product_kernels.hpp"
 #include "linsys/product_plain.hpp"
 #include "pack/frame/faults.hpp"

@@ -2,7 +2,7 @@
 // loops, in every kernel set.
 #include <gtest/gtest.h>
 
-#include "eigen/hermitian/hermitian_plain.hpp"
+#include "eigen/hermitian/plain.hpp"
 #include "norms/norm_plain.hpp"
 #include "tests/support/kernel_sets.hpp"
 #include "tests/support/zoo.hpp"

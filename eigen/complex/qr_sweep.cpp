@@ -1,0 +1,99 @@
+#include "eigen/complex/qr_sweep.hpp"
+
+#include <algorithm>
+#include <new>
+
+#include "eigen/shared/complex_roots.hpp"
+
+namespace matrix_pack {
+
+namespace {
+
+// Rotations found in one window: their columns stay in the first-level cache.
+constexpr int kWindow = 32;
+
+// Full sweeps that Z waits for.
+constexpr std::ptrdiff_t kFullSweeps = 16;
+
+ComplexArray array(const Parts& a) {
+  return {a.re, a.im, a.ld};
+}
+
+}  // namespace
+
+bool ComplexSweepWork::allocate(std::ptrdiff_t rotations) {
+  capacity_ = rotations;
+  rotations_.reset(new (std::nothrow) ComplexRotation[static_cast<std::size_t>(rotations)]);
+  return rotations_ != nullptr;
+}
+
+bool ComplexSweepWork::open(const Parts& h) {
+  h_ = h;
+  return allocate(h.n);
+}
+
+bool ComplexSweepWork::open_with_vectors(const Parts& h, const Balance& b, const Parts& z) {
+  h_ = h;
+  z_ = z;
+  z_begin_ = b.low;
+  z_end_ = b.igh + 1;
+  return allocate(kFullSweeps * h.n);
+}
+
+// Room for the rotations l+1..en.
+ComplexRotationRun& ComplexSweepWork::new_run(int l, int en) {
+  if (!has_z() || count_ == kMostRuns || used_ + (en - l) > capacity_) finish();
+  runs_[count_] = {l + 1, en, rotations_.get() + used_, 1.0, 0.0};
+  used_ += en - l;
+  return runs_[count_++];
+}
+
+void ComplexSweepWork::finish() {
+  if (has_z()) complex_qr_kernels().rotate_all_columns(count_, runs_, array(z_), z_begin_, z_end_);
+  count_ = 0;
+  used_ = 0;
+}
+
+// Turns the block into R, and the columns right of it.
+void ComplexSweepWork::rotate_rows(int l, int en, ComplexRotation* rotations) {
+  const ComplexQrKernels& kernels = complex_qr_kernels();
+  const ComplexArray h = array(h_);
+  const int right = has_z() ? h_.n - 1 : en;
+  int ready = l;  // Columns before this one have taken the rotations found so far.
+  for (int first = l + 1; first <= en; first += kWindow) {
+    const int last = std::min(first + kWindow - 1, en);
+    kernels.rotate_rows({l + 1, first - 1, rotations, 1.0, 0.0}, h, ready, last + 1);
+    kernels.triangularize(first, last, last, h, rotations + (first - l - 1));
+    ready = last + 1;
+  }
+  kernels.rotate_rows({l + 1, en, rotations, 1.0, 0.0}, h, ready, right + 1);
+}
+
+// Multiplies row en so that R(en,en) becomes real, and notes that column en is to be multiplied
+// back.
+void ComplexSweepWork::make_last_real(int en, ComplexRotationRun& run) {
+  const std::ptrdiff_t at = en * h_.ld + en;
+  if (h_.im[at] == 0.0) return;
+  const double norm = scaled_modulus(h_.re[at], h_.im[at]);
+  run.phase_re = h_.re[at] / norm;
+  run.phase_im = h_.im[at] / norm;
+  h_.re[at] = norm;
+  h_.im[at] = 0.0;
+  const int right = has_z() ? h_.n - 1 : en;
+  const Complex phase = {run.phase_re, -run.phase_im};
+  for (int j = en + 1; j <= right; ++j) {
+    const std::ptrdiff_t k = j * h_.ld + en;
+    const Complex z = multiply(phase, {h_.re[k], h_.im[k]});
+    h_.re[k] = z.re;
+    h_.im[k] = z.im;
+  }
+}
+
+void ComplexSweepWork::sweep(int l, int en) {
+  ComplexRotationRun& run = new_run(l, en);
+  rotate_rows(l, en, const_cast<ComplexRotation*>(run.rotations));
+  make_last_real(en, run);
+  complex_qr_kernels().rotate_columns(run, array(h_), has_z() ? 0 : l, en + 1);
+}
+
+}  // namespace matrix_pack

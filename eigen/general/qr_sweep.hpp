@@ -1,0 +1,58 @@
+// One sweep of the double-shift QR iteration: the bulge is chased along the diagonal, and the rest
+// of the matrix follows in blocks.
+//
+// A long sweep goes along the diagonal in windows. A column takes all reflectors of its rows when
+// the window reaches it, and a block of rows takes those of the columns right of its window at the
+// end, in one go each. The columns of Z wait for several sweeps. Every element sees the same
+// operations in the same order as when each reflector is applied to everything at once.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+#include "eigen/general/qr_kernels.hpp"
+#include "eigen/shared/balance.hpp"
+
+namespace matrix_pack {
+
+// Where a sweep starts, and the vector that its first reflector turns into a unit vector.
+struct SweepStart {
+  int m;
+  double vector[3];
+};
+
+class SweepWork {
+ public:
+  // Without Z, only the active block l..en is kept up to date. False when there is no memory.
+  bool open(const Parts& h);
+  bool open_with_vectors(const Parts& h, const Balance& b, double* z);
+
+  bool has_z() const { return z_ != nullptr; }
+
+  // Sweeps the active block l..en.
+  void sweep(int l, int en, const SweepStart& start);
+  // Columns k and k+1 of Z, (x, y), become (c x + s y, c y - s x).
+  void rotate_z(int k, double c, double s);
+  // Applies to Z what has been kept back.
+  void finish();
+
+ private:
+  // Sweeps that Z may wait for.
+  static constexpr int kMostRuns = 32;
+
+  bool allocate(std::ptrdiff_t reflectors);
+  Reflector* new_run(int m, int en);
+  void sweep_in_windows(const Chase& whole, Reflector* reflectors);
+
+  const Parts* h_ = nullptr;
+  double* z_ = nullptr;  // n x n
+  int z_begin_ = 0;      // The rows of Z that take part.
+  int z_end_ = 0;
+  std::unique_ptr<Reflector[]> reflectors_;
+  std::ptrdiff_t capacity_ = 0;
+  std::ptrdiff_t used_ = 0;
+  int count_ = 0;
+  ReflectorRun runs_[kMostRuns];
+};
+
+}  // namespace matrix_pack

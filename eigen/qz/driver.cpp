@@ -1,0 +1,96 @@
+// Working storage, and the four stages.
+#include "eigen/qz/driver.hpp"
+
+#include <cmath>
+
+#include "eigen/qz/finite_eigenvalues.hpp"
+#include "pack/memory.hpp"
+
+namespace matrix_pack {
+
+namespace {
+
+constexpr const char* kOutOfMemory = "out of memory";
+
+const char* check_shapes(const aMatrix* a, const aMatrix* b) {
+  if (a->rows < 1 || a->cols < 1 || b->rows < 1 || b->cols < 1) return "invalid dimension";
+  if (a->rows != a->cols || b->rows != b->cols) return "must be square";
+  if (a->rows != b->rows) return "array size mismatch";
+  return nullptr;
+}
+
+// Gives a working copy without a real array one of zeros; false when there is no memory.
+bool provide_real_part(aMatrix* m) {
+  if (m->re == nullptr) m->re = new_zero_part(m->rows, m->cols).release();
+  return m->re != nullptr;
+}
+
+// What the stages work on, and what they find.
+struct QzStorage {
+  Doubles z, values, work;
+  QzPair pair;
+  QzValues found;
+
+  std::ptrdiff_t n() const { return pair.n; }
+};
+
+bool allocate(QzStorage& s, aMatrix* a, aMatrix* b, bool with_z) {
+  const std::int64_t n = a->rows;
+  if (!provide_real_part(a) || !provide_real_part(b)) return false;
+  if (with_z && !(s.z = new_zero_part(n, n))) return false;
+  s.values = new_doubles(3 * n);
+  s.work = new_doubles(kQzWork * n);
+  if (!s.values || !s.work) return false;
+  s.pair = {a->rows, a->re, b->re, s.z.get()};
+  if (with_z)
+    for (std::ptrdiff_t i = 0; i < n; ++i) s.pair.column_of_z(i)[i] = 1.0;
+  s.found = {s.values.get(), s.values.get() + n, s.values.get() + 2 * n};
+  return true;
+}
+
+const char* run_stages(const QzStorage& s) {
+  qz_reduce(s.pair, s.work.get());
+  if (const char* message = qz_iterate(s.pair, s.work.get())) return message;
+  qz_eigenvalues(s.pair, s.found);
+  if (s.pair.z != nullptr) qz_vectors(s.pair, s.found, s.work.get());
+  return nullptr;
+}
+
+// What is small enough to be rounding error counts as zero.
+void clear_small(const QzStorage& s) {
+  const double tolerance = std::sqrt(static_cast<double>(s.n())) * kQzEps;
+  double* const values = s.values.get();
+  for (std::ptrdiff_t i = 0; i < 3 * s.n(); ++i)
+    if (std::fabs(values[i]) <= tolerance) values[i] = 0.0;
+}
+
+// Both drivers: vectors are wanted when `vectors` is not null.
+const char* drive(EfiCallContext* context, aMatrix* a, aMatrix* b, aMatrix** values,
+                  aMatrix** vectors, int* count) {
+  if (const char* message = check_shapes(a, b)) return message;
+  QzStorage s;
+  if (!allocate(s, a, b, vectors != nullptr)) return kOutOfMemory;
+  if (const char* message = run_stages(s)) return message;
+  clear_small(s);
+  *count = count_finite(s.pair, s.found);
+  if (*count == 0) return nullptr;
+  *values = finite_values(context, s.pair, s.found, *count);
+  if (*values == nullptr) return kOutOfMemory;
+  if (vectors == nullptr) return nullptr;
+  *vectors = finite_vectors(context, s.pair, s.found, *count);
+  return *vectors != nullptr ? nullptr : kOutOfMemory;
+}
+
+}  // namespace
+
+const char* genvals_driver(EfiCallContext* context, aMatrix* a, aMatrix* b, aMatrix** values,
+                           int* count) {
+  return drive(context, a, b, values, nullptr, count);
+}
+
+const char* genvecs_driver(EfiCallContext* context, aMatrix* a, aMatrix* b, aMatrix** values,
+                           aMatrix** vectors, int* count) {
+  return drive(context, a, b, values, vectors, count);
+}
+
+}  // namespace matrix_pack

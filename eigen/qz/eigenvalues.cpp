@@ -1,0 +1,186 @@
+// The eigenvalues of a quasi-triangular pair.
+#include <cmath>
+
+#include "eigen/qz/reflector.hpp"
+#include "eigen/qz/stages.hpp"
+#include "pack/numeric/complex_arithmetic.hpp"
+
+namespace matrix_pack {
+
+namespace {
+
+// Times sqrt(n), the bound below which a discriminant counts as rounding error and its block as one
+// with a double real eigenvalue. A hundred times what counts as zero in alpha and beta.
+constexpr double kTinyDiscriminant = 2.220446049250313e-14;
+
+// A block of order 2 on rows and columns k and k + 1: of A, and of the triangular B, each scaled by
+// the sum of its magnitudes (an and bn).
+struct Block {
+  double a11, a12, a21, a22, b11, b12, b22, an, bn;
+};
+
+// The roots of det(A - lambda B) of a block: e + sqrt(r) and e - sqrt(r) up to the sign of c, by
+// shifting the block by the smaller of its two diagonal ratios.
+struct Roots {
+  double e, c, r;
+};
+
+Block scaled_block(const QzPair& p, std::ptrdiff_t k) {
+  const double an = std::fabs(p.A(k, k)) + std::fabs(p.A(k, k + 1)) + std::fabs(p.A(k + 1, k)) +
+                    std::fabs(p.A(k + 1, k + 1));
+  const double bn = std::fabs(p.B(k, k)) + std::fabs(p.B(k, k + 1)) + std::fabs(p.B(k + 1, k + 1));
+  return {p.A(k, k) / an,
+          p.A(k, k + 1) / an,
+          p.A(k + 1, k) / an,
+          p.A(k + 1, k + 1) / an,
+          p.B(k, k) / bn,
+          p.B(k, k + 1) / bn,
+          p.B(k + 1, k + 1) / bn,
+          an,
+          bn};
+}
+
+Roots block_roots(const Block& m) {
+  const double e1 = m.a11 / m.b11;
+  const double e2 = m.a22 / m.b22;
+  const double s = m.a21 / (m.b11 * m.b22);
+  const bool first = std::fabs(e1) <= std::fabs(e2);
+  const double e = first ? e1 : e2;
+  const double t = first ? (m.a22 - e * m.b22) / m.b22 : (m.a11 - e * m.b11) / m.b11;
+  const double c = 0.5 * (t - s * m.b12);
+  return {e, c, c * c + s * (m.a12 - e * m.b12)};
+}
+
+// A reflector on columns k + 1 and k.
+void reflect_cols(const QzPair& p, std::ptrdiff_t k, const Reflector2& h) {
+  const QzKernels& kernels = qz_kernels();
+  const std::ptrdiff_t row = p.z != nullptr ? 0 : k;
+  kernels.reflect_cols2(h, k + 2 - row, &p.A(row, k), p.n);
+  kernels.reflect_cols2(h, k + 2 - row, &p.B(row, k), p.n);
+  if (p.z != nullptr) kernels.reflect_cols2(h, p.n, p.column_of_z(k), p.n);
+}
+
+// A reflector on rows k and k + 1.
+void reflect_rows(const QzPair& p, std::ptrdiff_t k, const Reflector2& h) {
+  const std::ptrdiff_t cols = p.z != nullptr ? p.n - k : 2;
+  qz_kernels().chase_rows2(1, &h, cols, &p.A(k, k), &p.B(k, k), p.n);
+}
+
+void take_real(const QzPair& p, const QzValues& values, std::ptrdiff_t k) {
+  values.alfr[k] = p.B(k, k) < 0.0 ? -p.A(k, k) : p.A(k, k);
+  values.alfi[k] = 0.0;
+  values.beta[k] = std::fabs(p.B(k, k));
+}
+
+// The block of order 2 has become triangular.
+void take_split(const QzPair& p, const QzValues& values, std::ptrdiff_t k) {
+  p.A(k + 1, k) = 0.0;
+  p.B(k + 1, k) = 0.0;
+  take_real(p, values, k);
+  take_real(p, values, k + 1);
+}
+
+// Two real eigenvalues, one of which is e: the pair A - e B of the block is singular.
+void split_block(const QzPair& p, std::ptrdiff_t k, const Block& m, double e) {
+  const double a11 = m.a11 - e * m.b11;
+  const double a12 = m.a12 - e * m.b12;
+  const double a22 = m.a22 - e * m.b22;
+  const bool second = std::fabs(a11) + std::fabs(a12) < std::fabs(m.a21) + std::fabs(a22);
+  reflect_cols(p, k, second ? reflector(a22, m.a21) : reflector(a12, a11));
+  // Of A and B, the one whose first column is the larger, relative to its block.
+  const bool from_a = std::fabs(e) > 1.0;
+  reflect_rows(p, k,
+               from_a ? reflector(p.A(k, k), p.A(k + 1, k)) : reflector(p.B(k, k), p.B(k + 1, k)));
+}
+
+// The complex plane rotation (c, s) with c real that turns (x, y) into (*, 0).
+struct ComplexRotation {
+  double c;
+  Complex s;
+};
+
+ComplexRotation complex_rotation(Complex x, Complex y) {
+  const double c = std::sqrt(x.re * x.re + x.im * x.im);
+  if (c == 0.0) return {0.0, {1.0, 0.0}};
+  const Complex s = {(x.re * y.re + x.im * y.im) / c, (x.re * y.im - x.im * y.re) / c};
+  const double r = std::sqrt(c * c + s.re * s.re + s.im * s.im);
+  return {c / r, {s.re / r, s.im / r}};
+}
+
+// One of a complex pair, t / d, as eigenvalue j.
+void take_ratio(const QzValues& values, std::ptrdiff_t j, const Block& m, Complex t, Complex d) {
+  const double r = std::sqrt(d.re * d.re + d.im * d.im);
+  values.beta[j] = m.bn * r;
+  values.alfr[j] = m.an * (t.re * d.re + t.im * d.im) / r;
+  values.alfi[j] = m.an * (t.im * d.re - t.re * d.im) / r;
+}
+
+// A complex pair e +- i d: the diagonal that unitary transformations would give the block tells
+// alpha and beta; the transformations are not applied. The one with the positive imaginary part
+// stands first.
+void take_complex(const QzValues& values, std::ptrdiff_t k, const Block& m, double e, double d) {
+  const Complex a11 = {m.a11 - e * m.b11, d * m.b11};
+  const Complex a12 = {m.a12 - e * m.b12, d * m.b12};
+  const Complex a22 = {m.a22 - e * m.b22, d * m.b22};
+  const bool second =
+      std::fabs(a11.re) + std::fabs(a11.im) + std::fabs(a12.re) + std::fabs(a12.im) <
+      std::fabs(m.a21) + std::fabs(a22.re) + std::fabs(a22.im);
+  const auto [cz, z] =
+      second ? complex_rotation(a22, {-m.a21, 0.0}) : complex_rotation(a12, {-a11.re, -a11.im});
+  const bool from_a = std::fabs(e) + d > 1.0;
+  const auto [cq, q] = from_a ? complex_rotation({cz * m.a11 + z.re * m.a12, z.im * m.a12},
+                                                 {cz * m.a21 + z.re * m.a22, z.im * m.a22})
+                              : complex_rotation({cz * m.b11 + z.re * m.b12, z.im * m.b12},
+                                                 {z.re * m.b22, z.im * m.b22});
+  const Complex qz = {q.re * z.re + q.im * z.im, q.re * z.im - q.im * z.re};
+  const Complex t1 = {cq * cz * m.a11 + cq * z.re * m.a12 + q.re * cz * m.a21 + qz.re * m.a22,
+                      cq * z.im * m.a12 - q.im * cz * m.a21 + qz.im * m.a22};
+  const Complex d1 = {cq * cz * m.b11 + cq * z.re * m.b12 + qz.re * m.b22,
+                      cq * z.im * m.b12 + qz.im * m.b22};
+  const Complex t2 = {qz.re * m.a11 - q.re * cz * m.a12 - cq * z.re * m.a21 + cq * cz * m.a22,
+                      -qz.im * m.a11 - q.im * cz * m.a12 + cq * z.im * m.a21};
+  const Complex d2 = {qz.re * m.b11 - q.re * cz * m.b12 + cq * cz * m.b22,
+                      -qz.im * m.b11 - q.im * cz * m.b12};
+  const bool swapped = t1.im * d1.re - t1.re * d1.im < 0.0;
+  take_ratio(values, k, m, swapped ? t2 : t1, swapped ? d2 : d1);
+  take_ratio(values, k + 1, m, swapped ? t1 : t2, swapped ? d1 : d2);
+  // Opposite signs whatever the rounding.
+  values.alfi[k] = std::fabs(values.alfi[k]);
+  values.alfi[k + 1] = -std::fabs(values.alfi[k + 1]);
+}
+
+void take_block(const QzPair& p, const QzValues& values, std::ptrdiff_t k, double epsb) {
+  if (std::fabs(p.B(k, k)) <= epsb) {
+    reflect_rows(p, k, reflector(p.A(k, k), p.A(k + 1, k)));
+    return take_split(p, values, k);
+  }
+  if (std::fabs(p.B(k + 1, k + 1)) <= epsb) {
+    reflect_cols(p, k, reflector(p.A(k + 1, k + 1), p.A(k + 1, k)));
+    return take_split(p, values, k);
+  }
+  const Block m = scaled_block(p, k);
+  auto [e, c, r] = block_roots(m);
+  if (std::fabs(r) < std::sqrt(static_cast<double>(p.n)) * kTinyDiscriminant) r = 0.0;
+  if (r < 0.0) return take_complex(values, k, m, e + c, std::sqrt(-r));
+  split_block(p, k, m, e + (c + std::copysign(std::sqrt(r), c)));
+  take_split(p, values, k);
+}
+
+}  // namespace
+
+void qz_eigenvalues(const QzPair& pair, const QzValues& values) {
+  // The tolerance of the iteration stands below the diagonal, where it must not disturb a block.
+  const double epsb = pair.B(pair.n - 1, 0);
+  if (pair.n >= 2) pair.B(pair.n - 1, 0) = 0.0;
+  for (std::ptrdiff_t k = pair.n - 1; k >= 0; --k) {
+    if (k == 0 || pair.A(k, k - 1) == 0.0) {
+      take_real(pair, values, k);
+    } else {
+      --k;
+      take_block(pair, values, k, epsb);
+    }
+  }
+  if (pair.n >= 2) pair.B(pair.n - 1, 0) = epsb;
+}
+
+}  // namespace matrix_pack

@@ -1,0 +1,55 @@
+// The QZ method of Moler and Stewart for a pair of real square matrices, in four stages.
+//
+// Source: C. B. Moler and G. W. Stewart, An algorithm for generalized matrix eigenvalue problems,
+// SIAM Journal on Numerical Analysis 10 (1973), 241-256.
+#pragma once
+
+#include <cstddef>
+
+namespace matrix_pack {
+
+inline constexpr double kQzEps = 2.220446049250313e-16;  // 2^-52
+
+// A pair (A, B) on its way through the stages: n x n, column-major, leading dimension n. A and B
+// are overwritten. Z gathers the transformations from the right; null when only the eigenvalues are
+// wanted: the stages then leave out what no eigenvalue depends on.
+struct QzPair {
+  std::ptrdiff_t n;
+  double* a;
+  double* b;
+  double* z;
+
+  double& A(std::ptrdiff_t i, std::ptrdiff_t j) const { return a[j * n + i]; }
+  double& B(std::ptrdiff_t i, std::ptrdiff_t j) const { return b[j * n + i]; }
+  double* column_of_a(std::ptrdiff_t j) const { return a + j * n; }
+  double* column_of_b(std::ptrdiff_t j) const { return b + j * n; }
+  double* column_of_z(std::ptrdiff_t j) const { return z + j * n; }
+};
+
+// The eigenvalues alpha / beta by their position on the diagonal, beta >= 0. Of a complex pair the
+// first has the positive imaginary part. Arrays of n.
+struct QzValues {
+  double* alfr;
+  double* alfi;
+  double* beta;
+};
+
+// The stages, in their order. `work` has room for kQzWork n doubles.
+inline constexpr std::ptrdiff_t kQzWork = 6;
+
+// A becomes upper Hessenberg, B upper triangular, Z the product of the transformations from the
+// right.
+void qz_reduce(const QzPair& pair, double* work);
+
+// The Hessenberg-triangular pair becomes quasi-triangular: blocks of order 1 and 2 on the diagonal
+// of A. Null, or "too many iterations". Leaves B's tolerance for zero in B(n, 1).
+const char* qz_iterate(const QzPair& pair, double* work);
+
+// The eigenvalues of the quasi-triangular pair; blocks with real eigenvalues are split.
+void qz_eigenvalues(const QzPair& pair, const QzValues& values);
+
+// Z becomes the eigenvectors: a column for a real eigenvalue; for a complex pair the real and the
+// imaginary part of the vector of its first one.
+void qz_vectors(const QzPair& pair, const QzValues& values, double* work);
+
+}  // namespace matrix_pack

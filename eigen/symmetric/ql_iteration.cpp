@@ -1,0 +1,96 @@
+#include "eigen/symmetric/ql_iteration.hpp"
+
+#include <cmath>
+
+#include "eigen/cores.hpp"
+#include "pack/numeric/rising_rotations.hpp"
+
+namespace matrix_pack {
+
+namespace {
+
+// Sweeps that one eigenvalue may take.
+constexpr int kMostSweeps = 30;
+
+// The first m >= l behind which the matrix splits: e[m] no longer changes its neighbours on the
+// diagonal. e[n-1] = 0 ends the search.
+int find_split(const double* d, const double* e, int l, int n) {
+  int m = l;
+  for (; m < n - 1; ++m) {
+    const double dd = std::fabs(d[m]) + std::fabs(d[m + 1]);
+    if (std::fabs(e[m]) + dd == dd) break;
+  }
+  return m;
+}
+
+// d[m] less the eigenvalue of the leading 2x2 block of l..m that is nearer to d[l].
+double shifted_end(const double* d, const double* e, int l, int m) {
+  const double g = (d[l + 1] - d[l]) / (2.0 * e[l]);
+  const double r = std::sqrt(g * g + 1.0);
+  return d[m] - d[l] + e[l] / (g + (g >= 0.0 ? r : -r));
+}
+
+// One sweep from m up to l. The rotations go to `rotations`, as rising_rotations.hpp has it, unless
+// it is null. Kept: a zero radius r has no case of its own.
+void sweep(double* d, double* e, int l, int m, Rotation* rotations) {
+  double g = shifted_end(d, e, l, m);
+  double s = 1.0;
+  double c = 1.0;
+  double p = 0.0;
+  for (int i = m - 1; i >= l; --i) {
+    const double f = s * e[i];
+    const double b = c * e[i];
+    if (std::fabs(f) >= std::fabs(g)) {
+      c = g / f;
+      const double r = std::sqrt(c * c + 1.0);
+      e[i + 1] = f * r;
+      s = 1.0 / r;
+      c = c * s;
+    } else {
+      s = f / g;
+      const double r = std::sqrt(s * s + 1.0);
+      e[i + 1] = g * r;
+      c = 1.0 / r;
+      s = s * c;
+    }
+    g = d[i + 1] - p;
+    const double r = (d[i] - g) * s + 2.0 * c * b;
+    p = s * r;
+    d[i + 1] = g + p;
+    g = c * r - b;
+    if (rotations != nullptr) *rotations++ = {c, s};
+  }
+  d[l] = d[l] - p;
+  e[l] = g;
+  e[m] = 0.0;
+}
+
+const char* iterate(double* d, double* e, int n, RisingRotations* rotations) {
+  for (int i = 1; i < n; ++i) e[i - 1] = e[i];
+  e[n - 1] = 0.0;
+  for (int l = 0; l < n; ++l) {
+    for (int sweeps = 0;; ++sweeps) {
+      const int m = find_split(d, e, l, n);
+      if (m == l) break;
+      if (sweeps == kMostSweeps) return kTooManyIterations;
+      sweep(d, e, l, m, rotations == nullptr ? nullptr : rotations->sweep(l, m - 1));
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+const char* tridiagonal_ql(double* d, double* e, int n) {
+  return iterate(d, e, n, nullptr);
+}
+
+const char* tridiagonal_ql_with_vectors(double* d, double* e, int n, double* z, std::ptrdiff_t ld) {
+  RisingRotations rotations;
+  if (!rotations.open(z, ld, n, n)) return kOutOfMemory;
+  if (const char* message = iterate(d, e, n, &rotations)) return message;
+  rotations.flush();
+  return nullptr;
+}
+
+}  // namespace matrix_pack

@@ -1,0 +1,21 @@
+// The implicit QL iteration on a symmetric tridiagonal matrix.
+//
+// Source: Martin and Wilkinson, "The implicit QL algorithm" (1968).
+#pragma once
+
+#include <cstddef>
+
+namespace matrix_pack {
+
+// Implicit QL iteration on the tridiagonal matrix (d, e).
+//   d, e     as from tridiagonalize; on success d holds the eigenvalues, in no order
+//   returns  null, or "too many iterations" when an eigenvalue takes more than 30 sweeps
+//   cost     about 30 n^2 flops
+const char* tridiagonal_ql(double* d, double* e, int n);
+
+// The same; Z, n x n, is multiplied by the rotations, and its columns become the eigenvectors.
+//   returns  also "out of memory"
+//   cost     about 6 n^3 flops, 64 n doubles of work
+const char* tridiagonal_ql_with_vectors(double* d, double* e, int n, double* z, std::ptrdiff_t ld);
+
+}  // namespace matrix_pack

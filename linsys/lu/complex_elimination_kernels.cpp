@@ -1,0 +1,209 @@
+#include "linsys/lu/complex_elimination_kernels.hpp"
+
+#include "linsys/lu/pivot_search.hpp"
+#include "pack/numeric/complex_arithmetic.hpp"
+#include "pack/numeric/runs.hpp"
+
+namespace matrix_pack::MATRIX_KERNEL_SET {
+
+namespace {
+
+// Moduli are computed for this many elements of a column at a time.
+constexpr Index kChunk = 64;
+
+Index chunk_at(Index i, Index n) {
+  return n - i < kChunk ? n - i : kChunk;
+}
+
+// Stands for a modulus out of range; none is negative.
+constexpr double kOutOfRange = -1.0;
+
+// Split below this have squares that do not overflow, and a modulus in range.
+constexpr double kSafePart = 1e150;
+
+// Whether the modulus of every element is computed without a fault.
+bool parts_are_safe(Index rows, Index cols, ConstSplit a, Index ld) {
+  bool safe = true;
+  by_height(rows, [=, &safe]<int H>(Height<H>) {
+    Run<H> largest = {};
+    const auto take = [=, &largest](ConstSplit x) {
+      const ComplexRun<H> run = load<H>(x);
+      largest = larger_bits(larger_bits(largest, magnitudes(run.re)), magnitudes(run.im));
+    };
+    for (Index j = 0; j < cols; ++j) {
+      for (Index i = 0; i + H < rows; i += H) take(a + i + j * ld);
+      take(a + (rows - H) + j * ld);
+    }
+    double lanes[H];
+    store(lanes, largest);
+    for (const double lane : lanes) safe = safe && __builtin_isless(lane, kSafePart);
+  });
+  return safe;
+}
+
+// Sets out[i] to the modulus of element i, by the rules of cmodulus, or to kOutOfRange; true when
+// all are in range.
+bool moduli(Index n, ConstSplit x, double* __restrict out) {
+  if (parts_are_safe(n, 1, x, n)) {
+    for (Index i = 0; i < n; ++i) {
+      const double re = __builtin_fabs(x.re[i]);
+      const double im = __builtin_fabs(x.im[i]);
+      const double modulus = __builtin_sqrt(re * re + im * im);
+      const double unless_im_is_zero = im == 0.0 ? re : modulus;
+      out[i] = re == 0.0 ? im : unless_im_is_zero;
+    }
+    return true;
+  }
+  bool in_range = true;
+  for (Index i = 0; i < n; ++i) {
+    if (!modulus_in_range(element(x + i), out + i)) {
+      out[i] = kOutOfRange;
+      in_range = false;
+    }
+  }
+  return in_range;
+}
+
+// Bounds that grow: a NaN marks one that an element out of range belongs to. It stays, since
+// nothing is larger than a NaN.
+constexpr double kMarked = __builtin_nan("");
+
+bool is_marked(double bound) {
+  return bound != bound;
+}
+
+// y[i] = modulus i, times factor[i] if there are factors, where that is larger.
+void raise_to_moduli(Index n, ConstSplit x, const double* factor, double* __restrict y) {
+  double t[kChunk];
+  for (Index i = 0; i < n; i += kChunk) {
+    const Index count = chunk_at(i, n);
+    moduli(count, x + i, t);
+    for (Index q = 0; q < count; ++q) {
+      const double weight = factor == nullptr ? t[q] : t[q] * factor[i + q];
+      const double raised = weight > y[i + q] ? weight : y[i + q];
+      y[i + q] = t[q] == kOutOfRange ? kMarked : raised;
+    }
+  }
+}
+
+// Largest modulus in a row of n elements times the factor; marked when one is out of range.
+double row_bound(Index n, ConstSplit row, Index ld, double factor) {
+  double bound = 0.0;
+  for (Index j = 0; j < n; ++j) {
+    double modulus;
+    if (!modulus_in_range(element(row + j * ld), &modulus)) return kMarked;
+    bound = modulus * factor > bound ? modulus * factor : bound;
+  }
+  return bound;
+}
+
+Pivoting scale_rows(Index n, ConstSplit a, Index ld, double* scale) {
+  const bool safe = parts_are_safe(n, n, a, ld);
+  for (Index i = 0; i < n; ++i) scale[i] = 0.0;
+  for (Index j = 0; j < n && safe; ++j) raise_to_moduli(n, a + j * ld, nullptr, scale);
+  for (Index i = 0; i < n; ++i) {
+    if (!safe) scale[i] = row_bound(n, a + i, ld, 1.0);
+    if (is_marked(scale[i])) return Pivoting::modulus_overflow;
+    if (scale[i] == 0.0) return Pivoting::zero_pivot;
+    scale[i] = 1.0 / scale[i];
+  }
+  return Pivoting::done;
+}
+
+// The row of the heaviest of the candidates k to n - 1, k when all are NaN; -1 when a modulus is
+// out of range. The first of equal candidates wins: documented, and not so in the real
+// factorization.
+Index find_pivot(Index k, Index n, ConstSplit column, const double* scale) {
+  Candidate best = {-1.0, k};
+  double t[kChunk];
+  for (Index i = k; i < n; i += kChunk) {
+    const Index count = chunk_at(i, n);
+    if (!moduli(count, column + i, t)) return -1;
+    best = heaviest<Tie::first>(best, i, count, t, scale + i);
+  }
+  return best.row;
+}
+
+// Divides by the pivot d: Smith's quotient, see pack/numeric/complex_arithmetic.hpp.
+void divide_by_pivot(Index n, double* __restrict re, double* __restrict im, Complex d) {
+  if (__builtin_fabs(d.im) <= __builtin_fabs(d.re)) {
+    const double r = d.im / d.re;
+    const double den = d.re + r * d.im;
+    for (Index i = 0; i < n; ++i) {
+      const double x = re[i];
+      re[i] = (x + r * im[i]) / den;
+      im[i] = (im[i] - r * x) / den;
+    }
+  } else {
+    const double r = d.re / d.im;
+    const double den = d.im + r * d.re;
+    for (Index i = 0; i < n; ++i) {
+      const double x = re[i];
+      re[i] = (r * x + im[i]) / den;
+      im[i] = (r * im[i] - x) / den;
+    }
+  }
+}
+
+// The largest modulus, at least 1; marked when one is out of range.
+double growth_bound(Index n, ConstSplit x) {
+  double growth = 1.0;
+  double t[kChunk];
+  for (Index i = 0; i < n; i += kChunk) {
+    const Index count = chunk_at(i, n);
+    if (!moduli(count, x + i, t)) return kMarked;
+    for (Index q = 0; q < count; ++q) growth = t[q] > growth ? t[q] : growth;
+  }
+  return growth;
+}
+
+Elimination eliminate(Index n, Split a, Index ld, Index k0, Index k1, double* scale, double* pivots,
+                      PivotTest* test) {
+  for (Index k = k0; k < k1; ++k) {
+    const Split column = a + k * ld;
+    const Index m = find_pivot(k, n, column, scale);
+    if (m < 0) return {k - k0, Pivoting::modulus_overflow};
+    if (m != k) {
+      exchange(k1 - k0, a.re + k0 * ld + m, a.re + k0 * ld + k, ld);
+      exchange(k1 - k0, a.im + k0 * ld + m, a.im + k0 * ld + k, ld);
+      scale[m] = scale[k];
+    }
+    pivots[k] = static_cast<double>(m);
+    const Complex pivot = element(column + k);
+    if (is_zero(pivot)) return {k - k0, Pivoting::zero_pivot};
+    if (test != nullptr) {
+      if (k > 0) {
+        const double bound = row_bound(n - k + 1, column + (k - 1 - ld), ld, scale[k - 1]);
+        if (is_marked(bound)) return {k - k0, Pivoting::modulus_overflow};
+        take_row(*test, bound);
+      }
+      double modulus;
+      if (!modulus_in_range(pivot, &modulus)) return {k - k0, Pivoting::modulus_overflow};
+      if (!passes(*test, modulus)) return {k - k0, Pivoting::zero_pivot};
+    }
+    // rows below := rows below - multipliers * row k
+    const Index below = n - k - 1;
+    const Split multipliers = column + (k + 1);
+    divide_by_pivot(below, multipliers.re, multipliers.im, pivot);
+    scale[k] = growth_bound(below, multipliers);
+    if (is_marked(scale[k])) return {k + 1 - k0, Pivoting::modulus_overflow};
+    subtract_rank_one<ConstSplit>(below, k1 - k - 1, multipliers, column + (ld + k),
+                                  column + (ld + k + 1), ld);
+  }
+  return {k1 - k0, Pivoting::done};
+}
+
+void row_bounds(Index n, ConstSplit a, Index ld, Index k0, Index k1, const double* scale,
+                double* bounds) {
+  for (Index i = k0; i < k1; ++i) bounds[i - k0] = 0.0;
+  for (Index j = k0; j < n; ++j) {
+    const Index rows = (j < k1 ? j + 1 : k1) - k0;
+    raise_to_moduli(rows, a + (k0 + j * ld), scale + k0, bounds);
+  }
+}
+
+}  // namespace
+
+const ComplexLuKernels complex_lu_kernels_table = {scale_rows, eliminate, row_bounds};
+
+}  // namespace matrix_pack::MATRIX_KERNEL_SET
