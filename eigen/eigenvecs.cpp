@@ -4,6 +4,7 @@
 #include "pack/elements.hpp"
 #include "pack/exports.hpp"
 #include "pack/frame/guard.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {
@@ -21,7 +22,7 @@ const char* eigenvectors_core(EfiCallContext* context, aMatrix* argument, aMatri
 }
 
 Anyval* eigenvecs_worker(EfiCallContext* context, aMatrix* matrix) {
-  if (matrix->rows != matrix->cols) return argument_error(context, 1, "must be square");
+  if (matrix->rows != matrix->cols) return argument_error(context, 1, kMustBeSquare);
   aMatrix* copy = nullptr;
   if (const char* message = matrix_copy(context, matrix, &copy))
     return call_error(context, message);
@@ -40,7 +41,7 @@ using namespace matrix_pack;
 
 Anyval* eigenvecs(EfiCallContext* context, Anyval* matrix) {
   return guarded(context, [=] {
-    if (!is_matrix(matrix)) return call_error(context, "must be array");
+    if (!is_matrix(matrix)) return call_error(context, kMustBeArray);
     return eigenvecs_worker(context, as_matrix(matrix));
   });
 }

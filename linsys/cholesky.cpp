@@ -9,6 +9,7 @@
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 #include "pack/results.hpp"
 
@@ -69,8 +70,8 @@ void mirror(const aMatrix* from, aMatrix* to) {
 }
 
 Anyval* cholesky_worker(EfiCallContext* context, aMatrix* m) {
-  if (m->rows != m->cols) return argument_error(context, 1, "must be square");
-  if (is_complex(m)) return argument_error(context, 1, "must be real");
+  if (m->rows != m->cols) return argument_error(context, 1, kMustBeSquare);
+  if (is_complex(m)) return argument_error(context, 1, kMustBeReal);
   aMatrix* factor = nullptr;
   if (const char* message = matrix_copy(context, m, &factor)) return call_error(context, message);
   if (m->re != nullptr) mirror(m, factor);
@@ -98,7 +99,7 @@ const char* cholesky_packed(EfiCallContext* context, const aMatrix* packed, int 
   const std::int64_t length = std::int64_t{n} * (n + 1) / 2;
   if (packed->cols != 1 || packed->rows != length) return "invalid dimensions";
   Doubles u = new_zero_part(length, 1);
-  if (!u) return "out of memory";
+  if (!u) return kOutOfMemory;
   if (packed->re != nullptr) std::copy_n(packed->re, length, u.get());
 
   const auto column = [&](Index j) { return u.get() + j * (j + 1) / 2; };
@@ -115,12 +116,12 @@ const char* cholesky_packed(EfiCallContext* context, const aMatrix* packed, int 
     }
   }
   *factor = new_matrix(context, static_cast<int>(length), 1, std::move(u));
-  return *factor == nullptr ? "out of memory" : nullptr;
+  return *factor == nullptr ? kOutOfMemory : nullptr;
 }
 
 Anyval* cholesky(EfiCallContext* context, Anyval* m) {
   return contained(context, [=] {
-    if (!is_matrix(m)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(m)) return argument_error(context, 1, kMustBeArray);
     return cholesky_worker(context, as_matrix(m));
   });
 }

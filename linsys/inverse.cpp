@@ -11,6 +11,7 @@
 #include "linsys/lu/complex_matrix.hpp"
 #include "linsys/lu/ludecomp.hpp"
 #include "linsys/lu/triangular.hpp"
+#include "pack/checks.hpp"
 #include "pack/elements.hpp"
 #include "pack/exports.hpp"
 #include "pack/frame/fault_message.hpp"
@@ -18,6 +19,7 @@
 #include "pack/frame/fp_scope.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {
@@ -64,24 +66,18 @@ void exchange_columns(Index n, const double* pivots, double origin, double* y) {
   }
 }
 
-const char* check_square(const aMatrix* m) {
-  if (m->rows < 1 || m->cols < 1) return "invalid dimension";
-  if (m->rows != m->cols) return "must be square";
-  return nullptr;
-}
-
 }  // namespace
 
 const char* inv_core(EfiCallContext* context, aMatrix* m, aMatrix** inverse, bool relative_test) {
-  if (m->re == nullptr) return "Unknown error";
+  if (m->re == nullptr) return kUnknownError;
   if (const char* message = check_square(m)) return message;
   const int n = m->rows;
   Doubles re = new_part(n, n);
   const Doubles pivots = new_zeros(n);
-  if (!re || !pivots) return "out of memory";
+  if (!re || !pivots) return kOutOfMemory;
   double* const y = re.get();
   *inverse = new_matrix(context, n, n, std::move(re));
-  if (*inverse == nullptr) return "out of memory";
+  if (*inverse == nullptr) return kOutOfMemory;
 
   aMatrix* lu = nullptr;
   if (const char* message = matrix_copy(context, m, &lu)) return message;
@@ -98,10 +94,10 @@ const char* cinv_core(EfiCallContext* context, aMatrix* m, aMatrix** inverse, bo
   Doubles re = new_part(n, n);
   Doubles im = new_part(n, n);
   const Doubles pivots = new_zeros(n);
-  if (!re || !im || !pivots) return "out of memory";
+  if (!re || !im || !pivots) return kOutOfMemory;
   const Split y = {re.get(), im.get()};
   *inverse = new_matrix(context, n, n, std::move(re), std::move(im));
-  if (*inverse == nullptr) return "out of memory";
+  if (*inverse == nullptr) return kOutOfMemory;
 
   aMatrix* lu = nullptr;
   if (const char* message = matrix_copy(context, m, &lu)) return message;
@@ -117,8 +113,8 @@ namespace {
 
 Anyval* inv_worker(EfiCallContext* context, aMatrix* m) {
   // The flag is asked itself, not contains_ptrs: documented.
-  if (m->flags & kHoldsNested) return call_error(context, "may not be nested");
-  if (m->rows != m->cols) return call_error(context, "must be square");
+  if (m->flags & kHoldsNested) return call_error(context, kMayNotBeNested);
+  if (m->rows != m->cols) return call_error(context, kMustBeSquare);
   aMatrix* inverse = nullptr;
   const char* const message =
       is_complex(m) ? cinv_core(context, m, &inverse, true) : inv_core(context, m, &inverse, true);
@@ -134,7 +130,7 @@ Anyval* inv_handler(EfiCallContext* context, Anyval* value) {
     case kReferenceKind:
       return mkError(context, "illegal context", 1);
     default:
-      return mkError(context, "must be array", 1);
+      return mkError(context, kMustBeArray, 1);
   }
 }
 
@@ -160,6 +156,6 @@ const char* cinv(EfiCallContext* context, aMatrix* matrix, aMatrix** inverse, bo
   } catch (const SE_FPE_Exception& fault) {
     return fault_message(fault.code);
   } catch (...) {
-    return "Unknown error";
+    return kUnknownError;
   }
 }

@@ -8,6 +8,8 @@
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
 #include "pack/numeric/rising_rotations.hpp"
 #include "pack/numeric/transpose_kernels.hpp"
 #include "pack/numeric/vector_kernels.hpp"
@@ -16,9 +18,6 @@
 namespace matrix_pack {
 
 namespace {
-
-constexpr double kEps = 2.220446049250313e-16;  // 2^-52
-constexpr const char* kOutOfMemory = "out of memory";
 
 // Columns of R that are kept up to date at once; the columns beyond follow in one go.
 constexpr int kBlock = 32;
@@ -153,9 +152,9 @@ const char* qr_core(EfiCallContext* context, aMatrix* a, aMatrix** q, aMatrix** 
 
 Anyval* qr(EfiCallContext* context, Anyval* v) {
   return contained(context, [=]() -> Anyval* {
-    if (!is_matrix(v)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(v)) return argument_error(context, 1, kMustBeArray);
     aMatrix* const a = as_matrix(v);
-    if (is_complex(a)) return argument_error(context, 1, "must be real");
+    if (is_complex(a)) return argument_error(context, 1, kMustBeReal);
     aMatrix* q = nullptr;
     aMatrix* r = nullptr;
     if (const char* message = qr_core(context, a, &q, &r)) return call_error(context, message);

@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "linsys/qr.hpp"
+#include "pack/numeric/epsilon.hpp"
 #include "pack/numeric/vector_plain.hpp"
 
 namespace matrix_pack::plain {
@@ -28,8 +29,7 @@ inline void qr(int m, int n, double* r, double* qt) {
     double* const column = r + static_cast<std::ptrdiff_t>(c) * m;
     const double norm = std::sqrt(sum_squares(m, column));
     if (norm == 0.0) continue;
-    const double tol =
-        ((c + 1) * norm * 2.220446049250313e-16) / std::sqrt(static_cast<double>(m - p));
+    const double tol = ((c + 1) * norm * kEps) / std::sqrt(static_cast<double>(m - p));
     const auto negligible = [tol](double x) { return -tol < x && x < tol; };
     bool taken = !negligible(column[p]);
     for (int k = m - 1; k > p; --k) {

@@ -9,6 +9,8 @@
 #include "pack/frame/evaluator_frame.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 #include "pack/results.hpp"
 
@@ -16,7 +18,6 @@ namespace matrix_pack {
 
 namespace {
 
-constexpr double kEps = 2.220446049250313e-16;  // 2^-52
 // However large the matrix, a pivot of this magnitude counts.
 constexpr double kLargestTolerance = 1e-10;
 
@@ -87,9 +88,9 @@ double tolerance(const aMatrix* a) {
 
 Anyval* rref_worker(EfiCallContext* context, aMatrix* a) {
   const ArgumentFrame frame(context, a);
-  if (a->re == nullptr && is_complex(a)) return argument_error(context, 1, "must be real");
+  if (a->re == nullptr && is_complex(a)) return argument_error(context, 1, kMustBeReal);
   if (a->re == nullptr) return a;
-  if ((a->flags & kHoldsNested) != 0) return argument_error(context, 1, "may not be nested");
+  if ((a->flags & kHoldsNested) != 0) return argument_error(context, 1, kMayNotBeNested);
   // An imaginary array beside a real one is not looked at: kept, hosts rely on it.
   Doubles re = new_part(a->rows, a->cols);
   if (!re) return sError_OutOfMemory;
@@ -103,7 +104,7 @@ Anyval* rref_worker(EfiCallContext* context, aMatrix* a) {
 
 Anyval* rref(EfiCallContext* context, Anyval* a) {
   return contained(context, [=] {
-    if (!is_matrix(a)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(a)) return argument_error(context, 1, kMustBeArray);
     return rref_worker(context, as_matrix(a));
   });
 }

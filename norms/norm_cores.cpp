@@ -7,6 +7,7 @@
 #include "norms/norm_kernels.hpp"
 #include "pack/elements.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "svd/svds_core.hpp"
 
 namespace matrix_pack {
@@ -72,7 +73,7 @@ double root_of_squares(Index n, const PartArrays& a) {
 
 template <class Norm>
 const char* square_norm(const aMatrix* a, const PartArrays& parts, Norm norm_of, double* norm) {
-  if (a->rows != a->cols) return "must be square";
+  if (a->rows != a->cols) return kMustBeSquare;
   *norm = norm_of(a->rows, parts);
   return nullptr;
 }
@@ -116,7 +117,7 @@ const char* norm2_complex(const aMatrix* a, double* norm) {
   const Doubles im = new_part(n, n);
   const Doubles work = new_doubles(kGramWork * n);
   const Doubles zeros = a->re == nullptr ? new_zero_part(n, n) : nullptr;
-  if (!eigenvalues || !re || !im || !work || (a->re == nullptr && !zeros)) return "out of memory";
+  if (!eigenvalues || !re || !im || !work || (a->re == nullptr && !zeros)) return kOutOfMemory;
   const PartArrays parts = {a->re == nullptr ? zeros.get() : a->re, a->im, a->leading_dimension};
 
   // The lower triangle, which is the one that is read, becomes a plain copy of the upper one: the

@@ -4,6 +4,7 @@
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
 
@@ -40,7 +41,7 @@ Anyval* reverse_worker(EfiCallContext* context, aMatrix* a) {
 
 Anyval* reverse(EfiCallContext* context, Anyval* a) {
   return contained(context, [=] {
-    if (!is_matrix(a)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(a)) return argument_error(context, 1, kMustBeArray);
     return reverse_worker(context, as_matrix(a));
   });
 }

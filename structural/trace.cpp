@@ -1,6 +1,7 @@
 // tr: the sum of a diagonal.
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
 
@@ -19,9 +20,9 @@ double trace_part(const aMatrix* a, const double* part) {
 
 Anyval* tr(EfiCallContext* context, Anyval* v) {
   return guarded(context, [=] {
-    if (!is_matrix(v)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(v)) return argument_error(context, 1, kMustBeArray);
     const aMatrix* a = as_matrix(v);
-    if (a->rows != a->cols) return argument_error(context, 1, "must be square");
+    if (a->rows != a->cols) return argument_error(context, 1, kMustBeSquare);
     return scalar_result(context, trace_part(a, a->re), trace_part(a, a->im));
   });
 }

@@ -3,6 +3,7 @@
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/numeric/transpose_kernels.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
@@ -30,7 +31,7 @@ Anyval* transpose_matrix(EfiCallContext* context, const aMatrix* a) {
 
 Anyval* transpose(EfiCallContext* context, Anyval* a) {
   return contained(context, [=] {
-    if (!is_matrix(a)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(a)) return argument_error(context, 1, kMustBeArray);
     return transpose_matrix(context, as_matrix(a));
   });
 }

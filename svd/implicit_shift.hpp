@@ -13,6 +13,9 @@
 #include <cstddef>
 #include <limits>
 
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
+
 namespace matrix_pack {
 
 // Sweeps that one singular value may take.
@@ -57,7 +60,7 @@ struct ImplicitShift {
       if (block.cancels)
         if (const char* message = cancel(block.l, k)) return message;
       if (block.l == k) break;
-      if (sweeps == kMaxSweeps) return "too many iterations";
+      if (sweeps == kMaxSweeps) return kTooManyIterations;
       if (const char* message = sweep(block.l, k)) return message;
     }
     if (w[k] < 0.0) {
@@ -76,7 +79,7 @@ struct ImplicitShift {
       rv1[i] = c * rv1[i];
       if (std::fabs(f) <= tol) break;
       const double g = w[i];
-      if (overflows(f * f, g * g)) return "overflow";
+      if (overflows(f * f, g * g)) return kOverflow;
       const double h = std::sqrt(f * f + g * g);
       w[i] = h;
       c = g / h;
@@ -109,7 +112,7 @@ struct ImplicitShift {
       double h = s * rv1[j + 1];
       double g = c * rv1[j + 1];
       if constexpr (Rotations::kGuardsFirstRoot)
-        if (overflows(f * f, h * h)) return "overflow";
+        if (overflows(f * f, h * h)) return kOverflow;
       double z = std::sqrt(f * f + h * h);
       rv1[j] = z;
       c = f / z;
@@ -119,7 +122,7 @@ struct ImplicitShift {
       h = w[j + 1] * s;
       const double y = w[j + 1] * c;
       rotations.right(c, s);
-      if (overflows(f * f, h * h)) return "overflow";
+      if (overflows(f * f, h * h)) return kOverflow;
       z = std::sqrt(f * f + h * h);
       w[j] = z;
       if (z != 0.0) {
@@ -151,7 +154,6 @@ const char* diagonalise(std::ptrdiff_t n, double* w, double* rv1, double tol,
 // What counts as zero in a bidiagonal form: the machine epsilon times its largest |w[i]| +
 // |rv1[i]|.
 inline double negligible(double anorm) {
-  constexpr double kEps = 0x1p-52;
   return anorm * kEps;
 }
 

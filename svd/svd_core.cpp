@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "svd/accumulate.hpp"
 #include "svd/bidiagonal.hpp"
 #include "svd/implicit_shift.hpp"
@@ -41,13 +42,12 @@ void permute_columns(Index n, const Factor& u, const Factor& v, Index* order, do
 const char* svd_core(aMatrix* u, aMatrix* v, aMatrix* s) {
   const Index m = u->rows;
   const Index n = u->cols;
-  if (m < n) return "number of rows less than number of columns";
-  // A matrix without a real array is zero; its U is not.
-  if (u->re == nullptr) u->re = new_zero_part(m, n).release();
+  if (m < n) return kFewerRowsThanColumns;
   const Index shared = std::max(RecordedRotations::work_size(n), bidiagonalise_work(m, n));
   const Doubles work = new_doubles(n + n * n + shared);
-  const std::unique_ptr<Index[]> order(new (std::nothrow) Index[static_cast<std::size_t>(n)]);
-  if (u->re == nullptr || !work || !order) return "out of memory";
+  const Array<Index> order = new_array<Index>(n);
+  // A matrix without a real array is zero; its U is not.
+  if (!provide_part(u, &aMatrix::re) || !work || !order) return kOutOfMemory;
   double* const rv1 = work.get();
   double* const rows = rv1 + n;
   double* const scratch = rows + n * n;

@@ -1,6 +1,7 @@
 #include "svd/svds_core.hpp"
 
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "svd/bidiagonal.hpp"
 #include "svd/implicit_shift.hpp"
 
@@ -23,13 +24,13 @@ struct NoRotations {
 const char* svds_core(aMatrix* m) {
   const std::ptrdiff_t n = m->cols;
   const std::ptrdiff_t ld = m->leading_dimension;
-  if (m->rows < n) return "number of rows less than number of columns";
+  if (m->rows < n) return kFewerRowsThanColumns;
   if (m->re == nullptr) return nullptr;
   const Doubles rv1 = new_doubles(n);
   const Doubles w = new_doubles(n);
   const Doubles row = new_doubles(n);
   const Doubles work = new_doubles(bidiagonalise_work(m->rows, n));
-  if (!rv1 || !w || !row || !work) return "out of memory";
+  if (!rv1 || !w || !row || !work) return kOutOfMemory;
 
   const Bidiagonal b = {m->rows, n, m->re, ld, w.get(), rv1.get()};
   const double anorm = bidiagonalise(b, {row.get(), 0}, work.get());

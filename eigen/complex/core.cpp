@@ -2,8 +2,6 @@
 // back-substitute, transform back, scale.
 #include <algorithm>
 #include <limits>
-#include <memory>
-#include <new>
 
 #include "eigen/complex/qr_iteration.hpp"
 #include "eigen/complex/triangular_vectors.hpp"
@@ -14,6 +12,8 @@
 #include "eigen/shared/balance_kernels.hpp"
 #include "eigen/shared/scale_columns.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
 
 namespace matrix_pack {
 
@@ -33,11 +33,8 @@ struct Work {
 
 // The checks of a complex core. A part array that the copy lacks is made, of zeros.
 const char* check_complex(aMatrix* a) {
-  if (const char* message = check_square(a)) return message;
-  for (double** part : {&a->re, &a->im})
-    if (*part == nullptr && (*part = new_zero_part(a->rows, a->cols).release()) == nullptr)
-      return kOutOfMemory;
-  return nullptr;
+  if (const char* message = check_copy(a)) return message;
+  return provide_parts(a) ? nullptr : kOutOfMemory;
 }
 
 Parts parts_of(const aMatrix* a) {
@@ -81,8 +78,7 @@ const char* complex_eigenvectors(EfiCallContext* context, aMatrix* matrix, aMatr
   Work work(n);
   Doubles re = new_zero_part(n, n);
   Doubles im = new_zero_part(n, n);
-  const std::unique_ptr<std::ptrdiff_t[]> last(new (std::nothrow)
-                                                   std::ptrdiff_t[static_cast<std::size_t>(n)]);
+  const Array<std::ptrdiff_t> last = new_array<std::ptrdiff_t>(n);
   if (!work.complete() || !re || !im || !last) return kOutOfMemory;
   const Parts v = {re.get(), im.get(), n, n};
   for (int j = 0; j < n; ++j) v.re[j * v.ld + j] = 1.0;

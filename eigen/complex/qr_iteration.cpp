@@ -6,6 +6,8 @@
 #include "eigen/complex/qr_sweep.hpp"
 #include "eigen/cores.hpp"
 #include "eigen/shared/complex_roots.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
 
 namespace matrix_pack {
 

@@ -1,7 +1,6 @@
 #include "eigen/complex/qr_sweep.hpp"
 
 #include <algorithm>
-#include <new>
 
 #include "eigen/shared/complex_roots.hpp"
 
@@ -23,7 +22,7 @@ ComplexArray array(const Parts& a) {
 
 bool ComplexSweepWork::allocate(std::ptrdiff_t rotations) {
   capacity_ = rotations;
-  rotations_.reset(new (std::nothrow) ComplexRotation[static_cast<std::size_t>(rotations)]);
+  rotations_ = new_array<ComplexRotation>(rotations);
   return rotations_ != nullptr;
 }
 

@@ -7,10 +7,10 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 
 #include "eigen/complex/qr_kernels.hpp"
 #include "eigen/shared/balance.hpp"
+#include "pack/memory.hpp"
 
 namespace matrix_pack {
 
@@ -40,7 +40,7 @@ class ComplexSweepWork {
   Parts z_ = {};
   int z_begin_ = 0;  // The rows of Z that take part.
   int z_end_ = 0;
-  std::unique_ptr<ComplexRotation[]> rotations_;
+  Array<ComplexRotation> rotations_;
   std::ptrdiff_t capacity_ = 0;
   std::ptrdiff_t used_ = 0;
   int count_ = 0;

@@ -9,6 +9,7 @@
 #include "eigen/shared/balance_kernels.hpp"
 #include "eigen/shared/complex_roots.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 
 namespace matrix_pack {
@@ -107,7 +108,7 @@ const char* reduce_unitary(const Parts& a, const Balance& b) {
 
 const char* reduce_unitary_with_vectors(const Parts& a, const Balance& b, const Parts& z) {
   const Doubles work = new_doubles(std::int64_t{8} * a.n);
-  const std::unique_ptr<Kept[]> kept(new (std::nothrow) Kept[static_cast<std::size_t>(a.n)]);
+  const Array<Kept> kept = new_array<Kept>(a.n);
   if (!work || !kept) return kOutOfMemory;
   reduce(a, b, work.get(), kept.get());
   const std::ptrdiff_t first = b.low + 1;

@@ -1,8 +1,5 @@
 // Eigenvalues and eigenvectors of a general real matrix: balance, reduce, iterate, and for the
 // vectors back-substitute, transform back, scale.
-#include <memory>
-#include <new>
-
 #include "eigen/cores.hpp"
 #include "eigen/general/elimination.hpp"
 #include "eigen/general/qr_iteration.hpp"
@@ -11,6 +8,8 @@
 #include "eigen/shared/balance.hpp"
 #include "eigen/shared/scale_columns.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
 
 namespace matrix_pack {
 
@@ -28,7 +27,7 @@ struct Work {
   Doubles wi;
   Doubles scale;
   Doubles pivots;
-  std::unique_ptr<std::ptrdiff_t[]> rows;
+  Array<std::ptrdiff_t> rows;
 };
 
 Parts parts_of(const aMatrix* a) {
@@ -39,7 +38,7 @@ Parts parts_of(const aMatrix* a) {
 const char* reduce(const Parts& a, Work& work, Balance& b) {
   b = balance(a, kLastRowIsolated, work.scale.get());
   work.pivots = new_doubles(b.igh > 0 ? b.igh : 0);
-  work.rows.reset(new (std::nothrow) std::ptrdiff_t[static_cast<std::size_t>(a.n) + 1]);
+  work.rows = new_array<std::ptrdiff_t>(std::int64_t{a.n} + 1);
   if (!work.pivots || !work.rows) return kOutOfMemory;
   eliminate_to_hessenberg(a, b, {work.pivots.get(), work.rows.get()});
   return nullptr;
@@ -72,7 +71,7 @@ void unpack_pairs(const double* wi, const Parts& v) {
 }  // namespace
 
 const char* general_eigenvalues(EfiCallContext* context, aMatrix* matrix, aMatrix** values) {
-  if (const char* message = check_square(matrix)) return message;
+  if (const char* message = check_copy(matrix)) return message;
   const Parts a = parts_of(matrix);
   Work work(a.n);
   if (!work.complete()) return kOutOfMemory;
@@ -85,7 +84,7 @@ const char* general_eigenvalues(EfiCallContext* context, aMatrix* matrix, aMatri
 
 const char* general_eigenvectors(EfiCallContext* context, aMatrix* matrix, aMatrix** values,
                                  aMatrix** vectors) {
-  if (const char* message = check_square(matrix)) return message;
+  if (const char* message = check_copy(matrix)) return message;
   const Parts a = parts_of(matrix);
   const int n = a.n;
   Work work(n);

@@ -5,6 +5,8 @@
 
 #include "eigen/cores.hpp"
 #include "eigen/general/qr_sweep.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 
 namespace matrix_pack {

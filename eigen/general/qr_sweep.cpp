@@ -1,7 +1,6 @@
 #include "eigen/general/qr_sweep.hpp"
 
 #include <algorithm>
-#include <new>
 
 #include "pack/numeric/vector_kernels.hpp"
 
@@ -23,7 +22,7 @@ constexpr std::ptrdiff_t kFullSweeps = 16;
 
 bool SweepWork::allocate(std::ptrdiff_t reflectors) {
   capacity_ = reflectors;
-  reflectors_.reset(new (std::nothrow) Reflector[static_cast<std::size_t>(reflectors)]);
+  reflectors_ = new_array<Reflector>(reflectors);
   return reflectors_ != nullptr;
 }
 

@@ -8,10 +8,10 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 
 #include "eigen/general/qr_kernels.hpp"
 #include "eigen/shared/balance.hpp"
+#include "pack/memory.hpp"
 
 namespace matrix_pack {
 
@@ -48,7 +48,7 @@ class SweepWork {
   double* z_ = nullptr;  // n x n
   int z_begin_ = 0;      // The rows of Z that take part.
   int z_end_ = 0;
-  std::unique_ptr<Reflector[]> reflectors_;
+  Array<Reflector> reflectors_;
   std::ptrdiff_t capacity_ = 0;
   std::ptrdiff_t used_ = 0;
   int count_ = 0;

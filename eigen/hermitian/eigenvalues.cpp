@@ -3,13 +3,14 @@
 #include <cmath>
 
 #include "eigen/hermitian/tridiagonal.hpp"
+#include "pack/checks.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
 
 namespace matrix_pack {
 
 namespace {
-
-constexpr double kEps = 0x1p-52;
 
 // Iterations that one eigenvalue may take.
 constexpr int kMaxIterations = 30;
@@ -107,14 +108,13 @@ bool rational_ql(std::ptrdiff_t n, double* d, double* e2) {
 }  // namespace
 
 const char* hermitian_eigenvalues(aMatrix* a, double* d) {
+  if (const char* message = check_square(a)) return message;
   const std::ptrdiff_t n = a->rows;
-  if (n < 1) return "invalid dimension";
-  if (a->rows != a->cols) return "must be square";
   const Doubles e2 = new_doubles(n);
   const Doubles work = new_doubles(tridiagonal_work(n));
-  if (!e2 || !work) return "out of memory";
+  if (!e2 || !work) return kOutOfMemory;
   reduce_hermitian(n, {a->re, a->im, a->leading_dimension}, d, e2.get(), work.get());
-  return rational_ql(n, d, e2.get()) ? nullptr : "too many iterations";
+  return rational_ql(n, d, e2.get()) ? nullptr : kTooManyIterations;
 }
 
 }  // namespace matrix_pack

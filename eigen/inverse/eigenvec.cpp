@@ -7,6 +7,7 @@
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {
@@ -40,8 +41,8 @@ Doubles part_copy(const aMatrix* m, const double* part) {
 }
 
 Anyval* eigenvec_worker(EfiCallContext* context, const aMatrix* m, const aComplex* z) {
-  if (m->rows != m->cols) return argument_error(context, 1, "must be square");
-  if (has_offdiag_beyond(m, kLargestOffDiagonal)) return call_error(context, "overflow");
+  if (m->rows != m->cols) return argument_error(context, 1, kMustBeSquare);
+  if (has_offdiag_beyond(m, kLargestOffDiagonal)) return call_error(context, kOverflow);
   const int n = m->rows;
   const Doubles a_re = part_copy(m, m->re);
   const Doubles a_im = part_copy(m, m->im);
@@ -53,7 +54,7 @@ Anyval* eigenvec_worker(EfiCallContext* context, const aMatrix* m, const aComple
     case Status::done:
       return matrix_result(new_matrix(context, n, 1, std::move(re), std::move(im)));
     case Status::singular:
-      return call_error(context, "singularity");
+      return call_error(context, kSingularity);
     case Status::not_converging:
       return call_error(context, "not converging");
     default:
@@ -65,8 +66,8 @@ Anyval* eigenvec_worker(EfiCallContext* context, const aMatrix* m, const aComple
 
 Anyval* eigenvec(EfiCallContext* context, Anyval* m, Anyval* z) {
   return contained(context, [=] {
-    if (!is_matrix(m)) return argument_error(context, 1, "must be array");
-    if (!is_scalar(z)) return argument_error(context, 2, "non-scalar value");
+    if (!is_matrix(m)) return argument_error(context, 1, kMustBeArray);
+    if (!is_scalar(z)) return argument_error(context, 2, kNonScalar);
     return eigenvec_worker(context, as_matrix(m), as_scalar(z));
   });
 }

@@ -4,8 +4,6 @@
 #include <atomic>
 #include <cmath>
 #include <cstdint>
-#include <memory>
-#include <new>
 
 #include "pack/memory.hpp"
 #include "pack/numeric/complex_vector_kernels.hpp"
@@ -111,7 +109,7 @@ Status refine(const Parts& a, const int* pivots, const Vector& x, const Vector& 
 Status inverse_iteration(const Parts& a, double z_re, double z_im, double* re, double* im) {
   const int n = a.n;
   const Doubles work = new_doubles(std::int64_t{2} * n);
-  const std::unique_ptr<int[]> pivots(new (std::nothrow) int[static_cast<std::size_t>(n)]);
+  const Array<int> pivots = new_array<int>(n);
   if (!work || !pivots) return Status::no_memory;
   for (int i = 0; i < n; ++i) {
     const std::ptrdiff_t k = i * a.ld + i;

@@ -5,24 +5,18 @@
 
 #include "eigen/qz/finite_eigenvalues.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
 
 namespace matrix_pack {
 
 namespace {
 
-constexpr const char* kOutOfMemory = "out of memory";
-
 const char* check_shapes(const aMatrix* a, const aMatrix* b) {
-  if (a->rows < 1 || a->cols < 1 || b->rows < 1 || b->cols < 1) return "invalid dimension";
-  if (a->rows != a->cols || b->rows != b->cols) return "must be square";
-  if (a->rows != b->rows) return "array size mismatch";
+  if (a->rows < 1 || a->cols < 1 || b->rows < 1 || b->cols < 1) return kInvalidDimension;
+  if (a->rows != a->cols || b->rows != b->cols) return kMustBeSquare;
+  if (a->rows != b->rows) return kSizeMismatch;
   return nullptr;
-}
-
-// Gives a working copy without a real array one of zeros; false when there is no memory.
-bool provide_real_part(aMatrix* m) {
-  if (m->re == nullptr) m->re = new_zero_part(m->rows, m->cols).release();
-  return m->re != nullptr;
 }
 
 // What the stages work on, and what they find.
@@ -36,7 +30,7 @@ struct QzStorage {
 
 bool allocate(QzStorage& s, aMatrix* a, aMatrix* b, bool with_z) {
   const std::int64_t n = a->rows;
-  if (!provide_real_part(a) || !provide_real_part(b)) return false;
+  if (!provide_part(a, &aMatrix::re) || !provide_part(b, &aMatrix::re)) return false;
   if (with_z && !(s.z = new_zero_part(n, n))) return false;
   s.values = new_doubles(3 * n);
   s.work = new_doubles(kQzWork * n);
@@ -58,7 +52,7 @@ const char* run_stages(const QzStorage& s) {
 
 // What is small enough to be rounding error counts as zero.
 void clear_small(const QzStorage& s) {
-  const double tolerance = std::sqrt(static_cast<double>(s.n())) * kQzEps;
+  const double tolerance = std::sqrt(static_cast<double>(s.n())) * kEps;
   double* const values = s.values.get();
   for (std::ptrdiff_t i = 0; i < 3 * s.n(); ++i)
     if (std::fabs(values[i]) <= tolerance) values[i] = 0.0;

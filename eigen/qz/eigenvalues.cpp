@@ -4,6 +4,7 @@
 #include "eigen/qz/reflector.hpp"
 #include "eigen/qz/stages.hpp"
 #include "pack/numeric/complex_arithmetic.hpp"
+#include "pack/numeric/epsilon.hpp"
 
 namespace matrix_pack {
 
@@ -11,7 +12,7 @@ namespace {
 
 // Times sqrt(n), the bound below which a discriminant counts as rounding error and its block as one
 // with a double real eigenvalue. A hundred times what counts as zero in alpha and beta.
-constexpr double kTinyDiscriminant = 2.220446049250313e-14;
+constexpr double kTinyDiscriminant = 100.0 * kEps;
 
 // A block of order 2 on rows and columns k and k + 1: of A, and of the triangular B, each scaled by
 // the sum of its magnitudes (an and bn).

@@ -8,6 +8,7 @@
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {
@@ -27,13 +28,13 @@ bool is_legal(const aComplex* tolerance) {
 
 // The checks in order; null when all pass.
 Anyval* check(EfiCallContext* context, aMatrix* m, aMatrix* n, const aComplex* tolerance) {
-  if (is_complex(m)) return argument_error(context, 1, "must be real");
-  if (is_complex(n)) return argument_error(context, 2, "must be real");
-  if (m->rows != m->cols) return argument_error(context, 1, "must be square");
-  if (n->rows != n->cols) return argument_error(context, 2, "must be square");
+  if (is_complex(m)) return argument_error(context, 1, kMustBeReal);
+  if (is_complex(n)) return argument_error(context, 2, kMustBeReal);
+  if (m->rows != m->cols) return argument_error(context, 1, kMustBeSquare);
+  if (n->rows != n->cols) return argument_error(context, 2, kMustBeSquare);
   if (m->rows != n->rows) return call_error(context, "incompatible dimensions");
-  if (contains_ptrs(m)) return argument_error(context, 1, "may not be nested");
-  if (contains_ptrs(n)) return argument_error(context, 2, "may not be nested");
+  if (contains_ptrs(m)) return argument_error(context, 1, kMayNotBeNested);
+  if (contains_ptrs(n)) return argument_error(context, 2, kMayNotBeNested);
   if (!is_legal(tolerance)) return call_error(context, "illegal TOL");
   return nullptr;
 }
@@ -48,7 +49,7 @@ Anyval* one_by_one(EfiCallContext* context, double x) {
 // Order 1. Where a is 0 and b is not, there is an eigenvalue but no eigenvector: kept, hosts rely
 // on it.
 Anyval* solve_order_one(EfiCallContext* context, double a, double b, Wanted wanted) {
-  if (b == 0.0) return call_error(context, a == 0.0 ? "singularity" : kNoSolution);
+  if (b == 0.0) return call_error(context, a == 0.0 ? kSingularity : kNoSolution);
   if (wanted == Wanted::values) return one_by_one(context, a == 0.0 ? 0.0 : a / b);
   return a == 0.0 ? call_error(context, kNoSolution) : one_by_one(context, 1.0);
 }
@@ -118,8 +119,8 @@ Anyval* generalized_real(EfiCallContext* context, aMatrix* m, aMatrix* n, const 
 // The handler of both.
 Anyval* handle(EfiCallContext* context, Anyval* m, Anyval* n, Anyval* tolerance, Wanted wanted) {
   return guarded(context, [=] {
-    if (!is_matrix(m)) return argument_error(context, 1, "must be array");
-    if (!is_matrix(n)) return argument_error(context, 2, "must be array");
+    if (!is_matrix(m)) return argument_error(context, 1, kMustBeArray);
+    if (!is_matrix(n)) return argument_error(context, 2, kMustBeArray);
     if (!is_scalar(tolerance)) return call_error(context, "illegal TOL");
     return generalized_real(context, as_matrix(m), as_matrix(n), as_scalar(tolerance), wanted);
   });

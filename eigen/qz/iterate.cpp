@@ -4,6 +4,8 @@
 
 #include "eigen/qz/reflector.hpp"
 #include "eigen/qz/stages.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
 
 namespace matrix_pack {
 
@@ -47,8 +49,8 @@ void set_tolerances(Iteration& it) {
     anorm = std::max(anorm, row_sum(p.n - j, &p.A(i, j), p.n));
     bnorm = std::max(bnorm, row_sum(p.n - i, &p.B(i, i), p.n));
   }
-  it.epsa = (anorm == 0.0 ? 1.0 : anorm) * kQzEps;
-  it.epsb = (bnorm == 0.0 ? 1.0 : bnorm) * kQzEps;
+  it.epsa = (anorm == 0.0 ? 1.0 : anorm) * kEps;
+  it.epsb = (bnorm == 0.0 ? 1.0 : bnorm) * kEps;
 }
 
 // The first row of the block that ends in row en; what stands left of its diagonal becomes zero.
@@ -275,7 +277,7 @@ const char* deflate_block(Iteration& it) {
       deflate_infinite(it, it.top);
       continue;
     }
-    if (steps == kMaxSteps) return "too many iterations";
+    if (steps == kMaxSteps) return kTooManyIterations;
     if (++steps == kExceptionalStep)
       double_step(it, kExceptionalShift[0], kExceptionalShift[1], kExceptionalShift[2]);
     else

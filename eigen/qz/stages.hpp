@@ -8,8 +8,6 @@
 
 namespace matrix_pack {
 
-inline constexpr double kQzEps = 2.220446049250313e-16;  // 2^-52
-
 // A pair (A, B) on its way through the stages: n x n, column-major, leading dimension n. A and B
 // are overwritten. Z gathers the transformations from the right; null when only the eigenvalues are
 // wanted: the stages then leave out what no eigenvalue depends on.

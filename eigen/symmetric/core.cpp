@@ -3,20 +3,12 @@
 #include "eigen/symmetric/ql_iteration.hpp"
 #include "eigen/symmetric/tridiagonal.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 
 namespace matrix_pack {
 
-namespace {
-
-const char* check_symmetric(const aMatrix* a) {
-  if (a == nullptr || a->re == nullptr) return "Null matrix or vector pointer.";
-  return check_square(a);
-}
-
-}  // namespace
-
 const char* symmetric_eigenvalues(EfiCallContext* context, aMatrix* a, aMatrix** values) {
-  if (const char* message = check_symmetric(a)) return message;
+  if (const char* message = check_copy(a)) return message;
   const int n = a->rows;
   Doubles d = new_part(n, 1);
   Doubles e = new_doubles(n);
@@ -28,7 +20,7 @@ const char* symmetric_eigenvalues(EfiCallContext* context, aMatrix* a, aMatrix**
 }
 
 const char* symmetric_eigenvectors(aMatrix* a) {
-  if (const char* message = check_symmetric(a)) return message;
+  if (const char* message = check_copy(a)) return message;
   const int n = a->rows;
   double* const z = a->re;
   const std::ptrdiff_t ld = a->leading_dimension;

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "eigen/cores.hpp"
+#include "pack/messages.hpp"
 #include "pack/numeric/rising_rotations.hpp"
 
 namespace matrix_pack {

@@ -7,6 +7,7 @@
 #include "eigen/cores.hpp"
 #include "eigen/symmetric/tridiagonal_kernels.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 
 namespace matrix_pack {

@@ -6,12 +6,6 @@
 
 namespace matrix_pack {
 
-// Creates the absent part arrays, of zeros. False without memory.
-bool complete_parts(aMatrix* m);
-
-// Removes the array when all its elements are zero.
-void drop_zeros(const aMatrix* m, double** part);
-
 inline Split split(const aMatrix* m) {
   return {m->re, m->im};
 }

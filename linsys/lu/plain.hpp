@@ -5,7 +5,9 @@
 #include <cmath>
 #include <utility>
 
+#include "pack/messages.hpp"
 #include "pack/numeric/complex_arithmetic.hpp"
+#include "pack/numeric/epsilon.hpp"
 #include "pack/numeric/split.hpp"
 
 namespace matrix_pack::plain {
@@ -13,7 +15,7 @@ namespace matrix_pack::plain {
 // An n x n array of real or complex numbers, element by element.
 struct RealArray {
   using Number = double;
-  static constexpr double kEpsilon = 0x1p-52;
+  static constexpr double kEpsilon = kEps;
   static constexpr bool kLastOfEqualsWins = true;
   Index n;
   double* a;
@@ -23,7 +25,7 @@ struct RealArray {
 
 struct ComplexArray {
   using Number = Complex;
-  static constexpr double kEpsilon = 0x1p-104;
+  static constexpr double kEpsilon = kEps * kEps;
   static constexpr bool kLastOfEqualsWins = false;
   Index n;
   Split a;
@@ -67,7 +69,7 @@ const char* decompose(Array a, double* scale, double* pivots, bool relative_test
     double big = 0.0;
     for (Index j = 0; j < n; ++j)
       if (modulus(a.get(i, j)) > big) big = modulus(a.get(i, j));
-    if (big == 0.0) return "singular matrix";
+    if (big == 0.0) return kSingularMatrix;
     scale[i] = 1.0 / big;
   }
   double growth = 0.0;
@@ -90,13 +92,13 @@ const char* decompose(Array a, double* scale, double* pivots, bool relative_test
       scale[m] = scale[k];
     }
     pivots[k] = static_cast<double>(m);
-    if (!nonzero(a.get(k, k))) return "singular matrix";
+    if (!nonzero(a.get(k, k))) return kSingularMatrix;
     if (k > 0)
       for (Index j = k - 1; j < n; ++j)
         if (modulus(a.get(k - 1, j)) * scale[k - 1] > growth)
           growth = modulus(a.get(k - 1, j)) * scale[k - 1];
     for (Index d = 0; relative_test && d <= k; ++d)
-      if (modulus(a.get(d, d)) < growth * Array::kEpsilon) return "singular matrix";
+      if (modulus(a.get(d, d)) < growth * Array::kEpsilon) return kSingularMatrix;
     scale[k] = 1.0;
     for (Index i = k + 1; i < n; ++i) {
       const auto l = quotient(a.get(i, k), a.get(k, k));

@@ -1,6 +1,7 @@
 #include "pack/frame/fault_message.hpp"
 
 #include "pack/frame/faults.hpp"
+#include "pack/messages.hpp"
 
 namespace matrix_pack {
 
@@ -29,13 +30,13 @@ const char* fault_message(std::uint32_t code) {
     case 0xC000008Du:
       return "EXCEPTION_FLT_DENORMAL_OPERAND";
     case kFaultDivideByZero:
-      return "singularity";
+      return kSingularity;
     case 0xC000008Fu:
       return "EXCEPTION_FLT_INEXACT_RESULT";
     case kFaultInvalid:
       return "floating point error";
     case kFaultOverflow:
-      return "overflow";
+      return kOverflow;
     case 0xC0000092u:
       return "EXCEPTION_FLT_STACK_CHECK";
     case 0xC0000093u:
