@@ -36,7 +36,8 @@ struct Triangle {
 // above the diagonal comes along: it mirrors what stands below it.
 void take_off(const Triangle& t, Index k0, Index k1, Index j0, Index j1) {
   const double* const l = t.at(j0, k0);
-  subtract_product(t.n - j0, j1 - j0, k1 - k0, l, t.n, l, {t.n, 1}, t.at(j0, j0), t.n);
+  const ConstRealView l_transposed = {l, 1};
+  subtract_product(t.n - j0, j1 - j0, k1 - k0, {l, t.n}, l_transposed, t.n, {t.at(j0, j0), t.n});
 }
 
 // Factors the columns j0 to j1 - 1, up to date but for each other. False at a bad pivot.

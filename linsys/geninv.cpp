@@ -40,8 +40,8 @@ const char* geninv_core(EfiCallContext* context, aMatrix* m, double tol, aMatrix
     else
       vector_kernels().divide(n, -s->re[k], column);
   }
-  const Steps transposed = {m->leading_dimension, 1};
-  subtract_product(n, rows, n, v->re, n, m->re, transposed, x->re, n);
+  const ConstRealView u_transposed = {m->re, 1};
+  subtract_product(n, rows, n, {v->re, n}, u_transposed, m->leading_dimension, {x->re, n});
   return nullptr;
 }
 

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 
-#include "linsys/lu/complex_matrix.hpp"
 #include "linsys/lu/ludecomp.hpp"
 #include "linsys/lu/triangular.hpp"
 #include "pack/checks.hpp"
@@ -18,6 +17,7 @@
 #include "pack/frame/faults.hpp"
 #include "pack/frame/fp_scope.hpp"
 #include "pack/frame/guard.hpp"
+#include "pack/matrix_views.hpp"
 #include "pack/memory.hpp"
 #include "pack/messages.hpp"
 #include "pack/results.hpp"
@@ -29,32 +29,33 @@ namespace {
 // Columns that are solved for together: they stay in cache.
 constexpr Index kBlock = 64;
 
-void set_to_unit_columns(Index n, Index j0, Index j1, double* y) {
-  std::fill(y + j0 * n, y + j1 * n, 0.0);
-  for (Index j = j0; j < j1; ++j) y[j + j * n] = 1.0;
+void set_to_unit_columns(Index j0, Index j1, RealView y) {
+  std::fill(y.column(j0), y.column(j1), 0.0);
+  for (Index j = j0; j < j1; ++j) y(j, j) = 1.0;
 }
-void set_to_unit_columns(Index n, Index j0, Index j1, Split y) {
-  set_to_unit_columns(n, j0, j1, y.re);
-  std::fill(y.im + j0 * n, y.im + j1 * n, 0.0);
+void set_to_unit_columns(Index j0, Index j1, const ComplexView& y) {
+  set_to_unit_columns(j0, j1, RealView{y.re, y.ld});
+  std::fill(y.im + j0 * y.ld, y.im + j1 * y.ld, 0.0);
 }
 
-bool is_finite_below_diagonal(Index n, const double* a) {
-  return substitution_kernels().is_finite_below_diagonal(n, a, n);
+bool is_finite_below_diagonal(Index n, RealView a) {
+  return substitution_kernels().is_finite_below_diagonal(n, a);
 }
-bool is_finite_below_diagonal(Index n, Split a) {
-  return is_finite_below_diagonal(n, a.re) && is_finite_below_diagonal(n, a.im);
+bool is_finite_below_diagonal(Index n, const ComplexView& a) {
+  return is_finite_below_diagonal(n, RealView{a.re, a.ld}) &&
+         is_finite_below_diagonal(n, RealView{a.im, a.ld});
 }
 
 // y := (L U)^-1. Within a block the zeros at the top of a column are not skipped. Their products
 // leave the zeros below as they are, if L is finite; if it is not, there is one column to a block.
-template <class Array>
-void invert_factors(Index n, Array lu, Array y) {
+template <class View>
+void invert_factors(Index n, View lu, View y) {
   const Index block = is_finite_below_diagonal(n, lu) ? kBlock : 1;
   for (Index j0 = 0; j0 < n; j0 += block) {
     const Index j1 = std::min(n, j0 + block);
-    set_to_unit_columns(n, j0, j1, y);
-    solve_lower(n - j0, lu + (j0 + j0 * n), n, j1 - j0, y + (j0 + j0 * n), n);
-    solve_upper(n, lu, n, j1 - j0, y + j0 * n, n);
+    set_to_unit_columns(j0, j1, y);
+    solve_lower(n - j0, lu.from(j0, j0), j1 - j0, y.from(j0, j0));
+    solve_upper(n, lu, j1 - j0, y.from(0, j0));
   }
 }
 
@@ -83,7 +84,7 @@ const char* inv_core(EfiCallContext* context, aMatrix* m, aMatrix** inverse, boo
   if (const char* message = matrix_copy(context, m, &lu)) return message;
   double sign;
   if (const char* message = ludecomp(lu, pivots.get(), &sign, relative_test)) return message;
-  invert_factors(n, lu->re, y);
+  invert_factors(n, real_view(lu), RealView{y, n});
   exchange_columns(n, pivots.get(), 0.0, y);
   return nullptr;
 }
@@ -95,7 +96,7 @@ const char* cinv_core(EfiCallContext* context, aMatrix* m, aMatrix** inverse, bo
   Doubles im = new_part(n, n);
   const Doubles pivots = new_zeros(n);
   if (!re || !im || !pivots) return kOutOfMemory;
-  const Split y = {re.get(), im.get()};
+  const ComplexView y = {re.get(), im.get(), n};
   *inverse = new_matrix(context, n, n, std::move(re), std::move(im));
   if (*inverse == nullptr) return kOutOfMemory;
 
@@ -103,7 +104,7 @@ const char* cinv_core(EfiCallContext* context, aMatrix* m, aMatrix** inverse, bo
   if (const char* message = matrix_copy(context, m, &lu)) return message;
   double sign;
   if (const char* message = cludecomp(lu, pivots.get(), &sign, relative_test)) return message;
-  invert_factors(n, split(lu), y);
+  invert_factors(n, complex_view(lu), y);
   exchange_columns(n, pivots.get(), 1.0, y.re);
   exchange_columns(n, pivots.get(), 1.0, y.im);
   return nullptr;

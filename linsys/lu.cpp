@@ -4,12 +4,12 @@
 #include <utility>
 
 #include "linsys/linsys.hpp"
-#include "linsys/lu/complex_matrix.hpp"
 #include "linsys/lu/ludecomp.hpp"
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
 #include "pack/messages.hpp"
+#include "pack/numeric/views.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {

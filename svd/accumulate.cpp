@@ -9,8 +9,6 @@ namespace matrix_pack {
 
 namespace {
 
-using Index = std::ptrdiff_t;
-
 // Reflections that pass together over the columns: their vectors stay in the second cache.
 constexpr Index kReflections = 32;
 

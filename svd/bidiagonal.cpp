@@ -10,8 +10,6 @@ namespace matrix_pack {
 
 namespace {
 
-using Index = std::ptrdiff_t;
-
 // The reflection I + x x^T / h that takes a vector, divided by `scale`, to (g, 0, 0...). All zero
 // for a vector of zeros, which is left alone.
 struct Reflection {
@@ -74,7 +72,7 @@ Reflection row_step(const Bidiagonal& b, Index i, const double* f, const double*
 
 }  // namespace
 
-std::ptrdiff_t bidiagonalise_work(std::ptrdiff_t m, std::ptrdiff_t n) {
+Index bidiagonalise_work(Index m, Index n) {
   return n + m + row_sums_work(m);
 }
 

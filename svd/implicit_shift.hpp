@@ -10,11 +10,11 @@
 #pragma once
 
 #include <cmath>
-#include <cstddef>
 #include <limits>
 
 #include "pack/messages.hpp"
 #include "pack/numeric/epsilon.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -41,20 +41,20 @@ struct ImplicitShift {
 
   // The block l...k; whether rv1[l] has to be cancelled because w[l - 1] is zero.
   struct Block {
-    std::ptrdiff_t l;
+    Index l;
     bool cancels;
   };
 
   // rv1[0] is zero and tol is never a NaN: l = 0 ends the search at the latest.
-  Block find_block(std::ptrdiff_t k) const {
-    for (std::ptrdiff_t l = k;; --l) {
+  Block find_block(Index k) const {
+    for (Index l = k;; --l) {
       if (std::fabs(rv1[l]) <= tol) return {l, false};
       if (std::fabs(w[l - 1]) <= tol) return {l, true};
     }
   }
 
   // Turns w[k] into a singular value.
-  const char* find_value(std::ptrdiff_t k) {
+  const char* find_value(Index k) {
     for (int sweeps = 0;; ++sweeps) {
       const Block block = find_block(k);
       if (block.cancels)
@@ -71,10 +71,10 @@ struct ImplicitShift {
   }
 
   // Moves rv1[l] along its row until it is negligible, by rotations of rows l - 1 and l, l + 1...
-  const char* cancel(std::ptrdiff_t l, std::ptrdiff_t k) {
+  const char* cancel(Index l, Index k) {
     double c = 0.0;
     double s = 1.0;
-    for (std::ptrdiff_t i = l; i <= k; ++i) {
+    for (Index i = l; i <= k; ++i) {
       const double f = s * rv1[i];
       rv1[i] = c * rv1[i];
       if (std::fabs(f) <= tol) break;
@@ -90,7 +90,7 @@ struct ImplicitShift {
   }
 
   // ((w[l]^2 - shift) / w[l]), the shift an eigenvalue of the trailing 2 x 2 block of the square.
-  double shifted(std::ptrdiff_t l, std::ptrdiff_t k) const {
+  double shifted(Index l, Index k) const {
     const double x = w[l];
     const double y = w[k - 1];
     const double z = w[k];
@@ -102,13 +102,13 @@ struct ImplicitShift {
   }
 
   // Chases the bulge down the block, by rotations of columns (right) and of rows (left).
-  const char* sweep(std::ptrdiff_t l, std::ptrdiff_t k) {
+  const char* sweep(Index l, Index k) {
     double f = shifted(l, k);
     double x = w[l];
     double c = 1.0;
     double s = 1.0;
     rotations.begin_sweep(l, k - l);
-    for (std::ptrdiff_t j = l; j < k; ++j) {
+    for (Index j = l; j < k; ++j) {
       double h = s * rv1[j + 1];
       double g = c * rv1[j + 1];
       if constexpr (Rotations::kGuardsFirstRoot)
@@ -143,10 +143,9 @@ struct ImplicitShift {
 // Makes the bidiagonal form diagonal, its elements w nonnegative and in no particular order.
 // "overflow" or "too many iterations".
 template <class Rotations>
-const char* diagonalise(std::ptrdiff_t n, double* w, double* rv1, double tol,
-                        Rotations& rotations) {
+const char* diagonalise(Index n, double* w, double* rv1, double tol, Rotations& rotations) {
   ImplicitShift<Rotations> iteration{w, rv1, tol, rotations};
-  for (std::ptrdiff_t k = n - 1; k >= 0; --k)
+  for (Index k = n - 1; k >= 0; --k)
     if (const char* message = iteration.find_value(k)) return message;
   return nullptr;
 }
@@ -160,9 +159,9 @@ inline double negligible(double anorm) {
 // Sorts w into descending order by exchanges; swap(i, j) follows each. Kept: which of equal values
 // comes first is what this very order of comparisons makes it.
 template <class Swap>
-void sort_descending(std::ptrdiff_t n, double* w, Swap swap) {
-  for (std::ptrdiff_t i = 0; i < n; ++i)
-    for (std::ptrdiff_t j = i + 1; j < n; ++j)
+void sort_descending(Index n, double* w, Swap swap) {
+  for (Index i = 0; i < n; ++i)
+    for (Index j = i + 1; j < n; ++j)
       if (w[i] < w[j]) {
         const double larger = w[j];
         w[j] = w[i];

@@ -6,8 +6,8 @@
 
 namespace matrix_pack {
 
-RecordedRotations::RecordedRotations(std::ptrdiff_t n, const Factor& left_factor,
-                                     const Factor& right_factor, double* work)
+RecordedRotations::RecordedRotations(Index n, const Factor& left_factor, const Factor& right_factor,
+                                     double* work)
     : n(n),
       left_factor(left_factor),
       right_factor(right_factor),
@@ -20,7 +20,7 @@ RecordedRotations::RecordedRotations(std::ptrdiff_t n, const Factor& left_factor
   std::fill_n(signs, n, 1.0);
 }
 
-void RecordedRotations::begin_sweep(std::ptrdiff_t l, std::ptrdiff_t count) {
+void RecordedRotations::begin_sweep(Index l, Index count) {
   if (sweep_count == kSweeps) apply();
   right_sweeps[sweep_count] = {l, count, next_right};
   left_sweeps[sweep_count] = {l, count, next_left};
@@ -28,7 +28,7 @@ void RecordedRotations::begin_sweep(std::ptrdiff_t l, std::ptrdiff_t count) {
 }
 
 // Rare, and not between neighbours: applied at once.
-void RecordedRotations::cancel(std::ptrdiff_t p, std::ptrdiff_t i, double c, double s) {
+void RecordedRotations::cancel(Index p, Index i, double c, double s) {
   apply();
   vector_kernels().rotate(left_factor.rows, c, s, left_factor.a + p * left_factor.ld,
                           left_factor.a + i * left_factor.ld);
@@ -47,7 +47,7 @@ void RecordedRotations::apply() {
 
 void RecordedRotations::finish() {
   apply();
-  for (std::ptrdiff_t k = 0; k < n; ++k)
+  for (Index k = 0; k < n; ++k)
     if (signs[k] < 0.0)
       vector_kernels().scale(right_factor.rows, -1.0, right_factor.a + k * right_factor.ld);
 }

@@ -20,7 +20,7 @@ namespace {
 aMatrix* copy_real_part(EfiCallContext* context, const aMatrix* a) {
   Doubles re = new_part(a->rows, a->cols);
   if (!re) return nullptr;
-  const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(a->rows) * a->cols;
+  const std::ptrdiff_t count = std::ptrdiff_t{a->rows} * a->cols;
   if (a->re != nullptr)
     std::copy_n(a->re, count, re.get());
   else

@@ -15,8 +15,6 @@ namespace matrix_pack {
 
 namespace {
 
-using Index = std::ptrdiff_t;
-
 // Column i of a factor becomes the column order[i] that it was. `order` is used up; `column` is
 // room for one column of each factor. Column by column along each cycle of the permutation.
 void permute_columns(Index n, const Factor& u, const Factor& v, Index* order, double* column) {

@@ -6,18 +6,12 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-using Index = std::ptrdiff_t;
-
-Index smaller(Index a, Index b) {
-  return a < b ? a : b;
-}
-
 // --- Dot products and rank-one updates of several columns at once ---
 
 // dots[k] = the dot product of column k with x; elements(j, V{})(k) gives those of column k from
 // row j on.
 template <int kColumns, class Elements>
-MATRIX_LANES_INLINE void dots_with(Index rows, const double* x, double* dots, Elements elements) {
+MATRIX_INLINE void dots_with(Index rows, const double* x, double* dots, Elements elements) {
   Lanes sums[kColumns] = {};
   Index whole = 0;
   for (; whole + kLanes <= rows; whole += kLanes)
@@ -46,15 +40,14 @@ struct Factors {
 };
 
 template <int kColumns>
-MATRIX_LANES_INLINE Factors<kColumns> factors(const double* f, Index step = 1) {
+MATRIX_INLINE Factors<kColumns> factors(const double* f, Index step = 1) {
   Factors<kColumns> copies;
   for (int k = 0; k < kColumns; ++k) copies.of[k] = f[k * step];
   return copies;
 }
 
 template <int kColumns>
-MATRIX_LANES_INLINE void dots_of(Index rows, const double* a, Index ld, const double* x,
-                                 double* dots) {
+MATRIX_INLINE void dots_of(Index rows, const double* a, Index ld, const double* x, double* dots) {
   dots_with<kColumns>(
       rows, x, dots, [=]<class V>(Index j, V) __attribute__((always_inline)) {
         return [=](int k) __attribute__((always_inline)) {
@@ -71,8 +64,7 @@ void column_dots(Index rows, Index cols, const double* a, Index ld, const double
 
 // a(j,k) += u[j] * f[k]
 template <int kColumns>
-MATRIX_LANES_INLINE void add_outer_to(Index rows, double* a, Index ld, const double* u,
-                                      const double* f) {
+MATRIX_INLINE void add_outer_to(Index rows, double* a, Index ld, const double* u, const double* f) {
   const auto factor = factors<kColumns>(f);
   over_elements(
       0, rows, [=]<class V>(Index j, V) __attribute__((always_inline)) {
@@ -89,8 +81,8 @@ void add_outer(Index rows, Index cols, double* a, Index ld, const double* u, con
 }
 
 template <int kColumns>
-MATRIX_LANES_INLINE void reflect(Index lead, Index rows, double* a, Index ld, const double* x,
-                                 const double* v, double d, double g) {
+MATRIX_INLINE void reflect(Index lead, Index rows, double* a, Index ld, const double* x,
+                           const double* v, double d, double g) {
   double f[kColumns];
   dots_of<kColumns>(rows - lead, a + lead, ld, x, f);
   for (double& fk : f) fk = fk / d / g;
@@ -108,8 +100,8 @@ void reflect_columns(Index lead, Index rows, Index cols, double* a, Index ld, co
 
 // Columns 0, 8, 16... of a after the column step: their terms of one partial sum for each row.
 template <bool kColumnStep, int kColumns>
-MATRIX_LANES_INLINE void add_terms(Index rows, const double* a, Index ld, const double* f,
-                                   const double* u, const double* x, double* sums) {
+MATRIX_INLINE void add_terms(Index rows, const double* a, Index ld, const double* f,
+                             const double* u, const double* x, double* sums) {
   const Index stride = kLanes * ld;
   Factors<kColumns> fk = {};
   if constexpr (kColumnStep) fk = factors<kColumns>(f, kLanes);
@@ -175,8 +167,8 @@ void row_sums(Index rows, Index cols, const double* a, Index ld, const double* f
 
 // Both updates of a few columns, and their dot products with x, which replace f.
 template <int kColumns>
-MATRIX_LANES_INLINE void update_and_dot(Index rows, double* a, Index ld, double* f, const double* u,
-                                        const double* t, const double* y, const double* x) {
+MATRIX_INLINE void update_and_dot(Index rows, double* a, Index ld, double* f, const double* u,
+                                  const double* t, const double* y, const double* x) {
   const auto fk = factors<kColumns>(f);
   const auto yk = factors<kColumns>(y);
   dots_with<kColumns>(

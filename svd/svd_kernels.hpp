@@ -3,38 +3,36 @@
 // Sums have the order of pack/numeric/vector_kernels.hpp, also where several are formed at once.
 #pragma once
 
-#include <cstddef>
-
 #include "pack/numeric/kernel_sets.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
 // Rows that row_sums takes at a time: their partial sums stay in the second cache.
-inline constexpr std::ptrdiff_t kSumRows = 4096;
+inline constexpr Index kSumRows = 4096;
 // Doubles of work that it needs: eight partial sums for each of them.
-inline std::ptrdiff_t row_sums_work(std::ptrdiff_t rows) {
+inline Index row_sums_work(Index rows) {
   return 8 * (rows < kSumRows ? rows : kSumRows);
 }
 
 struct SvdKernels {
   // t[j] = sum over k of (a(j,k) + f[k] * u[j]) * x[k], of the rows x cols array a; without f the
   // sum over k of a(j,k) * x[k]. `work` has row_sums_work(rows) doubles.
-  void (*row_sums)(std::ptrdiff_t rows, std::ptrdiff_t cols, const double* a, std::ptrdiff_t ld,
-                   const double* f, const double* u, const double* x, double* work, double* t);
+  void (*row_sums)(Index rows, Index cols, const double* a, Index ld, const double* f,
+                   const double* u, const double* x, double* work, double* t);
 
   // A two-sided reflection of the rows x cols array a, and the dot products that begin the next:
   //   a(j,k) += f[k] * u[j]                          the column step; none when u is null
   //   a(j,k) += t[j] * y[k]                          the row step; none when t is null
   //   f[k] = sum over j of a(j,k) * x[j]             unless x is null
-  void (*reflect_both)(std::ptrdiff_t rows, std::ptrdiff_t cols, double* a, std::ptrdiff_t ld,
-                       double* f, const double* u, const double* t, const double* y,
-                       const double* x);
+  void (*reflect_both)(Index rows, Index cols, double* a, Index ld, double* f, const double* u,
+                       const double* t, const double* y, const double* x);
 
   // One reflection of each column of the rows x cols array a, whose first `lead` rows (0 or 1) do
   // not enter the sums:
   //   f = ((sum over j >= lead of a(j,k) * x[j - lead]) / d) / g,    a(j,k) += f * v[j]
-  void (*reflect_columns)(std::ptrdiff_t lead, std::ptrdiff_t rows, std::ptrdiff_t cols, double* a,
-                          std::ptrdiff_t ld, const double* x, const double* v, double d, double g);
+  void (*reflect_columns)(Index lead, Index rows, Index cols, double* a, Index ld, const double* x,
+                          const double* v, double d, double g);
 };
 MATRIX_SELECT_KERNELS(SvdKernels, svd_kernels)
 

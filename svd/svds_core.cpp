@@ -12,18 +12,18 @@ namespace {
 // No factors: nothing becomes of the rotations.
 struct NoRotations {
   static constexpr bool kGuardsFirstRoot = false;
-  void cancel(std::ptrdiff_t, std::ptrdiff_t, double, double) {}
-  void begin_sweep(std::ptrdiff_t, std::ptrdiff_t) {}
+  void cancel(Index, Index, double, double) {}
+  void begin_sweep(Index, Index) {}
   void right(double, double) {}
   void left(double, double) {}
-  void negate(std::ptrdiff_t) {}
+  void negate(Index) {}
 };
 
 }  // namespace
 
 const char* svds_core(aMatrix* m) {
-  const std::ptrdiff_t n = m->cols;
-  const std::ptrdiff_t ld = m->leading_dimension;
+  const Index n = m->cols;
+  const Index ld = m->leading_dimension;
   if (m->rows < n) return kFewerRowsThanColumns;
   if (m->re == nullptr) return nullptr;
   const Doubles rv1 = new_doubles(n);
@@ -37,8 +37,8 @@ const char* svds_core(aMatrix* m) {
   NoRotations rotations;
   if (const char* message = diagonalise(n, w.get(), rv1.get(), negligible(anorm), rotations))
     return message;
-  sort_descending(n, w.get(), [](std::ptrdiff_t, std::ptrdiff_t) {});
-  for (std::ptrdiff_t i = 0; i < n; ++i) m->re[i * ld + i] = w[i];
+  sort_descending(n, w.get(), [](Index, Index) {});
+  for (Index i = 0; i < n; ++i) m->re[i * ld + i] = w[i];
   return nullptr;
 }
 

@@ -4,7 +4,6 @@
 
 #include <cmath>
 
-#include "eigen/shared/complex_roots.hpp"
 #include "eigen/shared/plain.hpp"
 
 namespace matrix_pack::plain {
@@ -16,7 +15,7 @@ struct ComplexSquare {
     re(i, j) = z.re;
     im(i, j) = z.im;
   }
-  Parts parts() { return {re.a.data(), im.a.data(), n, n}; }
+  ComplexView view() { return {re.a.data(), im.a.data(), n}; }
 
   int n;
   Square re;

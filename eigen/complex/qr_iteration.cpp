@@ -5,7 +5,6 @@
 
 #include "eigen/complex/qr_sweep.hpp"
 #include "eigen/cores.hpp"
-#include "eigen/shared/complex_roots.hpp"
 #include "pack/messages.hpp"
 #include "pack/numeric/epsilon.hpp"
 
@@ -20,45 +19,29 @@ bool is_exceptional(int sweeps) {
 
 // An iteration in progress: rows and columns low..en are still to be done.
 struct Iteration {
-  const Parts& a;
+  ComplexView h;
   int low;
-  int igh;
   int en;
   Complex t;   // The sum of the shifts.
   int sweeps;  // For the eigenvalue at en.
-
-  double& re(int i, int j) const { return a.re[j * a.ld + i]; }
-  double& im(int i, int j) const { return a.im[j * a.ld + i]; }
-  Complex h(int i, int j) const { return {re(i, j), im(i, j)}; }
-  void set(int i, int j, Complex z) const {
-    re(i, j) = z.re;
-    im(i, j) = z.im;
-  }
 };
 
 // Makes the subdiagonal real: where an element is not, its row is multiplied by a phase and the
 // column of that number by the conjugate one. Without Z, only low..igh is kept up to date.
-void make_subdiagonal_real(const Iteration& it, const Parts* z) {
-  const int right = z != nullptr ? it.a.n - 1 : it.igh;
-  const int top = z != nullptr ? 0 : it.low;
-  for (int i = it.low + 1; i <= it.igh; ++i) {
-    const Complex element = it.h(i, i - 1);
+void make_subdiagonal_real(const Balance& b, const ComplexView& h, const ComplexView* z) {
+  const int right = z != nullptr ? b.n - 1 : b.igh;
+  const int top = z != nullptr ? 0 : b.low;
+  for (int i = b.low + 1; i <= b.igh; ++i) {
+    const Complex element = h(i, i - 1);
     if (element.im == 0.0) continue;
     const double norm = scaled_modulus(element.re, element.im);
     const Complex phase = {element.re / norm, element.im / norm};
-    const Complex conjugate = {phase.re, -phase.im};
-    it.set(i, i - 1, {norm, 0.0});
-    for (int j = i; j <= right; ++j) it.set(i, j, multiply(conjugate, it.h(i, j)));
-    const int bottom = std::min(i + 1, it.igh);
-    for (int j = top; j <= bottom; ++j) it.set(j, i, multiply(phase, it.h(j, i)));
+    h.set(i, i - 1, {norm, 0.0});
+    for (int j = i; j <= right; ++j) h.set(i, j, multiply({phase.re, -phase.im}, h(i, j)));
+    const int bottom = std::min(i + 1, b.igh);
+    for (int j = top; j <= bottom; ++j) h.set(j, i, multiply(phase, h(j, i)));
     if (z == nullptr) continue;
-    double* const zr = z->re + i * z->ld;
-    double* const zi = z->im + i * z->ld;
-    for (int j = it.low; j <= it.igh; ++j) {
-      const Complex product = multiply(phase, {zr[j], zi[j]});
-      zr[j] = product.re;
-      zi[j] = product.im;
-    }
+    for (int j = b.low; j <= b.igh; ++j) z->set(j, i, multiply(phase, (*z)(j, i)));
   }
 }
 
@@ -68,10 +51,11 @@ void make_subdiagonal_real(const Iteration& it, const Parts* z) {
 // another order than the values.
 int find_block(const Iteration& it) {
   for (int l = it.en; l > it.low; --l) {
-    const double s = std::fabs(it.re(l - 1, l - 1)) + std::fabs(it.im(l - 1, l - 1)) +
-                     std::fabs(it.re(l, l)) + std::fabs(it.im(l, l));
-    if (std::fabs(it.re(l, l - 1)) <= kEps * s) {
-      it.re(l, l - 1) = 0.0;
+    const double below = it.h(l, l - 1).re;
+    const double s = std::fabs(it.h(l - 1, l - 1).re) + std::fabs(it.h(l - 1, l - 1).im) +
+                     std::fabs(it.h(l, l).re) + std::fabs(it.h(l, l).im);
+    if (std::fabs(below) <= kEps * s) {
+      it.h.set(l, l - 1, {0.0, it.h(l, l - 1).im});
       return l;
     }
   }
@@ -81,11 +65,13 @@ int find_block(const Iteration& it) {
 // The eigenvalue of the last 2x2 block that is nearer to its last element.
 Complex usual_shift(const Iteration& it) {
   const int en = it.en;
-  const double below = it.re(en, en - 1);
+  const double below = it.h(en, en - 1).re;
+  const Complex above = it.h(en - 1, en);
+  const Complex before = it.h(en - 1, en - 1);
   const Complex s = it.h(en, en);
-  const Complex x = {it.re(en - 1, en) * below, it.im(en - 1, en) * below};
+  const Complex x = {above.re * below, above.im * below};
   if (is_zero(x)) return s;
-  const Complex y = {(it.re(en - 1, en - 1) - s.re) / 2.0, (it.im(en - 1, en - 1) - s.im) / 2.0};
+  const Complex y = {(before.re - s.re) / 2.0, (before.im - s.im) / 2.0};
   Complex z = square_root(add(multiply(y, y), x));
   if (y.re * z.re + y.im * z.im < 0.0) z = {-z.re, -z.im};
   return subtract(s, divide(x, add(y, z)));
@@ -93,13 +79,13 @@ Complex usual_shift(const Iteration& it) {
 
 Complex exceptional_shift(const Iteration& it) {
   const int en = it.en;
-  const double above = en - 2 >= it.low ? std::fabs(it.re(en - 1, en - 2)) : 0.0;
-  return {std::fabs(it.re(en, en - 1)) + above, 0.0};
+  const double above = en - 2 >= it.low ? std::fabs(it.h(en - 1, en - 2).re) : 0.0;
+  return {std::fabs(it.h(en, en - 1).re) + above, 0.0};
 }
 
 void shift(Iteration& it) {
   const Complex s = is_exceptional(it.sweeps) ? exceptional_shift(it) : usual_shift(it);
-  for (int i = it.low; i <= it.en; ++i) it.set(i, i, subtract(it.h(i, i), s));
+  for (int i = it.low; i <= it.en; ++i) it.h.set(i, i, subtract(it.h(i, i), s));
   it.t = add(it.t, s);
 }
 
@@ -110,9 +96,9 @@ const char* iterate(Iteration& it, double tolerance, int most_sweeps, double* wr
     const int en = it.en;
     const int l = find_block(it);
     if (l == en) {
-      it.set(en, en, add(it.h(en, en), it.t));
-      wr[en] = chop(it.re(en, en));
-      wi[en] = chop(it.im(en, en));
+      it.h.set(en, en, add(it.h(en, en), it.t));
+      wr[en] = chop(it.h(en, en).re);
+      wi[en] = chop(it.h(en, en).im);
       --it.en;
       it.sweeps = 0;
       continue;
@@ -126,32 +112,32 @@ const char* iterate(Iteration& it, double tolerance, int most_sweeps, double* wr
   return nullptr;
 }
 
-const char* run(const Parts& h, const Balance& b, double tolerance, int most_sweeps, double* wr,
-                double* wi, const Parts* z, ComplexSweepWork& work) {
-  Iteration it = {h, b.low, b.igh, b.igh, {0.0, 0.0}, 0};
-  make_subdiagonal_real(it, z);
-  for (int i = 0; i < h.n; ++i) {
+const char* run(const Balance& b, const ComplexView& h, double tolerance, int most_sweeps,
+                double* wr, double* wi, const ComplexView* z, ComplexSweepWork& work) {
+  make_subdiagonal_real(b, h, z);
+  for (int i = 0; i < b.n; ++i) {
     if (i >= b.low && i <= b.igh) continue;
-    wr[i] = it.re(i, i);
-    wi[i] = it.im(i, i);
+    wr[i] = h(i, i).re;
+    wi[i] = h(i, i).im;
   }
+  Iteration it = {h, b.low, b.igh, {0.0, 0.0}, 0};
   return iterate(it, tolerance, most_sweeps, wr, wi, work);
 }
 
 }  // namespace
 
-const char* complex_qr(const Parts& h, const Balance& b, double tolerance, int most_sweeps,
+const char* complex_qr(const Balance& b, const ComplexView& h, double tolerance, int most_sweeps,
                        double* wr, double* wi) {
   ComplexSweepWork work;
-  if (!work.open(h)) return kOutOfMemory;
-  return run(h, b, tolerance, most_sweeps, wr, wi, nullptr, work);
+  if (!work.open(b.n, h)) return kOutOfMemory;
+  return run(b, h, tolerance, most_sweeps, wr, wi, nullptr, work);
 }
 
-const char* complex_qr_with_vectors(const Parts& h, const Balance& b, int most_sweeps, double* wr,
-                                    double* wi, const Parts& z) {
+const char* complex_qr_with_vectors(const Balance& b, const ComplexView& h, int most_sweeps,
+                                    double* wr, double* wi, const ComplexView& z) {
   ComplexSweepWork work;
-  if (!work.open_with_vectors(h, b, z)) return kOutOfMemory;
-  return run(h, b, 0.0, most_sweeps, wr, wi, &z, work);
+  if (!work.open_with_vectors(b, h, z)) return kOutOfMemory;
+  return run(b, h, 0.0, most_sweeps, wr, wi, &z, work);
 }
 
 }  // namespace matrix_pack

@@ -25,13 +25,13 @@ inline constexpr int kMostSweepsForVectors = 30;
 //              `most_sweeps`
 //   cost       about 40 n^3 flops, 3 n doubles of work
 //   method     rows are changed in columns up to the active block's end, columns from its beginning
-const char* complex_qr(const Parts& h, const Balance& b, double tolerance, int most_sweeps,
+const char* complex_qr(const Balance& b, const ComplexView& h, double tolerance, int most_sweeps,
                        double* wr, double* wi);
 
 // The same on the whole of H, which becomes triangular with the eigenvalues on its diagonal; the
 // columns of Z, rows low..igh, are multiplied by all transformations.
 //   cost       about 100 n^3 flops, 48 n doubles of work
-const char* complex_qr_with_vectors(const Parts& h, const Balance& b, int most_sweeps, double* wr,
-                                    double* wi, const Parts& z);
+const char* complex_qr_with_vectors(const Balance& b, const ComplexView& h, int most_sweeps,
+                                    double* wr, double* wi, const ComplexView& z);
 
 }  // namespace matrix_pack

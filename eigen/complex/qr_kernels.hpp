@@ -6,43 +6,41 @@
 // and i.
 #pragma once
 
-#include <cstddef>
-
-#include "eigen/complex/unitary_kernels.hpp"
 #include "pack/numeric/kernel_sets.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
 // Rows (y, z) become (conj(x) y + s z, x z - s y); columns (y, z) become (x y + s z, conj(x) z - s
 // y).
 struct ComplexRotation {
-  double xr, xi, s;
+  Complex x;
+  double s;
 };
 
-// Rotations first..last of a sweep; rotations[0] is that of i = first.
+// Rotations first..last of a sweep; rotations[0] is that of i = first. At the end column `last` is
+// multiplied by the phase, a number of modulus 1; it stays where the imaginary part is 0.
 struct ComplexRotationRun {
-  std::ptrdiff_t first;
-  std::ptrdiff_t last;
+  Index first;
+  Index last;
   const ComplexRotation* rotations;
-  // By which column `last` is multiplied at the end; (1, 0): by nothing.
-  double phase_re, phase_im;
+  Complex phase;
 };
 
 struct ComplexQrKernels {
   // Finds rotations first..last, each from the column before it, and applies it to the columns
   // i..right. Column i-1 takes R's diagonal element and a zero.
-  void (*triangularize)(std::ptrdiff_t first, std::ptrdiff_t last, std::ptrdiff_t right,
-                        const ComplexArray& h, ComplexRotation* rotations);
+  void (*triangularize)(Index first, Index last, Index right, const ComplexView& h,
+                        ComplexRotation* rotations);
   // Applies rotations to the rows of columns begin..end-1.
-  void (*rotate_rows)(const ComplexRotationRun& run, const ComplexArray& h, std::ptrdiff_t begin,
-                      std::ptrdiff_t end);
+  void (*rotate_rows)(const ComplexRotationRun& run, const ComplexView& h, Index begin, Index end);
   // Applies rotations to the columns of rows begin..end-1, of R: row i takes part from rotation i
   // on.
-  void (*rotate_columns)(const ComplexRotationRun& run, const ComplexArray& h, std::ptrdiff_t begin,
-                         std::ptrdiff_t end);
+  void (*rotate_columns)(const ComplexRotationRun& run, const ComplexView& h, Index begin,
+                         Index end);
   // Applies `count` runs, one after the other, to the columns of rows begin..end-1 of Z.
-  void (*rotate_all_columns)(int count, const ComplexRotationRun* runs, const ComplexArray& z,
-                             std::ptrdiff_t begin, std::ptrdiff_t end);
+  void (*rotate_all_columns)(int count, const ComplexRotationRun* runs, const ComplexView& z,
+                             Index begin, Index end);
 };
 MATRIX_SELECT_KERNELS(ComplexQrKernels, complex_qr_kernels)
 

@@ -6,21 +6,20 @@
 // applied to everything at once.
 #pragma once
 
-#include <cstddef>
-
 #include "eigen/complex/qr_kernels.hpp"
 #include "eigen/shared/balance.hpp"
 #include "pack/memory.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
 class ComplexSweepWork {
  public:
   // Without Z, only the active block l..en is kept up to date. False when there is no memory.
-  bool open(const Parts& h);
-  bool open_with_vectors(const Parts& h, const Balance& b, const Parts& z);
+  bool open(int n, const ComplexView& h);
+  bool open_with_vectors(const Balance& b, const ComplexView& h, const ComplexView& z);
 
-  bool has_z() const { return z_.n != 0; }
+  bool has_z() const { return z_.re != nullptr; }
 
   // Sweeps the active block l..en.
   void sweep(int l, int en);
@@ -31,18 +30,19 @@ class ComplexSweepWork {
   // Sweeps that Z may wait for.
   static constexpr int kMostRuns = 32;
 
-  bool allocate(std::ptrdiff_t rotations);
+  bool allocate(Index rotations);
   ComplexRotationRun& new_run(int l, int en);
   void rotate_rows(int l, int en, ComplexRotation* rotations);
   void make_last_real(int en, ComplexRotationRun& run);
 
-  Parts h_ = {};
-  Parts z_ = {};
+  int n_ = 0;
+  ComplexView h_ = {};
+  ComplexView z_ = {};
   int z_begin_ = 0;  // The rows of Z that take part.
   int z_end_ = 0;
   Array<ComplexRotation> rotations_;
-  std::ptrdiff_t capacity_ = 0;
-  std::ptrdiff_t used_ = 0;
+  Index capacity_ = 0;
+  Index used_ = 0;
   int count_ = 0;
   ComplexRotationRun runs_[kMostRuns];
 };

@@ -4,9 +4,7 @@
 // triangularizations" (1970).
 #pragma once
 
-#include <cstddef>
-
-#include "eigen/shared/balance.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -17,6 +15,6 @@ namespace matrix_pack {
 //   cost     4/3 n^3 flops
 //   method   from the last eigenvalue to the first; as soon as a component is known, its multiple
 //            of a column of H joins the right-hand sides above it
-void triangular_vectors(const Parts& h, double tiny, std::ptrdiff_t* last);
+void triangular_vectors(int n, const ComplexView& h, double tiny, Index* last);
 
 }  // namespace matrix_pack

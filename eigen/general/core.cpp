@@ -1,5 +1,7 @@
 // Eigenvalues and eigenvectors of a general real matrix: balance, reduce, iterate, and for the
 // vectors back-substitute, transform back, scale.
+#include <algorithm>
+
 #include "eigen/cores.hpp"
 #include "eigen/general/elimination.hpp"
 #include "eigen/general/qr_iteration.hpp"
@@ -7,7 +9,8 @@
 #include "eigen/shared/back_transformation.hpp"
 #include "eigen/shared/balance.hpp"
 #include "eigen/shared/scale_columns.hpp"
-#include "pack/memory.hpp"
+#include "eigen/shared/storage.hpp"
+#include "pack/matrix_views.hpp"
 #include "pack/messages.hpp"
 #include "pack/numeric/epsilon.hpp"
 
@@ -19,48 +22,30 @@ namespace {
 // Kept: hosts rely on it.
 constexpr int kLastRowIsolated = 1;
 
-struct Work {
-  explicit Work(int n) : wr(new_part(n, 1)), wi(new_part(n, 1)), scale(new_doubles(n)) {}
-  bool complete() const { return wr && wi && scale; }
-
-  Doubles wr;
-  Doubles wi;
-  Doubles scale;
+// What the elimination needs; the vectors use `rows` again.
+struct EliminationStorage {
   Doubles pivots;
-  Array<std::ptrdiff_t> rows;
+  Array<Index> rows;
 };
 
-Parts parts_of(const aMatrix* a) {
-  return {a->re, nullptr, a->leading_dimension, a->rows};
-}
-
 // Balances A and reduces it to Hessenberg form. Null or a message.
-const char* reduce(const Parts& a, Work& work, Balance& b) {
-  b = balance(a, kLastRowIsolated, work.scale.get());
-  work.pivots = new_doubles(b.igh > 0 ? b.igh : 0);
-  work.rows = new_array<std::ptrdiff_t>(std::int64_t{a.n} + 1);
+const char* reduce(int n, RealView a, double* scale, EliminationStorage& work, Balance& b) {
+  b = balance(n, {a.x, nullptr, a.ld}, kLastRowIsolated, scale);
+  work.pivots = new_doubles(std::max(b.igh, 0));
+  work.rows = new_array<Index>(std::int64_t{n} + 1);
   if (!work.pivots || !work.rows) return kOutOfMemory;
   eliminate_to_hessenberg(a, b, {work.pivots.get(), work.rows.get()});
   return nullptr;
 }
 
-const char* take_values(EfiCallContext* context, int n, Work& work, aMatrix** values) {
-  *values = new_matrix(context, n, 1, std::move(work.wr), std::move(work.wi));
-  return *values != nullptr ? nullptr : kOutOfMemory;
-}
-
-void set_identity(const Parts& z) {
-  for (int j = 0; j < z.n; ++j) z.re[j * z.ld + j] = 1.0;
-}
-
 // The two columns of a complex pair are the real and the imaginary part of the first vector; the
 // second is its conjugate.
-void unpack_pairs(const double* wi, const Parts& v) {
-  for (int j = 0; j < v.n; ++j) {
+void unpack_pairs(int n, const double* wi, const ComplexView& v) {
+  for (int j = 0; j < n; ++j) {
     if (!(wi[j] > 0.0)) continue;
-    double* const re = v.re + j * v.ld;
-    double* const im = v.im + j * v.ld;
-    for (std::ptrdiff_t i = 0; i < v.n; ++i) {
+    double* const re = v.column(j).re;
+    double* const im = v.column(j).im;
+    for (Index i = 0; i < n; ++i) {
       im[i] = re[v.ld + i];
       im[v.ld + i] = -im[i];
       re[v.ld + i] = re[i];
@@ -72,46 +57,40 @@ void unpack_pairs(const double* wi, const Parts& v) {
 
 const char* general_eigenvalues(EfiCallContext* context, aMatrix* matrix, aMatrix** values) {
   if (const char* message = check_copy(matrix)) return message;
-  const Parts a = parts_of(matrix);
-  Work work(a.n);
-  if (!work.complete()) return kOutOfMemory;
+  const RealView a = real_view(matrix);
+  EigenStorage s;
+  if (!allocate(s, matrix->rows, false)) return kOutOfMemory;
+  EliminationStorage work;
   Balance b;
-  if (const char* message = reduce(a, work, b)) return message;
-  const double norm = hessenberg_norm(a.re, a.ld, a.n);
-  if (const char* m = hessenberg_qr(a, b, norm, work.wr.get(), work.wi.get())) return m;
-  return take_values(context, a.n, work, values);
+  if (const char* message = reduce(s.n, a, s.scale.get(), work, b)) return message;
+  const double norm = hessenberg_norm(s.n, a);
+  if (const char* m = hessenberg_qr(b, a, norm, s.wr.get(), s.wi.get())) return m;
+  return take_results(context, s, values, nullptr);
 }
 
 const char* general_eigenvectors(EfiCallContext* context, aMatrix* matrix, aMatrix** values,
                                  aMatrix** vectors) {
   if (const char* message = check_copy(matrix)) return message;
-  const Parts a = parts_of(matrix);
-  const int n = a.n;
-  Work work(n);
-  Doubles re = new_zero_part(n, n);
-  Doubles im = new_zero_part(n, n);
-  if (!work.complete() || !re || !im) return kOutOfMemory;
+  const RealView a = real_view(matrix);
+  EigenStorage s;
+  if (!allocate(s, matrix->rows, true)) return kOutOfMemory;
+  EliminationStorage work;
   Balance b;
-  if (const char* message = reduce(a, work, b)) return message;
+  if (const char* message = reduce(s.n, a, s.scale.get(), work, b)) return message;
 
-  const Parts v = {re.get(), im.get(), n, n};
-  const Parts z = {re.get(), nullptr, n, n};
-  set_identity(z);
-  accumulate_eliminations(a, b, work.pivots.get(), z.re, z.ld);
-  const double norm = hessenberg_norm(a.re, a.ld, n);
-  if (const char* m = hessenberg_qr_with_vectors(a, b, norm, work.wr.get(), work.wi.get(), z.re))
-    return m;
+  const RealView z = {s.z_re.get(), s.n};
+  const ComplexView real_z = {z.x, nullptr, z.ld};
+  accumulate_eliminations(a, b, work.pivots.get(), z);
+  const double norm = hessenberg_norm(s.n, a);
+  if (const char* m = hessenberg_qr_with_vectors(b, a, norm, s.wr.get(), s.wi.get(), z)) return m;
 
-  std::ptrdiff_t* const last = work.rows.get();
-  quasi_triangular_vectors(a, work.wr.get(), work.wi.get(), kEps * norm, last);
-  transform_vectors(b, a, last, z);  // A real matrix needs no memory for it.
-  undo_balance(b, z);
-  unpack_pairs(work.wi.get(), v);
-  scale_to_largest(v);
-
-  if (const char* message = take_values(context, n, work, values)) return message;
-  *vectors = new_matrix(context, n, n, std::move(re), std::move(im));
-  return *vectors != nullptr ? nullptr : kOutOfMemory;
+  Index* const last = work.rows.get();
+  quasi_triangular_vectors(s.n, a, s.wr.get(), s.wi.get(), kEps * norm, last);
+  transform_vectors(b, {a.x, nullptr, a.ld}, last, real_z);  // Needs no memory without parts.
+  undo_balance(b, real_z);
+  unpack_pairs(s.n, s.wi.get(), s.z());
+  scale_to_largest(s.n, s.z());
+  return take_results(context, s, values, vectors);
 }
 
 }  // namespace matrix_pack

@@ -20,7 +20,8 @@ constexpr int kExceptionalEvery = 10;
 
 // An iteration in progress: rows and columns low..en are still to be done.
 struct Iteration {
-  const Parts& a;
+  int n;
+  RealView h;
   int low;
   double norm;
   int en;
@@ -29,8 +30,6 @@ struct Iteration {
   double* wr;
   double* wi;
   SweepWork& work;
-
-  double& h(int i, int j) const { return a.re[j * a.ld + i]; }
 };
 
 // The row of the last small subdiagonal element, where the active block begins. The element becomes
@@ -70,7 +69,7 @@ void make_triangular(const Iteration& it, double zz) {
   const double r = std::sqrt(p * p + q * q);
   p /= r;
   q /= r;
-  for (int j = na; j < it.a.n; ++j) {
+  for (int j = na; j < it.n; ++j) {
     const double upper = it.h(na, j);
     it.h(na, j) = q * upper + p * it.h(en, j);
     it.h(en, j) = q * it.h(en, j) - p * upper;
@@ -164,39 +163,39 @@ const char* iterate(Iteration& it) {
   return nullptr;
 }
 
-const char* run(const Parts& h, const Balance& b, double norm, double* wr, double* wi,
+const char* run(const Balance& b, RealView h, double norm, double* wr, double* wi,
                 SweepWork& work) {
-  for (int i = 0; i < h.n; ++i) {
+  for (int i = 0; i < b.n; ++i) {
     if (i >= b.low && i <= b.igh) continue;
-    wr[i] = h.re[i * h.ld + i];
+    wr[i] = h(i, i);
     wi[i] = 0.0;
   }
-  Iteration it = {h, b.low, norm, b.igh, 0.0, 0, wr, wi, work};
+  Iteration it = {b.n, h, b.low, norm, b.igh, 0.0, 0, wr, wi, work};
   return iterate(it);
 }
 
 }  // namespace
 
-double hessenberg_norm(const double* h, std::ptrdiff_t ld, int n) {
+double hessenberg_norm(int n, ConstRealView h) {
   double norm = 0.0;
   for (int j = 0; j < n; ++j) {
     const int first = j == 0 ? 1 : 0;
-    norm += vector_kernels().sum_abs(std::min(j + 2, n) - first, h + j * ld + first);
+    norm += vector_kernels().sum_abs(std::min(j + 2, n) - first, h.column(j) + first);
   }
   return norm;
 }
 
-const char* hessenberg_qr(const Parts& h, const Balance& b, double norm, double* wr, double* wi) {
+const char* hessenberg_qr(const Balance& b, RealView h, double norm, double* wr, double* wi) {
   SweepWork work;
-  if (!work.open(h)) return kOutOfMemory;
-  return run(h, b, norm, wr, wi, work);
+  if (!work.open(b.n, h)) return kOutOfMemory;
+  return run(b, h, norm, wr, wi, work);
 }
 
-const char* hessenberg_qr_with_vectors(const Parts& h, const Balance& b, double norm, double* wr,
-                                       double* wi, double* z) {
+const char* hessenberg_qr_with_vectors(const Balance& b, RealView h, double norm, double* wr,
+                                       double* wi, RealView z) {
   SweepWork work;
-  if (!work.open_with_vectors(h, b, z)) return kOutOfMemory;
-  return run(h, b, norm, wr, wi, work);
+  if (!work.open_with_vectors(b, h, z)) return kOutOfMemory;
+  return run(b, h, norm, wr, wi, work);
 }
 
 }  // namespace matrix_pack

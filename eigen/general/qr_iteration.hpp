@@ -5,14 +5,13 @@
 // (1970).
 #pragma once
 
-#include <cstddef>
-
 #include "eigen/shared/balance.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
 // Sum of the magnitudes of an upper Hessenberg matrix, without H(0,0). Kept: hosts rely on it.
-double hessenberg_norm(const double* h, std::ptrdiff_t ld, int n);
+double hessenberg_norm(int n, ConstRealView h);
 
 // The eigenvalues of H.
 //   H        n x n, upper Hessenberg in rows and columns low..igh, quasi-triangular outside; what
@@ -23,12 +22,12 @@ double hessenberg_norm(const double* h, std::ptrdiff_t ld, int n);
 //            than 40 sweeps
 //   cost     about 8 n^3 flops, 5 n doubles of work
 //   method   rows are changed in columns up to the active block's end, columns from its beginning
-const char* hessenberg_qr(const Parts& h, const Balance& b, double norm, double* wr, double* wi);
+const char* hessenberg_qr(const Balance& b, RealView h, double norm, double* wr, double* wi);
 
 // The same on the whole of H, which becomes quasi-triangular; the columns of Z, rows low..igh, are
 // multiplied by all transformations.
 //   cost     about 25 n^3 flops, 160 n doubles of work
-const char* hessenberg_qr_with_vectors(const Parts& h, const Balance& b, double norm, double* wr,
-                                       double* wi, double* z);
+const char* hessenberg_qr_with_vectors(const Balance& b, RealView h, double norm, double* wr,
+                                       double* wi, RealView z);
 
 }  // namespace matrix_pack

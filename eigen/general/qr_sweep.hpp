@@ -7,11 +7,10 @@
 // operations in the same order as when each reflector is applied to everything at once.
 #pragma once
 
-#include <cstddef>
-
 #include "eigen/general/qr_kernels.hpp"
 #include "eigen/shared/balance.hpp"
 #include "pack/memory.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -24,10 +23,10 @@ struct SweepStart {
 class SweepWork {
  public:
   // Without Z, only the active block l..en is kept up to date. False when there is no memory.
-  bool open(const Parts& h);
-  bool open_with_vectors(const Parts& h, const Balance& b, double* z);
+  bool open(int n, RealView h);
+  bool open_with_vectors(const Balance& b, RealView h, RealView z);
 
-  bool has_z() const { return z_ != nullptr; }
+  bool has_z() const { return z_.x != nullptr; }
 
   // Sweeps the active block l..en.
   void sweep(int l, int en, const SweepStart& start);
@@ -40,17 +39,18 @@ class SweepWork {
   // Sweeps that Z may wait for.
   static constexpr int kMostRuns = 32;
 
-  bool allocate(std::ptrdiff_t reflectors);
+  bool allocate(Index reflectors);
   Reflector* new_run(int m, int en);
   void sweep_in_windows(const Chase& whole, Reflector* reflectors);
 
-  const Parts* h_ = nullptr;
-  double* z_ = nullptr;  // n x n
-  int z_begin_ = 0;      // The rows of Z that take part.
+  int n_ = 0;
+  RealView h_ = {};
+  RealView z_ = {};
+  int z_begin_ = 0;  // The rows of Z that take part.
   int z_end_ = 0;
   Array<Reflector> reflectors_;
-  std::ptrdiff_t capacity_ = 0;
-  std::ptrdiff_t used_ = 0;
+  Index capacity_ = 0;
+  Index used_ = 0;
   int count_ = 0;
   ReflectorRun runs_[kMostRuns];
 };

@@ -12,13 +12,10 @@ namespace {
 
 // The quasi-triangular matrix and its eigenvalues.
 struct Problem {
-  const Parts& a;
+  RealView h;
   const double* wr;
   const double* wi;
   double tiny;
-
-  double h(int i, int j) const { return a.re[j * a.ld + i]; }
-  double* column(int j) const { return a.re + j * a.ld; }
 };
 
 bool ends_pair(const Problem& t, int i) {
@@ -31,7 +28,7 @@ bool ends_pair(const Problem& t, int i) {
 // Component i is known: its part goes to the right-hand sides above row `above`.
 void settle(const Problem& t, int en, int i, int above, double* x) {
   if (std::fabs(x[i]) > kGrown) vector_kernels().scale(en + 1, kShrink, x);
-  vector_kernels().axpy(above, x[i], t.column(i), x);
+  vector_kernels().axpy(above, x[i], t.h.column(i), x);
 }
 
 // Components i and i+1, of the rows of a 2x2 block.
@@ -48,7 +45,7 @@ void solve_block(const Problem& t, double p, int i, double* x) {
 }
 
 void real_vector(const Problem& t, int en) {
-  double* const x = t.column(en);
+  double* const x = t.h.column(en);
   const double p = t.wr[en];
   x[en] = 1.0;
   for (int i = en - 1; i >= 0; --i) {
@@ -66,17 +63,6 @@ void real_vector(const Problem& t, int en) {
 
 // --- Complex vectors, in two columns. ---
 
-struct ComplexColumn {
-  double* re;
-  double* im;
-
-  Complex operator[](int i) const { return {re[i], im[i]}; }
-  void set(int i, Complex z) const {
-    re[i] = z.re;
-    im[i] = z.im;
-  }
-};
-
 Complex negative(Complex z) {
   return {-z.re, -z.im};
 }
@@ -85,17 +71,17 @@ Complex scaled(double a, Complex z) {
   return {a * z.re, a * z.im};
 }
 
-void settle(const Problem& t, int en, int i, int above, ComplexColumn x) {
+void settle(const Problem& t, int en, int i, int above, const ComplexView& x) {
   if (std::fabs(x.re[i]) > kGrown || std::fabs(x.im[i]) > kGrown) {
     vector_kernels().scale(en + 1, kShrink, x.re);
     vector_kernels().scale(en + 1, kShrink, x.im);
   }
-  vector_kernels().axpy(above, x.re[i], t.column(i), x.re);
-  vector_kernels().axpy(above, x.im[i], t.column(i), x.im);
+  vector_kernels().axpy(above, x.re[i], t.h.column(i), x.re);
+  vector_kernels().axpy(above, x.im[i], t.h.column(i), x.im);
 }
 
 // Components i and i+1, of the rows of a 2x2 block, for the eigenvalue p + iq.
-void solve_block(const Problem& t, double p, double q, int i, ComplexColumn x) {
+void solve_block(const Problem& t, double p, double q, int i, const ComplexView& x) {
   const Complex w = {t.h(i, i) - p, -q};
   const Complex zz = {t.h(i + 1, i + 1) - p, -q};
   const double b = t.h(i, i + 1);
@@ -120,7 +106,7 @@ void solve_block(const Problem& t, double p, double q, int i, ComplexColumn x) {
 
 // The components of the vector's own block, rows en-1 and en: the last is i, which no rounding
 // touches.
-void start_complex_vector(const Problem& t, double p, double q, int en, ComplexColumn x) {
+void start_complex_vector(const Problem& t, double p, double q, int en, const ComplexView& x) {
   const int na = en - 1;
   const double b = t.h(na, en);
   const double c = t.h(en, na);
@@ -134,7 +120,7 @@ void start_complex_vector(const Problem& t, double p, double q, int en, ComplexC
 }
 
 void complex_vector(const Problem& t, int en) {
-  const ComplexColumn x = {t.column(en - 1), t.column(en)};
+  const ComplexView x = {t.h.column(en - 1), t.h.column(en)};
   const double p = t.wr[en - 1];
   const double q = t.wi[en - 1];
   start_complex_vector(t, p, q, en, x);
@@ -152,10 +138,10 @@ void complex_vector(const Problem& t, int en) {
 
 }  // namespace
 
-void quasi_triangular_vectors(const Parts& h, const double* wr, const double* wi, double tiny,
-                              std::ptrdiff_t* last) {
+void quasi_triangular_vectors(int n, RealView h, const double* wr, const double* wi, double tiny,
+                              Index* last) {
   const Problem t = {h, wr, wi, tiny};
-  for (int en = h.n - 1; en >= 0; --en) {
+  for (int en = n - 1; en >= 0; --en) {
     last[en] = en;
     if (ends_pair(t, en)) {
       complex_vector(t, en);

@@ -4,9 +4,7 @@
 // triangularizations" (1970).
 #pragma once
 
-#include <cstddef>
-
-#include "eigen/shared/balance.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -19,7 +17,7 @@ namespace matrix_pack {
 //   cost     n^3/3 flops
 //   method   from the last eigenvalue to the first; as soon as a component is known, its multiple
 //            of a column of H joins the right-hand sides above it
-void quasi_triangular_vectors(const Parts& h, const double* wr, const double* wi, double tiny,
-                              std::ptrdiff_t* last);
+void quasi_triangular_vectors(int n, RealView h, const double* wr, const double* wi, double tiny,
+                              Index* last);
 
 }  // namespace matrix_pack

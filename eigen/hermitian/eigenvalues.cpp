@@ -18,7 +18,7 @@ constexpr int kMaxIterations = 30;
 // The rational QL method on the diagonal d and the squares e2 of the elements beside it, e2[i]
 // between d[i] and d[i + 1].
 struct RationalQl {
-  std::ptrdiff_t n;
+  Index n;
   double* d;
   double* e2;
   double f = 0.0;  // The sum of all shifts.
@@ -26,32 +26,32 @@ struct RationalQl {
   double c = 0.0;
 
   // The end of the block that begins at l. (e2[n - 1] is 0 at first; a NaN may take its place.)
-  std::ptrdiff_t block_end(std::ptrdiff_t l) const {
-    std::ptrdiff_t m = l;
+  Index block_end(Index l) const {
+    Index m = l;
     while (m < n - 1 && !(e2[m] <= c)) ++m;
     return m;
   }
 
   // Shifts l...n - 1 by an eigenvalue of the leading 2 x 2 block of l...m.
-  void shift(std::ptrdiff_t l) {
+  void shift(Index l) {
     const double s = std::sqrt(e2[l]);
     const double g = d[l];
     const double p = (d[l + 1] - g) / (2.0 * s);
     const double r = std::sqrt(p * p + 1.0);
     d[l] = s / (p + (p < 0.0 ? -r : r));
     const double h = g - d[l];
-    for (std::ptrdiff_t i = l + 1; i < n; ++i) d[i] -= h;
+    for (Index i = l + 1; i < n; ++i) d[i] -= h;
     f += h;
   }
 
   double nonzero(double g) const { return g == 0.0 ? b : g; }
 
   // One sweep from m up to l; returns the new d[l].
-  double sweep(std::ptrdiff_t l, std::ptrdiff_t m) {
+  double sweep(Index l, Index m) {
     double g = nonzero(d[m]);
     double h = g;
     double s = 0.0;
-    for (std::ptrdiff_t i = m - 1; i >= l; --i) {
+    for (Index i = m - 1; i >= l; --i) {
       const double p = g * h;
       const double r = p + e2[i];
       e2[i + 1] = s * r;
@@ -66,13 +66,13 @@ struct RationalQl {
   }
 
   // Turns d[l] + f into an eigenvalue; false when it does not converge.
-  bool find_value(std::ptrdiff_t l) {
+  bool find_value(Index l) {
     const double size = kEps * (std::fabs(d[l]) + std::sqrt(e2[l]));
     if (b <= size) {
       b = size;
       c = b * b;
     }
-    const std::ptrdiff_t m = block_end(l);
+    const Index m = block_end(l);
     if (m == l) return true;
     for (int j = 0; j < kMaxIterations; ++j) {
       shift(l);
@@ -84,21 +84,21 @@ struct RationalQl {
   }
 
   // Moves d[l] + f to its place among the l eigenvalues found, behind those equal to it.
-  void insert(std::ptrdiff_t l) {
+  void insert(Index l) {
     const double p = d[l] + f;
-    std::ptrdiff_t i = l;
+    Index i = l;
     for (; i > 0 && !(d[i - 1] <= p); --i) d[i] = d[i - 1];
     d[i] = p;
   }
 };
 
 // The eigenvalues, ascending, to d; false when one does not converge.
-bool rational_ql(std::ptrdiff_t n, double* d, double* e2) {
+bool rational_ql(Index n, double* d, double* e2) {
   if (n == 1) return true;
-  for (std::ptrdiff_t i = 0; i + 1 < n; ++i) e2[i] = e2[i + 1];
+  for (Index i = 0; i + 1 < n; ++i) e2[i] = e2[i + 1];
   e2[n - 1] = 0.0;
   RationalQl ql{n, d, e2};
-  for (std::ptrdiff_t l = 0; l < n; ++l) {
+  for (Index l = 0; l < n; ++l) {
     if (!ql.find_value(l)) return false;
     ql.insert(l);
   }
@@ -109,7 +109,7 @@ bool rational_ql(std::ptrdiff_t n, double* d, double* e2) {
 
 const char* hermitian_eigenvalues(aMatrix* a, double* d) {
   if (const char* message = check_square(a)) return message;
-  const std::ptrdiff_t n = a->rows;
+  const Index n = a->rows;
   const Doubles e2 = new_doubles(n);
   const Doubles work = new_doubles(tridiagonal_work(n));
   if (!e2 || !work) return kOutOfMemory;

@@ -1,61 +1,48 @@
 // One pass of the Hermitian tridiagonalisation in plain loops: the definition of what the kernel
-// computes.
+// computes. See HermitianKernels::update_multiply.
 #pragma once
 
-#include "eigen/hermitian/tridiagonal_kernels.hpp"
 #include "pack/numeric/vector_plain.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack::plain {
 
-// See HermitianKernels::update_multiply. Element (j,k) of A is (a.re[k * a.ld + j], a.im[k * a.ld +
-// j]).
-inline void update(std::ptrdiff_t n, const ComplexArray& a, const ComplexVector& v,
-                   const ComplexVector& q) {
-  for (std::ptrdiff_t k = 0; k < n; ++k) {
+inline void update(Index n, const ComplexView& a, const ComplexView& v, const ComplexView& q) {
+  for (Index k = 0; k < n; ++k) {
     double& diagonal = a.re[k * a.ld + k];
     diagonal -= v.re[k] * q.re[k] + v.im[k] * q.im[k];
     diagonal -= v.re[k] * q.re[k] + v.im[k] * q.im[k];
-    for (std::ptrdiff_t j = k + 1; j < n; ++j) {
-      double& re = a.re[k * a.ld + j];
-      double& im = a.im[k * a.ld + j];
-      re = re - (v.re[j] * q.re[k] + v.im[j] * q.im[k]) - (q.re[j] * v.re[k] + q.im[j] * v.im[k]);
-      im = im - (v.im[j] * q.re[k] - v.re[j] * q.im[k]) - (q.im[j] * v.re[k] - q.re[j] * v.im[k]);
-    }
+    for (Index j = k + 1; j < n; ++j)
+      a.set(j, k,
+            subtract(subtract(a(j, k), multiply_conjugate(v[j], q[k])),
+                     multiply_conjugate(q[j], v[k])));
   }
 }
 
-inline void multiply(std::ptrdiff_t n, const ComplexArray& a, const ComplexVector& x,
-                     const ComplexVector& w) {
-  const auto at = [&](std::ptrdiff_t j, std::ptrdiff_t k) { return k * a.ld + j; };
-  const auto add_product = [&](std::ptrdiff_t j, std::ptrdiff_t k) {
-    w.re[j] += a.re[at(j, k)] * x.re[k] - a.im[at(j, k)] * x.im[k];
-    w.im[j] += a.re[at(j, k)] * x.im[k] + a.im[at(j, k)] * x.re[k];
+inline void multiply(Index n, const ComplexView& a, const ComplexView& x, const ComplexView& w) {
+  const auto add_to = [&](Index j, Complex term) { w.set(j, add(w[j], term)); };
+  const auto add_product = [&](Index j, Index k) {
+    add_to(j, matrix_pack::multiply(a(j, k), x[k]));
   };
-  const auto conjugate_re = [&](std::ptrdiff_t j, std::ptrdiff_t k) {
-    return a.re[at(j, k)] * x.re[j] + a.im[at(j, k)] * x.im[j];
+  const auto multiply_diagonal = [&](Index k) {
+    w.re[k] += a.re[k * a.ld + k] * x.re[k];
+    w.im[k] += a.re[k * a.ld + k] * x.im[k];
   };
-  const auto conjugate_im = [&](std::ptrdiff_t j, std::ptrdiff_t k) {
-    return a.re[at(j, k)] * x.im[j] - a.im[at(j, k)] * x.re[j];
-  };
-  const auto multiply_diagonal = [&](std::ptrdiff_t k) {
-    w.re[k] += a.re[at(k, k)] * x.re[k];
-    w.im[k] += a.re[at(k, k)] * x.im[k];
-  };
-  for (std::ptrdiff_t j = 0; j < n; ++j) w.re[j] = w.im[j] = 0.0;
-  for (std::ptrdiff_t k = 0; k < n; k += 2) {
+  for (Index j = 0; j < n; ++j) w.set(j, {0.0, 0.0});
+  for (Index k = 0; k < n; k += 2) {
     multiply_diagonal(k);
     if (k + 1 == n) break;
     multiply_diagonal(k + 1);
-    w.re[k] += conjugate_re(k + 1, k);
-    w.im[k] += conjugate_im(k + 1, k);
+    add_to(k, multiply_conjugate(x[k + 1], a(k + 1, k)));
     add_product(k + 1, k);
-    for (std::ptrdiff_t j = k + 2; j < n; ++j) {
+    for (Index j = k + 2; j < n; ++j) {
       add_product(j, k);
       add_product(j, k + 1);
     }
-    for (const std::ptrdiff_t c : {k, k + 1}) {
-      w.re[c] += sum(n - k - 2, [&](std::ptrdiff_t j) { return conjugate_re(k + 2 + j, c); });
-      w.im[c] += sum(n - k - 2, [&](std::ptrdiff_t j) { return conjugate_im(k + 2 + j, c); });
+    for (const Index c : {k, k + 1}) {
+      const auto term = [&](Index j) { return multiply_conjugate(x[j], a(j, c)); };
+      w.re[c] += sum(n - k - 2, [&](Index j) { return term(k + 2 + j).re; });
+      w.im[c] += sum(n - k - 2, [&](Index j) { return term(k + 2 + j).im; });
     }
   }
 }

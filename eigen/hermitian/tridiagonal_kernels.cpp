@@ -1,125 +1,52 @@
 #include "eigen/hermitian/tridiagonal_kernels.hpp"
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/complex_lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-using Index = std::ptrdiff_t;
-
-double sum_magnitudes(Index n, const ComplexVector& x) {
-  return sum_of(
-      n, [&]<class V>(Index k, V) __attribute__((always_inline)) {
-        return magnitude(load<V>(x.re + k)) + magnitude(load<V>(x.im + k));
-      });
-}
-
-double sum_squares(Index n, const ComplexVector& x) {
-  return sum_of(
-      n, [&]<class V>(Index k, V) __attribute__((always_inline)) {
-        const V re = load<V>(x.re + k);
-        const V im = load<V>(x.im + k);
-        return re * re + im * im;
-      });
-}
-
-// Complex numbers of any width.
-template <class V>
-struct ComplexOf {
-  V re;
-  V im;
-};
-
-template <class V>
-MATRIX_LANES_INLINE ComplexOf<V> load_complex(const ComplexVector& x, Index k) {
-  return {load<V>(x.re + k), load<V>(x.im + k)};
-}
-
-template <class V>
-MATRIX_LANES_INLINE void store_complex(const ComplexVector& x, Index k, ComplexOf<V> z) {
-  store(x.re + k, z.re);
-  store(x.im + k, z.im);
-}
-
 // A column k, and what its elements need of row k: v[k], q[k] and x[k].
 struct Column {
-  ComplexVector a;
-  ComplexOf<double> v;
-  ComplexOf<double> q;
-  ComplexOf<double> x;
+  ComplexView a;
+  Complex v;
+  Complex q;
+  Complex x;
 };
 
 // z - v conj(q[k]) - q conj(v[k])
 template <class V>
-MATRIX_LANES_INLINE ComplexOf<V> updated(ComplexOf<V> z, ComplexOf<V> v, ComplexOf<V> q,
-                                         const Column& k) {
-  return {z.re - (v.re * k.q.re + v.im * k.q.im) - (q.re * k.v.re + q.im * k.v.im),
-          z.im - (v.im * k.q.re - v.re * k.q.im) - (q.im * k.v.re - q.re * k.v.im)};
+MATRIX_INLINE ComplexOf<V> updated(ComplexOf<V> z, ComplexOf<V> v, ComplexOf<V> q,
+                                   const Column& k) {
+  return subtract(subtract(z, multiply_conjugate(v, k.q)), multiply_conjugate(q, k.v));
 }
-
-// sum + a z
-template <class V, class W>
-MATRIX_LANES_INLINE ComplexOf<V> add_product(ComplexOf<V> sum, ComplexOf<V> a, ComplexOf<W> z) {
-  return {sum.re + (a.re * z.re - a.im * z.im), sum.im + (a.re * z.im + a.im * z.re)};
-}
-
-// sum + conj(a) z
-template <class V>
-MATRIX_LANES_INLINE ComplexOf<V> add_conjugate_product(ComplexOf<V> sum, ComplexOf<V> a,
-                                                       ComplexOf<V> z) {
-  return {sum.re + (a.re * z.re + a.im * z.im), sum.im + (a.re * z.im - a.im * z.re)};
-}
-
-// Eight partial sums of complex terms.
-struct Sums {
-  explicit Sums(const ComplexOf<Vector>* lanes) {
-    for (int p = 0; p < kParts; ++p) put(p * kWidth, lanes[p]);
-  }
-  template <class V>
-  MATRIX_LANES_INLINE ComplexOf<V> at(Index q) const {
-    return {load<V>(re + q), load<V>(im + q)};
-  }
-  template <class V>
-  MATRIX_LANES_INLINE void put(Index q, ComplexOf<V> sum) {
-    store(re + q, sum.re);
-    store(im + q, sum.im);
-  }
-  void add_to(const ComplexVector& w, Index k) const {
-    w.re[k] += join(re);
-    w.im[k] += join(im);
-  }
-
-  double re[kLanes];
-  double im[kLanes];
-};
 
 // One pass over the lower triangle.
 template <bool kUpdate, bool kMultiply>
 struct Pass {
-  ComplexArray a;
-  ComplexVector v;
-  ComplexVector q;
-  ComplexVector x;
-  ComplexVector w;
+  ComplexView a;
+  ComplexView v;
+  ComplexView q;
+  ComplexView x;
+  ComplexView w;
 
   Column column(Index k) const {
-    Column c = {{a.re + k * a.ld, a.im + k * a.ld}, {}, {}, {}};
+    Column c = {a.column(k), {}, {}, {}};
     if constexpr (kUpdate) {
-      c.v = load_complex<double>(v, k);
-      c.q = load_complex<double>(q, k);
+      c.v = v[k];
+      c.q = q[k];
     }
-    if constexpr (kMultiply) c.x = load_complex<double>(x, k);
+    if constexpr (kMultiply) c.x = x[k];
     return c;
   }
 
   // Elements of a column from row j on, updated.
   template <class V>
-  MATRIX_LANES_INLINE ComplexOf<V> element(const Column& column, Index j) const {
-    ComplexOf<V> z = load_complex<V>(column.a, j);
+  MATRIX_INLINE ComplexOf<V> element(const Column& column, Index j) const {
+    ComplexOf<V> z = load<V>(column.a, j);
     if constexpr (kUpdate) {
-      z = updated(z, load_complex<V>(v, j), load_complex<V>(q, j), column);
-      store_complex(column.a, j, z);
+      z = updated(z, load<V>(v, j), load<V>(q, j), column);
+      store(column.a, j, z);
     }
     return z;
   }
@@ -139,53 +66,53 @@ struct Pass {
 
   // Rows from j on, as many as V has elements, of the columns k and k + 1 of a pair.
   template <class V>
-  MATRIX_LANES_INLINE void rows(Index j, const Column& left, const Column& right,
-                                ComplexOf<V>& left_sum, ComplexOf<V>& right_sum) const {
+  MATRIX_INLINE void rows(Index j, const Column& left, const Column& right, ComplexOf<V>& left_sum,
+                          ComplexOf<V>& right_sum) const {
     const ComplexOf<V> l = element<V>(left, j);
     const ComplexOf<V> r = element<V>(right, j);
     if constexpr (kMultiply) {
-      const ComplexOf<V> xj = load_complex<V>(x, j);
-      store_complex(w, j, add_product(add_product(load_complex<V>(w, j), l, left.x), r, right.x));
-      left_sum = add_conjugate_product(left_sum, l, xj);
-      right_sum = add_conjugate_product(right_sum, r, xj);
+      const ComplexOf<V> xj = load<V>(x, j);
+      store(w, j, add(add(load<V>(w, j), multiply(l, left.x)), multiply(r, right.x)));
+      left_sum = add(left_sum, multiply_conjugate(xj, l));
+      right_sum = add(right_sum, multiply_conjugate(xj, r));
     }
   }
 
   // Rows first...n - 1 of a pair, and what they add to w[k] and w[k + 1].
-  MATRIX_LANES_INLINE void rows_below(Index first, Index n, const Column& left,
-                                      const Column& right) const {
+  MATRIX_INLINE void rows_below(Index first, Index n, const Column& left,
+                                const Column& right) const {
     ComplexOf<Vector> left_lanes[kParts] = {};
     ComplexOf<Vector> right_lanes[kParts] = {};
     Index whole = first;
     for (; whole + kLanes <= n; whole += kLanes)
       for (int p = 0; p < kParts; ++p)
         rows(whole + p * kWidth, left, right, left_lanes[p], right_lanes[p]);
-    Sums left_sums(left_lanes);
-    Sums right_sums(right_lanes);
+    ComplexSums left_sums = sums_of(left_lanes);
+    ComplexSums right_sums = sums_of(right_lanes);
     over_elements(
         whole, n, [&]<class V>(Index j, V) __attribute__((always_inline)) {
-          ComplexOf<V> left_sum = left_sums.at<V>(j - whole);
-          ComplexOf<V> right_sum = right_sums.at<V>(j - whole);
+          ComplexOf<V> left_sum = load<V>(left_sums.view(), j - whole);
+          ComplexOf<V> right_sum = load<V>(right_sums.view(), j - whole);
           rows(j, left, right, left_sum, right_sum);
-          left_sums.put(j - whole, left_sum);
-          right_sums.put(j - whole, right_sum);
+          store(left_sums.view(), j - whole, left_sum);
+          store(right_sums.view(), j - whole, right_sum);
         });
     if constexpr (kMultiply) {
-      left_sums.add_to(w, first - 2);
-      right_sums.add_to(w, first - 1);
+      w.set(first - 2, add(w[first - 2], left_sums.joined()));
+      w.set(first - 1, add(w[first - 1], right_sums.joined()));
     }
   }
 
   // Columns k and k + 1.
-  MATRIX_LANES_INLINE void pair(Index k, Index n) const {
+  MATRIX_INLINE void pair(Index k, Index n) const {
     const Column left = column(k);
     const Column right = column(k + 1);
     diagonal(k, left);
     diagonal(k + 1, right);
-    const ComplexOf<double> corner = element<double>(left, k + 1);
+    const Complex corner = element<double>(left, k + 1);
     if constexpr (kMultiply) {
-      store_complex(w, k, add_conjugate_product(load_complex<double>(w, k), corner, right.x));
-      store_complex(w, k + 1, add_product(load_complex<double>(w, k + 1), corner, left.x));
+      w.set(k, add(w[k], multiply_conjugate(right.x, corner)));
+      w.set(k + 1, add(w[k + 1], multiply(corner, left.x)));
     }
     rows_below(k + 2, n, left, right);
   }
@@ -199,8 +126,8 @@ struct Pass {
   }
 };
 
-void update_multiply(Index n, const ComplexArray& a, const ComplexVector& v, const ComplexVector& q,
-                     const ComplexVector& x, const ComplexVector& w) {
+void update_multiply(Index n, const ComplexView& a, const ComplexView& v, const ComplexView& q,
+                     const ComplexView& x, const ComplexView& w) {
   if (v.re == nullptr)
     Pass<false, true>{a, v, q, x, w}.run(n);
   else if (x.re == nullptr)
@@ -211,6 +138,6 @@ void update_multiply(Index n, const ComplexArray& a, const ComplexVector& v, con
 
 }  // namespace
 
-const HermitianKernels hermitian_kernels_table = {sum_magnitudes, sum_squares, update_multiply};
+const HermitianKernels hermitian_kernels_table = {update_multiply};
 
 }  // namespace matrix_pack::MATRIX_KERNEL_SET

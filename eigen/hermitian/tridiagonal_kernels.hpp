@@ -2,19 +2,12 @@
 // triangle of a column-major matrix.
 #pragma once
 
-#include <cstddef>
-
-#include "eigen/shared/complex_arrays.hpp"
 #include "pack/numeric/kernel_sets.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
 struct HermitianKernels {
-  // sum of |x.re[k]| + |x.im[k]|, and of x.re[k]^2 + x.im[k]^2, in the order of
-  // pack/numeric/vector_kernels.hpp
-  double (*sum_magnitudes)(std::ptrdiff_t n, const ComplexVector& x);
-  double (*sum_squares)(std::ptrdiff_t n, const ComplexVector& x);
-
   // In one pass over the lower triangle of the n x n matrix a, whose diagonal is real (its
   // imaginary part is not read):
   //   a := a - v q^H - q v^H     unless v has null parts
@@ -23,8 +16,8 @@ struct HermitianKernels {
   // the diagonal, then w[j] += a(j,k) x[k], w[j] += a(j,k+1) x[k+1] for j > k + 1, last
   // w[k] += sum of conj(a(j,k)) x[j] and the same for k + 1, in the order of
   // pack/numeric/vector_kernels.hpp.
-  void (*update_multiply)(std::ptrdiff_t n, const ComplexArray& a, const ComplexVector& v,
-                          const ComplexVector& q, const ComplexVector& x, const ComplexVector& w);
+  void (*update_multiply)(Index n, const ComplexView& a, const ComplexView& v, const ComplexView& q,
+                          const ComplexView& x, const ComplexView& w);
 };
 MATRIX_SELECT_KERNELS(HermitianKernels, hermitian_kernels)
 

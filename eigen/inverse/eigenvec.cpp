@@ -49,8 +49,8 @@ Anyval* eigenvec_worker(EfiCallContext* context, const aMatrix* m, const aComple
   Doubles re = new_part(n, 1);
   Doubles im = new_part(n, 1);
   if (!a_re || !a_im || !re || !im) return sError_OutOfMemory;
-  const Parts a = {a_re.get(), a_im.get(), n, n};
-  switch (inverse_iteration(a, z->re, z->im, re.get(), im.get())) {
+  const ComplexView a = {a_re.get(), a_im.get(), n};
+  switch (inverse_iteration(n, a, {z->re, z->im}, {re.get(), im.get()})) {
     case Status::done:
       return matrix_result(new_matrix(context, n, 1, std::move(re), std::move(im)));
     case Status::singular:

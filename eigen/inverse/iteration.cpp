@@ -56,30 +56,28 @@ struct Generator {
   }
 };
 
-struct Vector {
-  int n;
-  double* re;
-  double* im;
+double square(int n, const ConstComplexView& x) {
+  return complex_vector_kernels().sum_squares(n, x);
+}
 
-  double square() const { return complex_vector_kernels().sum_squares(n, re, im); }
-  void scale(double factor) const {
-    vector_kernels().scale(n, factor, re);
-    vector_kernels().scale(n, factor, im);
-  }
-};
+void scale(int n, double factor, const ComplexView& x) {
+  vector_kernels().scale(n, factor, x.re);
+  vector_kernels().scale(n, factor, x.im);
+}
 
 // Fills x with a start that the solution makes grow, and solves for it; the growth goes to *growth.
-Status find_start(const Parts& a, const int* pivots, const Vector& x, double* growth) {
+Status find_start(int n, const ComplexView& a, const int* pivots, const ComplexView& x,
+                  double* growth) {
   Generator random;
   for (int attempt = 1;; ++attempt) {
-    std::generate_n(x.re, x.n, [&] { return random.number(); });
-    std::fill_n(x.im, x.n, 0.0);
-    const double s = x.square();
+    std::generate_n(x.re, n, [&] { return random.number(); });
+    std::fill_n(x.im, n, 0.0);
+    const double s = square(n, x);
     if (s == 0.0) return Status::singular;
-    x.scale(1.0 / std::sqrt(s));
-    if (const Status status = solve_factored(a, pivots, x.re, x.im); status != Status::done)
+    scale(n, 1.0 / std::sqrt(s), x);
+    if (const Status status = solve_factored(n, a, pivots, x); status != Status::done)
       return status;
-    *growth = std::sqrt(x.square());
+    *growth = std::sqrt(square(n, x));
     // Kept: the last try fails, however much it has grown.
     if (attempt == kMostTries) return Status::not_converging;
     if (*growth >= kEnoughGrowth) return Status::done;
@@ -88,43 +86,37 @@ Status find_start(const Parts& a, const int* pivots, const Vector& x, double* gr
 
 // `previous` is work. Kept: the change is that from the last vector, of unit length, to the new
 // solution before it is scaled.
-Status refine(const Parts& a, const int* pivots, const Vector& x, const Vector& previous) {
+Status refine(int n, const ComplexView& a, const int* pivots, const ComplexView& x,
+              const ComplexView& previous) {
   for (int solution = 1;; ++solution) {
-    std::copy_n(x.re, x.n, previous.re);
-    std::copy_n(x.im, x.n, previous.im);
+    std::copy_n(x.re, n, previous.re);
+    std::copy_n(x.im, n, previous.im);
     poll(solutions, kSolutionsPerPoll);  // Kept: the answer makes no difference.
-    if (const Status status = solve_factored(a, pivots, x.re, x.im); status != Status::done)
+    if (const Status status = solve_factored(n, a, pivots, x); status != Status::done)
       return status;
-    const double s = x.square();
-    complex_vector_kernels().subtract_multiple(x.n, {1.0, 0.0}, x.re, x.im, previous.re,
-                                               previous.im);
-    const double change = previous.square();
-    x.scale(s == 0.0 ? 1.0 : 1.0 / std::sqrt(s));
+    const double s = square(n, x);
+    complex_vector_kernels().subtract_multiple(n, {1.0, 0.0}, x, previous);
+    const double change = square(n, previous);
+    scale(n, s == 0.0 ? 1.0 : 1.0 / std::sqrt(s), x);
     if (solution == kMostSolutions || change <= kSmallChange) return Status::done;
   }
 }
 
 }  // namespace
 
-Status inverse_iteration(const Parts& a, double z_re, double z_im, double* re, double* im) {
-  const int n = a.n;
+Status inverse_iteration(int n, const ComplexView& a, Complex z, const ComplexView& x) {
   const Doubles work = new_doubles(std::int64_t{2} * n);
   const Array<int> pivots = new_array<int>(n);
   if (!work || !pivots) return Status::no_memory;
-  for (int i = 0; i < n; ++i) {
-    const std::ptrdiff_t k = i * a.ld + i;
-    a.re[k] = a.re[k] - z_re + kShift;
-    a.im[k] = a.im[k] - z_im;
-  }
-  if (const Status s = factor_scaled(a, pivots.get()); s != Status::done) return s;
+  for (int i = 0; i < n; ++i) a.set(i, i, {a(i, i).re - z.re + kShift, a(i, i).im - z.im});
+  if (const Status s = factor_scaled(n, a, pivots.get()); s != Status::done) return s;
   if (poll(factorizations, kFactorizationsPerPoll)) return Status::interrupted;
 
-  const Vector x = {n, re, im};
   double growth;
-  if (const Status s = find_start(a, pivots.get(), x, &growth); s != Status::done) return s;
+  if (const Status s = find_start(n, a, pivots.get(), x, &growth); s != Status::done) return s;
   if (growth == 0.0) return Status::singular;
-  x.scale(1.0 / growth);
-  return refine(a, pivots.get(), x, {n, work.get(), work.get() + n});
+  scale(n, 1.0 / growth, x);
+  return refine(n, a, pivots.get(), x, {work.get(), work.get() + n});
 }
 
 }  // namespace matrix_pack

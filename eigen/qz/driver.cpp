@@ -25,7 +25,7 @@ struct QzStorage {
   QzPair pair;
   QzValues found;
 
-  std::ptrdiff_t n() const { return pair.n; }
+  Index n() const { return pair.n; }
 };
 
 bool allocate(QzStorage& s, aMatrix* a, aMatrix* b, bool with_z) {
@@ -37,7 +37,7 @@ bool allocate(QzStorage& s, aMatrix* a, aMatrix* b, bool with_z) {
   if (!s.values || !s.work) return false;
   s.pair = {a->rows, a->re, b->re, s.z.get()};
   if (with_z)
-    for (std::ptrdiff_t i = 0; i < n; ++i) s.pair.column_of_z(i)[i] = 1.0;
+    for (Index i = 0; i < n; ++i) s.pair.column_of_z(i)[i] = 1.0;
   s.found = {s.values.get(), s.values.get() + n, s.values.get() + 2 * n};
   return true;
 }
@@ -54,7 +54,7 @@ const char* run_stages(const QzStorage& s) {
 void clear_small(const QzStorage& s) {
   const double tolerance = std::sqrt(static_cast<double>(s.n())) * kEps;
   double* const values = s.values.get();
-  for (std::ptrdiff_t i = 0; i < 3 * s.n(); ++i)
+  for (Index i = 0; i < 3 * s.n(); ++i)
     if (std::fabs(values[i]) <= tolerance) values[i] = 0.0;
 }
 

@@ -26,7 +26,7 @@ struct Roots {
   double e, c, r;
 };
 
-Block scaled_block(const QzPair& p, std::ptrdiff_t k) {
+Block scaled_block(const QzPair& p, Index k) {
   const double an = std::fabs(p.A(k, k)) + std::fabs(p.A(k, k + 1)) + std::fabs(p.A(k + 1, k)) +
                     std::fabs(p.A(k + 1, k + 1));
   const double bn = std::fabs(p.B(k, k)) + std::fabs(p.B(k, k + 1)) + std::fabs(p.B(k + 1, k + 1));
@@ -53,28 +53,28 @@ Roots block_roots(const Block& m) {
 }
 
 // A reflector on columns k + 1 and k.
-void reflect_cols(const QzPair& p, std::ptrdiff_t k, const Reflector2& h) {
+void reflect_cols(const QzPair& p, Index k, const Reflector2& h) {
   const QzKernels& kernels = qz_kernels();
-  const std::ptrdiff_t row = p.z != nullptr ? 0 : k;
+  const Index row = p.z != nullptr ? 0 : k;
   kernels.reflect_cols2(h, k + 2 - row, &p.A(row, k), p.n);
   kernels.reflect_cols2(h, k + 2 - row, &p.B(row, k), p.n);
   if (p.z != nullptr) kernels.reflect_cols2(h, p.n, p.column_of_z(k), p.n);
 }
 
 // A reflector on rows k and k + 1.
-void reflect_rows(const QzPair& p, std::ptrdiff_t k, const Reflector2& h) {
-  const std::ptrdiff_t cols = p.z != nullptr ? p.n - k : 2;
+void reflect_rows(const QzPair& p, Index k, const Reflector2& h) {
+  const Index cols = p.z != nullptr ? p.n - k : 2;
   qz_kernels().chase_rows2(1, &h, cols, &p.A(k, k), &p.B(k, k), p.n);
 }
 
-void take_real(const QzPair& p, const QzValues& values, std::ptrdiff_t k) {
+void take_real(const QzPair& p, const QzValues& values, Index k) {
   values.alfr[k] = p.B(k, k) < 0.0 ? -p.A(k, k) : p.A(k, k);
   values.alfi[k] = 0.0;
   values.beta[k] = std::fabs(p.B(k, k));
 }
 
 // The block of order 2 has become triangular.
-void take_split(const QzPair& p, const QzValues& values, std::ptrdiff_t k) {
+void take_split(const QzPair& p, const QzValues& values, Index k) {
   p.A(k + 1, k) = 0.0;
   p.B(k + 1, k) = 0.0;
   take_real(p, values, k);
@@ -82,7 +82,7 @@ void take_split(const QzPair& p, const QzValues& values, std::ptrdiff_t k) {
 }
 
 // Two real eigenvalues, one of which is e: the pair A - e B of the block is singular.
-void split_block(const QzPair& p, std::ptrdiff_t k, const Block& m, double e) {
+void split_block(const QzPair& p, Index k, const Block& m, double e) {
   const double a11 = m.a11 - e * m.b11;
   const double a12 = m.a12 - e * m.b12;
   const double a22 = m.a22 - e * m.b22;
@@ -109,7 +109,7 @@ ComplexRotation complex_rotation(Complex x, Complex y) {
 }
 
 // One of a complex pair, t / d, as eigenvalue j.
-void take_ratio(const QzValues& values, std::ptrdiff_t j, const Block& m, Complex t, Complex d) {
+void take_ratio(const QzValues& values, Index j, const Block& m, Complex t, Complex d) {
   const double r = std::sqrt(d.re * d.re + d.im * d.im);
   values.beta[j] = m.bn * r;
   values.alfr[j] = m.an * (t.re * d.re + t.im * d.im) / r;
@@ -119,7 +119,7 @@ void take_ratio(const QzValues& values, std::ptrdiff_t j, const Block& m, Comple
 // A complex pair e +- i d: the diagonal that unitary transformations would give the block tells
 // alpha and beta; the transformations are not applied. The one with the positive imaginary part
 // stands first.
-void take_complex(const QzValues& values, std::ptrdiff_t k, const Block& m, double e, double d) {
+void take_complex(const QzValues& values, Index k, const Block& m, double e, double d) {
   const Complex a11 = {m.a11 - e * m.b11, d * m.b11};
   const Complex a12 = {m.a12 - e * m.b12, d * m.b12};
   const Complex a22 = {m.a22 - e * m.b22, d * m.b22};
@@ -150,7 +150,7 @@ void take_complex(const QzValues& values, std::ptrdiff_t k, const Block& m, doub
   values.alfi[k + 1] = -std::fabs(values.alfi[k + 1]);
 }
 
-void take_block(const QzPair& p, const QzValues& values, std::ptrdiff_t k, double epsb) {
+void take_block(const QzPair& p, const QzValues& values, Index k, double epsb) {
   if (std::fabs(p.B(k, k)) <= epsb) {
     reflect_rows(p, k, reflector(p.A(k, k), p.A(k + 1, k)));
     return take_split(p, values, k);
@@ -173,7 +173,7 @@ void qz_eigenvalues(const QzPair& pair, const QzValues& values) {
   // The tolerance of the iteration stands below the diagonal, where it must not disturb a block.
   const double epsb = pair.B(pair.n - 1, 0);
   if (pair.n >= 2) pair.B(pair.n - 1, 0) = 0.0;
-  for (std::ptrdiff_t k = pair.n - 1; k >= 0; --k) {
+  for (Index k = pair.n - 1; k >= 0; --k) {
     if (k == 0 || pair.A(k, k - 1) == 0.0) {
       take_real(pair, values, k);
     } else {

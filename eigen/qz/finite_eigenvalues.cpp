@@ -16,7 +16,7 @@ namespace {
 // sign the imaginary part. Of a complex pair the first one decides for both.
 template <class Visit>
 void for_each_finite(const QzPair& pair, const QzValues& v, const Visit& visit) {
-  for (std::ptrdiff_t i = 0; i < pair.n; ++i) {
+  for (Index i = 0; i < pair.n; ++i) {
     if (v.beta[i] == 0.0 && (v.alfr[i] != 0.0 || v.alfi[i] != 0.0)) continue;
     if (v.alfi[i] > 0.0) {
       visit(i, i, 1);
@@ -48,7 +48,7 @@ aMatrix* finite_values(EfiCallContext* context, const QzPair& pair, const QzValu
   Doubles im = new_zero_part(count, 1);
   if (!re || !im) return nullptr;
   std::size_t k = 0;
-  for_each_finite(pair, found, [&](std::ptrdiff_t i, std::ptrdiff_t, int sign) {
+  for_each_finite(pair, found, [&](Index i, Index, int sign) {
     if (sign != 0 || found.beta[i] != 0.0) {
       re[k] = found.alfr[i] / found.beta[i];
       im[k] = found.alfi[i] / found.beta[i];
@@ -60,9 +60,9 @@ aMatrix* finite_values(EfiCallContext* context, const QzPair& pair, const QzValu
 
 aMatrix* finite_vectors(EfiCallContext* context, const QzPair& pair, const QzValues& found,
                         int count) {
-  const std::ptrdiff_t n = pair.n;
+  const Index n = pair.n;
   bool complex = false;
-  for_each_finite(pair, found, [&](std::ptrdiff_t, std::ptrdiff_t column, int sign) {
+  for_each_finite(pair, found, [&](Index, Index column, int sign) {
     const double* const im = pair.column_of_z(column) + n;
     complex = complex || (sign != 0 && std::any_of(im, im + n, [](double x) { return x != 0.0; }));
   });
@@ -71,7 +71,7 @@ aMatrix* finite_vectors(EfiCallContext* context, const QzPair& pair, const QzVal
   if (!re || (complex && !im)) return nullptr;
   double* to_re = re.get();
   double* to_im = im.get();
-  for_each_finite(pair, found, [&](std::ptrdiff_t, std::ptrdiff_t column, int sign) {
+  for_each_finite(pair, found, [&](Index, Index column, int sign) {
     const double* const from = pair.column_of_z(column);
     to_re = std::copy(from, from + n, to_re);
     if (!complex) return;

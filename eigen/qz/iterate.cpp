@@ -18,24 +18,24 @@ constexpr int kExceptionalStep = 10;
 constexpr double kExceptionalShift[3] = {0.0, 1.0, 1.1605};
 
 // Columns that a step takes in at a time: enough to go side by side through the row kernels.
-constexpr std::ptrdiff_t kStrip = 8;
+constexpr Index kStrip = 8;
 
 struct Iteration {
   const QzPair& pair;
   const QzKernels& kernels;
   double* work;
-  double epsa, epsb;       // Elements of A (of B) up to these magnitudes count as zero.
-  std::ptrdiff_t top, en;  // The active block: rows and columns top .. en.
+  double epsa, epsb;  // Elements of A (of B) up to these magnitudes count as zero.
+  Index top, en;      // The active block: rows and columns top .. en.
 
   // How far a transformation of columns (rows) reaches: without Z, no farther than the block.
-  std::ptrdiff_t first_row() const { return pair.z != nullptr ? 0 : top; }
-  std::ptrdiff_t end_col() const { return pair.z != nullptr ? pair.n : en + 1; }
+  Index first_row() const { return pair.z != nullptr ? 0 : top; }
+  Index end_col() const { return pair.z != nullptr ? pair.n : en + 1; }
 };
 
 // The sum of the magnitudes of `count` elements of a row, in the one order of sums.
-double row_sum(std::ptrdiff_t count, const double* x, std::ptrdiff_t ld) {
+double row_sum(Index count, const double* x, Index ld) {
   double s[8] = {};
-  for (std::ptrdiff_t k = 0; k < count; ++k) s[k % 8] += std::fabs(x[k * ld]);
+  for (Index k = 0; k < count; ++k) s[k % 8] += std::fabs(x[k * ld]);
   return ((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]));
 }
 
@@ -44,8 +44,8 @@ void set_tolerances(Iteration& it) {
   const QzPair& p = it.pair;
   double anorm = 0.0;
   double bnorm = 0.0;
-  for (std::ptrdiff_t i = 0; i < p.n; ++i) {
-    const std::ptrdiff_t j = std::max<std::ptrdiff_t>(i - 1, 0);
+  for (Index i = 0; i < p.n; ++i) {
+    const Index j = std::max<Index>(i - 1, 0);
     anorm = std::max(anorm, row_sum(p.n - j, &p.A(i, j), p.n));
     bnorm = std::max(bnorm, row_sum(p.n - i, &p.B(i, i), p.n));
   }
@@ -54,8 +54,8 @@ void set_tolerances(Iteration& it) {
 }
 
 // The first row of the block that ends in row en; what stands left of its diagonal becomes zero.
-std::ptrdiff_t split_row(const Iteration& it) {
-  for (std::ptrdiff_t l = it.en; l > 0; --l) {
+Index split_row(const Iteration& it) {
+  for (Index l = it.en; l > 0; --l) {
     double& left = it.pair.A(l, l - 1);
     if (std::fabs(left) <= it.epsa) {
       left = 0.0;
@@ -67,7 +67,7 @@ std::ptrdiff_t split_row(const Iteration& it) {
 
 // B(l, l) counts as zero: rows l and l + 1 are turned so that A(l+1, l) vanishes, which leaves an
 // infinite eigenvalue at l and splits the block below it.
-void deflate_infinite(const Iteration& it, std::ptrdiff_t l) {
+void deflate_infinite(const Iteration& it, Index l) {
   const QzPair& p = it.pair;
   p.B(l, l) = 0.0;
   const Reflector2 h = reflector(p.A(l, l), p.A(l + 1, l));
@@ -84,7 +84,7 @@ struct Corner {
 Corner corner(const Iteration& it) {
   const auto divisor = [&](double x) { return std::fabs(x) < it.epsb ? it.epsb : x; };
   const QzPair& p = it.pair;
-  const std::ptrdiff_t en = it.en;
+  const Index en = it.en;
   const double b33 = divisor(p.B(en - 1, en - 1));
   const double b44 = divisor(p.B(en, en));
   return {p.A(en - 1, en - 1) / b33, p.A(en - 1, en) / b44, p.A(en, en - 1) / b33,
@@ -93,9 +93,9 @@ Corner corner(const Iteration& it) {
 
 // Where a step with one real shift begins: as far down as two consecutive sub-diagonal elements
 // are small.
-std::ptrdiff_t start_row(const Iteration& it, double shift) {
+Index start_row(const Iteration& it, double shift) {
   const QzPair& p = it.pair;
-  for (std::ptrdiff_t l = it.en - 2; l > it.top; --l) {
+  for (Index l = it.en - 2; l > it.top; --l) {
     double t = p.A(l, l);
     if (std::fabs(p.B(l, l)) > it.epsb) t -= shift * p.B(l, l);
     if (std::fabs(p.A(l, l - 1)) <= std::fabs(t / p.A(l + 1, l)) * it.epsa) return l;
@@ -103,14 +103,14 @@ std::ptrdiff_t start_row(const Iteration& it, double shift) {
   return it.top;
 }
 
-void reflect_rows(const Iteration& it, std::ptrdiff_t count, const Reflector2* h,
-                  std::ptrdiff_t row, std::ptrdiff_t col, std::ptrdiff_t cols) {
+void reflect_rows(const Iteration& it, Index count, const Reflector2* h, Index row, Index col,
+                  Index cols) {
   const QzPair& p = it.pair;
   it.kernels.chase_rows2(count, h, cols, &p.A(row, col), &p.B(row, col), p.n);
 }
 
-void reflect_rows(const Iteration& it, std::ptrdiff_t count, const Reflector3* h,
-                  std::ptrdiff_t row, std::ptrdiff_t col, std::ptrdiff_t cols) {
+void reflect_rows(const Iteration& it, Index count, const Reflector3* h, Index row, Index col,
+                  Index cols) {
   const QzPair& p = it.pair;
   it.kernels.chase_rows3(count, h, cols, &p.A(row, col), &p.B(row, col), p.n);
 }
@@ -120,40 +120,40 @@ void reflect_rows(const Iteration& it, std::ptrdiff_t count, const Reflector3* h
 template <class Reflector>
 struct RowChase {
   const Iteration& it;
-  std::ptrdiff_t first;  // The row of the first reflector.
-  std::ptrdiff_t next;   // The first column that does not take part yet.
-  Reflector* h;          // By row.
+  Index first;   // The row of the first reflector.
+  Index next;    // The first column that does not take part yet.
+  Reflector* h;  // By row.
 
-  RowChase(const Iteration& iteration, std::ptrdiff_t row)
+  RowChase(const Iteration& iteration, Index row)
       : it(iteration), first(row), next(row), h(reinterpret_cast<Reflector*>(iteration.work)) {}
 
   // Lets column `col` and its neighbours take part, from the reflector on row `row` on.
-  void take_in(std::ptrdiff_t col, std::ptrdiff_t row) {
+  void take_in(Index col, Index row) {
     if (next > col) return;
-    const std::ptrdiff_t cols = std::min(kStrip, it.en + 1 - next);
+    const Index cols = std::min(kStrip, it.en + 1 - next);
     if (row > first) reflect_rows(it, row - first, h, first, next, cols);
     next += cols;
   }
 
   // The next reflector, on row `row` and those below it.
-  void add(std::ptrdiff_t row, const Reflector& reflector) {
+  void add(Index row, const Reflector& reflector) {
     h[row - first] = reflector;
-    const std::ptrdiff_t col = std::max(row - 1, first);
+    const Index col = std::max(row - 1, first);
     reflect_rows(it, 1, &h[row - first], row, col, next - col);
   }
 
   // Row `row` has no reflector any more: the columns at which the step did not arrive.
-  void finish(std::ptrdiff_t row) {
+  void finish(Index row) {
     if (row > first) reflect_rows(it, row - first, h, first, next, it.end_col() - next);
   }
 };
 
 // A reflector on columns k + 1 and k annihilates B(k+1, k).
-void restore_triangle(const Iteration& it, std::ptrdiff_t k) {
+void restore_triangle(const Iteration& it, Index k) {
   const QzPair& p = it.pair;
   const Reflector2 h = reflector(p.B(k + 1, k + 1), p.B(k + 1, k));
-  const std::ptrdiff_t row = it.first_row();
-  const std::ptrdiff_t rows = std::min(it.en, k + 2) + 1 - row;
+  const Index row = it.first_row();
+  const Index rows = std::min(it.en, k + 2) + 1 - row;
   it.kernels.reflect_cols2(h, rows, &p.A(row, k), p.n);
   it.kernels.reflect_cols2(h, rows, &p.B(row, k), p.n);
   p.B(k + 1, k) = 0.0;
@@ -162,14 +162,14 @@ void restore_triangle(const Iteration& it, std::ptrdiff_t k) {
 
 // A reflector on columns k + 2, k + 1 and k annihilates B(k+2, k+1) and B(k+2, k), then one on
 // columns k + 1 and k annihilates B(k+1, k).
-void restore_triangle3(const Iteration& it, std::ptrdiff_t k) {
+void restore_triangle3(const Iteration& it, Index k) {
   const QzPair& p = it.pair;
   const Reflector3 g = reflector(p.B(k + 2, k + 2), p.B(k + 2, k + 1), p.B(k + 2, k));
   // Row k + 1 as the first reflector leaves it.
   const double t = p.B(k + 1, k + 2) + g.u2 * p.B(k + 1, k + 1) + g.u3 * p.B(k + 1, k);
   const Reflector2 h = reflector(p.B(k + 1, k + 1) + t * g.v2, p.B(k + 1, k) + t * g.v3);
-  const std::ptrdiff_t row = it.first_row();
-  const std::ptrdiff_t rows = std::min(it.en, k + 3) + 1 - row;
+  const Index row = it.first_row();
+  const Index rows = std::min(it.en, k + 3) + 1 - row;
   it.kernels.reflect_cols3(g, h, rows, &p.A(row, k), p.n);
   it.kernels.reflect_cols3(g, h, rows, &p.B(row, k), p.n);
   p.B(k + 2, k) = 0.0;
@@ -179,13 +179,13 @@ void restore_triangle3(const Iteration& it, std::ptrdiff_t k) {
 }
 
 // One QZ step with a real shift. It begins with the first column of (A - shift B) inv(B), in row l.
-void single_step(const Iteration& it, std::ptrdiff_t l, double shift) {
+void single_step(const Iteration& it, Index l, double shift) {
   const QzPair& p = it.pair;
   if (l != it.top) p.A(l, l - 1) = -p.A(l, l - 1);
   double a1 = p.A(l, l) / p.B(l, l) - shift;
   double a2 = p.A(l + 1, l) / p.B(l, l);
   RowChase<Reflector2> rows(it, l);
-  std::ptrdiff_t k = l;
+  Index k = l;
   for (; k < it.en; ++k) {
     if (k > l) {
       a1 = p.A(k, k - 1);
@@ -204,10 +204,10 @@ void single_step(const Iteration& it, std::ptrdiff_t l, double shift) {
 // One QZ step with two shifts. It begins with (a1, a2, a3) in the first rows of the block.
 void double_step(const Iteration& it, double a1, double a2, double a3) {
   const QzPair& p = it.pair;
-  const std::ptrdiff_t l = it.top;
-  const std::ptrdiff_t na = it.en - 1;
+  const Index l = it.top;
+  const Index na = it.en - 1;
   RowChase<Reflector3> rows(it, l);
-  for (std::ptrdiff_t k = l; k < na; ++k) {
+  for (Index k = l; k < na; ++k) {
     if (k > l) {
       a1 = p.A(k, k - 1);
       a2 = p.A(k + 1, k - 1);
@@ -236,7 +236,7 @@ void double_step(const Iteration& it, double a1, double a2, double a3) {
 // corner, divided by its last sub-diagonal factor.
 void complex_step(const Iteration& it, const Corner& c) {
   const QzPair& p = it.pair;
-  const std::ptrdiff_t l = it.top;
+  const Index l = it.top;
   const double b11 = p.B(l, l);
   const double b22 = std::fabs(p.B(l + 1, l + 1)) < it.epsb ? it.epsb : p.B(l + 1, l + 1);
   const double a11 = p.A(l, l) / b11;
@@ -261,7 +261,7 @@ void step(const Iteration& it) {
   const double s1 = -t + root;
   const double s2 = -t - root;
   const double shift = std::fabs(s2 - c.a44) < std::fabs(s1 - c.a44) ? s2 : s1;
-  const std::ptrdiff_t l = start_row(it, shift);
+  const Index l = start_row(it, shift);
   if (std::fabs(it.pair.B(l, l)) <= it.epsb)
     deflate_infinite(it, l);
   else

@@ -13,15 +13,15 @@ namespace {
 
 // Columns of B that go side by side through the row kernel: above the diagonal alone each would
 // have fewer reflectors than the next.
-constexpr std::ptrdiff_t kStrip = 8;
+constexpr Index kStrip = 8;
 
 // B upper triangular by Householder reflections from the left, which A undergoes too.
 void triangularize(const QzPair& pair) {
   const VectorKernels& kernels = vector_kernels();
   const auto reflect = svd_kernels().reflect_columns;
-  const std::ptrdiff_t n = pair.n;
-  for (std::ptrdiff_t l = 0; l + 1 < n; ++l) {
-    const std::ptrdiff_t m = n - l;
+  const Index n = pair.n;
+  for (Index l = 0; l + 1 < n; ++l) {
+    const Index m = n - l;
     double* v = pair.column_of_b(l) + l;
     const double below = kernels.sum_abs(m - 1, v + 1);
     if (below == 0.0) continue;
@@ -40,8 +40,8 @@ void triangularize(const QzPair& pair) {
 
 // The reflectors that annihilate column k of A below the sub-diagonal, from the bottom up, applied
 // to the column: left[i] acts on rows k + 1 + i and k + 2 + i.
-void annihilate_column(double* below, std::ptrdiff_t count, Reflector2* left) {
-  for (std::ptrdiff_t i = count; i-- > 0;) {
+void annihilate_column(double* below, Index count, Reflector2* left) {
+  for (Index i = count; i-- > 0;) {
     left[i] = reflector(below[i], below[i + 1]);
     below[i] += (below[i] + left[i].u2 * below[i + 1]) * left[i].v1;
     below[i + 1] = 0.0;
@@ -50,11 +50,10 @@ void annihilate_column(double* below, std::ptrdiff_t count, Reflector2* left) {
 
 // The reflectors on the columns of B that make it triangular again, from the bottom up, applied to
 // it: right[i] acts on columns k + 2 + i and k + 1 + i.
-void restore_triangle(const QzPair& pair, std::ptrdiff_t k, std::ptrdiff_t count,
-                      Reflector2* right) {
+void restore_triangle(const QzPair& pair, Index k, Index count, Reflector2* right) {
   const QzKernels& kernels = qz_kernels();
-  for (std::ptrdiff_t i = count; i-- > 0;) {
-    const std::ptrdiff_t l = k + 1 + i;
+  for (Index i = count; i-- > 0;) {
+    const Index l = k + 1 + i;
     right[i] = reflector(pair.B(l + 1, l + 1), pair.B(l + 1, l));
     kernels.reflect_cols2(right[i], l + 2, pair.column_of_b(l), pair.n);
     pair.B(l + 1, l) = 0.0;
@@ -64,19 +63,19 @@ void restore_triangle(const QzPair& pair, std::ptrdiff_t k, std::ptrdiff_t count
 }  // namespace
 
 void qz_reduce(const QzPair& pair, double* work) {
-  const std::ptrdiff_t n = pair.n;
+  const Index n = pair.n;
   auto* const left = reinterpret_cast<Reflector2*>(work);
   Reflector2* const right = left + n;
   triangularize(pair);
   const QzKernels& kernels = qz_kernels();
-  for (std::ptrdiff_t k = 0; k + 2 < n; ++k) {
-    const std::ptrdiff_t count = n - k - 2;
+  for (Index k = 0; k + 2 < n; ++k) {
+    const Index count = n - k - 2;
     double* below = pair.column_of_a(k) + k + 1;
     annihilate_column(below, count, left);
     kernels.climb_rows(count, left, n - k - 1, below + n, n);
     // Column j of B is zero below row j: only reflectors on rows up to j + 1 touch it.
-    for (std::ptrdiff_t j = k + 1; j < n; j += kStrip) {
-      const std::ptrdiff_t cols = std::min(kStrip, n - j);
+    for (Index j = k + 1; j < n; j += kStrip) {
+      const Index cols = std::min(kStrip, n - j);
       kernels.climb_rows(std::min(count, j + cols - k - 1), left, cols, pair.column_of_b(j) + k + 1,
                          n);
     }

@@ -8,14 +8,14 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 namespace {
 
 template <class Number>
-MATRIX_LANES_INLINE void reflect(const Reflector2& h, Number& x1, Number& x2) {
+MATRIX_INLINE void reflect(const Reflector2& h, Number& x1, Number& x2) {
   const Number t = x1 + h.u2 * x2;
   x1 += t * h.v1;
   x2 += t * h.v2;
 }
 
 template <class Number>
-MATRIX_LANES_INLINE void reflect(const Reflector3& h, Number& x1, Number& x2, Number& x3) {
+MATRIX_INLINE void reflect(const Reflector3& h, Number& x1, Number& x2, Number& x3) {
   const Number t = x1 + h.u2 * x2 + h.u3 * x3;
   x1 += t * h.v1;
   x2 += t * h.v2;
@@ -32,7 +32,7 @@ constexpr int carried_rows(const Reflector3*) {
 
 // One reflector of a chase on the rows carried and the next row: hands back the row that is done.
 template <class V>
-MATRIX_LANES_INLINE V advance(const Reflector2& h, V* carried, V next) {
+MATRIX_INLINE V advance(const Reflector2& h, V* carried, V next) {
   V done = carried[0];
   reflect(h, done, next);
   carried[0] = next;
@@ -40,7 +40,7 @@ MATRIX_LANES_INLINE V advance(const Reflector2& h, V* carried, V next) {
 }
 
 template <class V>
-MATRIX_LANES_INLINE V advance(const Reflector3& h, V* carried, V next) {
+MATRIX_INLINE V advance(const Reflector3& h, V* carried, V next) {
   V done = carried[0];
   reflect(h, done, carried[1], next);
   carried[0] = carried[1];
@@ -51,8 +51,7 @@ MATRIX_LANES_INLINE V advance(const Reflector3& h, V* carried, V next) {
 // A chase on one vector of columns of each of two matrices side by side: neither waits for the
 // other.
 template <class V, class Reflector>
-MATRIX_LANES_INLINE void chase_columns(std::ptrdiff_t count, const Reflector* h, double* a,
-                                       double* b, std::ptrdiff_t ld) {
+MATRIX_INLINE void chase_columns(Index count, const Reflector* h, double* a, double* b, Index ld) {
   constexpr int kLanesHere = kLanesOf<V>;
   constexpr int kCarried = carried_rows(static_cast<Reflector*>(nullptr));
   V in_a[kCarried];
@@ -61,7 +60,7 @@ MATRIX_LANES_INLINE void chase_columns(std::ptrdiff_t count, const Reflector* h,
     in_a[c] = load_row<V>(a + c, ld);
     in_b[c] = load_row<V>(b + c, ld);
   }
-  std::ptrdiff_t i = 0;
+  Index i = 0;
   for (; i + kLanesHere <= count; i += kLanesHere) {
     Tile<V> tile_a = load_tile<V>(a + i + kCarried, ld);
     Tile<V> tile_b = load_tile<V>(b + i + kCarried, ld);
@@ -83,27 +82,25 @@ MATRIX_LANES_INLINE void chase_columns(std::ptrdiff_t count, const Reflector* h,
 }
 
 template <class Reflector>
-MATRIX_LANES_INLINE void chase(std::ptrdiff_t count, const Reflector* h, std::ptrdiff_t cols,
-                               double* a, double* b, std::ptrdiff_t ld) {
-  std::ptrdiff_t j = 0;
+MATRIX_INLINE void chase(Index count, const Reflector* h, Index cols, double* a, double* b,
+                         Index ld) {
+  Index j = 0;
   if (count >= kSide)
     for (; j + kSide <= cols; j += kSide) chase_columns<Row>(count, h, a + j * ld, b + j * ld, ld);
   for (; j < cols; ++j) chase_columns<double>(count, h, a + j * ld, b + j * ld, ld);
 }
 
-void chase_rows2(std::ptrdiff_t count, const Reflector2* h, std::ptrdiff_t cols, double* a,
-                 double* b, std::ptrdiff_t ld) {
+void chase_rows2(Index count, const Reflector2* h, Index cols, double* a, double* b, Index ld) {
   chase(count, h, cols, a, b, ld);
 }
 
-void chase_rows3(std::ptrdiff_t count, const Reflector3* h, std::ptrdiff_t cols, double* a,
-                 double* b, std::ptrdiff_t ld) {
+void chase_rows3(Index count, const Reflector3* h, Index cols, double* a, double* b, Index ld) {
   chase(count, h, cols, a, b, ld);
 }
 
 // One reflector of a climb on the row carried and the one above: hands back the row that is done.
 template <class V>
-MATRIX_LANES_INLINE V ascend(const Reflector2& h, V& carried, V above) {
+MATRIX_INLINE V ascend(const Reflector2& h, V& carried, V above) {
   V done = carried;
   reflect(h, above, done);
   carried = above;
@@ -112,13 +109,12 @@ MATRIX_LANES_INLINE V ascend(const Reflector2& h, V& carried, V above) {
 
 // A climb on G vectors of columns side by side: none waits for another.
 template <class V, int G>
-MATRIX_LANES_INLINE void climb_columns(std::ptrdiff_t count, const Reflector2* h, double* x,
-                                       std::ptrdiff_t ld) {
+MATRIX_INLINE void climb_columns(Index count, const Reflector2* h, double* x, Index ld) {
   constexpr int kLanesHere = kLanesOf<V>;
-  const std::ptrdiff_t step = kLanesHere * ld;
+  const Index step = kLanesHere * ld;
   V carried[G];
   for (int g = 0; g < G; ++g) carried[g] = load_row<V>(x + count + g * step, ld);
-  std::ptrdiff_t i = count;
+  Index i = count;
   for (; i >= kLanesHere; i -= kLanesHere) {
     Tile<V> tile[G];
     for (int g = 0; g < G; ++g) tile[g] = load_tile<V>(x + i - kLanesHere + g * step, ld);
@@ -136,9 +132,8 @@ MATRIX_LANES_INLINE void climb_columns(std::ptrdiff_t count, const Reflector2* h
   for (int g = 0; g < G; ++g) store_row(x + g * step, ld, carried[g]);
 }
 
-void climb_rows(std::ptrdiff_t count, const Reflector2* h, std::ptrdiff_t cols, double* x,
-                std::ptrdiff_t ld) {
-  std::ptrdiff_t j = 0;
+void climb_rows(Index count, const Reflector2* h, Index cols, double* x, Index ld) {
+  Index j = 0;
   for (; j + 2 * kSide <= cols; j += 2 * kSide) climb_columns<Row, 2>(count, h, x + j * ld, ld);
   if (j + kSide <= cols) {
     climb_columns<Row, 1>(count, h, x + j * ld, ld);
@@ -153,11 +148,10 @@ void climb_rows(std::ptrdiff_t count, const Reflector2* h, std::ptrdiff_t cols, 
 
 // The reflectors of a climb over columns on G vectors of rows side by side.
 template <class V, int G>
-MATRIX_LANES_INLINE void climb_elements(std::ptrdiff_t count, const Reflector2* h, double* x,
-                                        std::ptrdiff_t ld) {
+MATRIX_INLINE void climb_elements(Index count, const Reflector2* h, double* x, Index ld) {
   V carried[G];
   for (int g = 0; g < G; ++g) carried[g] = load<V>(x + count * ld + g * kLanesOf<V>);
-  for (std::ptrdiff_t i = count; i-- > 0;) {
+  for (Index i = count; i-- > 0;) {
     for (int g = 0; g < G; ++g) {
       V left = load<V>(x + i * ld + g * kLanesOf<V>);
       reflect(h[i], carried[g], left);
@@ -168,19 +162,18 @@ MATRIX_LANES_INLINE void climb_elements(std::ptrdiff_t count, const Reflector2* 
   for (int g = 0; g < G; ++g) store(x + g * kLanesOf<V>, carried[g]);
 }
 
-void climb_cols(std::ptrdiff_t count, const Reflector2* h, std::ptrdiff_t rows, double* x,
-                std::ptrdiff_t ld) {
+void climb_cols(Index count, const Reflector2* h, Index rows, double* x, Index ld) {
   constexpr int kGroup = 4;
-  std::ptrdiff_t r = 0;
+  Index r = 0;
   for (; r + kGroup * kWidth <= rows; r += kGroup * kWidth)
     climb_elements<Vector, kGroup>(count, h, x + r, ld);
-  over_elements(r, rows, [&](std::ptrdiff_t k, auto width) {
+  over_elements(r, rows, [&](Index k, auto width) {
     climb_elements<decltype(width), 1>(count, h, x + k, ld);
   });
 }
 
 template <class Number>
-MATRIX_LANES_INLINE void reflect_elements(const Reflector2& h, double* x, std::ptrdiff_t ld) {
+MATRIX_INLINE void reflect_elements(const Reflector2& h, double* x, Index ld) {
   Number x1 = load<Number>(x + ld);
   Number x2 = load<Number>(x);
   reflect(h, x1, x2);
@@ -189,8 +182,7 @@ MATRIX_LANES_INLINE void reflect_elements(const Reflector2& h, double* x, std::p
 }
 
 template <class Number>
-MATRIX_LANES_INLINE void reflect_elements(const Reflector3& g, const Reflector2& h, double* x,
-                                          std::ptrdiff_t ld) {
+MATRIX_INLINE void reflect_elements(const Reflector3& g, const Reflector2& h, double* x, Index ld) {
   Number x1 = load<Number>(x + 2 * ld);
   Number x2 = load<Number>(x + ld);
   Number x3 = load<Number>(x);
@@ -201,31 +193,29 @@ MATRIX_LANES_INLINE void reflect_elements(const Reflector3& g, const Reflector2&
   store(x, x3);
 }
 
-void reflect_cols2(const Reflector2& h, std::ptrdiff_t rows, double* x, std::ptrdiff_t ld) {
+void reflect_cols2(const Reflector2& h, Index rows, double* x, Index ld) {
   const Reflector2 local = h;  // A copy: no store can change it.
-  over_elements(0, rows, [&](std::ptrdiff_t r, auto width) {
-    reflect_elements<decltype(width)>(local, x + r, ld);
-  });
+  over_elements(0, rows,
+                [&](Index r, auto width) { reflect_elements<decltype(width)>(local, x + r, ld); });
 }
 
-void reflect_cols3(const Reflector3& g, const Reflector2& h, std::ptrdiff_t rows, double* x,
-                   std::ptrdiff_t ld) {
+void reflect_cols3(const Reflector3& g, const Reflector2& h, Index rows, double* x, Index ld) {
   const Reflector3 first = g;
   const Reflector2 second = h;
-  over_elements(0, rows, [&](std::ptrdiff_t r, auto width) {
+  over_elements(0, rows, [&](Index r, auto width) {
     reflect_elements<decltype(width)>(first, second, x + r, ld);
   });
 }
 
-void add_pencil(std::ptrdiff_t n, double beta, double alfa, const double* __restrict a,
+void add_pencil(Index n, double beta, double alfa, const double* __restrict a,
                 const double* __restrict b, double x, double* __restrict r) {
-  for (std::ptrdiff_t i = 0; i < n; ++i) r[i] += (beta * a[i] - alfa * b[i]) * x;
+  for (Index i = 0; i < n; ++i) r[i] += (beta * a[i] - alfa * b[i]) * x;
 }
 
-void add_complex_pencil(std::ptrdiff_t n, double beta, double alfr, double alfi,
-                        const double* __restrict a, const double* __restrict b, double xr,
-                        double xi, double* __restrict rr, double* __restrict ri) {
-  for (std::ptrdiff_t i = 0; i < n; ++i) {
+void add_complex_pencil(Index n, double beta, double alfr, double alfi, const double* __restrict a,
+                        const double* __restrict b, double xr, double xi, double* __restrict rr,
+                        double* __restrict ri) {
+  for (Index i = 0; i < n; ++i) {
     const double re = beta * a[i] - alfr * b[i];
     const double im = -alfi * b[i];
     rr[i] += re * xr - im * xi;

@@ -7,9 +7,8 @@
 // leading dimension ld.
 #pragma once
 
-#include <cstddef>
-
 #include "pack/numeric/kernel_sets.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -23,30 +22,24 @@ struct Reflector3 {
 
 struct QzKernels {
   // h[i] on rows i, i+1 of a and of b, i = 0, 1 .. count-1: a chase down the rows
-  void (*chase_rows2)(std::ptrdiff_t count, const Reflector2* h, std::ptrdiff_t cols, double* a,
-                      double* b, std::ptrdiff_t ld);
+  void (*chase_rows2)(Index count, const Reflector2* h, Index cols, double* a, double* b, Index ld);
   // h[i] on rows i, i+1, i+2 of a and of b, i = 0, 1 .. count-1
-  void (*chase_rows3)(std::ptrdiff_t count, const Reflector3* h, std::ptrdiff_t cols, double* a,
-                      double* b, std::ptrdiff_t ld);
+  void (*chase_rows3)(Index count, const Reflector3* h, Index cols, double* a, double* b, Index ld);
   // h[i] on rows i, i+1 of x, i = count-1 .. 1, 0: up the rows
-  void (*climb_rows)(std::ptrdiff_t count, const Reflector2* h, std::ptrdiff_t cols, double* x,
-                     std::ptrdiff_t ld);
+  void (*climb_rows)(Index count, const Reflector2* h, Index cols, double* x, Index ld);
   // h[i] on columns i+1, i of x, i = count-1 .. 1, 0: from right to left
-  void (*climb_cols)(std::ptrdiff_t count, const Reflector2* h, std::ptrdiff_t rows, double* x,
-                     std::ptrdiff_t ld);
+  void (*climb_cols)(Index count, const Reflector2* h, Index rows, double* x, Index ld);
   // h on columns 1, 0 of x
-  void (*reflect_cols2)(const Reflector2& h, std::ptrdiff_t rows, double* x, std::ptrdiff_t ld);
+  void (*reflect_cols2)(const Reflector2& h, Index rows, double* x, Index ld);
   // g on columns 2, 1, 0 of x, then h on columns 1, 0
-  void (*reflect_cols3)(const Reflector3& g, const Reflector2& h, std::ptrdiff_t rows, double* x,
-                        std::ptrdiff_t ld);
+  void (*reflect_cols3)(const Reflector3& g, const Reflector2& h, Index rows, double* x, Index ld);
 
   // r[i] += (beta a[i] - alfa b[i]) x
-  void (*add_pencil)(std::ptrdiff_t n, double beta, double alfa, const double* a, const double* b,
-                     double x, double* r);
+  void (*add_pencil)(Index n, double beta, double alfa, const double* a, const double* b, double x,
+                     double* r);
   // The same for complex alfa, x and r.
-  void (*add_complex_pencil)(std::ptrdiff_t n, double beta, double alfr, double alfi,
-                             const double* a, const double* b, double xr, double xi, double* rr,
-                             double* ri);
+  void (*add_complex_pencil)(Index n, double beta, double alfr, double alfi, const double* a,
+                             const double* b, double xr, double xi, double* rr, double* ri);
 };
 MATRIX_SELECT_KERNELS(QzKernels, qz_kernels)
 

@@ -4,7 +4,7 @@
 // SIAM Journal on Numerical Analysis 10 (1973), 241-256.
 #pragma once
 
-#include <cstddef>
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -12,16 +12,16 @@ namespace matrix_pack {
 // are overwritten. Z gathers the transformations from the right; null when only the eigenvalues are
 // wanted: the stages then leave out what no eigenvalue depends on.
 struct QzPair {
-  std::ptrdiff_t n;
+  Index n;
   double* a;
   double* b;
   double* z;
 
-  double& A(std::ptrdiff_t i, std::ptrdiff_t j) const { return a[j * n + i]; }
-  double& B(std::ptrdiff_t i, std::ptrdiff_t j) const { return b[j * n + i]; }
-  double* column_of_a(std::ptrdiff_t j) const { return a + j * n; }
-  double* column_of_b(std::ptrdiff_t j) const { return b + j * n; }
-  double* column_of_z(std::ptrdiff_t j) const { return z + j * n; }
+  double& A(Index i, Index j) const { return a[j * n + i]; }
+  double& B(Index i, Index j) const { return b[j * n + i]; }
+  double* column_of_a(Index j) const { return a + j * n; }
+  double* column_of_b(Index j) const { return b + j * n; }
+  double* column_of_z(Index j) const { return z + j * n; }
 };
 
 // The eigenvalues alpha / beta by their position on the diagonal, beta >= 0. Of a complex pair the
@@ -33,7 +33,7 @@ struct QzValues {
 };
 
 // The stages, in their order. `work` has room for kQzWork n doubles.
-inline constexpr std::ptrdiff_t kQzWork = 6;
+inline constexpr Index kQzWork = 6;
 
 // A becomes upper Hessenberg, B upper triangular, Z the product of the transformations from the
 // right.

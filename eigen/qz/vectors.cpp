@@ -26,18 +26,18 @@ struct Substitution {
   double *xr, *xi, *rr, *ri;
 
   bool real() const { return alpha.im == 0.0; }
-  Complex r(std::ptrdiff_t i) const { return {rr[i], ri[i]}; }
-  void set_x(std::ptrdiff_t i, Complex x) const {
+  Complex r(Index i) const { return {rr[i], ri[i]}; }
+  void set_x(Index i, Complex x) const {
     xr[i] = x.re;
     xi[i] = x.im;
   }
   // Element (i, j) of beta A - alpha B, on or above the diagonal.
-  Complex element(std::ptrdiff_t i, std::ptrdiff_t j) const {
+  Complex element(Index i, Index j) const {
     return {beta * pair.A(i, j) - alpha.re * pair.B(i, j), -alpha.im * pair.B(i, j)};
   }
 };
 
-bool ends_block(const QzPair& p, std::ptrdiff_t i) {
+bool ends_block(const QzPair& p, Index i) {
   return i > 0 && p.A(i, i - 1) != 0.0;
 }
 
@@ -49,13 +49,13 @@ Complex negative(Complex z) {
   return {-z.re, -z.im};
 }
 
-void solve_row(const Substitution& s, std::ptrdiff_t i) {
+void solve_row(const Substitution& s, Index i) {
   s.set_x(i, divide_safely(negative(s.r(i)), s.element(i, i), s.epsb));
 }
 
 // Rows i and i + 1, [w x; y z], form a block of order 2. The lower component by Cramer's rule, the
 // upper one from the row with the larger coefficient.
-void solve_block(const Substitution& s, std::ptrdiff_t i) {
+void solve_block(const Substitution& s, Index i) {
   const Complex w = s.element(i, i);
   const Complex x = s.element(i, i + 1);
   const Complex y = {s.beta * s.pair.A(i + 1, i), 0.0};
@@ -71,7 +71,7 @@ void solve_block(const Substitution& s, std::ptrdiff_t i) {
 }
 
 // The component k is known: its share in the first `rows` rows.
-void settle(const Substitution& s, std::ptrdiff_t k, std::ptrdiff_t rows) {
+void settle(const Substitution& s, Index k, Index rows) {
   const QzKernels& kernels = qz_kernels();
   const double* a = s.pair.column_of_a(k);
   const double* b = s.pair.column_of_b(k);
@@ -88,7 +88,7 @@ double magnitude(Complex z) {
 
 // Keeps components i .. end-1, and the sums above them, in range: defective pairs divide by the
 // tolerance again and again.
-void keep_in_range(const Substitution& s, std::ptrdiff_t i, std::ptrdiff_t end) {
+void keep_in_range(const Substitution& s, Index i, Index end) {
   if (magnitude({s.xr[i], s.xi[i]}) <= kGrown && magnitude({s.xr[i + 1], s.xi[i + 1]}) <= kGrown)
     return;
   const VectorKernels& kernels = vector_kernels();
@@ -99,32 +99,32 @@ void keep_in_range(const Substitution& s, std::ptrdiff_t i, std::ptrdiff_t end) 
 }
 
 // The components above `known`, of which those up to end - 1 are known and settled.
-void substitute(const Substitution& s, std::ptrdiff_t known, std::ptrdiff_t end) {
-  std::ptrdiff_t i = known;
+void substitute(const Substitution& s, Index known, Index end) {
+  Index i = known;
   while (i > 0) {
     const bool block = ends_block(s.pair, i - 1);
-    const std::ptrdiff_t first = block ? i - 2 : i - 1;
+    const Index first = block ? i - 2 : i - 1;
     if (block)
       solve_block(s, first);
     else
       solve_row(s, first);
     keep_in_range(s, first, end);
-    for (std::ptrdiff_t k = i; k-- > first;) settle(s, k, first);
+    for (Index k = i; k-- > first;) settle(s, k, first);
     i = first;
   }
 }
 
 // The vector, whose components end before `end`, in original coordinates: to column k of Z, and its
 // imaginary part to column k + 1. Its largest component gets the modulus 1.
-void back_transform(const Substitution& s, std::ptrdiff_t end, std::ptrdiff_t k) {
+void back_transform(const Substitution& s, Index end, Index k) {
   const QzPair& p = s.pair;
-  const std::ptrdiff_t ends[] = {end, end};
+  const Index ends[] = {end, end};
   double* const re = p.column_of_z(k);
   const double* const im = re + p.n;
   const int parts = s.real() ? 1 : 2;
-  triangular_kernels().combine(p.n, p.z, p.n, parts, s.xr, p.n, ends, re);
+  back_transformation_kernels().combine(p.n, {p.z, p.n}, parts, {s.xr, p.n}, ends, re);
   double largest = 0.0;
-  for (std::ptrdiff_t i = 0; i < p.n; ++i) {
+  for (Index i = 0; i < p.n; ++i) {
     const double modulus = s.real() ? std::fabs(re[i]) : std::sqrt(re[i] * re[i] + im[i] * im[i]);
     if (modulus > largest) largest = modulus;
   }
@@ -133,7 +133,7 @@ void back_transform(const Substitution& s, std::ptrdiff_t end, std::ptrdiff_t k)
 
 // The last component, and for a complex vector the one above it, by the last row: the last is i, so
 // that the real parts end above it.
-void start(const Substitution& s, std::ptrdiff_t k, std::ptrdiff_t en) {
+void start(const Substitution& s, Index k, Index en) {
   std::fill(s.xr, s.xr + 4 * s.pair.n, 0.0);
   if (s.real()) return s.set_x(en, {1.0, 0.0});
   const double y = s.beta * s.pair.A(en, k);
@@ -150,14 +150,13 @@ double power_of_two(double x) {
 
 // The vector of eigenvalue k. Only the ratio of alpha and beta matters: the larger one comes to be
 // between 1 and 2, so that products stay in range.
-Substitution substitution(const QzPair& pair, const QzValues& values, std::ptrdiff_t k,
-                          double* work) {
+Substitution substitution(const QzPair& pair, const QzValues& values, Index k, double* work) {
   const double alfr = values.alfr[k];
   const double alfi = values.alfi[k];
   const double beta = values.beta[k];
   const double largest = std::max({std::fabs(alfr), std::fabs(alfi), beta});
   const double scale = largest >= std::numeric_limits<double>::min() ? power_of_two(largest) : 1.0;
-  const std::ptrdiff_t n = pair.n;
+  const Index n = pair.n;
   return {pair,         {alfr / scale, alfi / scale},
           beta / scale, pair.B(n - 1, 0),
           work,         work + n,
@@ -167,11 +166,11 @@ Substitution substitution(const QzPair& pair, const QzValues& values, std::ptrdi
 }  // namespace
 
 void qz_vectors(const QzPair& pair, const QzValues& values, double* work) {
-  for (std::ptrdiff_t en = pair.n - 1; en >= 0; --en) {
-    const std::ptrdiff_t k = ends_block(pair, en) ? en - 1 : en;
+  for (Index en = pair.n - 1; en >= 0; --en) {
+    const Index k = ends_block(pair, en) ? en - 1 : en;
     const Substitution s = substitution(pair, values, k, work);
     start(s, k, en);
-    for (std::ptrdiff_t j = en; j >= k; --j) settle(s, j, k);
+    for (Index j = en; j >= k; --j) settle(s, j, k);
     substitute(s, k, en + 1);
     back_transform(s, en + 1, k);
     en = k;

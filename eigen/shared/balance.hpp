@@ -5,21 +5,14 @@
 // (1969).
 #pragma once
 
-#include <cstddef>
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
-
-// The part arrays of a square matrix; `im` is null for a real one.
-struct Parts {
-  double* re;
-  double* im;
-  std::ptrdiff_t ld;
-  int n;
-};
 
 // What balancing did. Rows and columns outside low..igh hold isolated eigenvalues: below the
 // diagonal, their columns to the left and their rows at the bottom are zero.
 struct Balance {
+  int n;  // The order of the matrix.
   int low;
   int igh;
   int scaled_end;  // scale[low..scaled_end-1] are factors; the other entries are the numbers of the
@@ -27,7 +20,7 @@ struct Balance {
   double* scale;   // n entries, the caller's.
 };
 
-// Balances A in place.
+// Balances A, n x n, in place; A is real when its imaginary part is null.
 //   stop_at  when the search for rows isolates row `stop_at`, balancing ends: igh stays there and
 //            nothing is scaled
 //   cost     n^2 per pass, a few passes
@@ -35,10 +28,10 @@ struct Balance {
 //            them in rows low..igh to the left. Then, until a pass changes nothing, each row and
 //            column with sums r and c of off-diagonal magnitudes is scaled by a power of two that
 //            makes c and r alike, where that lowers c + r by 5 %.
-Balance balance(const Parts& a, int stop_at, double* scale);
+Balance balance(int n, const ComplexView& a, int stop_at, double* scale);
 
-// Turns eigenvectors of the balanced matrix (columns of V, n x n) into those of the original one:
-// scales the rows, then undoes the exchanges in reverse.
-void undo_balance(const Balance& b, const Parts& v);
+// Makes the eigenvectors of the balanced matrix (columns of V, n x n) those of the original one:
+// scales the rows, then undoes the exchanges in reverse. V is real when its imaginary part is null.
+void undo_balance(const Balance& b, const ComplexView& v);
 
 }  // namespace matrix_pack

@@ -4,7 +4,6 @@
 
 #include <vector>
 
-#include "eigen/shared/balance.hpp"
 #include "pack/numeric/vector_plain.hpp"
 
 namespace matrix_pack::plain {

@@ -1,7 +1,7 @@
 // The scaling of eigenvectors: within a core, and at its end.
 #pragma once
 
-#include "eigen/shared/balance.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -10,8 +10,8 @@ namespace matrix_pack {
 inline constexpr double kGrown = 0x1p+256;
 inline constexpr double kShrink = 0x1p-256;
 
-// Divides every column of V by its component of largest modulus, which becomes exactly 1; of equal
-// ones, the first. A column of zeros stays.
-void scale_to_largest(const Parts& v);
+// Divides every column of V, n x n, by its component of largest modulus, which becomes exactly 1;
+// of equal ones, the first. A column of zeros stays.
+void scale_to_largest(int n, const ComplexView& v);
 
 }  // namespace matrix_pack

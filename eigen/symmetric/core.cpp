@@ -23,7 +23,7 @@ const char* symmetric_eigenvectors(aMatrix* a) {
   if (const char* message = check_copy(a)) return message;
   const int n = a->rows;
   double* const z = a->re;
-  const std::ptrdiff_t ld = a->leading_dimension;
+  const Index ld = a->leading_dimension;
   const Doubles d = new_doubles(n);
   const Doubles e = new_doubles(n);
   if (!d || !e) return kOutOfMemory;

@@ -86,7 +86,7 @@ const char* tridiagonal_ql(double* d, double* e, int n) {
   return iterate(d, e, n, nullptr);
 }
 
-const char* tridiagonal_ql_with_vectors(double* d, double* e, int n, double* z, std::ptrdiff_t ld) {
+const char* tridiagonal_ql_with_vectors(double* d, double* e, int n, double* z, Index ld) {
   RisingRotations rotations;
   if (!rotations.open(z, ld, n, n)) return kOutOfMemory;
   if (const char* message = iterate(d, e, n, &rotations)) return message;

@@ -3,7 +3,7 @@
 // Source: Martin and Wilkinson, "The implicit QL algorithm" (1968).
 #pragma once
 
-#include <cstddef>
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -16,6 +16,6 @@ const char* tridiagonal_ql(double* d, double* e, int n);
 // The same; Z, n x n, is multiplied by the rotations, and its columns become the eigenvectors.
 //   returns  also "out of memory"
 //   cost     about 6 n^3 flops, 64 n doubles of work
-const char* tridiagonal_ql_with_vectors(double* d, double* e, int n, double* z, std::ptrdiff_t ld);
+const char* tridiagonal_ql_with_vectors(double* d, double* e, int n, double* z, Index ld);
 
 }  // namespace matrix_pack

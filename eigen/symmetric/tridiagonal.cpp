@@ -37,7 +37,7 @@ double make_reflection(double* row, int l, double scale, double* e) {
 }
 
 // Row i of A := v, column i := v / h, for the accumulation.
-void keep_reflection(double* a, std::ptrdiff_t ld, int i, const double* v, double h) {
+void keep_reflection(double* a, Index ld, int i, const double* v, double h) {
   double* const column = a + i * ld;
   std::copy_n(v, i, column);
   vector_kernels().divide(i, h, column);
@@ -45,7 +45,7 @@ void keep_reflection(double* a, std::ptrdiff_t ld, int i, const double* v, doubl
 }
 
 // Reduces A; d[i] becomes the h of reflection i, 0 where there is none. `work` has 4 n doubles.
-void reduce(double* a, std::ptrdiff_t ld, int n, double* d, double* e, double* work, bool keep) {
+void reduce(double* a, Index ld, int n, double* d, double* e, double* work, bool keep) {
   const TridiagonalKernels& kernels = tridiagonal_kernels();
   double* v = work;
   double* next_v = work + n;
@@ -78,7 +78,7 @@ void reduce(double* a, std::ptrdiff_t ld, int n, double* d, double* e, double* w
 
 }  // namespace
 
-const char* tridiagonalize(double* a, std::ptrdiff_t ld, int n, double* d, double* e) {
+const char* tridiagonalize(double* a, Index ld, int n, double* d, double* e) {
   const Doubles work = new_doubles(std::int64_t{4} * n);
   if (!work) return kOutOfMemory;
   reduce(a, ld, n, d, e, work.get(), false);
@@ -86,7 +86,7 @@ const char* tridiagonalize(double* a, std::ptrdiff_t ld, int n, double* d, doubl
   return nullptr;
 }
 
-const char* tridiagonalize_with_vectors(double* a, std::ptrdiff_t ld, int n, double* d, double* e) {
+const char* tridiagonalize_with_vectors(double* a, Index ld, int n, double* d, double* e) {
   static_assert(kReflectionsAtOnce >= 4, "the reduction needs 4 n doubles");
   const Doubles work = new_doubles(std::int64_t{kReflectionsAtOnce} * n);
   if (!work) return kOutOfMemory;

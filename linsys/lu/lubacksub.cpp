@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "linsys/lu/complex_matrix.hpp"
 #include "linsys/lu/substitution_kernels.hpp"
 #include "pack/checks.hpp"
+#include "pack/matrix_views.hpp"
 #include "pack/memory.hpp"
 #include "pack/messages.hpp"
-#include "pack/numeric/complex_arithmetic.hpp"
 
 namespace matrix_pack {
 
@@ -41,8 +40,9 @@ const char* lubacksub(const aMatrix* lu, const double* pivots, aMatrix* b) {
   Index first = 0;
   while (first < n && x[first] == 0.0) ++first;
   const SubstitutionKernels& kernels = substitution_kernels();
-  kernels.forward(n - first, lu->re + (first + first * n), n, x + first);
-  kernels.backward(n, lu->re, n, x);
+  const ConstRealView a = real_view(lu);
+  kernels.forward(n - first, a.from(first, first), x + first);
+  kernels.backward(n, a, x);
   return nullptr;
 }
 
@@ -54,17 +54,17 @@ const char* clubacksub(aMatrix* lu, const double* pivots, aMatrix* b) {
   const bool had_re = b->re != nullptr;
   const bool had_im = b->im != nullptr;
   if (!provide_parts(lu) || !provide_parts(b)) return kOutOfMemory;
-  const Split a = split(lu);
-  const Split x = split(b);
+  const ComplexView a = complex_view(lu);
+  const ComplexView x = complex_view(b);
   for (Index i = 0; i < n; ++i)
-    if (a.re[i + i * n] == 0.0 && a.im[i + i * n] == 0.0) return kSingularMatrix;
+    if (is_zero(a(i, i))) return kSingularMatrix;
   exchange(n, pivots, 1.0, x.re);
   exchange(n, pivots, 1.0, x.im);
   Index first = 0;
-  while (first < n && x.re[first] == 0.0 && x.im[first] == 0.0) ++first;
+  while (first < n && is_zero(x[first])) ++first;
   const ComplexSubstitutionKernels& kernels = complex_substitution_kernels();
-  kernels.forward(n - first, a + (first + first * n), n, x + first);
-  kernels.backward(n, a, n, x);
+  kernels.forward(n - first, a.from(first, first), x + first);
+  kernels.backward(n, a, x);
   if (!had_re) drop_zeros(b, &aMatrix::re);
   if (!had_im) drop_zeros(b, &aMatrix::im);
   return nullptr;

@@ -8,7 +8,7 @@
 #include "pack/messages.hpp"
 #include "pack/numeric/complex_arithmetic.hpp"
 #include "pack/numeric/epsilon.hpp"
-#include "pack/numeric/split.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack::plain {
 
@@ -28,12 +28,9 @@ struct ComplexArray {
   static constexpr double kEpsilon = kEps * kEps;
   static constexpr bool kLastOfEqualsWins = false;
   Index n;
-  Split a;
-  Complex get(Index i, Index j) const { return {a.re[i + j * n], a.im[i + j * n]}; }
-  void set(Index i, Index j, Complex x) const {
-    a.re[i + j * n] = x.re;
-    a.im[i + j * n] = x.im;
-  }
+  ComplexView a;
+  Complex get(Index i, Index j) const { return a[i + j * n]; }
+  void set(Index i, Index j, Complex x) const { a.set(i + j * n, x); }
 };
 
 inline double modulus(double x) {

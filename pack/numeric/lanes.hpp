@@ -3,7 +3,8 @@
 // its file, so that no code compiled for one instruction set ever serves another.
 #pragma once
 
-#include <cstddef>
+#include "pack/numeric/moduli.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
@@ -24,38 +25,33 @@ constexpr int kParts = kLanes / kWidth;
 typedef double Vector __attribute__((vector_size(8 * kWidth)));
 typedef long long VectorBits __attribute__((vector_size(8 * kWidth)));
 
-#define MATRIX_LANES_INLINE [[maybe_unused]] inline __attribute__((always_inline))
-
 // Loads and stores of any width, a single double included.
 template <class V>
-MATRIX_LANES_INLINE V load(const double* p) {
+MATRIX_INLINE V load(const double* p) {
   typedef V Unaligned __attribute__((aligned(8), may_alias));
   return *reinterpret_cast<const Unaligned*>(p);
 }
 
 template <class V>
-MATRIX_LANES_INLINE void store(double* p, V x) {
+MATRIX_INLINE void store(double* p, V x) {
   typedef V Unaligned __attribute__((aligned(8), may_alias));
   *reinterpret_cast<Unaligned*>(p) = x;
 }
 
-MATRIX_LANES_INLINE Vector load_vector(const double* p) {
+MATRIX_INLINE Vector load_vector(const double* p) {
   return load<Vector>(p);
 }
 
-MATRIX_LANES_INLINE void store_vector(double* p, Vector x) {
+MATRIX_INLINE void store_vector(double* p, Vector x) {
   store(p, x);
 }
 
-// |x| of any width.
-template <class V>
-MATRIX_LANES_INLINE V magnitude(V x) {
-  if constexpr (sizeof(V) == sizeof(double)) {
-    return __builtin_fabs(x);
-  } else {
-    typedef long long Bits __attribute__((vector_size(sizeof(V))));
-    return reinterpret_cast<V>(reinterpret_cast<Bits>(x) & 0x7FFFFFFFFFFFFFFFLL);
-  }
+MATRIX_INLINE Index smaller(Index a, Index b) {
+  return a < b ? a : b;
+}
+
+MATRIX_INLINE Index larger(Index a, Index b) {
+  return a > b ? a : b;
 }
 
 struct Lanes {
@@ -65,10 +61,10 @@ struct Lanes {
 // Calls body(k, V{}) for stretches of elements from k on that together cover from...n: as many of
 // the full width as fit, then at most one of each smaller width. Nothing beyond n is touched.
 template <class Body>
-MATRIX_LANES_INLINE void over_elements(std::ptrdiff_t from, std::ptrdiff_t n, Body body) {
+MATRIX_INLINE void over_elements(Index from, Index n, Body body) {
   typedef double Four __attribute__((vector_size(32)));
   typedef double Two __attribute__((vector_size(16)));
-  std::ptrdiff_t k = from;
+  Index k = from;
   for (; k + kWidth <= n; k += kWidth) body(k, Vector{});
   if constexpr (kWidth > 4)
     if (k + 4 <= n) {
@@ -84,32 +80,32 @@ MATRIX_LANES_INLINE void over_elements(std::ptrdiff_t from, std::ptrdiff_t n, Bo
 }
 
 // sums[q] += x[q] * y[q]
-MATRIX_LANES_INLINE void add_products(Lanes& sums, const double* x, const double* y) {
+MATRIX_INLINE void add_products(Lanes& sums, const double* x, const double* y) {
   for (int i = 0; i < kParts; ++i)
     sums.part[i] += load_vector(x + i * kWidth) * load_vector(y + i * kWidth);
 }
 
-MATRIX_LANES_INLINE void store_lanes(double* p, const Lanes& lanes) {
+MATRIX_INLINE void store_lanes(double* p, const Lanes& lanes) {
   for (int i = 0; i < kParts; ++i) store_vector(p + i * kWidth, lanes.part[i]);
 }
 
 // The one order in which eight partial sums are joined.
-MATRIX_LANES_INLINE double join(const double* s) {
+MATRIX_INLINE double join(const double* s) {
   return ((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]));
 }
 
 // The sum of n terms in the one order; term(k, V{}) gives as many terms from k on as V has
 // elements.
 template <class Term>
-MATRIX_LANES_INLINE double sum_of(std::ptrdiff_t n, Term term) {
+MATRIX_INLINE double sum_of(Index n, Term term) {
   Lanes lanes = {};
-  std::ptrdiff_t whole = 0;
+  Index whole = 0;
   for (; whole + kLanes <= n; whole += kLanes)
     for (int i = 0; i < kParts; ++i) lanes.part[i] += term(whole + i * kWidth, Vector{});
   double sums[kLanes];
   store_lanes(sums, lanes);
   over_elements(
-      whole, n, [&]<class V>(std::ptrdiff_t k, V) __attribute__((always_inline)) {
+      whole, n, [&]<class V>(Index k, V) __attribute__((always_inline)) {
         double* const sum = sums + (k - whole);
         store(sum, load<V>(sum) + term(k, V{}));
       });

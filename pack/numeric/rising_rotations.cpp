@@ -10,7 +10,7 @@ constexpr std::int64_t kFullSweeps = 32;
 
 }  // namespace
 
-bool RisingRotations::open(double* columns, std::ptrdiff_t leading_dimension, int row_count,
+bool RisingRotations::open(double* columns, Index leading_dimension, int row_count,
                            int column_count) {
   n = column_count;
   ld = leading_dimension;
@@ -24,8 +24,8 @@ bool RisingRotations::open(double* columns, std::ptrdiff_t leading_dimension, in
   return true;
 }
 
-Rotation* RisingRotations::sweep(std::ptrdiff_t first, std::ptrdiff_t last) {
-  const std::ptrdiff_t length = last - first + 1;
+Rotation* RisingRotations::sweep(Index first, Index last) {
+  const Index length = last - first + 1;
   if (count == kMostSweeps || used + length > kFullSweeps * n) flush();
   Rotation* const place = rotations + used;
   // Counted from the last column up.

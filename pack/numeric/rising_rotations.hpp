@@ -3,20 +3,19 @@
 // sees the same operations in the same order as if each rotation were applied at once.
 #pragma once
 
-#include <cstddef>
-
 #include "pack/memory.hpp"
 #include "pack/numeric/rotation_kernels.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
 struct RisingRotations {
   // For the columns of the rows x n array `columns`. False when there is no memory.
-  bool open(double* columns, std::ptrdiff_t leading_dimension, int row_count, int column_count);
+  bool open(double* columns, Index leading_dimension, int row_count, int column_count);
 
   // Room for the rotations of one sweep, which the caller fills in before the next call: the first
   // turns columns last + 1 and last, in this order, and so on up to columns first + 1 and first.
-  Rotation* sweep(std::ptrdiff_t first, std::ptrdiff_t last);
+  Rotation* sweep(Index first, Index last);
 
   // Applies what is kept back.
   void flush();
@@ -24,12 +23,12 @@ struct RisingRotations {
   static constexpr int kMostSweeps = 64;
 
   double* last_column;
-  std::ptrdiff_t ld;
-  std::ptrdiff_t rows;
-  std::ptrdiff_t n;
+  Index ld;
+  Index rows;
+  Index n;
   Doubles work;  // A panel of rows, then rotations.
   Rotation* rotations;
-  std::ptrdiff_t used;
+  Index used;
   int count;
   Sweep sweeps[kMostSweeps];
 };

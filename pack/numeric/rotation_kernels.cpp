@@ -6,16 +6,6 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-using Index = std::ptrdiff_t;
-
-Index smaller(Index a, Index b) {
-  return a < b ? a : b;
-}
-
-Index larger(Index a, Index b) {
-  return a > b ? a : b;
-}
-
 // Rows that turn together. They are copied side by side, so that no stride of the matrix can make
 // columns displace each other from the cache; rows that there are not are zeros, and stay zeros.
 constexpr Index kRows = 4 * kWidth;
@@ -43,7 +33,7 @@ void copy_out(Index rows, Index cols, const double* panel, double* a, Index ld) 
 // `count` rotations from column a on, of kVectors vectors of rows. The column that two rotations
 // share stays in registers.
 template <int kVectors>
-MATRIX_LANES_INLINE void turn_run(double* a, Index ld, const Rotation* rotations, Index count) {
+MATRIX_INLINE void turn_run(double* a, Index ld, const Rotation* rotations, Index count) {
   Vector x[kVectors];
   for (int p = 0; p < kVectors; ++p) x[p] = load_vector(a + p * kWidth);
   for (Index j = 0; j < count; ++j, a += ld) {

@@ -3,9 +3,8 @@
 // pack/numeric/lanes.hpp is.
 #pragma once
 
-#include "pack/numeric/complex_arithmetic.hpp"
 #include "pack/numeric/lanes.hpp"
-#include "pack/numeric/split.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
@@ -33,7 +32,7 @@ struct Run {
 };
 
 template <int H>
-MATRIX_LANES_INLINE Run<H> load(const double* p) {
+MATRIX_INLINE Run<H> load(const double* p) {
   using R = Run<H>;
   R run;
   MATRIX_UNROLL
@@ -42,7 +41,7 @@ MATRIX_LANES_INLINE Run<H> load(const double* p) {
 }
 
 template <int H>
-MATRIX_LANES_INLINE void store(double* p, const Run<H>& run) {
+MATRIX_INLINE void store(double* p, const Run<H>& run) {
   using R = Run<H>;
   MATRIX_UNROLL
   for (int v = 0; v < R::kVectors; ++v) store<typename R::V>(p + v * R::kVectorWidth, run.part[v]);
@@ -50,21 +49,21 @@ MATRIX_LANES_INLINE void store(double* p, const Run<H>& run) {
 
 // y - x * factor
 template <int H>
-MATRIX_LANES_INLINE Run<H> minus_multiple(Run<H> y, const Run<H>& x, double factor) {
+MATRIX_INLINE Run<H> minus_multiple(Run<H> y, const Run<H>& x, double factor) {
   MATRIX_UNROLL
   for (int v = 0; v < Run<H>::kVectors; ++v) y.part[v] -= x.part[v] * factor;
   return y;
 }
 
 template <int H>
-MATRIX_LANES_INLINE Run<H> quotient(Run<H> x, double divisor) {
+MATRIX_INLINE Run<H> quotient(Run<H> x, double divisor) {
   MATRIX_UNROLL
   for (int v = 0; v < Run<H>::kVectors; ++v) x.part[v] = x.part[v] / divisor;
   return x;
 }
 
 template <int H>
-MATRIX_LANES_INLINE Run<H> magnitudes(Run<H> x) {
+MATRIX_INLINE Run<H> magnitudes(Run<H> x) {
   MATRIX_UNROLL
   for (int v = 0; v < Run<H>::kVectors; ++v) x.part[v] = magnitude(x.part[v]);
   return x;
@@ -72,7 +71,7 @@ MATRIX_LANES_INLINE Run<H> magnitudes(Run<H> x) {
 
 // The larger one of each pair; a NaN in x is passed over.
 template <int H>
-MATRIX_LANES_INLINE Run<H> larger(Run<H> old, const Run<H>& x) {
+MATRIX_INLINE Run<H> larger(Run<H> old, const Run<H>& x) {
   MATRIX_UNROLL
   for (int v = 0; v < Run<H>::kVectors; ++v)
     old.part[v] = x.part[v] > old.part[v] ? x.part[v] : old.part[v];
@@ -82,7 +81,7 @@ MATRIX_LANES_INLINE Run<H> larger(Run<H> old, const Run<H>& x) {
 // The larger one of each pair of magnitudes, by their bits: a NaN is larger than all numbers, and
 // nothing faults.
 template <int H>
-MATRIX_LANES_INLINE Run<H> larger_bits(Run<H> old, const Run<H>& x) {
+MATRIX_INLINE Run<H> larger_bits(Run<H> old, const Run<H>& x) {
   using R = Run<H>;
   using Bits = typename VectorOf<R::kVectorWidth>::Bits;
   MATRIX_UNROLL
@@ -95,7 +94,7 @@ MATRIX_LANES_INLINE Run<H> larger_bits(Run<H> old, const Run<H>& x) {
 }
 
 template <int H>
-MATRIX_LANES_INLINE double largest_of(const Run<H>& run) {
+MATRIX_INLINE double largest_of(const Run<H>& run) {
   double lanes[H];
   store(lanes, run);
   double largest = lanes[0];
@@ -112,19 +111,19 @@ struct ComplexRun {
 };
 
 template <int H>
-MATRIX_LANES_INLINE ComplexRun<H> load(ConstSplit p) {
+MATRIX_INLINE ComplexRun<H> load(ConstComplexView p) {
   return {load<H>(p.re), load<H>(p.im)};
 }
 
 template <int H>
-MATRIX_LANES_INLINE void store(Split p, const ComplexRun<H>& run) {
+MATRIX_INLINE void store(ComplexView p, const ComplexRun<H>& run) {
   store(p.re, run.re);
   store(p.im, run.im);
 }
 
 template <int H>
-MATRIX_LANES_INLINE ComplexRun<H> minus_multiple(ComplexRun<H> y, const ComplexRun<H>& x,
-                                                 Complex factor) {
+MATRIX_INLINE ComplexRun<H> minus_multiple(ComplexRun<H> y, const ComplexRun<H>& x,
+                                           Complex factor) {
   MATRIX_UNROLL
   for (int v = 0; v < Run<H>::kVectors; ++v) {
     y.re.part[v] -= x.re.part[v] * factor.re - x.im.part[v] * factor.im;
@@ -133,19 +132,12 @@ MATRIX_LANES_INLINE ComplexRun<H> minus_multiple(ComplexRun<H> y, const ComplexR
   return y;
 }
 
-MATRIX_LANES_INLINE double element(const double* p) {
-  return *p;
-}
-MATRIX_LANES_INLINE Complex element(ConstSplit p) {
-  return {*p.re, *p.im};
-}
-
 template <int H>
 struct Height {};
 
 // Calls body(Height<H>()) with the largest H of 8, 4, 2 and 1 up to n; not at all when n is 0.
 template <class Body>
-MATRIX_LANES_INLINE void by_height(Index n, Body body) {
+MATRIX_INLINE void by_height(Index n, Body body) {
   if (n >= 8)
     body(Height<8>());
   else if (n >= 4)
@@ -159,29 +151,32 @@ MATRIX_LANES_INLINE void by_height(Index n, Body body) {
 // p[i...] := f(i) for runs of H that cover 0 to n - 1, n >= H. The last two runs may overlap: the
 // last one is computed before anything is stored, so f may read what is stored to.
 template <int H, class Array, class Function>
-MATRIX_LANES_INLINE void map_runs(Index n, Array p, Function f) {
+MATRIX_INLINE void map_runs(Index n, Array p, Function f) {
   const auto last = f(n - H);
   for (Index i = 0; i + H < n; i += H) store(p + i, f(i));
   store(p + (n - H), last);
 }
 
-// Exchanges two rows, of `cols` elements ld apart.
-MATRIX_LANES_INLINE void exchange(Index cols, double* x, double* y, Index ld) {
+// Exchanges rows i and k of `cols` columns.
+MATRIX_INLINE void exchange_rows(Index cols, RealView a, Index i, Index k) {
   for (Index j = 0; j < cols; ++j) {
-    const double t = x[j * ld];
-    x[j * ld] = y[j * ld];
-    y[j * ld] = t;
+    const double t = a(i, j);
+    a(i, j) = a(k, j);
+    a(k, j) = t;
   }
 }
+MATRIX_INLINE void exchange_rows(Index cols, ComplexView a, Index i, Index k) {
+  exchange_rows(cols, RealView{a.re, a.ld}, i, k);
+  exchange_rows(cols, RealView{a.im, a.ld}, i, k);
+}
 
-// Columns of `a`, n long and ld apart, := columns - multipliers * row
-template <class ConstArray, class Array>
-MATRIX_LANES_INLINE void subtract_rank_one(Index n, Index cols, ConstArray multipliers,
-                                           ConstArray row, Array a, Index ld) {
+// Columns of `a`, n long, := columns - multipliers * row
+template <class Vector, class View>
+MATRIX_INLINE void subtract_rank_one(Index n, Index cols, Vector multipliers, View row, View a) {
   by_height(n, [=]<int H>(Height<H>) {
     for (Index j = 0; j < cols; ++j) {
-      const Array column = a + j * ld;
-      const auto factor = element(row + j * ld);
+      const auto column = a.column(j);
+      const auto factor = row(0, j);
       map_runs<H>(n, column, [=](Index i) {
         return minus_multiple(load<H>(column + i), load<H>(multipliers + i), factor);
       });

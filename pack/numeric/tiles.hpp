@@ -1,15 +1,16 @@
-// Rows of a column-major matrix in vectors: square tiles are loaded by columns, turned in registers
-// and stored by columns. Included by *_kernels.cpp only, like pack/numeric/lanes.hpp.
+// Rows of a column-major matrix in vectors: square tiles are loaded by columns, transposed in
+// registers and stored by columns. Included by *_kernels.cpp only, like pack/numeric/lanes.hpp.
 #pragma once
 
 #include "pack/numeric/lanes.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
 // Columns that go side by side through the transformations of rows: a vector holds one row of them.
-// (Eight are no faster than four: it takes more exchanges of lanes to turn them.)
+// (Eight are no faster than four: it takes more exchanges of lanes to transpose them.)
 #if defined(__AVX__)
 constexpr int kSide = 4;
 #else
@@ -30,23 +31,23 @@ using SideIndices = Indices<0, 1>;
 
 // Exchanges the blocks of S lanes in which bit S of the vector's number and of the lane's differ.
 template <int S, int... K>
-MATRIX_LANES_INLINE void exchange(Row& a, Row& b, Indices<K...>) {
+MATRIX_INLINE void exchange(Row& a, Row& b, Indices<K...>) {
   const Row low = __builtin_shufflevector(a, b, ((K & S) != 0 ? kSide + K - S : K)...);
   b = __builtin_shufflevector(a, b, ((K & S) != 0 ? kSide + K : K + S)...);
   a = low;
 }
 
-// Turns rows into columns, and columns into rows.
+// Rows become columns, and columns rows.
 template <int S>
-MATRIX_LANES_INLINE void turn(Row* tile) {
+MATRIX_INLINE void transpose(Row* tile) {
   if constexpr (S < kSide) {
     for (int i = 0; i < kSide; ++i)
       if ((i & S) == 0) exchange<S>(tile[i], tile[i + S], SideIndices());
-    turn<2 * S>(tile);
+    transpose<2 * S>(tile);
   }
 }
 template <int S>
-MATRIX_LANES_INLINE void turn(double*) {}
+MATRIX_INLINE void transpose(double*) {}
 
 // A square tile of a matrix, in registers: vector i is row i.
 template <class V>
@@ -55,21 +56,21 @@ struct Tile {
 };
 
 template <class V>
-MATRIX_LANES_INLINE Tile<V> load_tile(const double* x, std::ptrdiff_t ld) {
+MATRIX_INLINE Tile<V> load_tile(const double* x, Index ld) {
   Tile<V> tile;
   for (int j = 0; j < kLanesOf<V>; ++j) tile.row[j] = load<V>(x + j * ld);
-  turn<1>(tile.row);
+  transpose<1>(tile.row);
   return tile;
 }
 
 template <class V>
-MATRIX_LANES_INLINE void store_tile(double* x, std::ptrdiff_t ld, Tile<V> tile) {
-  turn<1>(tile.row);
+MATRIX_INLINE void store_tile(double* x, Index ld, Tile<V> tile) {
+  transpose<1>(tile.row);
   for (int j = 0; j < kLanesOf<V>; ++j) store(x + j * ld, tile.row[j]);
 }
 
 template <class V>
-MATRIX_LANES_INLINE V load_row(const double* x, std::ptrdiff_t ld) {
+MATRIX_INLINE V load_row(const double* x, Index ld) {
   if constexpr (kLanesOf<V> == 1) {
     return *x;
   } else {
@@ -78,11 +79,69 @@ MATRIX_LANES_INLINE V load_row(const double* x, std::ptrdiff_t ld) {
     return row;
   }
 }
-MATRIX_LANES_INLINE void store_row(double* x, std::ptrdiff_t ld, Row row) {
+MATRIX_INLINE void store_row(double* x, Index ld, Row row) {
   for (int j = 0; j < kSide; ++j) x[j * ld] = row[j];
 }
-MATRIX_LANES_INLINE void store_row(double* x, std::ptrdiff_t, double row) {
+MATRIX_INLINE void store_row(double* x, Index, double row) {
   *x = row;
+}
+
+// G vectors of columns side by side.
+template <class V, int G>
+struct Columns {};
+
+// Calls body(j, Columns<V, G>()) for groups of columns from j on that together cover begin...end:
+// of as many columns as there are, then of fewer.
+template <int G, class Body>
+MATRIX_INLINE void over_columns(Index begin, Index end, Body body) {
+  Index j = begin;
+  for (; j + G * kSide <= end; j += G * kSide) body(j, Columns<Row, G>());
+  if constexpr (G > 1) {
+    for (; j + kSide <= end; j += kSide) body(j, Columns<Row, 1>());
+    for (; j + G <= end; j += G) body(j, Columns<double, G>());
+  }
+  for (; j < end; ++j) body(j, Columns<double, 1>());
+}
+
+// Transformations of rows that go down the columns, which begin at x[0], x[1]...: number i acts on
+// the rows i...i + kCarried. The rows that it shares with the next one stay in registers, and none
+// of the columns waits for another.
+//   apply(i, carried, row)   makes of the rows carried, carried[a] for x[a], and the next one,
+//                            row[a], the row that is done, row[a], and those to be carried on
+//   finish(carried)          sees the rows that are left before they are stored
+template <class V, int kCarried, int kArrays, class Apply, class Finish>
+MATRIX_INLINE void carry_rows(Index count, double* const (&x)[kArrays], Index ld, Apply apply,
+                              Finish finish) {
+  constexpr int kHere = kLanesOf<V>;
+  V carried[kArrays][kCarried];
+  for (int a = 0; a < kArrays; ++a)
+    for (int c = 0; c < kCarried; ++c) carried[a][c] = load_row<V>(x[a] + c, ld);
+  Index i = 0;
+  for (; i + kHere <= count; i += kHere) {
+    Tile<V> tile[kArrays];
+    for (int a = 0; a < kArrays; ++a) tile[a] = load_tile<V>(x[a] + i + kCarried, ld);
+    for (int m = 0; m < kHere; ++m) {
+      V row[kArrays];
+      for (int a = 0; a < kArrays; ++a) row[a] = tile[a].row[m];
+      apply(i + m, carried, row);
+      for (int a = 0; a < kArrays; ++a) tile[a].row[m] = row[a];
+    }
+    for (int a = 0; a < kArrays; ++a) store_tile(x[a] + i, ld, tile[a]);
+  }
+  for (; i < count; ++i) {
+    V row[kArrays];
+    for (int a = 0; a < kArrays; ++a) row[a] = load_row<V>(x[a] + i + kCarried, ld);
+    apply(i, carried, row);
+    for (int a = 0; a < kArrays; ++a) store_row(x[a] + i, ld, row[a]);
+  }
+  finish(carried);
+  for (int a = 0; a < kArrays; ++a)
+    for (int c = 0; c < kCarried; ++c) store_row(x[a] + count + c, ld, carried[a][c]);
+}
+
+template <class V, int kCarried, int kArrays, class Apply>
+MATRIX_INLINE void carry_rows(Index count, double* const (&x)[kArrays], Index ld, Apply apply) {
+  carry_rows<V, kCarried>(count, x, ld, apply, [](auto&) __attribute__((always_inline)){});
 }
 
 }  // namespace

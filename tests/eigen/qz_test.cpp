@@ -14,6 +14,7 @@ namespace matrix_pack {
 namespace {
 
 using namespace test;
+using test::Complex;
 
 aMatrix* value_of(TestHost& host, const Dense& m) {
   return host.matrix(m.rows, m.cols, m.a);
