@@ -48,46 +48,19 @@ MATRIX_INLINE V advance(const Reflector3& h, V* carried, V next) {
   return done;
 }
 
-// A chase on one vector of columns of each of two matrices side by side: neither waits for the
-// other.
-template <class V, class Reflector>
-MATRIX_INLINE void chase_columns(Index count, const Reflector* h, double* a, double* b, Index ld) {
-  constexpr int kLanesHere = kLanesOf<V>;
-  constexpr int kCarried = carried_rows(static_cast<Reflector*>(nullptr));
-  V in_a[kCarried];
-  V in_b[kCarried];
-  for (int c = 0; c < kCarried; ++c) {
-    in_a[c] = load_row<V>(a + c, ld);
-    in_b[c] = load_row<V>(b + c, ld);
-  }
-  Index i = 0;
-  for (; i + kLanesHere <= count; i += kLanesHere) {
-    Tile<V> tile_a = load_tile<V>(a + i + kCarried, ld);
-    Tile<V> tile_b = load_tile<V>(b + i + kCarried, ld);
-    for (int m = 0; m < kLanesHere; ++m) {
-      tile_a.row[m] = advance(h[i + m], in_a, tile_a.row[m]);
-      tile_b.row[m] = advance(h[i + m], in_b, tile_b.row[m]);
-    }
-    store_tile(a + i, ld, tile_a);
-    store_tile(b + i, ld, tile_b);
-  }
-  for (; i < count; ++i) {
-    store_row(a + i, ld, advance(h[i], in_a, load_row<V>(a + i + kCarried, ld)));
-    store_row(b + i, ld, advance(h[i], in_b, load_row<V>(b + i + kCarried, ld)));
-  }
-  for (int c = 0; c < kCarried; ++c) {
-    store_row(a + count + c, ld, in_a[c]);
-    store_row(b + count + c, ld, in_b[c]);
-  }
-}
-
+// A chase on the same columns of two matrices side by side: neither waits for the other.
 template <class Reflector>
 MATRIX_INLINE void chase(Index count, const Reflector* h, Index cols, double* a, double* b,
                          Index ld) {
-  Index j = 0;
-  if (count >= kSide)
-    for (; j + kSide <= cols; j += kSide) chase_columns<Row>(count, h, a + j * ld, b + j * ld, ld);
-  for (; j < cols; ++j) chase_columns<double>(count, h, a + j * ld, b + j * ld, ld);
+  constexpr int kCarried = carried_rows(static_cast<Reflector*>(nullptr));
+  over_columns<1>(
+      0, cols, [=]<class V, int G>(Index j, Columns<V, G>) __attribute__((always_inline)) {
+        double* const x[2] = {a + j * ld, b + j * ld};
+        carry_rows<V, kCarried>(
+            count, x, ld, [=](Index i, auto& carried, auto& row) __attribute__((always_inline)) {
+              for (int m = 0; m < 2; ++m) row[m] = advance(h[i], carried[m], row[m]);
+            });
+      });
 }
 
 void chase_rows2(Index count, const Reflector2* h, Index cols, double* a, double* b, Index ld) {
@@ -133,17 +106,10 @@ MATRIX_INLINE void climb_columns(Index count, const Reflector2* h, double* x, In
 }
 
 void climb_rows(Index count, const Reflector2* h, Index cols, double* x, Index ld) {
-  Index j = 0;
-  for (; j + 2 * kSide <= cols; j += 2 * kSide) climb_columns<Row, 2>(count, h, x + j * ld, ld);
-  if (j + kSide <= cols) {
-    climb_columns<Row, 1>(count, h, x + j * ld, ld);
-    j += kSide;
-  }
-  if (j + 2 <= cols) {
-    climb_columns<double, 2>(count, h, x + j * ld, ld);
-    j += 2;
-  }
-  if (j < cols) climb_columns<double, 1>(count, h, x + j * ld, ld);
+  over_columns<2>(
+      0, cols, [=]<class V, int G>(Index j, Columns<V, G>) __attribute__((always_inline)) {
+        climb_columns<V, G>(count, h, x + j * ld, ld);
+      });
 }
 
 // The reflectors of a climb over columns on G vectors of rows side by side.
