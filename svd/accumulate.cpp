@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "pack/numeric/reflection_kernels.hpp"
 #include "pack/numeric/vector_kernels.hpp"
-#include "svd/svd_kernels.hpp"
 
 namespace matrix_pack {
 
@@ -56,8 +56,8 @@ void accumulate_right(const Bidiagonal& b, const double* rows, double* v) {
   const auto reflect = [&](Index i, Index j, Index columns) {
     if (b.rv1[i + 1] == 0.0) return;
     const Index vector = i * n + i + 1;
-    svd_kernels().reflect_columns(0, n - i - 1, columns, v + j * n + i + 1, n, rows + vector,
-                                  v + vector, 1.0, 1.0);
+    reflection_kernels().reflect_columns(0, n - i - 1, columns, {v + j * n + i + 1, n},
+                                         rows + vector, v + vector, 1.0, 1.0);
   };
   accumulate(0, n, finish, reflect);
 }
@@ -75,8 +75,8 @@ void accumulate_left(const Bidiagonal& b) {
   const auto reflect = [&](Index i, Index j, Index columns) {
     if (b.w[i] == 0.0) return;
     const double* const u = b.a + i * b.ld + i;
-    svd_kernels().reflect_columns(1, b.m - i, columns, b.a + j * b.ld + i, b.ld, u + 1, u, u[0],
-                                  b.w[i]);
+    reflection_kernels().reflect_columns(1, b.m - i, columns, {b.a + j * b.ld + i, b.ld}, u + 1, u,
+                                         u[0], b.w[i]);
   };
   accumulate(0, b.n, finish, reflect);
 }

@@ -4,8 +4,8 @@
 
 #include "eigen/qz/reflector.hpp"
 #include "eigen/qz/stages.hpp"
+#include "pack/numeric/reflection_kernels.hpp"
 #include "pack/numeric/vector_kernels.hpp"
-#include "svd/svd_kernels.hpp"
 
 namespace matrix_pack {
 
@@ -18,7 +18,7 @@ constexpr Index kStrip = 8;
 // B upper triangular by Householder reflections from the left, which A undergoes too.
 void triangularize(const QzPair& pair) {
   const VectorKernels& kernels = vector_kernels();
-  const auto reflect = svd_kernels().reflect_columns;
+  const auto reflect = reflection_kernels().reflect_columns;
   const Index n = pair.n;
   for (Index l = 0; l + 1 < n; ++l) {
     const Index m = n - l;
@@ -31,8 +31,8 @@ void triangularize(const QzPair& pair) {
     v[0] += r;
     const double rho = r * v[0];
     // x becomes x - v (v'x) / rho for the columns x of B behind this one and for those of A.
-    reflect(0, m, n - l - 1, v + n, n, v, v, rho, -1.0);
-    reflect(0, m, n, pair.a + l, n, v, v, rho, -1.0);
+    reflect(0, m, n - l - 1, {v + n, n}, v, v, rho, -1.0);
+    reflect(0, m, n, {pair.a + l, n}, v, v, rho, -1.0);
     v[0] = -s * r;
     std::fill(v + 1, v + m, 0.0);
   }

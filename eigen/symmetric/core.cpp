@@ -2,6 +2,7 @@
 #include "eigen/cores.hpp"
 #include "eigen/symmetric/ql_iteration.hpp"
 #include "eigen/symmetric/tridiagonal.hpp"
+#include "pack/matrix_views.hpp"
 #include "pack/memory.hpp"
 #include "pack/messages.hpp"
 
@@ -13,8 +14,8 @@ const char* symmetric_eigenvalues(EfiCallContext* context, aMatrix* a, aMatrix**
   Doubles d = new_part(n, 1);
   Doubles e = new_doubles(n);
   if (!d || !e) return kOutOfMemory;
-  if (const char* m = tridiagonalize(a->re, a->leading_dimension, n, d.get(), e.get())) return m;
-  if (const char* m = tridiagonal_ql(d.get(), e.get(), n)) return m;
+  if (const char* message = tridiagonalize(n, real_view(a), d.get(), e.get())) return message;
+  if (const char* message = tridiagonal_ql(n, d.get(), e.get())) return message;
   *values = new_matrix(context, n, 1, std::move(d));
   return *values != nullptr ? nullptr : kOutOfMemory;
 }
@@ -22,13 +23,13 @@ const char* symmetric_eigenvalues(EfiCallContext* context, aMatrix* a, aMatrix**
 const char* symmetric_eigenvectors(aMatrix* a) {
   if (const char* message = check_copy(a)) return message;
   const int n = a->rows;
-  double* const z = a->re;
-  const Index ld = a->leading_dimension;
-  const Doubles d = new_doubles(n);
-  const Doubles e = new_doubles(n);
-  if (!d || !e) return kOutOfMemory;
-  if (const char* m = tridiagonalize_with_vectors(z, ld, n, d.get(), e.get())) return m;
-  return tridiagonal_ql_with_vectors(d.get(), e.get(), n, z, ld);
+  const RealView z = real_view(a);
+  const Doubles work = new_doubles(std::int64_t{2} * n);
+  if (!work) return kOutOfMemory;
+  double* const d = work.get();
+  double* const e = d + n;
+  if (const char* message = tridiagonalize_with_vectors(n, z, d, e)) return message;
+  return tridiagonal_ql_with_vectors(n, d, e, z);
 }
 
 }  // namespace matrix_pack

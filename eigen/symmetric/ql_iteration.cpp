@@ -66,7 +66,7 @@ void sweep(double* d, double* e, int l, int m, Rotation* rotations) {
   e[m] = 0.0;
 }
 
-const char* iterate(double* d, double* e, int n, RisingRotations* rotations) {
+const char* iterate(int n, double* d, double* e, RisingRotations* rotations) {
   for (int i = 1; i < n; ++i) e[i - 1] = e[i];
   e[n - 1] = 0.0;
   for (int l = 0; l < n; ++l) {
@@ -82,14 +82,14 @@ const char* iterate(double* d, double* e, int n, RisingRotations* rotations) {
 
 }  // namespace
 
-const char* tridiagonal_ql(double* d, double* e, int n) {
-  return iterate(d, e, n, nullptr);
+const char* tridiagonal_ql(int n, double* d, double* e) {
+  return iterate(n, d, e, nullptr);
 }
 
-const char* tridiagonal_ql_with_vectors(double* d, double* e, int n, double* z, Index ld) {
+const char* tridiagonal_ql_with_vectors(int n, double* d, double* e, RealView z) {
   RisingRotations rotations;
-  if (!rotations.open(z, ld, n, n)) return kOutOfMemory;
-  if (const char* message = iterate(d, e, n, &rotations)) return message;
+  if (!rotations.open(z.x, z.ld, n, n)) return kOutOfMemory;
+  if (const char* message = iterate(n, d, e, &rotations)) return message;
   rotations.flush();
   return nullptr;
 }

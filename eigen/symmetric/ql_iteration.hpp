@@ -11,11 +11,11 @@ namespace matrix_pack {
 //   d, e     as from tridiagonalize; on success d holds the eigenvalues, in no order
 //   returns  null, or "too many iterations" when an eigenvalue takes more than 30 sweeps
 //   cost     about 30 n^2 flops
-const char* tridiagonal_ql(double* d, double* e, int n);
+const char* tridiagonal_ql(int n, double* d, double* e);
 
 // The same; Z, n x n, is multiplied by the rotations, and its columns become the eigenvectors.
 //   returns  also "out of memory"
 //   cost     about 6 n^3 flops, 64 n doubles of work
-const char* tridiagonal_ql_with_vectors(double* d, double* e, int n, double* z, Index ld);
+const char* tridiagonal_ql_with_vectors(int n, double* d, double* e, RealView z);
 
 }  // namespace matrix_pack

@@ -17,10 +17,10 @@ namespace matrix_pack {
 //            sum of its magnitudes, clears the row left of the subdiagonal:
 //            A := A - (v e^T + e v^T), e = p - hh v, p = A v / h. The update of the triangle waits
 //            for the next product, so that each step passes over the triangle once.
-const char* tridiagonalize(double* a, Index ld, int n, double* d, double* e);
+const char* tridiagonalize(int n, RealView a, double* d, double* e);
 
 // The same; A becomes the orthogonal Q with Q^T A Q tridiagonal.
 //   cost     8/3 n^3 flops, 8 n doubles of work
-const char* tridiagonalize_with_vectors(double* a, Index ld, int n, double* d, double* e);
+const char* tridiagonalize_with_vectors(int n, RealView a, double* d, double* e);
 
 }  // namespace matrix_pack

@@ -1,25 +1,24 @@
 #include "eigen/symmetric/tridiagonal_kernels.hpp"
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/column_products.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-void take_row(Index i, double* a, Index ld, const double* u, const double* e, double* row) {
-  for (Index k = 0; k <= i; ++k) row[k] = a[k * ld + i];
+void take_row(Index i, RealView a, const double* u, const double* e, double* row) {
+  for (Index k = 0; k <= i; ++k) row[k] = a(i, k);
   if (u == nullptr) return;
   const double ui = u[i];
   const double ei = e[i];
   for (Index k = 0; k <= i; ++k) row[k] -= ui * e[k] + ei * u[k];
-  a[i * ld + i] = row[i];
+  a(i, i) = row[i];
 }
 
 // What a pass over the triangle works on.
 struct Pass {
   Index n;
-  double* a;
-  Index ld;
+  RealView a;
   const double* u;
   const double* e;
   const double* v;
@@ -30,13 +29,13 @@ struct Pass {
 // go to the partial sums of their columns.
 template <bool kUpdate, bool kMultiply>
 MATRIX_INLINE void one_row(const Pass& s, Index c, int cols, Index r, double (*sums)[kLanes]) {
-  double* a = s.a + c * s.ld + r;
   double p = kMultiply ? s.p[r] : 0.0;
-  for (int j = 0; j < cols; ++j, a += s.ld) {
-    if (kUpdate) *a -= s.u[r] * s.e[c + j] + s.e[r] * s.u[c + j];
+  for (int j = 0; j < cols; ++j) {
+    double& x = s.a(r, c + j);
+    if (kUpdate) x -= s.u[r] * s.e[c + j] + s.e[r] * s.u[c + j];
     if (!kMultiply) continue;
-    p += *a * s.v[c + j];
-    if (r > c + j) sums[j][r % kLanes] += *a * s.v[r];
+    p += x * s.v[c + j];
+    if (r > c + j) sums[j][r % kLanes] += x * s.v[r];
   }
   if (kMultiply) s.p[r] = p;
 }
@@ -63,7 +62,7 @@ MATRIX_INLINE Index whole_rows(Pass s, Index c, Index first, double (*sums)[kLan
       if (kUpdate) u = load_vector(s.u + k), e = load_vector(s.e + k);
       if (kMultiply) v = load_vector(s.v + k), p = load_vector(s.p + k);
       for (int j = 0; j < kCols; ++j) {
-        double* const column = s.a + (c + j) * s.ld;
+        double* const column = s.a.column(c + j);
         Vector x = load_vector(column + k);
         if (kUpdate) {
           x -= u * ec[j] + e * uc[j];
@@ -98,14 +97,12 @@ void columns(const Pass& s, Index c) {
 // Four columns at a time share the loads of the vectors.
 template <bool kUpdate, bool kMultiply>
 void pass(const Pass& s) {
-  Index c = 0;
-  for (; c + 4 <= s.n; c += 4) columns<kUpdate, kMultiply, 4>(s, c);
-  for (; c < s.n; ++c) columns<kUpdate, kMultiply, 1>(s, c);
+  by_fours(0, s.n, [&]<int K>(Index c, Group<K>) { columns<kUpdate, kMultiply, K>(s, c); });
 }
 
-void update_and_multiply(Index n, double* a, Index ld, const double* u, const double* e,
-                         const double* v, double* p) {
-  const Pass s = {n, a, ld, u, e, v, p};
+void update_and_multiply(Index n, RealView a, const double* u, const double* e, const double* v,
+                         double* p) {
+  const Pass s = {n, a, u, e, v, p};
   if (v == nullptr) {
     pass<true, false>(s);
     return;
@@ -125,60 +122,40 @@ void finish_update(Index n, double h, const double* v, double* p) {
   for (Index k = 0; k < n; ++k) p[k] -= hh * v[k];
 }
 
-// Applies one reflection to the first n elements of kCols columns: column -= (u . column) w.
-template <int kCols>
-MATRIX_INLINE void reflect(Index n, const double* u, const double* w, double* const* columns) {
-  Lanes lanes[kCols] = {};
-  Index k = 0;
-  for (; k + kLanes <= n; k += kLanes)
-    for (int j = 0; j < kCols; ++j) add_products(lanes[j], u + k, columns[j] + k);
-  double g[kCols];
-  for (int j = 0; j < kCols; ++j) {
-    double sums[kLanes];
-    store_lanes(sums, lanes[j]);
-    for (Index i = k; i < n; ++i) sums[i - k] += u[i] * columns[j][i];
-    g[j] = join(sums);
-  }
-  for (k = 0; k + kLanes <= n; k += kLanes)
-    for (int i = 0; i < kParts; ++i) {
-      const Vector wk = load_vector(w + k + i * kWidth);
-      for (int j = 0; j < kCols; ++j) {
-        double* const x = columns[j] + k + i * kWidth;
-        store_vector(x, load_vector(x) - wk * g[j]);
-      }
-    }
-  for (; k < n; ++k)
-    for (int j = 0; j < kCols; ++j) columns[j][k] -= g[j] * w[k];
-}
-
-// Reflections i0..i1-1, on kCols columns before them. Row i of the columns becomes 0 behind
-// reflection i: there it held the vector of the reflection, which `rows` now has.
-template <int kCols>
-void reflect_columns(Index i0, Index i1, double* a, Index ld, const double* h, const double* rows,
+// Reflections i0..i1-1, on K columns from c on, which stand before them. Row i of the columns
+// becomes 0 behind reflection i: there it held the vector of the reflection, which `rows` now has.
+template <int K>
+void reflect_columns(Index i0, Index i1, RealView a, const double* h, const double* rows,
                      Index row_length, Index c) {
-  double* columns[kCols];
-  for (int j = 0; j < kCols; ++j) columns[j] = a + (c + j) * ld;
+  const RealView columns = a.from(0, c);
   for (Index i = i0; i < i1; ++i, rows += row_length) {
-    if (h[i] != 0.0) reflect<kCols>(i, rows, a + i * ld, columns);
-    for (int j = 0; j < kCols; ++j) columns[j][i] = 0.0;
+    if (h[i] != 0.0) {
+      // columns := columns - (row . columns) column i
+      double f[K];
+      dots_of<K>(i, columns, rows, f);
+      for (double& fk : f) fk = -fk;
+      add_outer_to<K>(i, columns, a.column(i), f);
+    }
+    for (int k = 0; k < K; ++k) columns(i, k) = 0.0;
   }
 }
 
-void accumulate(Index first, Index count, double* a, Index ld, double* h, double* work) {
+void accumulate(Index first, Index count, RealView a, double* h, double* work) {
   const Index end = first + count;
   for (Index i = first; i < end; ++i)
-    for (Index k = 0; k < i; ++k) work[(i - first) * end + k] = a[k * ld + i];
-  Index c = 0;
-  for (; c + 4 <= first; c += 4) reflect_columns<4>(first, end, a, ld, h, work, end, c);
-  for (; c < first; ++c) reflect_columns<1>(first, end, a, ld, h, work, end, c);
+    for (Index k = 0; k < i; ++k) work[(i - first) * end + k] = a(i, k);
+  by_fours(
+      0, first, [=]<int K>(Index c, Group<K>) __attribute__((always_inline)) {
+        reflect_columns<K>(first, end, a, h, work, end, c);
+      });
   // Columns first..end-1, in ascending order: each begins as a unit vector, and its old contents
   // serve no column from there on.
-  for (; c < end; ++c) {
-    double* const column = a + c * ld;
+  for (Index c = first; c < end; ++c) {
+    double* const column = a.column(c);
     h[c] = column[c];
     for (Index k = 0; k < c; ++k) column[k] = 0.0;
     column[c] = 1.0;
-    reflect_columns<1>(c + 1, end, a, ld, h, work + (c + 1 - first) * end, end, c);
+    reflect_columns<1>(c + 1, end, a, h, work + (c + 1 - first) * end, end, c);
   }
 }
 

@@ -79,16 +79,16 @@ TEST(EigenKernels, SymmetricReductionAndIterationAreThoseOfThePlainLoops) {
       for_each_kernel_set([&] {
         Square b = a;
         Row got_d(n), got_e(n);
-        ASSERT_EQ(tridiagonalize(b.a.data(), n, n, got_d.a.data(), got_e.a.data()), nullptr);
+        ASSERT_EQ(tridiagonalize(n, {b.a.data(), n}, got_d.a.data(), got_e.a.data()), nullptr);
         EXPECT_EQ(got_d.a, d.a);
         EXPECT_EQ(got_e.a, e.a);
         b = a;
-        ASSERT_EQ(tridiagonalize_with_vectors(b.a.data(), n, n, got_d.a.data(), got_e.a.data()),
+        ASSERT_EQ(tridiagonalize_with_vectors(n, {b.a.data(), n}, got_d.a.data(), got_e.a.data()),
                   nullptr);
         EXPECT_EQ(got_d.a, dv.a);
         EXPECT_EQ(got_e.a, ev.a);
         EXPECT_TRUE(b.a == q.a);
-        ASSERT_EQ(tridiagonal_ql_with_vectors(got_d.a.data(), got_e.a.data(), n, b.a.data(), n),
+        ASSERT_EQ(tridiagonal_ql_with_vectors(n, got_d.a.data(), got_e.a.data(), {b.a.data(), n}),
                   nullptr);
         EXPECT_EQ(got_d.a, values.a);
         EXPECT_TRUE(b.a == z.a);

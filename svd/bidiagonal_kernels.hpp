@@ -1,6 +1,5 @@
-// The inner loops of the singular value decomposition, on column-major arrays.
-//
-// Sums have the order of pack/numeric/vector_kernels.hpp, also where several are formed at once.
+// The inner loops of the bidiagonalization. Sums have the order of
+// pack/numeric/vector_kernels.hpp, also where several are formed at once.
 #pragma once
 
 #include "pack/numeric/kernel_sets.hpp"
@@ -15,25 +14,19 @@ inline Index row_sums_work(Index rows) {
   return 8 * (rows < kSumRows ? rows : kSumRows);
 }
 
-struct SvdKernels {
+struct BidiagonalKernels {
   // t[j] = sum over k of (a(j,k) + f[k] * u[j]) * x[k], of the rows x cols array a; without f the
   // sum over k of a(j,k) * x[k]. `work` has row_sums_work(rows) doubles.
-  void (*row_sums)(Index rows, Index cols, const double* a, Index ld, const double* f,
-                   const double* u, const double* x, double* work, double* t);
+  void (*row_sums)(Index rows, Index cols, ConstRealView a, const double* f, const double* u,
+                   const double* x, double* work, double* t);
 
   // A two-sided reflection of the rows x cols array a, and the dot products that begin the next:
   //   a(j,k) += f[k] * u[j]                          the column step; none when u is null
   //   a(j,k) += t[j] * y[k]                          the row step; none when t is null
   //   f[k] = sum over j of a(j,k) * x[j]             unless x is null
-  void (*reflect_both)(Index rows, Index cols, double* a, Index ld, double* f, const double* u,
+  void (*reflect_both)(Index rows, Index cols, RealView a, double* f, const double* u,
                        const double* t, const double* y, const double* x);
-
-  // One reflection of each column of the rows x cols array a, whose first `lead` rows (0 or 1) do
-  // not enter the sums:
-  //   f = ((sum over j >= lead of a(j,k) * x[j - lead]) / d) / g,    a(j,k) += f * v[j]
-  void (*reflect_columns)(Index lead, Index rows, Index cols, double* a, Index ld, const double* x,
-                          const double* v, double d, double g);
 };
-MATRIX_SELECT_KERNELS(SvdKernels, svd_kernels)
+MATRIX_SELECT_KERNELS(BidiagonalKernels, bidiagonal_kernels)
 
 }  // namespace matrix_pack
