@@ -3,10 +3,10 @@
 // the Rotations of a core:
 //
 //   constexpr bool kGuardsFirstRoot
-//   void cancel(p, i, c, s)          turn columns p and i of the left factor
+//   void cancel(p, i, c, s)          rotates columns p and i of the left factor
 //   void begin_sweep(l, count)       a sweep of `count` steps begins at columns l and l + 1
-//   void right(c, s), left(c, s)     turn the step's two columns of the right (left) factor
-//   void negate(k)                   column k of the right factor
+//   void right(c, s), left(c, s)     rotate the step's two columns of the right (left) factor
+//   void negate(k)                   negates column k of the right factor
 #pragma once
 
 #include <cmath>

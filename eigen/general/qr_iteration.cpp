@@ -93,7 +93,7 @@ void take_two(Iteration& it, double w) {
     it.wr[na] = it.wr[en] = x + zz;
     if (zz != 0.0) it.wr[en] = x - w / zz;
     it.wi[na] = it.wi[en] = 0.0;
-    if (it.work.has_z()) make_triangular(it, zz);
+    if (it.work.has_z) make_triangular(it, zz);
   } else {
     it.wr[na] = it.wr[en] = x + p;
     it.wi[na] = zz;

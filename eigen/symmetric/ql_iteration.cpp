@@ -3,8 +3,9 @@
 #include <cmath>
 
 #include "eigen/cores.hpp"
+#include "pack/memory.hpp"
 #include "pack/messages.hpp"
-#include "pack/numeric/rising_rotations.hpp"
+#include "pack/numeric/rotation_batch.hpp"
 
 namespace matrix_pack {
 
@@ -31,8 +32,8 @@ double shifted_end(const double* d, const double* e, int l, int m) {
   return d[m] - d[l] + e[l] / (g + (g >= 0.0 ? r : -r));
 }
 
-// One sweep from m up to l. The rotations go to `rotations`, as rising_rotations.hpp has it, unless
-// it is null. Kept: a zero radius r has no case of its own.
+// One sweep from m up to l. The rotations of columns m and m - 1, m - 1 and m - 2... go to
+// `rotations` unless it is null. Kept: a zero radius r has no case of its own.
 void sweep(double* d, double* e, int l, int m, Rotation* rotations) {
   double g = shifted_end(d, e, l, m);
   double s = 1.0;
@@ -66,7 +67,7 @@ void sweep(double* d, double* e, int l, int m, Rotation* rotations) {
   e[m] = 0.0;
 }
 
-const char* iterate(int n, double* d, double* e, RisingRotations* rotations) {
+const char* iterate(int n, double* d, double* e, RotationBatch* kept) {
   for (int i = 1; i < n; ++i) e[i - 1] = e[i];
   e[n - 1] = 0.0;
   for (int l = 0; l < n; ++l) {
@@ -74,7 +75,7 @@ const char* iterate(int n, double* d, double* e, RisingRotations* rotations) {
       const int m = find_split(d, e, l, n);
       if (m == l) break;
       if (sweeps == kMostSweeps) return kTooManyIterations;
-      sweep(d, e, l, m, rotations == nullptr ? nullptr : rotations->sweep(l, m - 1));
+      sweep(d, e, l, m, kept == nullptr ? nullptr : kept->sweep(n - 1 - m, m - l));
     }
   }
   return nullptr;
@@ -87,10 +88,13 @@ const char* tridiagonal_ql(int n, double* d, double* e) {
 }
 
 const char* tridiagonal_ql_with_vectors(int n, double* d, double* e, RealView z) {
-  RisingRotations rotations;
-  if (!rotations.open(z.x, z.ld, n, n)) return kOutOfMemory;
-  if (const char* message = iterate(n, d, e, &rotations)) return message;
-  rotations.flush();
+  const Array<Rotation> rotations = new_array<Rotation>(kept_rotations(n));
+  const Doubles panel = new_doubles(panel_size(n));
+  if (!rotations || !panel) return kOutOfMemory;
+  // A sweep rises: its columns are counted from the last one down.
+  RotationBatch kept(n, {z.column(n - 1), -z.ld}, n, rotations.get(), panel.get());
+  if (const char* message = iterate(n, d, e, &kept)) return message;
+  kept.apply();
   return nullptr;
 }
 

@@ -12,7 +12,7 @@ struct Rotation {
   double s;
 };
 
-// The rotations of one sweep, in order: rotations[j - first] turns columns j and j + 1, for
+// The rotations of one sweep, in order: rotations[j - first] is that of columns j and j + 1, for
 // first <= j < first + count.
 struct Sweep {
   Index first;
@@ -20,7 +20,7 @@ struct Sweep {
   const Rotation* rotations;
 };
 
-// The doubles of work that `turn` needs for sweeps over so many columns: a panel of rows, which
+// The doubles of work that `rotate` needs for sweeps over so many columns: a panel of rows, which
 // begins with a cache line.
 inline constexpr Index kPanelRows = 32;
 inline constexpr Index panel_size(Index columns) {
@@ -29,10 +29,9 @@ inline constexpr Index panel_size(Index columns) {
 
 struct RotationKernels {
   // The sweeps, one after the other, on the columns of an array of `rows` rows. `work` is room of
-  // panel_size of the columns between the first and the last that turns; one sweep alone does
-  // without. Columns that are counted from the last one down have a negative `ld`.
-  void (*turn)(Index rows, double* a, Index ld, const Sweep* sweeps, Index sweep_count,
-               double* work);
+  // panel_size of the columns between the first and the last that takes part; one sweep alone does
+  // without. Columns that are counted from the last one down have a negative distance.
+  void (*rotate)(Index rows, RealView a, const Sweep* sweeps, Index sweep_count, double* work);
 };
 MATRIX_SELECT_KERNELS(RotationKernels, rotation_kernels)
 
