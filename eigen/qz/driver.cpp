@@ -21,9 +21,12 @@ const char* check_shapes(const aMatrix* a, const aMatrix* b) {
 
 // What the stages work on, and what they find.
 struct QzStorage {
-  Doubles z, values, work;
+  Doubles z, doubles;
+  Array<Reflector2> pairs;
+  Array<Reflector3> triples;
   QzPair pair;
   QzValues found;
+  double* vector_work;
 
   Index n() const { return pair.n; }
 };
@@ -32,30 +35,33 @@ bool allocate(QzStorage& s, aMatrix* a, aMatrix* b, bool with_z) {
   const std::int64_t n = a->rows;
   if (!provide_part(a, &aMatrix::re) || !provide_part(b, &aMatrix::re)) return false;
   if (with_z && !(s.z = new_zero_part(n, n))) return false;
-  s.values = new_doubles(3 * n);
-  s.work = new_doubles(kQzWork * n);
-  if (!s.values || !s.work) return false;
+  s.doubles = new_doubles((with_z ? 7 : 3) * n);
+  s.pairs = new_array<Reflector2>(2 * n);
+  s.triples = new_array<Reflector3>(n);
+  if (!s.doubles || !s.pairs || !s.triples) return false;
   s.pair = {a->rows, a->re, b->re, s.z.get()};
   if (with_z)
     for (Index i = 0; i < n; ++i) s.pair.column_of_z(i)[i] = 1.0;
-  s.found = {s.values.get(), s.values.get() + n, s.values.get() + 2 * n};
+  double* const values = s.doubles.get();
+  s.found = {values, values + n, values + 2 * n};
+  s.vector_work = values + 3 * n;
   return true;
 }
 
 const char* run_stages(const QzStorage& s) {
-  qz_reduce(s.pair, s.work.get());
-  if (const char* message = qz_iterate(s.pair, s.work.get())) return message;
+  qz_reduce(s.pair, s.pairs.get());
+  if (const char* message = qz_iterate(s.pair, s.pairs.get(), s.triples.get())) return message;
   qz_eigenvalues(s.pair, s.found);
-  if (s.pair.z != nullptr) qz_vectors(s.pair, s.found, s.work.get());
+  if (s.pair.z != nullptr) qz_vectors(s.pair, s.found, s.vector_work);
   return nullptr;
 }
 
 // What is small enough to be rounding error counts as zero.
 void clear_small(const QzStorage& s) {
   const double tolerance = std::sqrt(static_cast<double>(s.n())) * kEps;
-  double* const values = s.values.get();
-  for (Index i = 0; i < 3 * s.n(); ++i)
-    if (std::fabs(values[i]) <= tolerance) values[i] = 0.0;
+  for (double* values : {s.found.alfr, s.found.alfi, s.found.beta})
+    for (Index i = 0; i < s.n(); ++i)
+      if (std::fabs(values[i]) <= tolerance) values[i] = 0.0;
 }
 
 // Both drivers: vectors are wanted when `vectors` is not null.

@@ -23,7 +23,8 @@ constexpr Index kStrip = 8;
 struct Iteration {
   const QzPair& pair;
   const QzKernels& kernels;
-  double* work;
+  Reflector2* pairs;  // Room for the reflectors of a step.
+  Reflector3* triples;
   double epsa, epsb;  // Elements of A (of B) up to these magnitudes count as zero.
   Index top, en;      // The active block: rows and columns top .. en.
 
@@ -124,8 +125,8 @@ struct RowChase {
   Index next;    // The first column that does not take part yet.
   Reflector* h;  // By row.
 
-  RowChase(const Iteration& iteration, Index row)
-      : it(iteration), first(row), next(row), h(reinterpret_cast<Reflector*>(iteration.work)) {}
+  RowChase(const Iteration& iteration, Index row, Reflector* room)
+      : it(iteration), first(row), next(row), h(room) {}
 
   // Lets column `col` and its neighbours take part, from the reflector on row `row` on.
   void take_in(Index col, Index row) {
@@ -184,7 +185,7 @@ void single_step(const Iteration& it, Index l, double shift) {
   if (l != it.top) p.A(l, l - 1) = -p.A(l, l - 1);
   double a1 = p.A(l, l) / p.B(l, l) - shift;
   double a2 = p.A(l + 1, l) / p.B(l, l);
-  RowChase<Reflector2> rows(it, l);
+  RowChase<Reflector2> rows(it, l, it.pairs);
   Index k = l;
   for (; k < it.en; ++k) {
     if (k > l) {
@@ -206,7 +207,7 @@ void double_step(const Iteration& it, double a1, double a2, double a3) {
   const QzPair& p = it.pair;
   const Index l = it.top;
   const Index na = it.en - 1;
-  RowChase<Reflector3> rows(it, l);
+  RowChase<Reflector3> rows(it, l, it.triples);
   for (Index k = l; k < na; ++k) {
     if (k > l) {
       a1 = p.A(k, k - 1);
@@ -289,8 +290,8 @@ const char* deflate_block(Iteration& it) {
 
 }  // namespace
 
-const char* qz_iterate(const QzPair& pair, double* work) {
-  Iteration it = {pair, qz_kernels(), work, 0.0, 0.0, 0, pair.n - 1};
+const char* qz_iterate(const QzPair& pair, Reflector2* pairs, Reflector3* triples) {
+  Iteration it = {pair, qz_kernels(), pairs, triples, 0.0, 0.0, 0, pair.n - 1};
   set_tolerances(it);
   while (it.en >= 2)
     if (const char* message = deflate_block(it)) return message;

@@ -62,9 +62,8 @@ void restore_triangle(const QzPair& pair, Index k, Index count, Reflector2* righ
 
 }  // namespace
 
-void qz_reduce(const QzPair& pair, double* work) {
+void qz_reduce(const QzPair& pair, Reflector2* left) {
   const Index n = pair.n;
-  auto* const left = reinterpret_cast<Reflector2*>(work);
   Reflector2* const right = left + n;
   triangularize(pair);
   const QzKernels& kernels = qz_kernels();

@@ -4,7 +4,7 @@
 // SIAM Journal on Numerical Analysis 10 (1973), 241-256.
 #pragma once
 
-#include "pack/numeric/views.hpp"
+#include "eigen/qz/reflector_kernels.hpp"
 
 namespace matrix_pack {
 
@@ -32,22 +32,22 @@ struct QzValues {
   double* beta;
 };
 
-// The stages, in their order. `work` has room for kQzWork n doubles.
-inline constexpr Index kQzWork = 6;
+// The stages, in their order, with the room that they need.
 
 // A becomes upper Hessenberg, B upper triangular, Z the product of the transformations from the
-// right.
-void qz_reduce(const QzPair& pair, double* work);
+// right. `pairs` has room for 2 n.
+void qz_reduce(const QzPair& pair, Reflector2* pairs);
 
 // The Hessenberg-triangular pair becomes quasi-triangular: blocks of order 1 and 2 on the diagonal
-// of A. Null, or "too many iterations". Leaves B's tolerance for zero in B(n, 1).
-const char* qz_iterate(const QzPair& pair, double* work);
+// of A. Null, or "too many iterations". Leaves B's tolerance for zero in B(n, 1). `pairs` and
+// `triples` have room for n.
+const char* qz_iterate(const QzPair& pair, Reflector2* pairs, Reflector3* triples);
 
 // The eigenvalues of the quasi-triangular pair; blocks with real eigenvalues are split.
 void qz_eigenvalues(const QzPair& pair, const QzValues& values);
 
 // Z becomes the eigenvectors: a column for a real eigenvalue; for a complex pair the real and the
-// imaginary part of the vector of its first one.
+// imaginary part of the vector of its first one. `work` has room for 4 n doubles.
 void qz_vectors(const QzPair& pair, const QzValues& values, double* work);
 
 }  // namespace matrix_pack
