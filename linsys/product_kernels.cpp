@@ -16,9 +16,9 @@ __attribute__((noinline)) void subtract_tile(Index k, ConstRealView a, ConstReal
                                              Index b_down, RealView c) {
   Run<H> tile[N];
   MATRIX_UNROLL
-  for (int j = 0; j < N; ++j) tile[j] = load<H>(c.column(j));
+  for (int j = 0; j < N; ++j) tile[j] = load<Run<H>>(c.column(j));
   for (Index t = 0; t < k; ++t) {
-    const Run<H> column = load<H>(a.x);
+    const Run<H> column = load<Run<H>>(a.x);
     MATRIX_UNROLL
     for (int j = 0; j < N; ++j) {
       const double factor = b(0, j);
@@ -29,7 +29,7 @@ __attribute__((noinline)) void subtract_tile(Index k, ConstRealView a, ConstReal
     b.x += b_down;
   }
   MATRIX_UNROLL
-  for (int j = 0; j < N; ++j) store<H>(c.column(j), tile[j]);
+  for (int j = 0; j < N; ++j) store(c.column(j), tile[j]);
 }
 
 template <int H, int N>
@@ -39,8 +39,8 @@ __attribute__((noinline)) void subtract_tile(Index k, ConstComplexView a, ConstC
   Run<H> im[N];
   MATRIX_UNROLL
   for (int j = 0; j < N; ++j) {
-    re[j] = load<H>(c.column(j).re);
-    im[j] = load<H>(c.column(j).im);
+    re[j] = load<Run<H>>(c.column(j).re);
+    im[j] = load<Run<H>>(c.column(j).im);
   }
   ConstComplexView b_again = b;
 #if defined(__AVX512F__)
@@ -50,8 +50,8 @@ __attribute__((noinline)) void subtract_tile(Index k, ConstComplexView a, ConstC
   asm("" : "+r"(b_again.re), "+r"(b_again.im));
 #endif
   for (Index t = 0; t < k; ++t) {
-    const Run<H> a_re = load<H>(a.re);
-    const Run<H> a_im = load<H>(a.im);
+    const Run<H> a_re = load<Run<H>>(a.re);
+    const Run<H> a_im = load<Run<H>>(a.im);
     MATRIX_UNROLL
     for (int j = 0; j < N; ++j) {
       const Index at = j * b.ld;
@@ -67,8 +67,8 @@ __attribute__((noinline)) void subtract_tile(Index k, ConstComplexView a, ConstC
   }
   MATRIX_UNROLL
   for (int j = 0; j < N; ++j) {
-    store<H>(c.column(j).re, re[j]);
-    store<H>(c.column(j).im, im[j]);
+    store(c.column(j).re, re[j]);
+    store(c.column(j).im, im[j]);
   }
 }
 

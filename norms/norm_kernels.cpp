@@ -61,10 +61,9 @@ void complex_column_sum(Index rows, const ConstComplexView& a, Index at, double*
   *sum = 0.0;
   for (Index j = 0; j < rows; j += kStretch) {
     const Index count = smaller(kStretch, rows - j);
-    over_elements(
-        0, count, [&]<class V>(Index i, V) __attribute__((always_inline)) {
-          store(moduli + i, element_magnitude<V, true>(a, at + j + i));
-        });
+    over_elements(0, count, [&]<class V>(Index i, V) MATRIX_INLINE_LAMBDA {
+      store(moduli + i, element_magnitude<V, true>(a, at + j + i));
+    });
     for (Index i = 0; i < count; ++i) *sum += moduli[i];
   }
 }
@@ -91,12 +90,11 @@ void sum_rows(Index rows, Index cols, const ConstComplexView& a, double* sums) {
   for (Index j = 0; j < rows; ++j) sums[j] = 0.0;
   for (Index k0 = 0; k0 < cols; k0 += kStretchColumns) {
     const Index k1 = smaller(k0 + kStretchColumns, cols);
-    over_elements(
-        0, rows, [&]<class V>(Index j, V) __attribute__((always_inline)) {
-          V s = load<V>(sums + j);
-          for (Index k = k0; k < k1; ++k) s += element_magnitude<V, kComplex>(a, k * a.ld + j);
-          store(sums + j, s);
-        });
+    over_elements(0, rows, [&]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+      V s = load<V>(sums + j);
+      for (Index k = k0; k < k1; ++k) s += element_magnitude<V, kComplex>(a, k * a.ld + j);
+      store(sums + j, s);
+    });
   }
 }
 

@@ -13,16 +13,15 @@ MATRIX_INLINE void add_terms(Index rows, ConstRealView a, const double* f, const
   Factors<kColumns> fk = {};
   if constexpr (kColumnStep) fk = factors<kColumns>(f, kLanes);
   const auto xk = factors<kColumns>(x, kLanes);
-  over_elements(
-      0, rows, [=]<class V>(Index j, V) __attribute__((always_inline)) {
-        V sum = load<V>(sums + j);
-        for (int k = 0; k < kColumns; ++k) {
-          V ajk = load<V>(a.column(k * kLanes) + j);
-          if constexpr (kColumnStep) ajk += load<V>(u + j) * fk.of[k];
-          sum += ajk * xk.of[k];
-        }
-        store(sums + j, sum);
-      });
+  over_elements(0, rows, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+    V sum = load<V>(sums + j);
+    for (int k = 0; k < kColumns; ++k) {
+      V ajk = load<V>(a.column(k * kLanes) + j);
+      if constexpr (kColumnStep) ajk += load<V>(u + j) * fk.of[k];
+      sum += ajk * xk.of[k];
+    }
+    store(sums + j, sum);
+  });
 }
 
 // The same for those of the columns k, k + 8, k + 16 and k + 24 that exist.
@@ -52,13 +51,12 @@ void sums_of_rows(Index rows, Index cols, ConstRealView a, const double* f, cons
   for (Index k = 0; k < cols; k += 4 * kLanes)
     for (Index q = 0; q < smaller(kLanes, cols - k); ++q)
       add_lane<kColumnStep>(rows, k + q, cols, a, f, u, x, sums + q * rows);
-  const auto pair = [=]<class V>(Index q, Index j, V) __attribute__((always_inline)) {
+  const auto pair = [=]<class V>(Index q, Index j, V) MATRIX_INLINE_LAMBDA {
     return load<V>(sums + q * rows + j) + load<V>(sums + (q + 4) * rows + j);
   };
-  over_elements(
-      0, rows, [=]<class V>(Index j, V v) __attribute__((always_inline)) {
-        store(t + j, (pair(0, j, v) + pair(2, j, v)) + (pair(1, j, v) + pair(3, j, v)));
-      });
+  over_elements(0, rows, [=]<class V>(Index j, V v) MATRIX_INLINE_LAMBDA {
+    store(t + j, (pair(0, j, v) + pair(2, j, v)) + (pair(1, j, v) + pair(3, j, v)));
+  });
 }
 
 void row_sums(Index rows, Index cols, ConstRealView a, const double* f, const double* u,
@@ -78,24 +76,22 @@ MATRIX_INLINE void update_and_dot(Index rows, RealView a, double* f, const doubl
                                   const double* t, const double* y, const double* x) {
   const auto fk = factors<kColumns>(f);
   const auto yk = factors<kColumns>(y);
-  dots_with<kColumns>(
-      rows, x, f, [=]<class V>(Index j, V) __attribute__((always_inline)) {
-        const V uj = load<V>(u + j);
-        const V tj = load<V>(t + j);
-        return [=](int k) __attribute__((always_inline)) {
-          V ajk = load<V>(a.column(k) + j) + uj * fk.of[k];
-          ajk += tj * yk.of[k];
-          store(a.column(k) + j, ajk);
-          return ajk;
-        };
-      });
+  dots_with<kColumns>(rows, x, f, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+    const V uj = load<V>(u + j);
+    const V tj = load<V>(t + j);
+    return [=](int k) MATRIX_INLINE_LAMBDA {
+      V ajk = load<V>(a.column(k) + j) + uj * fk.of[k];
+      ajk += tj * yk.of[k];
+      store(a.column(k) + j, ajk);
+      return ajk;
+    };
+  });
 }
 
 void add_outer(Index rows, Index cols, RealView a, const double* u, const double* f) {
-  by_fours(
-      0, cols, [=]<int K>(Index k, Group<K>) __attribute__((always_inline)) {
-        add_outer_to<K>(rows, a.from(0, k), u, f + k);
-      });
+  by_fours(0, cols, [=]<int K>(Index k, Group<K>) MATRIX_INLINE_LAMBDA {
+    add_outer_to<K>(rows, a.from(0, k), u, f + k);
+  });
 }
 
 void reflect_both(Index rows, Index cols, RealView a, double* f, const double* u, const double* t,
@@ -117,10 +113,9 @@ void reflect_both(Index rows, Index cols, RealView a, double* f, const double* u
   if (u != nullptr) add_outer(rows, cols, a, u, f);
   if (t != nullptr) add_outer(rows, cols, a, t, y);
   if (x == nullptr) return;
-  by_fours(
-      0, cols, [=]<int K>(Index k, Group<K>) __attribute__((always_inline)) {
-        dots_of<K>(rows, a.from(0, k), x, f + k);
-      });
+  by_fours(0, cols, [=]<int K>(Index k, Group<K>) MATRIX_INLINE_LAMBDA {
+    dots_of<K>(rows, a.from(0, k), x, f + k);
+  });
 }
 
 }  // namespace

@@ -52,26 +52,24 @@ void triangularize(Index first, Index last, Index right, const ComplexView& h,
 void rotate_rows(const ComplexRotationRun& run, const ComplexView& h, Index begin, Index end) {
   if (run.first > run.last) return;
   const ComplexRotation* const f = run.rotations;
-  over_columns<2>(
-      begin, end, [=]<class V, int G>(Index j, Columns<V, G>) __attribute__((always_inline)) {
-        double* parts[2 * G];
-        for (int g = 0; g < G; ++g) {
-          const ComplexView column = h.from(run.first - 1, j + g * kLanesOf<V>);
-          parts[2 * g] = column.re;
-          parts[2 * g + 1] = column.im;
-        }
-        carry_rows<V, 1>(
-            run.last - run.first + 1, parts,
-            h.ld, [=](Index i, auto& carried, auto& row) __attribute__((always_inline)) {
-              for (int g = 0; g < 2 * G; g += 2) {
-                ComplexOf<V> y = {carried[g][0], carried[g + 1][0]};
-                ComplexOf<V> z = {row[g], row[g + 1]};
-                rotate_pair_of_rows(f[i], y, z);
-                row[g] = y.re, row[g + 1] = y.im;
-                carried[g][0] = z.re, carried[g + 1][0] = z.im;
-              }
-            });
-      });
+  over_columns<2>(begin, end, [=]<class V, int G>(Index j, Columns<V, G>) MATRIX_INLINE_LAMBDA {
+    double* parts[2 * G];
+    for (int g = 0; g < G; ++g) {
+      const ComplexView column = h.from(run.first - 1, j + g * kLanesOf<V>);
+      parts[2 * g] = column.re;
+      parts[2 * g + 1] = column.im;
+    }
+    carry_rows<V, 1>(run.last - run.first + 1, parts, h.ld,
+                     [=](Index i, auto& carried, auto& row) MATRIX_INLINE_LAMBDA {
+                       for (int g = 0; g < 2 * G; g += 2) {
+                         ComplexOf<V> y = {carried[g][0], carried[g + 1][0]};
+                         ComplexOf<V> z = {row[g], row[g + 1]};
+                         rotate_pair_of_rows(f[i], y, z);
+                         row[g] = y.re, row[g + 1] = y.im;
+                         carried[g][0] = z.re, carried[g + 1][0] = z.im;
+                       }
+                     });
+  });
 }
 
 // Columns i-1 and i of rows begin..end-1.
@@ -79,14 +77,13 @@ MATRIX_INLINE void rotate_two_columns(const ComplexRotation& f, const ComplexVie
                                       Index begin, Index end) {
   const ComplexView left = h.column(i - 1);
   const ComplexView right = h.column(i);
-  over_elements(
-      begin, end, [=]<class V>(Index k, V) __attribute__((always_inline)) {
-        ComplexOf<V> y = load<V>(left, k);
-        ComplexOf<V> z = load<V>(right, k);
-        rotate_pair_of_columns(f, y, z);
-        store(left, k, y);
-        store(right, k, z);
-      });
+  over_elements(begin, end, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    ComplexOf<V> y = load<V>(left, k);
+    ComplexOf<V> z = load<V>(right, k);
+    rotate_pair_of_columns(f, y, z);
+    store(left, k, y);
+    store(right, k, z);
+  });
 }
 
 // Column run.last of rows begin..end-1, times the phase.
@@ -95,10 +92,9 @@ MATRIX_INLINE void multiply_by_phase(const ComplexRotationRun& run, const Comple
   const Complex phase = run.phase;
   if (phase.im == 0.0) return;
   const ComplexView x = h.column(run.last);
-  over_elements(
-      begin, end, [=]<class V>(Index k, V) __attribute__((always_inline)) {
-        store(x, k, multiply(load<V>(x, k), phase));
-      });
+  over_elements(begin, end, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    store(x, k, multiply(load<V>(x, k), phase));
+  });
 }
 
 // Rows that go through a run together, in registers.

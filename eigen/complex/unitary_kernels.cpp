@@ -9,15 +9,13 @@ namespace {
 // x := x - f u with f = u^H x / h: the reflection of n rows of a column.
 MATRIX_INLINE void reflect_rows(Index n, const ConstComplexView& u, double h,
                                 const ComplexView& x) {
-  const Complex product = complex_sum_of(
-      n, [=]<class V>(Index k, V) __attribute__((always_inline)) {
-        return multiply_conjugate(load<V>(x, k), load<V>(u, k));
-      });
+  const Complex product = complex_sum_of(n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    return multiply_conjugate(load<V>(x, k), load<V>(u, k));
+  });
   const Complex f = {product.re / h, product.im / h};
-  over_elements(
-      0, n, [=]<class V>(Index k, V) __attribute__((always_inline)) {
-        store(x, k, subtract(load<V>(x, k), multiply(load<V>(u, k), f)));
-      });
+  over_elements(0, n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    store(x, k, subtract(load<V>(x, k), multiply(load<V>(u, k), f)));
+  });
 }
 
 // x := x - w conj(f), then y := y + x g: an update of a column that has waited, and what the column
@@ -25,15 +23,14 @@ MATRIX_INLINE void reflect_rows(Index n, const ConstComplexView& u, double h,
 template <bool kUpdate, bool kProduct>
 MATRIX_INLINE void update_and_add(Index n, Complex f, const ConstComplexView& w, Complex g,
                                   const ComplexView& y, const ComplexView& x) {
-  over_elements(
-      0, n, [=]<class V>(Index k, V) __attribute__((always_inline)) {
-        ComplexOf<V> z = load<V>(x, k);
-        if constexpr (kUpdate) {
-          z = subtract(z, multiply_conjugate(load<V>(w, k), f));
-          store(x, k, z);
-        }
-        if constexpr (kProduct) store(y, k, add(load<V>(y, k), multiply(z, g)));
-      });
+  over_elements(0, n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    ComplexOf<V> z = load<V>(x, k);
+    if constexpr (kUpdate) {
+      z = subtract(z, multiply_conjugate(load<V>(w, k), f));
+      store(x, k, z);
+    }
+    if constexpr (kProduct) store(y, k, add(load<V>(y, k), multiply(z, g)));
+  });
 }
 
 void reflect_column(const UnitaryReflection* before, const UnitaryReflection* now, Index j,

@@ -111,23 +111,22 @@ void reflect_rows(const ReflectorRun& run, RealView h, Index begin, Index end) {
   // The last reflector of a sweep has two rows.
   const Index threes = (run.last == run.en ? run.last - 1 : run.last) - run.first;
   const Reflector* const f = run.reflectors;
-  over_columns<2>(
-      begin, end, [=]<class V, int G>(Index j, Columns<V, G>) __attribute__((always_inline)) {
-        double* x[G];
-        for (int g = 0; g < G; ++g) x[g] = h.column(j + g * kLanesOf<V>) + run.first;
-        const auto apply = [=](Index i, auto& carried, auto& row) __attribute__((always_inline)) {
-          for (int g = 0; g < G; ++g) row[g] = advance(f[i], carried[g], row[g]);
-        };
-        const auto finish = [=](auto& carried) __attribute__((always_inline)) {
-          if (run.last != run.en || f[threes].x == 0.0) return;
-          for (int g = 0; g < G; ++g) {
-            const V p = carried[g][0] + carried[g][1] * f[threes].q;
-            carried[g][0] -= p * f[threes].x;
-            carried[g][1] -= p * f[threes].y;
-          }
-        };
-        carry_rows<V, 2>(threes, x, h.ld, apply, finish);
-      });
+  over_columns<2>(begin, end, [=]<class V, int G>(Index j, Columns<V, G>) MATRIX_INLINE_LAMBDA {
+    double* x[G];
+    for (int g = 0; g < G; ++g) x[g] = h.column(j + g * kLanesOf<V>) + run.first;
+    const auto apply = [=](Index i, auto& carried, auto& row) MATRIX_INLINE_LAMBDA {
+      for (int g = 0; g < G; ++g) row[g] = advance(f[i], carried[g], row[g]);
+    };
+    const auto finish = [=](auto& carried) MATRIX_INLINE_LAMBDA {
+      if (run.last != run.en || f[threes].x == 0.0) return;
+      for (int g = 0; g < G; ++g) {
+        const V p = carried[g][0] + carried[g][1] * f[threes].q;
+        carried[g][0] -= p * f[threes].x;
+        carried[g][1] -= p * f[threes].y;
+      }
+    };
+    carry_rows<V, 2>(threes, x, h.ld, apply, finish);
+  });
 }
 
 // Rows that go through a run together, in registers.

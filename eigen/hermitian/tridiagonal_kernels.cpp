@@ -89,14 +89,13 @@ struct Pass {
         rows(whole + p * kWidth, left, right, left_lanes[p], right_lanes[p]);
     ComplexSums left_sums = sums_of(left_lanes);
     ComplexSums right_sums = sums_of(right_lanes);
-    over_elements(
-        whole, n, [&]<class V>(Index j, V) __attribute__((always_inline)) {
-          ComplexOf<V> left_sum = load<V>(left_sums.view(), j - whole);
-          ComplexOf<V> right_sum = load<V>(right_sums.view(), j - whole);
-          rows(j, left, right, left_sum, right_sum);
-          store(left_sums.view(), j - whole, left_sum);
-          store(right_sums.view(), j - whole, right_sum);
-        });
+    over_elements(whole, n, [&]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+      ComplexOf<V> left_sum = load<V>(left_sums.view(), j - whole);
+      ComplexOf<V> right_sum = load<V>(right_sums.view(), j - whole);
+      rows(j, left, right, left_sum, right_sum);
+      store(left_sums.view(), j - whole, left_sum);
+      store(right_sums.view(), j - whole, right_sum);
+    });
     if constexpr (kMultiply) {
       w.set(first - 2, add(w[first - 2], left_sums.joined()));
       w.set(first - 1, add(w[first - 1], right_sums.joined()));

@@ -53,14 +53,14 @@ template <class Reflector>
 MATRIX_INLINE void chase(Index count, const Reflector* h, Index cols, double* a, double* b,
                          Index ld) {
   constexpr int kCarried = carried_rows(static_cast<Reflector*>(nullptr));
-  over_columns<1>(
-      0, cols, [=]<class V, int G>(Index j, Columns<V, G>) __attribute__((always_inline)) {
-        double* const x[2] = {a + j * ld, b + j * ld};
-        carry_rows<V, kCarried>(
-            count, x, ld, [=](Index i, auto& carried, auto& row) __attribute__((always_inline)) {
-              for (int m = 0; m < 2; ++m) row[m] = advance(h[i], carried[m], row[m]);
-            });
-      });
+  over_columns<1>(0, cols, [=]<class V, int G>(Index j, Columns<V, G>) MATRIX_INLINE_LAMBDA {
+    double* const x[2] = {a + j * ld, b + j * ld};
+    carry_rows<V, kCarried>(count, x, ld,
+                            [=](Index i, auto& carried, auto& row) MATRIX_INLINE_LAMBDA {
+                              for (int m = 0; m < 2; ++m)
+                                row[m] = advance(h[i], carried[m], row[m]);
+                            });
+  });
 }
 
 void chase_rows2(Index count, const Reflector2* h, Index cols, double* a, double* b, Index ld) {
@@ -106,10 +106,9 @@ MATRIX_INLINE void climb_columns(Index count, const Reflector2* h, double* x, In
 }
 
 void climb_rows(Index count, const Reflector2* h, Index cols, double* x, Index ld) {
-  over_columns<2>(
-      0, cols, [=]<class V, int G>(Index j, Columns<V, G>) __attribute__((always_inline)) {
-        climb_columns<V, G>(count, h, x + j * ld, ld);
-      });
+  over_columns<2>(0, cols, [=]<class V, int G>(Index j, Columns<V, G>) MATRIX_INLINE_LAMBDA {
+    climb_columns<V, G>(count, h, x + j * ld, ld);
+  });
 }
 
 // The reflectors of a climb over columns on G vectors of rows side by side.
@@ -133,8 +132,8 @@ void climb_cols(Index count, const Reflector2* h, Index rows, double* x, Index l
   Index r = 0;
   for (; r + kGroup * kWidth <= rows; r += kGroup * kWidth)
     climb_elements<Vector, kGroup>(count, h, x + r, ld);
-  over_elements(r, rows, [&](Index k, auto width) {
-    climb_elements<decltype(width), 1>(count, h, x + k, ld);
+  over_elements(r, rows, [&]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    climb_elements<V, 1>(count, h, x + k, ld);
   });
 }
 
@@ -161,15 +160,16 @@ MATRIX_INLINE void reflect_elements(const Reflector3& g, const Reflector2& h, do
 
 void reflect_cols2(const Reflector2& h, Index rows, double* x, Index ld) {
   const Reflector2 local = h;  // A copy: no store can change it.
-  over_elements(0, rows,
-                [&](Index r, auto width) { reflect_elements<decltype(width)>(local, x + r, ld); });
+  over_elements(0, rows, [&]<class V>(Index r, V) MATRIX_INLINE_LAMBDA {
+    reflect_elements<V>(local, x + r, ld);
+  });
 }
 
 void reflect_cols3(const Reflector3& g, const Reflector2& h, Index rows, double* x, Index ld) {
   const Reflector3 first = g;
   const Reflector2 second = h;
-  over_elements(0, rows, [&](Index r, auto width) {
-    reflect_elements<decltype(width)>(first, second, x + r, ld);
+  over_elements(0, rows, [&]<class V>(Index r, V) MATRIX_INLINE_LAMBDA {
+    reflect_elements<V>(first, second, x + r, ld);
   });
 }
 

@@ -144,10 +144,9 @@ void accumulate(Index first, Index count, RealView a, double* h, double* work) {
   const Index end = first + count;
   for (Index i = first; i < end; ++i)
     for (Index k = 0; k < i; ++k) work[(i - first) * end + k] = a(i, k);
-  by_fours(
-      0, first, [=]<int K>(Index c, Group<K>) __attribute__((always_inline)) {
-        reflect_columns<K>(first, end, a, h, work, end, c);
-      });
+  by_fours(0, first, [=]<int K>(Index c, Group<K>) MATRIX_INLINE_LAMBDA {
+    reflect_columns<K>(first, end, a, h, work, end, c);
+  });
   // Columns first..end-1, in ascending order: each begins as a unit vector, and its old contents
   // serve no column from there on.
   for (Index c = first; c < end; ++c) {

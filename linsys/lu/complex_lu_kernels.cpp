@@ -24,17 +24,17 @@ constexpr double kSafePart = 1e150;
 // Whether the modulus of every element is computed without a fault.
 bool parts_are_safe(Index rows, Index cols, const ConstComplexView& a) {
   bool safe = true;
-  by_height(rows, [=, &safe]<int H>(Height<H>) {
-    Run<H> largest = {};
+  with_runs(rows, [=, &safe]<class R>(R) {
+    R largest = {};
     const auto take = [=, &largest](const ConstComplexView& x) {
-      const ComplexRun<H> run = load<H>(x);
+      const ComplexOf<R> run = load<R>(x);
       largest = larger_bits(larger_bits(largest, magnitudes(run.re)), magnitudes(run.im));
     };
     for (Index j = 0; j < cols; ++j) {
-      for (Index i = 0; i + H < rows; i += H) take(a.from(i, j));
-      take(a.from(rows - H, j));
+      for (Index i = 0; i + R::kHeight < rows; i += R::kHeight) take(a.from(i, j));
+      take(a.from(rows - R::kHeight, j));
     }
-    double lanes[H];
+    double lanes[R::kHeight];
     store(lanes, largest);
     for (const double lane : lanes) safe = safe && __builtin_isless(lane, kSafePart);
   });

@@ -7,6 +7,8 @@ namespace {
 
 // --- Many right-hand sides: eight of them lie side by side in a lane each, as in the real kernels.
 
+using Row = Run<kLanes>;
+
 struct Rows {
   double re[kTriangle][kLanes];
   double im[kTriangle][kLanes];
@@ -35,8 +37,8 @@ void scatter(Index n, Index cols, const Rows& rows, const ComplexView& x) {
 }
 
 MATRIX_INLINE void subtract_multiple(const ComplexView& row, Complex factor,
-                                     const ComplexRun<kLanes>& x) {
-  store(row, minus_multiple(load<kLanes>(row), x, factor));
+                                     const ComplexOf<Row>& x) {
+  store(row, minus_multiple(load<Row>(row), x, factor));
 }
 
 void solve_lower(Index n, const ConstComplexView& l, Index cols, const ComplexView& x) {
@@ -44,7 +46,7 @@ void solve_lower(Index n, const ConstComplexView& l, Index cols, const ComplexVi
     Rows rows;
     gather(n, cols - j, x.column(j), rows);
     for (Index t = 0; t < n; ++t) {
-      const ComplexRun<kLanes> xt = load<kLanes>(rows.row(t));
+      const ComplexOf<Row> xt = load<Row>(rows.row(t));
       for (Index i = t + 1; i < n; ++i) subtract_multiple(rows.row(i), l(i, t), xt);
     }
     scatter(n, cols - j, rows, x.column(j));
@@ -62,7 +64,7 @@ void solve_upper(Index n, const ConstComplexView& u, Index cols, const ComplexVi
         rows.re[t][q] = y.re;
         rows.im[t][q] = y.im;
       }
-      const ComplexRun<kLanes> xt = load<kLanes>(rows.row(t));
+      const ComplexOf<Row> xt = load<Row>(rows.row(t));
       for (Index i = 0; i < t; ++i) subtract_multiple(rows.row(i), u(i, t), xt);
     }
     scatter(n, cols - j, rows, x.column(j));

@@ -18,11 +18,11 @@ double largest_in_row(Index n, ConstRealView row) {
 }
 
 Pivoting scale_rows(Index n, ConstRealView a, double* scale) {
-  by_height(n, [=]<int H>(Height<H>) {
-    map_runs<H>(n, scale, [=](Index i) {
-      Run<H> largest = {};
+  with_runs(n, [=]<class R>(R) {
+    map_runs<R>(n, scale, [=](Index i) {
+      R largest = {};
       for (Index j = 0; j < n; ++j)
-        largest = larger_bits(largest, magnitudes(load<H>(a.column(j) + i)));
+        largest = larger_bits(largest, magnitudes(load<R>(a.column(j) + i)));
       return largest;
     });
   });
@@ -37,10 +37,10 @@ Pivoting scale_rows(Index n, ConstRealView a, double* scale) {
 // Divides by the pivot; the largest quotient in magnitude, at least 1.
 MATRIX_INLINE double divide_by_pivot(Index n, double* x, double pivot) {
   double growth = 1.0;
-  by_height(n, [&]<int H>(Height<H>) {
-    Run<H> largest = {};
-    map_runs<H>(n, x, [&](Index i) {
-      const Run<H> l = quotient(load<H>(x + i), pivot);
+  with_runs(n, [&]<class R>(R) {
+    R largest = {};
+    map_runs<R>(n, x, [&](Index i) {
+      const R l = quotient(load<R>(x + i), pivot);
       largest = larger(largest, magnitudes(l));
       return l;
     });
@@ -91,12 +91,12 @@ void row_bounds(Index n, ConstRealView a, Index k0, Index k1, const double* scal
   for (Index j = k0; j < n; ++j) {
     const double* const column = a.column(j) + k0;
     const Index rows = (j < k1 ? j + 1 : k1) - k0;
-    by_height(rows, [=]<int H>(Height<H>) {
-      map_runs<H>(rows, bounds, [=](Index i) {
-        Run<H> t = magnitudes(load<H>(column + i));
-        const Run<H> factor = load<H>(scale + k0 + i);
-        for (int v = 0; v < Run<H>::kVectors; ++v) t.part[v] *= factor.part[v];
-        return larger(load<H>(bounds + i), t);
+    with_runs(rows, [=]<class R>(R) {
+      map_runs<R>(rows, bounds, [=](Index i) {
+        R t = magnitudes(load<R>(column + i));
+        const R factor = load<R>(scale + k0 + i);
+        for (int v = 0; v < R::kVectors; ++v) t.part[v] *= factor.part[v];
+        return larger(load<R>(bounds + i), t);
       });
     });
   }

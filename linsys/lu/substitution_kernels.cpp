@@ -25,7 +25,7 @@ void scatter(Index n, Index cols, const double (*rows)[kLanes], RealView x) {
 }
 
 MATRIX_INLINE void subtract_multiple(double* row, double factor, const Row& x) {
-  store(row, minus_multiple(load<kLanes>(row), x, factor));
+  store(row, minus_multiple(load<Row>(row), x, factor));
 }
 
 void solve_lower(Index n, ConstRealView l, Index cols, RealView x) {
@@ -33,7 +33,7 @@ void solve_lower(Index n, ConstRealView l, Index cols, RealView x) {
     double rows[kTriangle][kLanes];
     gather(n, cols - j, x.from(0, j), rows);
     for (Index t = 0; t < n; ++t) {
-      const Row xt = load<kLanes>(rows[t]);
+      const Row xt = load<Row>(rows[t]);
       for (Index i = t + 1; i < n; ++i) subtract_multiple(rows[i], l(i, t), xt);
     }
     scatter(n, cols - j, rows, x.from(0, j));
@@ -45,7 +45,7 @@ void solve_upper(Index n, ConstRealView u, Index cols, RealView x) {
     double rows[kTriangle][kLanes];
     gather(n, cols - j, x.from(0, j), rows);
     for (Index t = n - 1; t >= 0; --t) {
-      const Row xt = quotient(load<kLanes>(rows[t]), u(t, t));
+      const Row xt = quotient(load<Row>(rows[t]), u(t, t));
       store(rows[t], xt);
       for (Index i = 0; i < t; ++i) subtract_multiple(rows[i], u(i, t), xt);
     }

@@ -24,11 +24,10 @@ MATRIX_INLINE void dots_with(Index rows, const double* x, double* dots, Elements
   for (int k = 0; k < kColumns; ++k) {
     double s[kLanes];
     store_lanes(s, sums[k]);
-    over_elements(
-        whole, rows, [&]<class V>(Index j, V v) __attribute__((always_inline)) {
-          double* const sj = s + (j - whole);
-          store(sj, load<V>(sj) + elements(j, v)(k) * load<V>(x + j));
-        });
+    over_elements(whole, rows, [&]<class V>(Index j, V v) MATRIX_INLINE_LAMBDA {
+      double* const sj = s + (j - whole);
+      store(sj, load<V>(sj) + elements(j, v)(k) * load<V>(x + j));
+    });
     dots[k] = join(s);
   }
 }
@@ -62,24 +61,20 @@ MATRIX_INLINE Factors<kColumns> factors(const double* f, Index step = 1) {
 // dots[k] = the dot product of column k with x
 template <int kColumns>
 MATRIX_INLINE void dots_of(Index rows, ConstRealView a, const double* x, double* dots) {
-  dots_with<kColumns>(
-      rows, x, dots, [=]<class V>(Index j, V) __attribute__((always_inline)) {
-        return [=](int k) __attribute__((always_inline)) {
-          return load<V>(a.column(k) + j);
-        };
-      });
+  dots_with<kColumns>(rows, x, dots, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+    return [=](int k) MATRIX_INLINE_LAMBDA { return load<V>(a.column(k) + j); };
+  });
 }
 
 // a(j,k) += u[j] * f[k]
 template <int kColumns>
 MATRIX_INLINE void add_outer_to(Index rows, RealView a, const double* u, const double* f) {
   const auto factor = factors<kColumns>(f);
-  over_elements(
-      0, rows, [=]<class V>(Index j, V) __attribute__((always_inline)) {
-        const V uj = load<V>(u + j);
-        for (int k = 0; k < kColumns; ++k)
-          store(a.column(k) + j, load<V>(a.column(k) + j) + uj * factor.of[k]);
-      });
+  over_elements(0, rows, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+    const V uj = load<V>(u + j);
+    for (int k = 0; k < kColumns; ++k)
+      store(a.column(k) + j, load<V>(a.column(k) + j) + uj * factor.of[k]);
+  });
 }
 
 }  // namespace

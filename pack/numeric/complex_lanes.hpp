@@ -65,11 +65,10 @@ MATRIX_INLINE Complex complex_sum_of(Index n, Term term) {
   for (; whole + kLanes <= n; whole += kLanes)
     for (int p = 0; p < kParts; ++p) lanes[p] = add(lanes[p], term(whole + p * kWidth, Vector{}));
   ComplexSums sums = sums_of(lanes);
-  over_elements(
-      whole, n, [&]<class V>(Index k, V) __attribute__((always_inline)) {
-        const ComplexView at = sums.view() + (k - whole);
-        store(at, 0, add(load<V>(at, 0), term(k, V{})));
-      });
+  over_elements(whole, n, [&]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    const ComplexView at = sums.view() + (k - whole);
+    store(at, 0, add(load<V>(at, 0), term(k, V{})));
+  });
   return sums.joined();
 }
 

@@ -7,26 +7,23 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 namespace {
 
 void subtract_multiple(Index n, Complex f, const ConstComplexView& u, const ComplexView& x) {
-  over_elements(
-      0, n, [=]<class V>(Index k, V) __attribute__((always_inline)) {
-        store(x, k, subtract(load<V>(x, k), multiply(load<V>(u, k), f)));
-      });
+  over_elements(0, n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    store(x, k, subtract(load<V>(x, k), multiply(load<V>(u, k), f)));
+  });
 }
 
 double sum_magnitudes(Index n, const ConstComplexView& x) {
-  return sum_of(
-      n, [=]<class V>(Index k, V) __attribute__((always_inline)) {
-        return magnitude(load<V>(x.re + k)) + magnitude(load<V>(x.im + k));
-      });
+  return sum_of(n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    return magnitude(load<V>(x.re + k)) + magnitude(load<V>(x.im + k));
+  });
 }
 
 double sum_squares(Index n, const ConstComplexView& x) {
-  return sum_of(
-      n, [=]<class V>(Index k, V) __attribute__((always_inline)) {
-        const V re = load<V>(x.re + k);
-        const V im = load<V>(x.im + k);
-        return re * re + im * im;
-      });
+  return sum_of(n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    const V re = load<V>(x.re + k);
+    const V im = load<V>(x.im + k);
+    return re * re + im * im;
+  });
 }
 
 }  // namespace

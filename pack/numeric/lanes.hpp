@@ -104,11 +104,10 @@ MATRIX_INLINE double sum_of(Index n, Term term) {
     for (int i = 0; i < kParts; ++i) lanes.part[i] += term(whole + i * kWidth, Vector{});
   double sums[kLanes];
   store_lanes(sums, lanes);
-  over_elements(
-      whole, n, [&]<class V>(Index k, V) __attribute__((always_inline)) {
-        double* const sum = sums + (k - whole);
-        store(sum, load<V>(sum) + term(k, V{}));
-      });
+  over_elements(whole, n, [&]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    double* const sum = sums + (k - whole);
+    store(sum, load<V>(sum) + term(k, V{}));
+  });
   return join(sums);
 }
 

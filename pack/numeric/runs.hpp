@@ -1,6 +1,10 @@
 // Runs of doubles one below the other, of any power of two, in vectors as wide as the instruction
 // set and the run allow. Included by *_kernels.cpp only; local to each file, as
 // pack/numeric/lanes.hpp is.
+//
+// Loops over runs end with one that overlaps the run before it, where those of over_elements in
+// lanes.hpp end with ever smaller vectors. That is more to think of, and worth it in the LU
+// factorizations alone: real matrices of 8 to 30 rows take 5 to 10 % less time.
 #pragma once
 
 #include "pack/numeric/lanes.hpp"
@@ -25,15 +29,15 @@ struct VectorOf<1> {
 
 template <int H>
 struct Run {
+  static constexpr int kHeight = H;
   static constexpr int kVectorWidth = H < kWidth ? H : kWidth;
   static constexpr int kVectors = H / kVectorWidth;
   using V = typename VectorOf<kVectorWidth>::Type;
   V part[kVectors];
 };
 
-template <int H>
-MATRIX_INLINE Run<H> load(const double* p) {
-  using R = Run<H>;
+template <class R>
+requires(R::kHeight > 0) MATRIX_INLINE R load(const double* p) {
   R run;
   MATRIX_UNROLL
   for (int v = 0; v < R::kVectors; ++v) run.part[v] = load<typename R::V>(p + v * R::kVectorWidth);
@@ -103,27 +107,21 @@ MATRIX_INLINE double largest_of(const Run<H>& run) {
   return largest;
 }
 
-// Complex runs: the parts stand apart.
-template <int H>
-struct ComplexRun {
-  Run<H> re;
-  Run<H> im;
-};
-
-template <int H>
-MATRIX_INLINE ComplexRun<H> load(ConstComplexView p) {
-  return {load<H>(p.re), load<H>(p.im)};
+// Complex runs.
+template <class R>
+MATRIX_INLINE ComplexOf<R> load(ConstComplexView p) {
+  return {load<R>(p.re), load<R>(p.im)};
 }
 
 template <int H>
-MATRIX_INLINE void store(ComplexView p, const ComplexRun<H>& run) {
+MATRIX_INLINE void store(ComplexView p, const ComplexOf<Run<H>>& run) {
   store(p.re, run.re);
   store(p.im, run.im);
 }
 
 template <int H>
-MATRIX_INLINE ComplexRun<H> minus_multiple(ComplexRun<H> y, const ComplexRun<H>& x,
-                                           Complex factor) {
+MATRIX_INLINE ComplexOf<Run<H>> minus_multiple(ComplexOf<Run<H>> y, const ComplexOf<Run<H>>& x,
+                                               Complex factor) {
   MATRIX_UNROLL
   for (int v = 0; v < Run<H>::kVectors; ++v) {
     y.re.part[v] -= x.re.part[v] * factor.re - x.im.part[v] * factor.im;
@@ -132,29 +130,27 @@ MATRIX_INLINE ComplexRun<H> minus_multiple(ComplexRun<H> y, const ComplexRun<H>&
   return y;
 }
 
-template <int H>
-struct Height {};
-
-// Calls body(Height<H>()) with the largest H of 8, 4, 2 and 1 up to n; not at all when n is 0.
+// Calls body(R()) with the highest run R, of 8, 4, 2 or 1, that n rows hold; not at all when n is
+// 0.
 template <class Body>
-MATRIX_INLINE void by_height(Index n, Body body) {
+MATRIX_INLINE void with_runs(Index n, Body body) {
   if (n >= 8)
-    body(Height<8>());
+    body(Run<8>());
   else if (n >= 4)
-    body(Height<4>());
+    body(Run<4>());
   else if (n >= 2)
-    body(Height<2>());
+    body(Run<2>());
   else if (n == 1)
-    body(Height<1>());
+    body(Run<1>());
 }
 
-// p[i...] := f(i) for runs of H that cover 0 to n - 1, n >= H. The last two runs may overlap: the
-// last one is computed before anything is stored, so f may read what is stored to.
-template <int H, class Array, class Function>
+// p[i...] := f(i) for runs R that cover 0 to n - 1. The last two runs may overlap: the last one is
+// computed before anything is stored, so f may read what is stored to.
+template <class R, class Array, class Function>
 MATRIX_INLINE void map_runs(Index n, Array p, Function f) {
-  const auto last = f(n - H);
-  for (Index i = 0; i + H < n; i += H) store(p + i, f(i));
-  store(p + (n - H), last);
+  const auto last = f(n - R::kHeight);
+  for (Index i = 0; i + R::kHeight < n; i += R::kHeight) store(p + i, f(i));
+  store(p + (n - R::kHeight), last);
 }
 
 // Exchanges rows i and k of `cols` columns.
@@ -171,14 +167,14 @@ MATRIX_INLINE void exchange_rows(Index cols, ComplexView a, Index i, Index k) {
 }
 
 // Columns of `a`, n long, := columns - multipliers * row
-template <class Vector, class View>
-MATRIX_INLINE void subtract_rank_one(Index n, Index cols, Vector multipliers, View row, View a) {
-  by_height(n, [=]<int H>(Height<H>) {
+template <class Column, class View>
+MATRIX_INLINE void subtract_rank_one(Index n, Index cols, Column multipliers, View row, View a) {
+  with_runs(n, [=]<class R>(R) {
     for (Index j = 0; j < cols; ++j) {
       const auto column = a.column(j);
       const auto factor = row(0, j);
-      map_runs<H>(n, column, [=](Index i) {
-        return minus_multiple(load<H>(column + i), load<H>(multipliers + i), factor);
+      map_runs<R>(n, column, [=](Index i) {
+        return minus_multiple(load<R>(column + i), load<R>(multipliers + i), factor);
       });
     }
   });

@@ -141,7 +141,7 @@ MATRIX_INLINE void carry_rows(Index count, double* const (&x)[kArrays], Index ld
 
 template <class V, int kCarried, int kArrays, class Apply>
 MATRIX_INLINE void carry_rows(Index count, double* const (&x)[kArrays], Index ld, Apply apply) {
-  carry_rows<V, kCarried>(count, x, ld, apply, [](auto&) __attribute__((always_inline)){});
+  carry_rows<V, kCarried>(count, x, ld, apply, [](auto&) MATRIX_INLINE_LAMBDA {});
 }
 
 }  // namespace

@@ -8,8 +8,7 @@ namespace {
 
 double dot(Index n, const double* x, const double* y) {
   return sum_of(
-      n, [=]<class V>(Index k, V)
-             __attribute__((always_inline)) { return load<V>(x + k) * load<V>(y + k); });
+      n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA { return load<V>(x + k) * load<V>(y + k); });
 }
 
 double sum_squares(Index n, const double* x) {
@@ -18,8 +17,7 @@ double sum_squares(Index n, const double* x) {
 
 double sum_abs(Index n, const double* x) {
   return sum_of(
-      n, [=]<class V>(Index k, V)
-             __attribute__((always_inline)) { return magnitude(load<V>(x + k)); });
+      n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA { return magnitude(load<V>(x + k)); });
 }
 
 void axpy(Index n, double a, const double* __restrict x, double* __restrict y) {
