@@ -29,9 +29,10 @@ inline bool overflows(double x_squared, double y_squared) {
 }
 
 // One iteration on w (diagonal) and rv1 (rv1[i] above w[i]); magnitudes up to tol count as zero.
+// The singular values behind w[k] are done, and the active block is l...k.
 //   method   Golub and Reinsch, Handbook for Automatic Computation II (1971), contribution I/10
 //   cost     about two sweeps a value, two roots and four divisions a step
-// Every function returns null or a message.
+// Every function returns null or a message; w, rv1 and the factors are then of no use.
 template <class Rotations>
 struct ImplicitShift {
   double* w;
@@ -53,7 +54,7 @@ struct ImplicitShift {
     }
   }
 
-  // Turns w[k] into a singular value.
+  // Makes w[k] a singular value.
   const char* find_value(Index k) {
     for (int sweeps = 0;; ++sweeps) {
       const Block block = find_block(k);
@@ -90,6 +91,7 @@ struct ImplicitShift {
   }
 
   // ((w[l]^2 - shift) / w[l]), the shift an eigenvalue of the trailing 2 x 2 block of the square.
+  // x begins the diagonal of the block, y and z end it, and g and h stand above these.
   double shifted(Index l, Index k) const {
     const double x = w[l];
     const double y = w[k - 1];
@@ -101,7 +103,8 @@ struct ImplicitShift {
     return ((x - z) * (x + z) + h * (y / (f + (f < 0.0 ? -root : root)) - h)) / x;
   }
 
-  // Chases the bulge down the block, by rotations of columns (right) and of rows (left).
+  // Chases the bulge down the block, by rotations of columns (right) and of rows (left). In step j
+  // the first makes [x g; 0 w[j+1]] to [f g; h y], the second that to [w[j] f; 0 x].
   const char* sweep(Index l, Index k) {
     double f = shifted(l, k);
     double x = w[l];

@@ -22,10 +22,10 @@ struct ComplexSquare {
   Square im;
 };
 
-// f = u^H x / h over rows m..igh of column j of A, then x := x - f u.
-inline void reflect_column(ComplexSquare& A, int j, int m, int igh, const Row& ur, const Row& ui,
+// f = u^H x / h over rows m..high of column j of A, then x := x - f u.
+inline void reflect_column(ComplexSquare& A, int j, int m, int high, const Row& ur, const Row& ui,
                            double h) {
-  const int count = igh - m + 1;
+  const int count = high - m + 1;
   const double fr = sum(count,
                         [&](auto k) {
                           const int i = m + int(k);
@@ -38,43 +38,43 @@ inline void reflect_column(ComplexSquare& A, int j, int m, int igh, const Row& u
                           return ur[i] * A.im(i, j) - ui[i] * A.re(i, j);
                         }) /
                     h;
-  for (int i = m; i <= igh; ++i) {
+  for (int i = m; i <= high; ++i) {
     A.re(i, j) -= fr * ur[i] - fi * ui[i];
     A.im(i, j) -= fr * ui[i] + fi * ur[i];
   }
 }
 
-// A := (I - u u^H / h) A (I - u u^H / h), in rows and columns m..igh.
-inline void reflect(ComplexSquare& A, int m, int igh, const Row& ur, const Row& ui, double h) {
-  for (int j = m; j < A.n; ++j) reflect_column(A, j, m, igh, ur, ui, h);
-  for (int i = 0; i <= igh; ++i) {
+// A := (I - u u^H / h) A (I - u u^H / h), in rows and columns m..high.
+inline void reflect(ComplexSquare& A, int m, int high, const Row& ur, const Row& ui, double h) {
+  for (int j = m; j < A.n; ++j) reflect_column(A, j, m, high, ur, ui, h);
+  for (int i = 0; i <= high; ++i) {
     double wr = 0.0, wi = 0.0;
-    for (int j = m; j <= igh; ++j) {
+    for (int j = m; j <= high; ++j) {
       wr += A.re(i, j) * ur[j] - A.im(i, j) * ui[j];
       wi += A.re(i, j) * ui[j] + A.im(i, j) * ur[j];
     }
     wr /= h;
     wi /= h;
-    for (int j = m; j <= igh; ++j) {
+    for (int j = m; j <= high; ++j) {
       A.re(i, j) -= wr * ur[j] + wi * ui[j];
       A.im(i, j) -= wi * ur[j] - wr * ui[j];
     }
   }
 }
 
-// Unitary reduction to Hessenberg form within low..igh; Z becomes the product of the reflections.
-inline void reduce_unitary(ComplexSquare& A, int low, int igh, ComplexSquare& Z) {
+// Unitary reduction to Hessenberg form within low..high; Z becomes the product of the reflections.
+inline void reduce_unitary(ComplexSquare& A, int low, int high, ComplexSquare& Z) {
   std::vector<Row> urs, uis;
   std::vector<double> hs;
   std::vector<int> ms;
-  for (int m = low + 1; m < igh; ++m) {
-    const double scale = sum(igh - m + 1, [&](auto k) {
+  for (int m = low + 1; m < high; ++m) {
+    const double scale = sum(high - m + 1, [&](auto k) {
       return std::fabs(A.re(m + int(k), m - 1)) + std::fabs(A.im(m + int(k), m - 1));
     });
     if (scale == 0.0) continue;
     Row ur(A.n), ui(A.n);
     double h = 0.0;
-    for (int i = igh; i >= m; --i) {
+    for (int i = high; i >= m; --i) {
       ur[i] = A.re(i, m - 1) / scale;
       ui[i] = A.im(i, m - 1) / scale;
       h += ur[i] * ur[i] + ui[i] * ui[i];
@@ -91,7 +91,7 @@ inline void reduce_unitary(ComplexSquare& A, int low, int igh, ComplexSquare& Z)
       ui[m] *= 1.0 + g;
     }
     const Complex reduced = {-g * A.re(m, m - 1), -g * A.im(m, m - 1)};
-    reflect(A, m, igh, ur, ui, h);
+    reflect(A, m, high, ur, ui, h);
     A.set(m, m - 1, reduced);
     urs.push_back(ur);
     uis.push_back(ui);
@@ -99,7 +99,7 @@ inline void reduce_unitary(ComplexSquare& A, int low, int igh, ComplexSquare& Z)
     ms.push_back(m);
   }
   for (std::size_t k = ms.size(); k-- > 0;)
-    for (int j = ms[k]; j <= igh; ++j) reflect_column(Z, j, ms[k], igh, urs[k], uis[k], hs[k]);
+    for (int j = ms[k]; j <= high; ++j) reflect_column(Z, j, ms[k], high, urs[k], uis[k], hs[k]);
 }
 
 // One single-shift sweep of the block l..en, whose subdiagonal is real: in the rows of columns up

@@ -1,9 +1,9 @@
 // The inner loops of the single-shift QR iteration on a complex upper Hessenberg matrix with a real
 // subdiagonal.
 //
-// A sweep of the block l..en turns it into its triangular factor R, by rotations i = l+1..en of
-// rows i-1 and i, and then multiplies R by their conjugate transposes, as rotations of columns i-1
-// and i.
+// A sweep of a block of the rows first..last makes it its triangular factor R, by the rotations
+// i = first+1..last of rows i-1 and i, and then multiplies R by their conjugate transposes, as
+// rotations of columns i-1 and i.
 #pragma once
 
 #include "pack/numeric/kernel_sets.hpp"

@@ -12,8 +12,8 @@
 namespace matrix_pack {
 
 struct ComplexSweepWork : SweepWorkOf<ComplexView, ComplexRotationRun, ComplexRotation> {
-  // Sweeps the active block l..en.
-  void sweep(int l, int en);
+  // Sweeps the active block first..last.
+  void sweep(int first, int last);
   // Applies to Z what has been kept back.
   void finish();
 };

@@ -10,19 +10,20 @@ namespace matrix_pack {
 
 namespace {
 
-// x[0..i] holds the right-hand side for the components not yet known, x[i+1..en] the components.
-void vector_of(const ComplexView& h, int en, double tiny) {
-  const ComplexView x = h.column(en);
-  const Complex value = x[en];
-  x.set(en, {1.0, 0.0});
-  for (int i = en - 1; i >= 0; --i) {
+// While the vector is computed, x[i+1..j] holds the components that are known, and x[0..i] the
+// right-hand sides of the rows above.
+void vector_of(const ComplexView& h, int j, double tiny) {
+  const ComplexView x = h.column(j);
+  const Complex value = x[j];
+  x.set(j, {1.0, 0.0});
+  for (int i = j - 1; i >= 0; --i) {
     Complex divisor = subtract(value, h(i, i));
     if (is_zero(divisor)) divisor.re = tiny;
     const Complex component = divide(x[i], divisor);
     x.set(i, component);
     if (std::fabs(component.re) > kGrown || std::fabs(component.im) > kGrown) {
-      vector_kernels().scale(en + 1, kShrink, x.re);
-      vector_kernels().scale(en + 1, kShrink, x.im);
+      vector_kernels().scale(j + 1, kShrink, x.re);
+      vector_kernels().scale(j + 1, kShrink, x.im);
     }
     complex_vector_kernels().subtract_multiple(i, {-x.re[i], -x.im[i]}, h.column(i), x);
   }
@@ -31,9 +32,9 @@ void vector_of(const ComplexView& h, int en, double tiny) {
 }  // namespace
 
 void triangular_vectors(int n, const ComplexView& h, double tiny, Index* last) {
-  for (int en = n - 1; en >= 0; --en) {
-    vector_of(h, en, tiny);
-    last[en] = en;
+  for (int j = n - 1; j >= 0; --j) {
+    vector_of(h, j, tiny);
+    last[j] = j;
   }
 }
 

@@ -54,11 +54,11 @@ UnitaryReflection reflection_in(double* work, Index n, int end) {
 // 8 n doubles.
 void reduce(const Balance& b, const ComplexView& a, double* work, Kept* kept) {
   const UnitaryKernels& kernels = unitary_kernels();
-  const int end = b.igh + 1;
+  const int end = b.high + 1;
   UnitaryReflection now = reflection_in(work, b.n, end);
   UnitaryReflection other = reflection_in(work + Index{4} * b.n, b.n, end);
   const UnitaryReflection* before = nullptr;
-  for (int m = b.low + 1; m < b.igh; ++m) {
+  for (int m = b.low + 1; m < b.high; ++m) {
     const ComplexView column = a.from(m, m - 1);
     if (before != nullptr) kernels.reflect(before, nullptr, a, m - 1, m);
     const double scale = complex_vector_kernels().sum_magnitudes(end - m, column);
@@ -103,11 +103,11 @@ const char* reduce_unitary_with_vectors(const Balance& b, const ComplexView& a,
   if (!work || !kept) return kOutOfMemory;
   reduce(b, a, work.get(), kept.get());
   const Index first = b.low + 1;
-  const Index count = std::max<Index>(b.igh - first, 0);
+  const Index count = std::max<Index>(b.high - first, 0);
   Kept* const reflections = kept.get() + first;
   double* const h = work.get();
   for (Index k = 0; k < count; ++k) h[k] = reflections[k].h;
-  unitary_kernels().accumulate(a, h, first, count, b.igh + 1, z);
+  unitary_kernels().accumulate(a, h, first, count, b.high + 1, z);
   for (Index k = 0; k < count; ++k) a.set(first + k, first + k - 1, reflections[k].subdiagonal);
   return nullptr;
 }

@@ -31,7 +31,7 @@ struct EliminationStorage {
 // Balances A and reduces it to Hessenberg form. Null or a message.
 const char* reduce(int n, RealView a, double* scale, EliminationStorage& work, Balance& b) {
   b = balance(n, {a.x, nullptr, a.ld}, kLastRowIsolated, scale);
-  work.pivots = new_doubles(std::max(b.igh, 0));
+  work.pivots = new_doubles(std::max(b.high, 0));
   work.rows = new_array<Index>(std::int64_t{n} + 1);
   if (!work.pivots || !work.rows) return kOutOfMemory;
   eliminate_to_hessenberg(a, b, {work.pivots.get(), work.rows.get()});

@@ -26,7 +26,7 @@ MATRIX_INLINE void eliminate_rows(const EliminationStep& step, Index first, Inde
 // those below have not.
 void eliminate(const EliminationStep& step, RealView a) {
   const Index m = step.m;
-  const Index end = step.igh + 1;
+  const Index end = step.high + 1;
   const double* const y = a.column(m - 1);
   double* const pivot_column = a.column(m);
   for (Index i = m + 1; i < end; ++i) {

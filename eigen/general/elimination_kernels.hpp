@@ -6,20 +6,20 @@
 
 namespace matrix_pack {
 
-// Step m of the elimination. The multipliers y of rows m+1..igh are the elements of column m-1;
+// Step m of the elimination. The multipliers y of rows m+1..high are the elements of column m-1;
 // rows with y = 0 take no part. `runs` lists the others: begin and end of each run of consecutive
 // rows, run_count pairs.
 struct EliminationStep {
   Index m;
-  Index igh;
+  Index high;
   Index n;
   const Index* runs;
   Index run_count;
 };
 
 struct EliminationKernels {
-  // For i = m+1..igh with y[i] != 0, in this order: row i of columns m..n-1 becomes
-  // row i - y[i] row m; then column m, rows 0..igh, becomes column m + y[i] column i.
+  // For i = m+1..high with y[i] != 0, in this order: row i of columns m..n-1 becomes
+  // row i - y[i] row m; then column m, rows 0..high, becomes column m + y[i] column i.
   void (*eliminate)(const EliminationStep& step, RealView a);
 };
 MATRIX_SELECT_KERNELS(EliminationKernels, elimination_kernels)

@@ -9,12 +9,12 @@
 
 namespace matrix_pack::plain {
 
-// Elimination to Hessenberg form within low..igh; pivots[m] is the row that was exchanged with m.
-inline void eliminate_to_hessenberg(Square& A, int low, int igh, Row& pivots) {
-  for (int m = low + 1; m < igh; ++m) {
+// Elimination to Hessenberg form within low..high; pivots[m] is the row that was exchanged with m.
+inline void eliminate_to_hessenberg(Square& A, int low, int high, Row& pivots) {
+  for (int m = low + 1; m < high; ++m) {
     double x = 0.0;
     int i = m;
-    for (int j = m; j <= igh; ++j)
+    for (int j = m; j <= high; ++j)
       if (std::fabs(A(j, m - 1)) > std::fabs(x)) {
         x = A(j, m - 1);
         i = j;
@@ -22,16 +22,16 @@ inline void eliminate_to_hessenberg(Square& A, int low, int igh, Row& pivots) {
     pivots[m] = i;
     if (i != m) {
       for (int j = m - 1; j < A.n; ++j) std::swap(A(i, j), A(m, j));
-      for (int j = 0; j <= igh; ++j) std::swap(A(j, i), A(j, m));
+      for (int j = 0; j <= high; ++j) std::swap(A(j, i), A(j, m));
     }
     if (x == 0.0) continue;
-    for (i = m + 1; i <= igh; ++i) {
+    for (i = m + 1; i <= high; ++i) {
       double y = A(i, m - 1);
       if (y == 0.0) continue;
       y /= x;
       A(i, m - 1) = y;
       for (int j = m; j < A.n; ++j) A(i, j) -= y * A(m, j);
-      for (int j = 0; j <= igh; ++j) A(j, m) += y * A(j, i);
+      for (int j = 0; j <= high; ++j) A(j, m) += y * A(j, i);
     }
   }
 }

@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "eigen/cores.hpp"
 #include "eigen/general/qr_sweep.hpp"
 #include "pack/messages.hpp"
 #include "pack/numeric/epsilon.hpp"
 #include "pack/numeric/vector_kernels.hpp"
+
+// In progress, the rows and columns low..last are still to be done; the active block is
+// first..last. What stands behind `last` is final. When the iteration gives up, so are the
+// eigenvalues there, but the callers use none of them.
 
 namespace matrix_pack {
 
@@ -18,146 +21,149 @@ namespace {
 constexpr int kMostSweeps = 40;
 constexpr int kExceptionalEvery = 10;
 
-// An iteration in progress: rows and columns low..en are still to be done.
 struct Iteration {
   int n;
   RealView h;
   int low;
   double norm;
-  int en;
-  double t;    // The sum of the exceptional shifts.
-  int sweeps;  // For the eigenvalue at en.
+  int last;
+  double shifted;  // The sum of the exceptional shifts.
+  int sweeps;      // For the eigenvalue at `last`.
   double* wr;
   double* wi;
   SweepWork& work;
 };
 
-// The row of the last small subdiagonal element, where the active block begins. The element becomes
+// The first row of the active block, behind the last small subdiagonal element. The element becomes
 // zero: the block stays split off, though its diagonal will change. Without that, the rows above,
 // which only the vectors keep up to date, might join in again, and the vectors might then come in
 // another order than the values.
 int find_block(const Iteration& it) {
-  for (int l = it.en; l > it.low; --l) {
-    double s = std::fabs(it.h(l - 1, l - 1)) + std::fabs(it.h(l, l));
+  for (int first = it.last; first > it.low; --first) {
+    double s = std::fabs(it.h(first - 1, first - 1)) + std::fabs(it.h(first, first));
     if (s == 0.0) s = it.norm;
-    if (std::fabs(it.h(l, l - 1)) <= kEps * s) {
-      it.h(l, l - 1) = 0.0;
-      return l;
+    if (std::fabs(it.h(first, first - 1)) <= kEps * s) {
+      it.h(first, first - 1) = 0.0;
+      return first;
     }
   }
   return it.low;
 }
 
 void take_one(Iteration& it) {
-  const int en = it.en;
-  it.h(en, en) += it.t;
-  it.wr[en] = it.h(en, en);
-  it.wi[en] = 0.0;
-  it.en = en - 1;
+  const int last = it.last;
+  it.h(last, last) += it.shifted;
+  it.wr[last] = it.h(last, last);
+  it.wi[last] = 0.0;
+  it.last = last - 1;
   it.sweeps = 0;
 }
 
-// Turns rows and columns en-1, en of H, and the columns of Z, so that the block of a real pair
-// becomes triangular. `zz` is the block's eigenvalue at en-1 less H(en,en).
-void make_triangular(const Iteration& it, double zz) {
-  const int en = it.en;
-  const int na = en - 1;
-  const double x = it.h(en, na);
-  const double s = std::fabs(x) + std::fabs(zz);
-  double p = x / s;
-  double q = zz / s;
-  const double r = std::sqrt(p * p + q * q);
-  p /= r;
-  q /= r;
-  for (int j = na; j < it.n; ++j) {
-    const double upper = it.h(na, j);
-    it.h(na, j) = q * upper + p * it.h(en, j);
-    it.h(en, j) = q * it.h(en, j) - p * upper;
+// Rotates the last two rows and columns of H, and the columns of Z, so that the block of a real
+// pair becomes triangular. `distance` is the block's first eigenvalue less H(last,last).
+void make_triangular(const Iteration& it, double distance) {
+  const int last = it.last;
+  const int upper = last - 1;
+  const double below = it.h(last, upper);
+  const double scale = std::fabs(below) + std::fabs(distance);
+  double s = below / scale;
+  double c = distance / scale;
+  const double length = std::sqrt(s * s + c * c);
+  s /= length;
+  c /= length;
+  for (int j = upper; j < it.n; ++j) {
+    const double x = it.h(upper, j);
+    it.h(upper, j) = c * x + s * it.h(last, j);
+    it.h(last, j) = c * it.h(last, j) - s * x;
   }
-  vector_kernels().rotate(en + 1, q, p, &it.h(0, na), &it.h(0, en));
-  it.work.rotate_z(na, q, p);
+  vector_kernels().rotate(last + 1, c, s, &it.h(0, upper), &it.h(0, last));
+  it.work.rotate_z(upper, c, s);
 }
 
-// `w` is the product of the block's off-diagonal elements.
-void take_two(Iteration& it, double w) {
-  const int en = it.en;
-  const int na = en - 1;
-  const double p = (it.h(na, na) - it.h(en, en)) / 2.0;
-  const double q = p * p + w;
-  double zz = std::sqrt(std::fabs(q));
-  const double x = it.h(en, en) + it.t;
-  it.h(en, en) = x;
-  it.h(na, na) += it.t;
-  if (q >= 0.0) {
-    zz = p >= 0.0 ? p + zz : p - zz;
-    it.wr[na] = it.wr[en] = x + zz;
-    if (zz != 0.0) it.wr[en] = x - w / zz;
-    it.wi[na] = it.wi[en] = 0.0;
-    if (it.work.has_z) make_triangular(it, zz);
+// The eigenvalues of a block of order 2: last + half +- sqrt(half^2 + product), with half of the
+// difference of its diagonal and the product of its off-diagonal elements. Of two real ones that
+// farther from `last` comes first, the other one from their product.
+void take_two(Iteration& it, double product) {
+  const int last = it.last;
+  const int upper = last - 1;
+  const double half = (it.h(upper, upper) - it.h(last, last)) / 2.0;
+  const double discriminant = half * half + product;
+  const double root = std::sqrt(std::fabs(discriminant));
+  const double corner = it.h(last, last) + it.shifted;
+  it.h(last, last) = corner;
+  it.h(upper, upper) += it.shifted;
+  if (discriminant >= 0.0) {
+    const double distance = half >= 0.0 ? half + root : half - root;
+    it.wr[upper] = it.wr[last] = corner + distance;
+    if (distance != 0.0) it.wr[last] = corner - product / distance;
+    it.wi[upper] = it.wi[last] = 0.0;
+    if (it.work.has_z) make_triangular(it, distance);
   } else {
-    it.wr[na] = it.wr[en] = x + p;
-    it.wi[na] = zz;
-    it.wi[en] = -zz;
+    it.wr[upper] = it.wr[last] = corner + half;
+    it.wi[upper] = root;
+    it.wi[last] = -root;
   }
-  it.en = en - 2;
+  it.last = last - 2;
   it.sweeps = 0;
 }
 
-// The sum and product of the shifts: x and y are they by themselves when w = 0.
+// The shifts of a double step are the roots of (first - z) (second - z) - product: the eigenvalues
+// of a block with this diagonal and this product of the other elements.
 struct Shifts {
-  double x, y, w;
+  double first, second, product;
 };
 
 Shifts exceptional_shifts(Iteration& it) {
-  const int en = it.en;
-  const double x = it.h(en, en);
-  it.t += x;
-  for (int i = it.low; i <= en; ++i) it.h(i, i) -= x;
-  const double s = std::fabs(it.h(en, en - 1)) + std::fabs(it.h(en - 1, en - 2));
+  const int last = it.last;
+  const double x = it.h(last, last);
+  it.shifted += x;
+  for (int i = it.low; i <= last; ++i) it.h(i, i) -= x;
+  const double s = std::fabs(it.h(last, last - 1)) + std::fabs(it.h(last - 1, last - 2));
   return {0.75 * s, 0.75 * s, -0.4375 * s * s};
 }
 
-// Where the sweep of the block that begins at l may start, and the first column of the double step
-// there: behind two consecutive small subdiagonal elements.
-SweepStart find_start(const Iteration& it, int l, const Shifts& shifts) {
-  for (int m = it.en - 2;; --m) {
-    const double zz = it.h(m, m);
-    double r = shifts.x - zz;
-    double s = shifts.y - zz;
-    double p = (r * s - shifts.w) / it.h(m + 1, m) + it.h(m, m + 1);
-    double q = it.h(m + 1, m + 1) - zz - r - s;
-    r = it.h(m + 2, m + 1);
-    s = std::fabs(p) + std::fabs(q) + std::fabs(r);
-    p /= s;
-    q /= s;
-    r /= s;
-    const SweepStart start = {m, {p, q, r}};
-    if (m == l) return start;
+// Where the sweep of the block may start, behind two consecutive small subdiagonal elements, and
+// the first column of the double step there, scaled.
+SweepStart find_start(const Iteration& it, int first, const Shifts& shifts) {
+  for (int m = it.last - 2;; --m) {
+    const double diagonal = it.h(m, m);
+    const double one = shifts.first - diagonal;
+    const double other = shifts.second - diagonal;
+    double x = (one * other - shifts.product) / it.h(m + 1, m) + it.h(m, m + 1);
+    double y = it.h(m + 1, m + 1) - diagonal - one - other;
+    double z = it.h(m + 2, m + 1);
+    const double size = std::fabs(x) + std::fabs(y) + std::fabs(z);
+    x /= size;
+    y /= size;
+    z /= size;
+    const SweepStart start = {m, {x, y, z}};
+    if (m == first) return start;
     const double neighbours =
-        std::fabs(it.h(m - 1, m - 1)) + std::fabs(zz) + std::fabs(it.h(m + 1, m + 1));
-    if (std::fabs(it.h(m, m - 1)) * (std::fabs(q) + std::fabs(r)) <=
-        kEps * std::fabs(p) * neighbours)
+        std::fabs(it.h(m - 1, m - 1)) + std::fabs(diagonal) + std::fabs(it.h(m + 1, m + 1));
+    if (std::fabs(it.h(m, m - 1)) * (std::fabs(y) + std::fabs(z)) <=
+        kEps * std::fabs(x) * neighbours)
       return start;
   }
 }
 
 const char* iterate(Iteration& it) {
-  while (it.en >= it.low) {
-    const int l = find_block(it);
-    if (l == it.en) {
+  while (it.last >= it.low) {
+    const int last = it.last;
+    const int first = find_block(it);
+    if (first == last) {
       take_one(it);
       continue;
     }
-    const int na = it.en - 1;
-    Shifts shifts = {it.h(it.en, it.en), it.h(na, na), it.h(it.en, na) * it.h(na, it.en)};
-    if (l == na) {
-      take_two(it, shifts.w);
+    const double product = it.h(last, last - 1) * it.h(last - 1, last);
+    if (first == last - 1) {
+      take_two(it, product);
       continue;
     }
     if (it.sweeps == kMostSweeps) return kTooManyIterations;
+    Shifts shifts = {it.h(last, last), it.h(last - 1, last - 1), product};
     if (it.sweeps != 0 && it.sweeps % kExceptionalEvery == 0) shifts = exceptional_shifts(it);
     ++it.sweeps;
-    it.work.sweep(l, it.en, find_start(it, l, shifts));
+    it.work.sweep(first, last, find_start(it, first, shifts));
   }
   it.work.finish();
   return nullptr;
@@ -166,11 +172,11 @@ const char* iterate(Iteration& it) {
 const char* run(const Balance& b, RealView h, double norm, double* wr, double* wi,
                 SweepWork& work) {
   for (int i = 0; i < b.n; ++i) {
-    if (i >= b.low && i <= b.igh) continue;
+    if (i >= b.low && i <= b.high) continue;
     wr[i] = h(i, i);
     wi[i] = 0.0;
   }
-  Iteration it = {b.n, h, b.low, norm, b.igh, 0.0, 0, wr, wi, work};
+  Iteration it = {b.n, h, b.low, norm, b.high, 0.0, 0, wr, wi, work};
   return iterate(it);
 }
 

@@ -7,17 +7,17 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-// The reflector that turns (p, q, r) into a multiple of the first unit vector. Returns the s by
-// which that vector would be multiplied, but for its sign.
-MATRIX_INLINE double make_reflector(double p, double q, double r, Reflector& f) {
-  double s = __builtin_sqrt(p * p + q * q + r * r);
-  if (p < 0.0) s = -s;
-  p += s;
-  f.x = p / s;
-  f.y = q / s;
-  f.z = r / s;
-  f.q = q / p;
-  f.r = r / p;
+// The reflector that takes (x, y, z) to a multiple of the first unit vector. Returns that multiple,
+// but for its sign.
+MATRIX_INLINE double make_reflector(double x, double y, double z, Reflector& f) {
+  double s = __builtin_sqrt(x * x + y * y + z * z);
+  if (x < 0.0) s = -s;
+  x += s;
+  f.x = x / s;
+  f.y = y / s;
+  f.z = z / s;
+  f.q = y / x;
+  f.r = z / x;
   return s;
 }
 
@@ -27,15 +27,15 @@ MATRIX_INLINE void find_reflector(const Chase& c, Index k, RealView h, Reflector
   double* const before = h.column(k - 1);
   if (k == c.m) {
     make_reflector(c.start[0], c.start[1], c.start[2], f);
-    if (c.l != c.m) before[k] = -before[k];
+    if (c.block != c.m) before[k] = -before[k];
     return;
   }
-  const double p = before[k];
-  const double q = before[k + 1];
-  const double r = k != c.en - 1 ? before[k + 2] : 0.0;
-  const double x = __builtin_fabs(p) + __builtin_fabs(q) + __builtin_fabs(r);
-  if (x == 0.0) return;
-  before[k] = -make_reflector(p / x, q / x, r / x, f) * x;
+  const double x = before[k];
+  const double y = before[k + 1];
+  const double z = k != c.end - 1 ? before[k + 2] : 0.0;
+  const double size = __builtin_fabs(x) + __builtin_fabs(y) + __builtin_fabs(z);
+  if (size == 0.0) return;
+  before[k] = -make_reflector(x / size, y / size, z / size, f) * size;
 }
 
 // Reflector k on the rows of one column.
@@ -81,8 +81,8 @@ void chase(const Chase& c, RealView h, Reflector* reflectors) {
     find_reflector(c, k, h, f);
     reflectors[k - c.first] = f;
     if (f.x == 0.0) continue;
-    const Index rows = smaller(c.en, k + 3) - c.top + 1;
-    if (k != c.en - 1) {
+    const Index rows = smaller(c.end, k + 3) - c.top + 1;
+    if (k != c.end - 1) {
       for (Index j = k; j <= c.right; ++j) reflect_three_rows(f, h.column(j) + k);
       reflect_three_columns(f, rows, h.from(c.top, k));
     } else {
@@ -109,7 +109,7 @@ MATRIX_INLINE V advance(const Reflector& f, V* carried, V next) {
 void reflect_rows(const ReflectorRun& run, RealView h, Index begin, Index end) {
   if (run.first == run.last) return;
   // The last reflector of a sweep has two rows.
-  const Index threes = (run.last == run.en ? run.last - 1 : run.last) - run.first;
+  const Index threes = (run.last == run.end ? run.last - 1 : run.last) - run.first;
   const Reflector* const f = run.reflectors;
   over_columns<2>(begin, end, [=]<class V, int G>(Index j, Columns<V, G>) MATRIX_INLINE_LAMBDA {
     double* x[G];
@@ -118,7 +118,7 @@ void reflect_rows(const ReflectorRun& run, RealView h, Index begin, Index end) {
       for (int g = 0; g < G; ++g) row[g] = advance(f[i], carried[g], row[g]);
     };
     const auto finish = [=](auto& carried) MATRIX_INLINE_LAMBDA {
-      if (run.last != run.en || f[threes].x == 0.0) return;
+      if (run.last != run.end || f[threes].x == 0.0) return;
       for (int g = 0; g < G; ++g) {
         const V p = carried[g][0] + carried[g][1] * f[threes].q;
         carried[g][0] -= p * f[threes].x;
@@ -135,7 +135,7 @@ constexpr int kBlock = kVectors * kWidth;
 
 // One run on the columns of kBlock rows. The columns that two reflectors share stay in registers.
 void reflect_columns_of_block(const ReflectorRun& run, RealView h) {
-  const bool ends = run.last == run.en;
+  const bool ends = run.last == run.end;
   const Index whole = ends ? run.last - 1 : run.last;
   double* column = h.column(run.first);
   Vector h0[kVectors], h1[kVectors];
@@ -174,7 +174,7 @@ void reflect_columns_of_rows(const ReflectorRun& run, Index rows, RealView h) {
   for (Index k = run.first; k < run.last; ++k) {
     const Reflector& f = run.reflectors[k - run.first];
     if (f.x == 0.0) continue;
-    if (k != run.en - 1)
+    if (k != run.end - 1)
       reflect_three_columns(f, rows, h.from(0, k));
     else
       reflect_two_columns(f, rows, h.from(0, k));

@@ -1,8 +1,8 @@
 // The inner loops of the double-shift QR iteration on an upper Hessenberg matrix.
 //
-// A sweep from row m to row en consists of reflectors k = m..en-1. Reflector k acts on rows k, k+1,
-// k+2 from the left and on the columns of these numbers from the right; the last one, k = en-1, on
-// two of each.
+// A sweep of the rows m..end consists of the reflectors k = m..end-1. Reflector k acts on rows k,
+// k+1, k+2 from the left and on the columns of these numbers from the right; the last one,
+// k = end-1, on two of each.
 #pragma once
 
 #include "pack/numeric/kernel_sets.hpp"
@@ -15,11 +15,11 @@ struct Reflector {
   double x, y, z, q, r;
 };
 
-// Reflectors first..last-1 of a sweep that ends at row en; reflectors[0] is that of k = first.
+// Reflectors first..last-1 of a sweep that ends with row `end`; reflectors[0] is that of k = first.
 struct ReflectorRun {
   Index first;
   Index last;
-  Index en;
+  Index end;
   const Reflector* reflectors;
 };
 
@@ -27,9 +27,9 @@ struct ReflectorRun {
 struct Chase {
   Index first;
   Index last;
-  Index m;  // Where the sweep starts, with the vector `start`.
-  Index l;  // Where the active block begins.
-  Index en;
+  Index m;      // Where the sweep starts, with the vector `start`.
+  Index block;  // The first row of the active block.
+  Index end;
   Index top;    // The first row that the columns are changed in.
   Index right;  // The last column that the rows are changed in.
   double start[3];
@@ -37,7 +37,7 @@ struct Chase {
 
 struct HessenbergKernels {
   // Finds the reflectors of the stretch and applies each at once, to rows k.. of columns k..right
-  // and to columns k.. of rows top..min(en, k+3).
+  // and to columns k.. of rows top..min(end, k+3).
   void (*chase)(const Chase& c, RealView h, Reflector* reflectors);
   // Applies reflectors to the rows of columns begin..end-1.
   void (*reflect_rows)(const ReflectorRun& run, RealView h, Index begin, Index end);

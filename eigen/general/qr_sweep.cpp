@@ -18,42 +18,42 @@ constexpr int kShortSweep = 2 * kWindow;
 void sweep_in_windows(RealView h, const Chase& whole, Reflector* reflectors) {
   const HessenbergKernels& kernels = hessenberg_kernels();
   const Index m = whole.m;
-  const Index en = whole.en;
+  const Index end = whole.end;
   Chase window = whole;
   Index ready = m;  // Columns before this one have taken the reflectors found so far.
-  for (window.first = m; window.first < en; window.first = window.last) {
-    window.last = std::min(window.first + kWindow, en);
+  for (window.first = m; window.first < end; window.first = window.last) {
+    window.last = std::min(window.first + kWindow, end);
     window.top = window.first;
-    window.right = std::min(window.last + 1, en);
-    kernels.reflect_rows({m, window.first, en, reflectors}, h, ready, window.right + 1);
+    window.right = std::min(window.last + 1, end);
+    kernels.reflect_rows({m, window.first, end, reflectors}, h, ready, window.right + 1);
     kernels.chase(window, h, reflectors + (window.first - m));
     ready = window.right + 1;
   }
-  kernels.reflect_rows({m, en, en, reflectors}, h, ready, whole.right + 1);
+  const ReflectorRun all = {m, end, end, reflectors};
+  kernels.reflect_rows(all, h, ready, whole.right + 1);
   // The rows above the sweep, then those of each window but the last.
-  const ReflectorRun all = {m, en, en, reflectors};
   kernels.reflect_columns(1, &all, h, whole.top, m);
-  for (Index first = m; first + kWindow < en; first += kWindow) {
+  for (Index first = m; first + kWindow < end; first += kWindow) {
     const Index last = first + kWindow;
-    const ReflectorRun rest = {last, en, en, reflectors + (last - m)};
+    const ReflectorRun rest = {last, end, end, reflectors + (last - m)};
     kernels.reflect_columns(1, &rest, h, first, last);
   }
 }
 
 }  // namespace
 
-void SweepWork::sweep(int l, int en, const SweepStart& start) {
+void SweepWork::sweep(int first, int last, const SweepStart& start) {
   const int m = start.m;
-  for (int i = m + 2; i <= en; ++i) {
+  for (int i = m + 2; i <= last; ++i) {
     h(i, i - 2) = 0.0;
     if (i != m + 2) h(i, i - 3) = 0.0;
   }
-  Chase whole = {m, en, m, l, en, first_row(l), last_column(en), {}};
-  std::copy_n(start.vector, 3, whole.start);
-  if (!has_z || kept.is_full(en - m)) finish();
-  Reflector* const reflectors = kept.add(en - m);
-  kept.sweeps[kept.count - 1] = {m, en, en, reflectors};
-  if (en - m <= kShortSweep)
+  const auto [x, y, z] = start.vector;
+  const Chase whole = {m, last, m, first, last, first_row(first), last_column(last), {x, y, z}};
+  if (!has_z || kept.is_full(last - m)) finish();
+  Reflector* const reflectors = kept.add(last - m);
+  kept.sweeps[kept.count - 1] = {m, last, last, reflectors};
+  if (last - m <= kShortSweep)
     hessenberg_kernels().chase(whole, h, reflectors);
   else
     sweep_in_windows(h, whole, reflectors);

@@ -19,8 +19,8 @@ struct SweepStart {
 };
 
 struct SweepWork : SweepWorkOf<RealView, ReflectorRun, Reflector> {
-  // Sweeps the active block l..en.
-  void sweep(int l, int en, const SweepStart& start);
+  // Sweeps the active block first..last.
+  void sweep(int first, int last, const SweepStart& start);
   // Columns k and k+1 of Z, (x, y), become (c x + s y, c y - s x).
   void rotate_z(int k, double c, double s);
   // Applies to Z what has been kept back.

@@ -12,41 +12,44 @@ namespace matrix_pack {
 
 namespace {
 
-// Iterations that one eigenvalue may take.
-constexpr int kMaxIterations = 30;
+// Sweeps that one eigenvalue may take.
+constexpr int kMostSweeps = 30;
 
 // The rational QL method on the diagonal d and the squares e2 of the elements beside it, e2[i]
-// between d[i] and d[i + 1].
+// between d[i] and d[i + 1]. The eigenvalues found so far are d[0..l-1], ascending; the active
+// block is l..m. Eigenvalues are less by the sum of all shifts while they are in the making.
 struct RationalQl {
   Index n;
   double* d;
   double* e2;
-  double f = 0.0;  // The sum of all shifts.
-  double b = 0.0;  // What counts as zero beside the diagonal, and its square.
-  double c = 0.0;
+  double shifted = 0.0;       // The sum of all shifts.
+  double tiny = 0.0;          // What counts as zero beside the diagonal,
+  double tiny_squared = 0.0;  // and its square.
 
   // The end of the block that begins at l. (e2[n - 1] is 0 at first; a NaN may take its place.)
   Index block_end(Index l) const {
     Index m = l;
-    while (m < n - 1 && !(e2[m] <= c)) ++m;
+    while (m < n - 1 && !(e2[m] <= tiny_squared)) ++m;
     return m;
   }
 
   // Shifts l...n - 1 by an eigenvalue of the leading 2 x 2 block of l...m.
   void shift(Index l) {
-    const double s = std::sqrt(e2[l]);
-    const double g = d[l];
-    const double p = (d[l + 1] - g) / (2.0 * s);
-    const double r = std::sqrt(p * p + 1.0);
-    d[l] = s / (p + (p < 0.0 ? -r : r));
-    const double h = g - d[l];
+    const double beside = std::sqrt(e2[l]);
+    const double before = d[l];
+    const double ratio = (d[l + 1] - before) / (2.0 * beside);
+    const double root = std::sqrt(ratio * ratio + 1.0);
+    d[l] = beside / (ratio + (ratio < 0.0 ? -root : root));
+    const double h = before - d[l];
     for (Index i = l + 1; i < n; ++i) d[i] -= h;
-    f += h;
+    shifted += h;
   }
 
-  double nonzero(double g) const { return g == 0.0 ? b : g; }
+  double nonzero(double g) const { return g == 0.0 ? tiny : g; }
 
-  // One sweep from m up to l; returns the new d[l].
+  // One sweep from m up to l; returns the new d[l]. No roots are taken: s is the square of a
+  // rotation's sine, g the diagonal element that elimination from below would leave, and h is g
+  // times the square of the cosine.
   double sweep(Index l, Index m) {
     double g = nonzero(d[m]);
     double h = g;
@@ -65,30 +68,30 @@ struct RationalQl {
     return h;
   }
 
-  // Turns d[l] + f into an eigenvalue; false when it does not converge.
+  // Makes d[l] an eigenvalue, but for the shifts; false when it does not converge.
   bool find_value(Index l) {
     const double size = kEps * (std::fabs(d[l]) + std::sqrt(e2[l]));
-    if (b <= size) {
-      b = size;
-      c = b * b;
+    if (tiny <= size) {
+      tiny = size;
+      tiny_squared = tiny * tiny;
     }
     const Index m = block_end(l);
     if (m == l) return true;
-    for (int j = 0; j < kMaxIterations; ++j) {
+    for (int sweeps = 0; sweeps < kMostSweeps; ++sweeps) {
       shift(l);
       const double h = sweep(l, m);
-      if (h == 0.0 || std::fabs(e2[l]) <= std::fabs(c / h)) return true;
+      if (h == 0.0 || std::fabs(e2[l]) <= std::fabs(tiny_squared / h)) return true;
       e2[l] *= h;
     }
     return false;
   }
 
-  // Moves d[l] + f to its place among the l eigenvalues found, behind those equal to it.
+  // Moves the eigenvalue l to its place among those found, behind those equal to it.
   void insert(Index l) {
-    const double p = d[l] + f;
+    const double value = d[l] + shifted;
     Index i = l;
-    for (; i > 0 && !(d[i - 1] <= p); --i) d[i] = d[i - 1];
-    d[i] = p;
+    for (; i > 0 && !(d[i - 1] <= value); --i) d[i] = d[i - 1];
+    d[i] = value;
   }
 };
 

@@ -10,7 +10,7 @@ namespace matrix_pack {
 // infinite eigenvalue (beta = 0) is left out; one that any number solves (alpha = beta = 0) is
 // listed as 0.
 //   returns  null, "invalid dimension", "must be square", "array size mismatch", "out of memory" or
-//            "too many iterations"
+//            "too many iterations": what has been stored is then of no use
 //   cost     about 25 n^3 flops; with vectors about 50 n^3
 const char* genvals_driver(EfiCallContext* context, aMatrix* a, aMatrix* b, aMatrix** values,
                            int* count);

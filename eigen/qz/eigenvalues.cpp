@@ -14,42 +14,44 @@ namespace {
 // with a double real eigenvalue. A hundred times what counts as zero in alpha and beta.
 constexpr double kTinyDiscriminant = 100.0 * kEps;
 
-// A block of order 2 on rows and columns k and k + 1: of A, and of the triangular B, each scaled by
-// the sum of its magnitudes (an and bn).
+// A block of order 2 on rows and columns k and k + 1: of A, and of the triangular B, each divided
+// by the sum of its magnitudes.
 struct Block {
-  double a11, a12, a21, a22, b11, b12, b22, an, bn;
+  double a11, a12, a21, a22, b11, b12, b22;
+  double a_size, b_size;
 };
 
-// The roots of det(A - lambda B) of a block: e + sqrt(r) and e - sqrt(r) up to the sign of c, by
-// shifting the block by the smaller of its two diagonal ratios.
+// The roots of det(A - lambda B) of a block: shift + middle +- sqrt(discriminant), the shift being
+// the smaller one of its two diagonal ratios.
 struct Roots {
-  double e, c, r;
+  double shift, middle, discriminant;
 };
 
 Block scaled_block(const QzPair& p, Index k) {
-  const double an = std::fabs(p.A(k, k)) + std::fabs(p.A(k, k + 1)) + std::fabs(p.A(k + 1, k)) +
-                    std::fabs(p.A(k + 1, k + 1));
-  const double bn = std::fabs(p.B(k, k)) + std::fabs(p.B(k, k + 1)) + std::fabs(p.B(k + 1, k + 1));
-  return {p.A(k, k) / an,
-          p.A(k, k + 1) / an,
-          p.A(k + 1, k) / an,
-          p.A(k + 1, k + 1) / an,
-          p.B(k, k) / bn,
-          p.B(k, k + 1) / bn,
-          p.B(k + 1, k + 1) / bn,
-          an,
-          bn};
+  const double a_size = std::fabs(p.A(k, k)) + std::fabs(p.A(k, k + 1)) + std::fabs(p.A(k + 1, k)) +
+                        std::fabs(p.A(k + 1, k + 1));
+  const double b_size =
+      std::fabs(p.B(k, k)) + std::fabs(p.B(k, k + 1)) + std::fabs(p.B(k + 1, k + 1));
+  return {p.A(k, k) / a_size,
+          p.A(k, k + 1) / a_size,
+          p.A(k + 1, k) / a_size,
+          p.A(k + 1, k + 1) / a_size,
+          p.B(k, k) / b_size,
+          p.B(k, k + 1) / b_size,
+          p.B(k + 1, k + 1) / b_size,
+          a_size,
+          b_size};
 }
 
 Roots block_roots(const Block& m) {
-  const double e1 = m.a11 / m.b11;
-  const double e2 = m.a22 / m.b22;
-  const double s = m.a21 / (m.b11 * m.b22);
-  const bool first = std::fabs(e1) <= std::fabs(e2);
-  const double e = first ? e1 : e2;
-  const double t = first ? (m.a22 - e * m.b22) / m.b22 : (m.a11 - e * m.b11) / m.b11;
-  const double c = 0.5 * (t - s * m.b12);
-  return {e, c, c * c + s * (m.a12 - e * m.b12)};
+  const double ratio1 = m.a11 / m.b11;
+  const double ratio2 = m.a22 / m.b22;
+  const double below = m.a21 / (m.b11 * m.b22);
+  const bool first = std::fabs(ratio1) <= std::fabs(ratio2);
+  const double shift = first ? ratio1 : ratio2;
+  const double other = first ? (m.a22 - shift * m.b22) / m.b22 : (m.a11 - shift * m.b11) / m.b11;
+  const double middle = 0.5 * (other - below * m.b12);
+  return {shift, middle, middle * middle + below * (m.a12 - shift * m.b12)};
 }
 
 // A reflector on columns k + 1 and k.
@@ -81,75 +83,80 @@ void take_split(const QzPair& p, const QzValues& values, Index k) {
   take_real(p, values, k + 1);
 }
 
-// Two real eigenvalues, one of which is e: the pair A - e B of the block is singular.
-void split_block(const QzPair& p, Index k, const Block& m, double e) {
-  const double a11 = m.a11 - e * m.b11;
-  const double a12 = m.a12 - e * m.b12;
-  const double a22 = m.a22 - e * m.b22;
-  const bool second = std::fabs(a11) + std::fabs(a12) < std::fabs(m.a21) + std::fabs(a22);
-  reflect_cols(p, k, second ? reflector(a22, m.a21) : reflector(a12, a11));
+// Two real eigenvalues, one of which is `value`: the pair A - value B of the block is singular.
+void split_block(const QzPair& p, Index k, const Block& m, double value) {
+  const double a11 = m.a11 - value * m.b11;
+  const double a12 = m.a12 - value * m.b12;
+  const double a22 = m.a22 - value * m.b22;
+  const bool from_second = std::fabs(a11) + std::fabs(a12) < std::fabs(m.a21) + std::fabs(a22);
+  reflect_cols(p, k, from_second ? reflector(a22, m.a21) : reflector(a12, a11));
   // Of A and B, the one whose first column is the larger, relative to its block.
-  const bool from_a = std::fabs(e) > 1.0;
+  const bool from_a = std::fabs(value) > 1.0;
   reflect_rows(p, k,
                from_a ? reflector(p.A(k, k), p.A(k + 1, k)) : reflector(p.B(k, k), p.B(k + 1, k)));
 }
 
-// The complex plane rotation (c, s) with c real that turns (x, y) into (*, 0).
-struct ComplexRotation {
+// The plane rotation with a real cosine and a complex sine that takes (x, y) to (*, 0).
+struct ComplexGivens {
   double c;
   Complex s;
 };
 
-ComplexRotation complex_rotation(Complex x, Complex y) {
+ComplexGivens complex_givens(Complex x, Complex y) {
   const double c = std::sqrt(x.re * x.re + x.im * x.im);
   if (c == 0.0) return {0.0, {1.0, 0.0}};
-  const Complex s = {(x.re * y.re + x.im * y.im) / c, (x.re * y.im - x.im * y.re) / c};
+  const Complex product = multiply_conjugate(y, x);
+  const Complex s = {product.re / c, product.im / c};
   const double r = std::sqrt(c * c + s.re * s.re + s.im * s.im);
   return {c / r, {s.re / r, s.im / r}};
 }
 
-// One of a complex pair, t / d, as eigenvalue j.
-void take_ratio(const QzValues& values, Index j, const Block& m, Complex t, Complex d) {
-  const double r = std::sqrt(d.re * d.re + d.im * d.im);
-  values.beta[j] = m.bn * r;
-  values.alfr[j] = m.an * (t.re * d.re + t.im * d.im) / r;
-  values.alfi[j] = m.an * (t.im * d.re - t.re * d.im) / r;
+// One of a complex pair, a / b, as eigenvalue j.
+void take_ratio(const QzValues& values, Index j, const Block& m, Complex a, Complex b) {
+  const double r = std::sqrt(b.re * b.re + b.im * b.im);
+  const Complex product = multiply_conjugate(a, b);
+  values.beta[j] = m.b_size * r;
+  values.alfr[j] = m.a_size * product.re / r;
+  values.alfi[j] = m.a_size * product.im / r;
 }
 
-// A complex pair e +- i d: the diagonal that unitary transformations would give the block tells
+// A complex pair re +- i im: the diagonal that unitary transformations would give the block tells
 // alpha and beta; the transformations are not applied. The one with the positive imaginary part
 // stands first.
-void take_complex(const QzValues& values, Index k, const Block& m, double e, double d) {
-  const Complex a11 = {m.a11 - e * m.b11, d * m.b11};
-  const Complex a12 = {m.a12 - e * m.b12, d * m.b12};
-  const Complex a22 = {m.a22 - e * m.b22, d * m.b22};
-  const bool second =
+void take_complex(const QzValues& values, Index k, const Block& m, double re, double im) {
+  const Complex a11 = {m.a11 - re * m.b11, im * m.b11};
+  const Complex a12 = {m.a12 - re * m.b12, im * m.b12};
+  const Complex a22 = {m.a22 - re * m.b22, im * m.b22};
+  const bool from_second =
       std::fabs(a11.re) + std::fabs(a11.im) + std::fabs(a12.re) + std::fabs(a12.im) <
       std::fabs(m.a21) + std::fabs(a22.re) + std::fabs(a22.im);
+  // The rotation of columns makes the block's pair triangular together with that of rows.
   const auto [cz, z] =
-      second ? complex_rotation(a22, {-m.a21, 0.0}) : complex_rotation(a12, {-a11.re, -a11.im});
-  const bool from_a = std::fabs(e) + d > 1.0;
-  const auto [cq, q] = from_a ? complex_rotation({cz * m.a11 + z.re * m.a12, z.im * m.a12},
-                                                 {cz * m.a21 + z.re * m.a22, z.im * m.a22})
-                              : complex_rotation({cz * m.b11 + z.re * m.b12, z.im * m.b12},
-                                                 {z.re * m.b22, z.im * m.b22});
-  const Complex qz = {q.re * z.re + q.im * z.im, q.re * z.im - q.im * z.re};
-  const Complex t1 = {cq * cz * m.a11 + cq * z.re * m.a12 + q.re * cz * m.a21 + qz.re * m.a22,
-                      cq * z.im * m.a12 - q.im * cz * m.a21 + qz.im * m.a22};
-  const Complex d1 = {cq * cz * m.b11 + cq * z.re * m.b12 + qz.re * m.b22,
-                      cq * z.im * m.b12 + qz.im * m.b22};
-  const Complex t2 = {qz.re * m.a11 - q.re * cz * m.a12 - cq * z.re * m.a21 + cq * cz * m.a22,
-                      -qz.im * m.a11 - q.im * cz * m.a12 + cq * z.im * m.a21};
-  const Complex d2 = {qz.re * m.b11 - q.re * cz * m.b12 + cq * cz * m.b22,
-                      -qz.im * m.b11 - q.im * cz * m.b12};
-  const bool swapped = t1.im * d1.re - t1.re * d1.im < 0.0;
-  take_ratio(values, k, m, swapped ? t2 : t1, swapped ? d2 : d1);
-  take_ratio(values, k + 1, m, swapped ? t1 : t2, swapped ? d1 : d2);
+      from_second ? complex_givens(a22, {-m.a21, 0.0}) : complex_givens(a12, {-a11.re, -a11.im});
+  const bool from_a = std::fabs(re) + im > 1.0;
+  const auto [cq, q] = from_a ? complex_givens({cz * m.a11 + z.re * m.a12, z.im * m.a12},
+                                               {cz * m.a21 + z.re * m.a22, z.im * m.a22})
+                              : complex_givens({cz * m.b11 + z.re * m.b12, z.im * m.b12},
+                                               {z.re * m.b22, z.im * m.b22});
+  // The diagonals of A and B behind both.
+  const Complex qz = multiply_conjugate(z, q);
+  const Complex a_first = {cq * cz * m.a11 + cq * z.re * m.a12 + q.re * cz * m.a21 + qz.re * m.a22,
+                           cq * z.im * m.a12 - q.im * cz * m.a21 + qz.im * m.a22};
+  const Complex b_first = {cq * cz * m.b11 + cq * z.re * m.b12 + qz.re * m.b22,
+                           cq * z.im * m.b12 + qz.im * m.b22};
+  const Complex a_last = {qz.re * m.a11 - q.re * cz * m.a12 - cq * z.re * m.a21 + cq * cz * m.a22,
+                          -qz.im * m.a11 - q.im * cz * m.a12 + cq * z.im * m.a21};
+  const Complex b_last = {qz.re * m.b11 - q.re * cz * m.b12 + cq * cz * m.b22,
+                          -qz.im * m.b11 - q.im * cz * m.b12};
+  const bool swapped = multiply_conjugate(a_first, b_first).im < 0.0;
+  take_ratio(values, k, m, swapped ? a_last : a_first, swapped ? b_last : b_first);
+  take_ratio(values, k + 1, m, swapped ? a_first : a_last, swapped ? b_first : b_last);
   // Opposite signs whatever the rounding.
   values.alfi[k] = std::fabs(values.alfi[k]);
   values.alfi[k + 1] = -std::fabs(values.alfi[k + 1]);
 }
 
+// Rows and columns k and k + 1; elements of B up to `epsb` count as zero.
 void take_block(const QzPair& p, const QzValues& values, Index k, double epsb) {
   if (std::fabs(p.B(k, k)) <= epsb) {
     reflect_rows(p, k, reflector(p.A(k, k), p.A(k + 1, k)));
@@ -160,10 +167,12 @@ void take_block(const QzPair& p, const QzValues& values, Index k, double epsb) {
     return take_split(p, values, k);
   }
   const Block m = scaled_block(p, k);
-  auto [e, c, r] = block_roots(m);
-  if (std::fabs(r) < std::sqrt(static_cast<double>(p.n)) * kTinyDiscriminant) r = 0.0;
-  if (r < 0.0) return take_complex(values, k, m, e + c, std::sqrt(-r));
-  split_block(p, k, m, e + (c + std::copysign(std::sqrt(r), c)));
+  auto [shift, middle, discriminant] = block_roots(m);
+  if (std::fabs(discriminant) < std::sqrt(static_cast<double>(p.n)) * kTinyDiscriminant)
+    discriminant = 0.0;
+  if (discriminant < 0.0)
+    return take_complex(values, k, m, shift + middle, std::sqrt(-discriminant));
+  split_block(p, k, m, shift + (middle + std::copysign(std::sqrt(discriminant), middle)));
   take_split(p, values, k);
 }
 

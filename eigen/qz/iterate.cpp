@@ -4,6 +4,7 @@
 
 #include "eigen/qz/reflector.hpp"
 #include "eigen/qz/stages.hpp"
+#include "eigen/shared/balance_kernels.hpp"
 #include "pack/messages.hpp"
 #include "pack/numeric/epsilon.hpp"
 
@@ -26,37 +27,34 @@ struct Iteration {
   Reflector2* pairs;  // Room for the reflectors of a step.
   Reflector3* triples;
   double epsa, epsb;  // Elements of A (of B) up to these magnitudes count as zero.
-  Index top, en;      // The active block: rows and columns top .. en.
+  Index first, last;  // The active block of rows and columns. What stands behind it is done.
 
   // How far a transformation of columns (rows) reaches: without Z, no farther than the block.
-  Index first_row() const { return pair.z != nullptr ? 0 : top; }
-  Index end_col() const { return pair.z != nullptr ? pair.n : en + 1; }
+  Index first_row() const { return pair.z != nullptr ? 0 : first; }
+  Index end_col() const { return pair.z != nullptr ? pair.n : last + 1; }
 };
-
-// The sum of the magnitudes of `count` elements of a row, in the one order of sums.
-double row_sum(Index count, const double* x, Index ld) {
-  double s[8] = {};
-  for (Index k = 0; k < count; ++k) s[k % 8] += std::fabs(x[k * ld]);
-  return ((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]));
-}
 
 // The tolerances, from the largest row sums of A and B. A matrix of zeros counts as of norm 1.
 void set_tolerances(Iteration& it) {
   const QzPair& p = it.pair;
+  const auto row_sum = [&](Index count, const double* row) {
+    return balance_kernels().sum_magnitudes(row, nullptr, p.n, count, count);
+  };
   double anorm = 0.0;
   double bnorm = 0.0;
   for (Index i = 0; i < p.n; ++i) {
     const Index j = std::max<Index>(i - 1, 0);
-    anorm = std::max(anorm, row_sum(p.n - j, &p.A(i, j), p.n));
-    bnorm = std::max(bnorm, row_sum(p.n - i, &p.B(i, i), p.n));
+    anorm = std::max(anorm, row_sum(p.n - j, &p.A(i, j)));
+    bnorm = std::max(bnorm, row_sum(p.n - i, &p.B(i, i)));
   }
   it.epsa = (anorm == 0.0 ? 1.0 : anorm) * kEps;
   it.epsb = (bnorm == 0.0 ? 1.0 : bnorm) * kEps;
 }
 
-// The first row of the block that ends in row en; what stands left of its diagonal becomes zero.
+// The first row of the block that ends with the last row; what stands left of its diagonal becomes
+// zero.
 Index split_row(const Iteration& it) {
-  for (Index l = it.en; l > 0; --l) {
+  for (Index l = it.last; l > 0; --l) {
     double& left = it.pair.A(l, l - 1);
     if (std::fabs(left) <= it.epsa) {
       left = 0.0;
@@ -66,15 +64,15 @@ Index split_row(const Iteration& it) {
   return 0;
 }
 
-// B(l, l) counts as zero: rows l and l + 1 are turned so that A(l+1, l) vanishes, which leaves an
-// infinite eigenvalue at l and splits the block below it.
+// B(l, l) counts as zero: rows l and l + 1 are reflected so that A(l+1, l) vanishes, which leaves
+// an infinite eigenvalue at l and splits the block below it.
 void deflate_infinite(const Iteration& it, Index l) {
   const QzPair& p = it.pair;
   p.B(l, l) = 0.0;
   const Reflector2 h = reflector(p.A(l, l), p.A(l + 1, l));
   it.kernels.chase_rows2(1, &h, it.end_col() - l, &p.A(l, l), &p.B(l, l), p.n);
   p.A(l + 1, l) = 0.0;
-  if (l != it.top) p.A(l, l - 1) = -p.A(l, l - 1);
+  if (l != it.first) p.A(l, l - 1) = -p.A(l, l - 1);
 }
 
 // The last 2x2 block of A inv(B), as far as its eigenvalues need it.
@@ -85,23 +83,23 @@ struct Corner {
 Corner corner(const Iteration& it) {
   const auto divisor = [&](double x) { return std::fabs(x) < it.epsb ? it.epsb : x; };
   const QzPair& p = it.pair;
-  const Index en = it.en;
-  const double b33 = divisor(p.B(en - 1, en - 1));
-  const double b44 = divisor(p.B(en, en));
-  return {p.A(en - 1, en - 1) / b33, p.A(en - 1, en) / b44, p.A(en, en - 1) / b33,
-          p.A(en, en) / b44, p.B(en - 1, en) / b44};
+  const Index last = it.last;
+  const double b33 = divisor(p.B(last - 1, last - 1));
+  const double b44 = divisor(p.B(last, last));
+  return {p.A(last - 1, last - 1) / b33, p.A(last - 1, last) / b44, p.A(last, last - 1) / b33,
+          p.A(last, last) / b44, p.B(last - 1, last) / b44};
 }
 
 // Where a step with one real shift begins: as far down as two consecutive sub-diagonal elements
 // are small.
 Index start_row(const Iteration& it, double shift) {
   const QzPair& p = it.pair;
-  for (Index l = it.en - 2; l > it.top; --l) {
+  for (Index l = it.last - 2; l > it.first; --l) {
     double t = p.A(l, l);
     if (std::fabs(p.B(l, l)) > it.epsb) t -= shift * p.B(l, l);
     if (std::fabs(p.A(l, l - 1)) <= std::fabs(t / p.A(l + 1, l)) * it.epsa) return l;
   }
-  return it.top;
+  return it.first;
 }
 
 void reflect_rows(const Iteration& it, Index count, const Reflector2* h, Index row, Index col,
@@ -131,7 +129,7 @@ struct RowChase {
   // Lets column `col` and its neighbours take part, from the reflector on row `row` on.
   void take_in(Index col, Index row) {
     if (next > col) return;
-    const Index cols = std::min(kStrip, it.en + 1 - next);
+    const Index cols = std::min(kStrip, it.last + 1 - next);
     if (row > first) reflect_rows(it, row - first, h, first, next, cols);
     next += cols;
   }
@@ -154,7 +152,7 @@ void restore_triangle(const Iteration& it, Index k) {
   const QzPair& p = it.pair;
   const Reflector2 h = reflector(p.B(k + 1, k + 1), p.B(k + 1, k));
   const Index row = it.first_row();
-  const Index rows = std::min(it.en, k + 2) + 1 - row;
+  const Index rows = std::min(it.last, k + 2) + 1 - row;
   it.kernels.reflect_cols2(h, rows, &p.A(row, k), p.n);
   it.kernels.reflect_cols2(h, rows, &p.B(row, k), p.n);
   p.B(k + 1, k) = 0.0;
@@ -170,7 +168,7 @@ void restore_triangle3(const Iteration& it, Index k) {
   const double t = p.B(k + 1, k + 2) + g.u2 * p.B(k + 1, k + 1) + g.u3 * p.B(k + 1, k);
   const Reflector2 h = reflector(p.B(k + 1, k + 1) + t * g.v2, p.B(k + 1, k) + t * g.v3);
   const Index row = it.first_row();
-  const Index rows = std::min(it.en, k + 3) + 1 - row;
+  const Index rows = std::min(it.last, k + 3) + 1 - row;
   it.kernels.reflect_cols3(g, h, rows, &p.A(row, k), p.n);
   it.kernels.reflect_cols3(g, h, rows, &p.B(row, k), p.n);
   p.B(k + 2, k) = 0.0;
@@ -182,12 +180,12 @@ void restore_triangle3(const Iteration& it, Index k) {
 // One QZ step with a real shift. It begins with the first column of (A - shift B) inv(B), in row l.
 void single_step(const Iteration& it, Index l, double shift) {
   const QzPair& p = it.pair;
-  if (l != it.top) p.A(l, l - 1) = -p.A(l, l - 1);
+  if (l != it.first) p.A(l, l - 1) = -p.A(l, l - 1);
   double a1 = p.A(l, l) / p.B(l, l) - shift;
   double a2 = p.A(l + 1, l) / p.B(l, l);
   RowChase<Reflector2> rows(it, l, it.pairs);
   Index k = l;
-  for (; k < it.en; ++k) {
+  for (; k < it.last; ++k) {
     if (k > l) {
       a1 = p.A(k, k - 1);
       a2 = p.A(k + 1, k - 1);
@@ -205,10 +203,10 @@ void single_step(const Iteration& it, Index l, double shift) {
 // One QZ step with two shifts. It begins with (a1, a2, a3) in the first rows of the block.
 void double_step(const Iteration& it, double a1, double a2, double a3) {
   const QzPair& p = it.pair;
-  const Index l = it.top;
-  const Index na = it.en - 1;
+  const Index l = it.first;
+  const Index upper = it.last - 1;
   RowChase<Reflector3> rows(it, l, it.triples);
-  for (Index k = l; k < na; ++k) {
+  for (Index k = l; k < upper; ++k) {
     if (k > l) {
       a1 = p.A(k, k - 1);
       a2 = p.A(k + 1, k - 1);
@@ -224,20 +222,20 @@ void double_step(const Iteration& it, double a1, double a2, double a3) {
     }
     restore_triangle3(it, k);
   }
-  rows.finish(na);
+  rows.finish(upper);
   // The last two rows.
-  const Reflector2 h = reflector(p.A(na, na - 1), p.A(it.en, na - 1));
+  const Reflector2 h = reflector(p.A(upper, upper - 1), p.A(it.last, upper - 1));
   if (is_identity(h)) return;
-  reflect_rows(it, 1, &h, na, na - 1, it.end_col() - na + 1);
-  p.A(it.en, na - 1) = 0.0;
-  restore_triangle(it, na);
+  reflect_rows(it, 1, &h, upper, upper - 1, it.end_col() - upper + 1);
+  p.A(it.last, upper - 1) = 0.0;
+  restore_triangle(it, upper);
 }
 
 // The first column of (A inv(B) - s) (A inv(B) - s') for the complex eigenvalues s, s' of the
 // corner, divided by its last sub-diagonal factor.
 void complex_step(const Iteration& it, const Corner& c) {
   const QzPair& p = it.pair;
-  const Index l = it.top;
+  const Index l = it.first;
   const double b11 = p.B(l, l);
   const double b22 = std::fabs(p.B(l + 1, l + 1)) < it.epsb ? it.epsb : p.B(l + 1, l + 1);
   const double a11 = p.A(l, l) / b11;
@@ -272,10 +270,10 @@ void step(const Iteration& it) {
 // Steps until a block of order 1 or 2 splits off at the end of the active block, and takes it off.
 const char* deflate_block(Iteration& it) {
   for (int steps = 0;;) {
-    it.top = split_row(it);
-    if (it.top >= it.en - 1) break;
-    if (std::fabs(it.pair.B(it.top, it.top)) <= it.epsb) {
-      deflate_infinite(it, it.top);
+    it.first = split_row(it);
+    if (it.first >= it.last - 1) break;
+    if (std::fabs(it.pair.B(it.first, it.first)) <= it.epsb) {
+      deflate_infinite(it, it.first);
       continue;
     }
     if (steps == kMaxSteps) return kTooManyIterations;
@@ -284,7 +282,7 @@ const char* deflate_block(Iteration& it) {
     else
       step(it);
   }
-  it.en = it.top - 1;
+  it.last = it.first - 1;
   return nullptr;
 }
 
@@ -293,7 +291,7 @@ const char* deflate_block(Iteration& it) {
 const char* qz_iterate(const QzPair& pair, Reflector2* pairs, Reflector3* triples) {
   Iteration it = {pair, qz_kernels(), pairs, triples, 0.0, 0.0, 0, pair.n - 1};
   set_tolerances(it);
-  while (it.en >= 2)
+  while (it.last >= 2)
     if (const char* message = deflate_block(it)) return message;
   if (pair.n >= 2) pair.B(pair.n - 1, 0) = it.epsb;
   return nullptr;

@@ -39,8 +39,8 @@ struct QzValues {
 void qz_reduce(const QzPair& pair, Reflector2* pairs);
 
 // The Hessenberg-triangular pair becomes quasi-triangular: blocks of order 1 and 2 on the diagonal
-// of A. Null, or "too many iterations". Leaves B's tolerance for zero in B(n, 1). `pairs` and
-// `triples` have room for n.
+// of A. Null, or "too many iterations": the pair is then of no use. Leaves B's tolerance for zero
+// in B(n, 1), counted from 1. `pairs` and `triples` have room for n.
 const char* qz_iterate(const QzPair& pair, Reflector2* pairs, Reflector3* triples);
 
 // The eigenvalues of the quasi-triangular pair; blocks with real eigenvalues are split.

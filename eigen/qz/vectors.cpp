@@ -133,12 +133,12 @@ void back_transform(const Substitution& s, Index end, Index k) {
 
 // The last component, and for a complex vector the one above it, by the last row: the last is i, so
 // that the real parts end above it.
-void start(const Substitution& s, Index k, Index en) {
+void start(const Substitution& s, Index k, Index last) {
   std::fill(s.xr, s.xr + 4 * s.pair.n, 0.0);
-  if (s.real()) return s.set_x(en, {1.0, 0.0});
-  const double y = s.beta * s.pair.A(en, k);
-  const Complex w = s.element(en, en);
-  s.set_x(en, {0.0, 1.0});
+  if (s.real()) return s.set_x(last, {1.0, 0.0});
+  const double y = s.beta * s.pair.A(last, k);
+  const Complex w = s.element(last, last);
+  s.set_x(last, {0.0, 1.0});
   s.set_x(k, {w.im / y, -w.re / y});
 }
 
@@ -166,14 +166,14 @@ Substitution substitution(const QzPair& pair, const QzValues& values, Index k, d
 }  // namespace
 
 void qz_vectors(const QzPair& pair, const QzValues& values, double* work) {
-  for (Index en = pair.n - 1; en >= 0; --en) {
-    const Index k = ends_block(pair, en) ? en - 1 : en;
+  for (Index last = pair.n - 1; last >= 0; --last) {
+    const Index k = ends_block(pair, last) ? last - 1 : last;
     const Substitution s = substitution(pair, values, k, work);
-    start(s, k, en);
-    for (Index j = en; j >= k; --j) settle(s, j, k);
-    substitute(s, k, en + 1);
-    back_transform(s, en + 1, k);
-    en = k;
+    start(s, k, last);
+    for (Index j = last; j >= k; --j) settle(s, j, k);
+    substitute(s, k, last + 1);
+    back_transform(s, last + 1, k);
+    last = k;
   }
 }
 

@@ -12,7 +12,7 @@ namespace {
 // Columns that share the loads of Z.
 constexpr int kMostColumns = 4;
 
-// Columns first..first+cols-1 of the product, rows low..igh.
+// Columns first..first+cols-1 of the product, rows low..high.
 struct Block {
   int first;
   int cols;
@@ -26,7 +26,7 @@ Block block_before(int end, const Balance& b, const Index* last) {
   if (block.first > 0 && last[block.first - 1] == block.first) ++block.first;
   block.cols = end - block.first;
   for (int j = 0; j < block.cols; ++j) {
-    const Index end_of_sum = std::min<Index>(last[block.first + j], b.igh) + 1;
+    const Index end_of_sum = std::min<Index>(last[block.first + j], b.high) + 1;
     block.count[j] = std::max<Index>(end_of_sum - b.low, 0);
   }
   return block;
@@ -34,7 +34,7 @@ Block block_before(int end, const Balance& b, const Index* last) {
 
 // The block of one part of Z times one part of X.
 void combine(const Block& block, const Balance& b, ConstRealView x, ConstRealView z, double* out) {
-  back_transformation_kernels().combine(b.igh + 1 - b.low, z.from(b.low, b.low), block.cols,
+  back_transformation_kernels().combine(b.high + 1 - b.low, z.from(b.low, b.low), block.cols,
                                         x.from(b.low, block.first), block.count, out);
 }
 
@@ -53,7 +53,7 @@ void combine_complex(const Block& block, const Balance& b, const ConstComplexVie
   combine(block, b, x_im, {z.re, z.ld}, ri);
   combine(block, b, x_re, {z.im, z.ld}, ir);
   for (int j = 0; j < block.cols; ++j)
-    for (Index i = 0; i <= b.igh - b.low; ++i) {
+    for (Index i = 0; i <= b.high - b.low; ++i) {
       const Index k = j * z.ld + i;
       z.set(b.low + i, block.first + j, {rr[k] - ii[k], ri[k] + ir[k]});
     }
@@ -64,7 +64,7 @@ void copy_outer_rows(const Balance& b, ConstRealView x, const Index* last, RealV
   for (int j = 0; j < b.n; ++j) {
     const auto component = [&](int i) { return i <= last[j] ? x(i, j) : 0.0; };
     for (int i = 0; i < b.low; ++i) z(i, j) = component(i);
-    for (int i = b.igh + 1; i < b.n; ++i) z(i, j) = component(i);
+    for (int i = b.high + 1; i < b.n; ++i) z(i, j) = component(i);
   }
 }
 

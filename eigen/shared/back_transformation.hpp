@@ -7,8 +7,8 @@
 namespace matrix_pack {
 
 // V := Z X in place of Z, X the vectors of the triangular matrix: column j of X ends with row
-// last[j]. Both are real when their imaginary parts are null. Rows low..igh are sums over k =
-// low..igh in ascending order (for complex matrices one sum for each product of parts), the other
+// last[j]. Both are real when their imaginary parts are null. Rows low..high are sums over k =
+// low..high in ascending order (for complex matrices one sum for each product of parts), the other
 // rows are those of X.
 //   returns  false when there is no memory
 //   cost     n^3 flops (complex: 4 n^3), 16 n doubles of work for complex matrices

@@ -19,47 +19,47 @@ bool is_zero_at(const ComplexView& a, int i, int j) {
   return a.re[k] == 0.0 && (a.im == nullptr || a.im[k] == 0.0);
 }
 
-bool row_is_isolated(const ComplexView& a, int j, int igh) {
-  for (int i = 0; i <= igh; ++i)
+bool row_is_isolated(const ComplexView& a, int j, int high) {
+  for (int i = 0; i <= high; ++i)
     if (i != j && !is_zero_at(a, j, i)) return false;
   return true;
 }
 
-bool column_is_isolated(const ComplexView& a, int j, int low, int igh) {
-  for (int i = low; i <= igh; ++i)
+bool column_is_isolated(const ComplexView& a, int j, int low, int high) {
+  for (int i = low; i <= high; ++i)
     if (i != j && !is_zero_at(a, i, j)) return false;
   return true;
 }
 
-// Exchanges columns j and m over rows 0..igh and rows j and m over columns low..n-1.
+// Exchanges columns j and m over rows 0..high and rows j and m over columns low..n-1.
 void exchange(const ComplexView& a, int j, int m, const Balance& b) {
   if (j == m) return;
   for (double* part : {a.re, a.im}) {
     if (part == nullptr) continue;
-    for (int i = 0; i <= b.igh; ++i) std::swap(part[j * a.ld + i], part[m * a.ld + i]);
+    for (int i = 0; i <= b.high; ++i) std::swap(part[j * a.ld + i], part[m * a.ld + i]);
     for (int i = b.low; i < b.n; ++i) std::swap(part[i * a.ld + j], part[i * a.ld + m]);
   }
 }
 
 // Moves isolated rows to the bottom; true when that ended at `stop_at`.
 bool isolate_rows(const ComplexView& a, int stop_at, Balance& b) {
-  for (int j = b.igh; j >= 0;) {
-    if (!row_is_isolated(a, j, b.igh)) {
+  for (int j = b.high; j >= 0;) {
+    if (!row_is_isolated(a, j, b.high)) {
       --j;
       continue;
     }
-    b.scale[b.igh] = j;
-    exchange(a, j, b.igh, b);
-    if (b.igh == stop_at) return true;
-    j = --b.igh;
+    b.scale[b.high] = j;
+    exchange(a, j, b.high, b);
+    if (b.high == stop_at) return true;
+    j = --b.high;
   }
   return false;
 }
 
 // Moves isolated columns to the left.
 void isolate_columns(const ComplexView& a, Balance& b) {
-  for (int j = b.low; j <= b.igh;) {
-    if (!column_is_isolated(a, j, b.low, b.igh)) {
+  for (int j = b.low; j <= b.high;) {
+    if (!column_is_isolated(a, j, b.low, b.high)) {
       ++j;
       continue;
     }
@@ -93,21 +93,21 @@ void scale_row_and_column(const ComplexView& a, int j, double f, const Balance& 
   for (double* part : {a.re, a.im}) {
     if (part == nullptr) continue;
     for (int i = b.low; i < b.n; ++i) part[i * a.ld + j] *= inverse;
-    vector_kernels().scale(b.igh + 1, f, part + j * a.ld);
+    vector_kernels().scale(b.high + 1, f, part + j * a.ld);
   }
 }
 
-// The sum of the off-diagonal magnitudes of column j in rows low..igh (stride 1), or of row j in
-// columns low..igh (stride ld).
+// The sum of the off-diagonal magnitudes of column j in rows low..high (stride 1), or of row j in
+// columns low..high (stride ld).
 double off_diagonal_sum(const ComplexView& a, const Balance& b, int j, bool column) {
   const Index start = column ? j * a.ld + b.low : b.low * a.ld + j;
   return balance_kernels().sum_magnitudes(a.re + start, a.im == nullptr ? nullptr : a.im + start,
-                                          column ? 1 : a.ld, b.igh - b.low + 1, j - b.low);
+                                          column ? 1 : a.ld, b.high - b.low + 1, j - b.low);
 }
 
 bool scaling_pass(const ComplexView& a, Balance& b) {
   bool changed = false;
-  for (int j = b.low; j <= b.igh; ++j) {
+  for (int j = b.low; j <= b.high; ++j) {
     const double c = off_diagonal_sum(a, b, j, true);
     const double r = off_diagonal_sum(a, b, j, false);
     if (c == 0.0 || r == 0.0) continue;
@@ -125,13 +125,13 @@ bool scaling_pass(const ComplexView& a, Balance& b) {
 Balance balance(int n, const ComplexView& a, int stop_at, double* scale) {
   Balance b = {n, 0, n - 1, 0, scale};
   if (isolate_rows(a, stop_at, b)) {
-    // Row igh, though it stays among low..igh, was exchanged: its entry is no factor.
-    b.scaled_end = b.igh;
+    // Row high, though it stays among low..high, was exchanged: its entry is no factor.
+    b.scaled_end = b.high;
     for (int j = b.low; j < b.scaled_end; ++j) scale[j] = 1.0;
     return b;
   }
   isolate_columns(a, b);
-  b.scaled_end = b.igh + 1;
+  b.scaled_end = b.high + 1;
   for (int j = b.low; j < b.scaled_end; ++j) scale[j] = 1.0;
   // Ends: powers of two scale exactly, and every scaling lowers the sum of all magnitudes. (Among
   // subnormal numbers a scaling may round, but each rounding leaves one bit less to round.)

@@ -19,20 +19,21 @@ struct SweepWorkOf {
     h = hessenberg;
     return reserve(n);
   }
-  // Z takes part in rows low..igh.
+  // Z takes part in rows low..high.
   bool open_with_vectors(const Balance& b, const View& hessenberg, const View& vectors) {
     n = b.n;
     h = hessenberg;
     has_z = true;
     z = vectors;
     z_begin = b.low;
-    z_end = b.igh + 1;
+    z_end = b.high + 1;
     return reserve(kFullSweeps * n);
   }
 
-  // How far the rows and columns of the active block l..en reach that are kept up to date.
-  int first_row(int l) const { return has_z ? 0 : l; }
-  int last_column(int en) const { return has_z ? n - 1 : en; }
+  // How far what is kept up to date reaches: upwards of the active block first..last, and to its
+  // right.
+  int first_row(int first) const { return has_z ? 0 : first; }
+  int last_column(int last) const { return has_z ? n - 1 : last; }
 
   Array<Transformation> room;
   Batch<Sweep, Transformation> kept;

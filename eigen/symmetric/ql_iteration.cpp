@@ -2,10 +2,12 @@
 
 #include <cmath>
 
-#include "eigen/cores.hpp"
 #include "pack/memory.hpp"
 #include "pack/messages.hpp"
 #include "pack/numeric/rotation_batch.hpp"
+
+// d is the diagonal, and e[i] stands between d[i] and d[i+1]. The eigenvalues 0..l-1 are done, and
+// the active block is l..m.
 
 namespace matrix_pack {
 
@@ -19,50 +21,52 @@ constexpr int kMostSweeps = 30;
 int find_split(const double* d, const double* e, int l, int n) {
   int m = l;
   for (; m < n - 1; ++m) {
-    const double dd = std::fabs(d[m]) + std::fabs(d[m + 1]);
-    if (std::fabs(e[m]) + dd == dd) break;
+    const double neighbours = std::fabs(d[m]) + std::fabs(d[m + 1]);
+    if (std::fabs(e[m]) + neighbours == neighbours) break;
   }
   return m;
 }
 
 // d[m] less the eigenvalue of the leading 2x2 block of l..m that is nearer to d[l].
 double shifted_end(const double* d, const double* e, int l, int m) {
-  const double g = (d[l + 1] - d[l]) / (2.0 * e[l]);
-  const double r = std::sqrt(g * g + 1.0);
-  return d[m] - d[l] + e[l] / (g + (g >= 0.0 ? r : -r));
+  const double ratio = (d[l + 1] - d[l]) / (2.0 * e[l]);
+  const double root = std::sqrt(ratio * ratio + 1.0);
+  return d[m] - d[l] + e[l] / (ratio + (ratio >= 0.0 ? root : -root));
 }
 
-// One sweep from m up to l. The rotations of columns m and m - 1, m - 1 and m - 2... go to
-// `rotations` unless it is null. Kept: a zero radius r has no case of its own.
+// One sweep from m up to l: rotation i, of the cosine c and the sine s, annihilates the bulge that
+// the one before has made beside g. `taken` goes from each diagonal element to the one below it.
+// The rotations of columns m and m - 1, m - 1 and m - 2... go to `rotations` unless it is null.
+// Kept: a zero radius has no case of its own.
 void sweep(double* d, double* e, int l, int m, Rotation* rotations) {
   double g = shifted_end(d, e, l, m);
   double s = 1.0;
   double c = 1.0;
-  double p = 0.0;
+  double taken = 0.0;
   for (int i = m - 1; i >= l; --i) {
-    const double f = s * e[i];
-    const double b = c * e[i];
-    if (std::fabs(f) >= std::fabs(g)) {
-      c = g / f;
-      const double r = std::sqrt(c * c + 1.0);
-      e[i + 1] = f * r;
-      s = 1.0 / r;
+    const double bulge = s * e[i];
+    const double beside = c * e[i];
+    if (std::fabs(bulge) >= std::fabs(g)) {
+      c = g / bulge;
+      const double radius = std::sqrt(c * c + 1.0);
+      e[i + 1] = bulge * radius;
+      s = 1.0 / radius;
       c = c * s;
     } else {
-      s = f / g;
-      const double r = std::sqrt(s * s + 1.0);
-      e[i + 1] = g * r;
-      c = 1.0 / r;
+      s = bulge / g;
+      const double radius = std::sqrt(s * s + 1.0);
+      e[i + 1] = g * radius;
+      c = 1.0 / radius;
       s = s * c;
     }
-    g = d[i + 1] - p;
-    const double r = (d[i] - g) * s + 2.0 * c * b;
-    p = s * r;
-    d[i + 1] = g + p;
-    g = c * r - b;
+    const double below = d[i + 1] - taken;
+    const double r = (d[i] - below) * s + 2.0 * c * beside;
+    taken = s * r;
+    d[i + 1] = below + taken;
+    g = c * r - beside;
     if (rotations != nullptr) *rotations++ = {c, s};
   }
-  d[l] = d[l] - p;
+  d[l] = d[l] - taken;
   e[l] = g;
   e[m] = 0.0;
 }
