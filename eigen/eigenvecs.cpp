@@ -1,4 +1,6 @@
-// eigenvecs: the handler, the exported entry point, and the choice of the core.
+// eigenvecs: the handler, the exported entry point, and the choice of the core. The columns are
+// scaled twice: in the cores of general matrices so that the largest component is 1
+// (eigen/shared/scale_columns.hpp), then here to length 1 by the host's renormalize_matrix_cols.
 #include "eigen/cores.hpp"
 #include "eigen/eigen.hpp"
 #include "pack/elements.hpp"

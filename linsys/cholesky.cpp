@@ -18,7 +18,7 @@ namespace matrix_pack {
 namespace {
 
 constexpr const char* kNotDefinite = "non-positive definite matrix";
-constexpr double kSqrtEps = 1.4901161193847656e-08;  // sqrt(2^-52)
+constexpr double kSqrtEps = 0x1p-26;  // sqrt(kEps)
 
 // Columns of a panel, and of the parts in which it is factored column by column. Measured.
 constexpr Index kPanel = 64;

@@ -1,9 +1,9 @@
 // Inversion by LU factorization and substitution with the unit vectors.
 //
-// The exchanged unit vectors are, in another order, the columns of the unit matrix, and those of
-// the inverse come in that order. So Y with L U Y = I is computed, a block of columns at a time,
-// and its columns are then exchanged: each one goes through the operations that lubacksub makes of
-// its unit vector, the skipping of leading zeros included.
+// Column j of the inverse solves L U x = P e_j. The vectors P e_j are the columns of the unit
+// matrix in another order, so Y with L U Y = I is computed, a block of columns at a time, and its
+// columns are then exchanged. Each one goes through the operations of lubacksub on P e_j, the
+// skipping of leading zeros included.
 #include "linsys/inverse.hpp"
 
 #include <algorithm>
@@ -59,7 +59,7 @@ void invert_factors(Index n, View lu, View y) {
   }
 }
 
-// y := y P, the row exchanges of the factorization made of the columns, from the last one back.
+// y := y P: the exchanges of the factorization, made on columns, from the last one back.
 void exchange_columns(Index n, const double* pivots, double origin, double* y) {
   for (Index k = n - 1; k >= 0; --k) {
     const auto m = static_cast<Index>(pivots[k] - origin);

@@ -69,7 +69,7 @@ Anyval* cond1(EfiCallContext* context, Anyval* a) {
   });
 }
 
-// A real matrix needs no inverse.
+// For a real matrix the ratio of its singular values, without an inverse.
 Anyval* cond2(EfiCallContext* context, Anyval* a) {
   return guarded(context, [=] { return condition_of(context, a, nullptr, norm2_complex); });
 }

@@ -15,10 +15,10 @@ constexpr Index kReflections = 32;
 // Columns that a reflection takes at a time: they stay in the first cache.
 constexpr Index kColumns = 4;
 
-// Forms columns first...end - 1. In plain order the steps i run down from the last: step i turns
-// its own vector into column i (`finish`), having reflected all columns beyond i (`reflect`). To a
-// column that is all the same: it is finished, then reflected by i = j - 1, j - 2... So the right
-// half is formed first, then reflected by all vectors of the left half, block by block.
+// Forms columns first...end - 1. In plain order the steps i run down from the last: step i reflects
+// all columns beyond i by its vector (`reflect`), then makes that vector column i (`finish`). For a
+// column j alone this means: it is finished, then reflected by the vectors j - 1, j - 2... So the
+// right half is formed first, then reflected by all vectors of the left half, block by block.
 template <class Finish, class Reflect>
 void accumulate(Index first, Index end, const Finish& finish, const Reflect& reflect) {
   if (end - first < 2) {

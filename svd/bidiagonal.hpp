@@ -26,9 +26,9 @@ struct RowVectors {
 // Doubles of work that bidiagonalise needs.
 Index bidiagonalise_work(Index m, Index n);
 
-// Reduces b.a by Householder reflections, in turn of columns and of rows.
+// Reduces b.a by Householder reflections, of columns and of rows alternately.
 //   b        on return w and rv1, and from row i of column i on the vector of column step i; what
-//            stands above is of no use. Both vectors have the size of the column or row
+//            stands above is of no use. The vectors have the scale of their columns and rows
 //   work     bidiagonalise_work(m, n) doubles
 //   returns  the largest |w[i]| + |rv1[i]|
 //   cost     4 (m n^2 - n^3 / 3) flops; two passes over memory a step, one of them writing

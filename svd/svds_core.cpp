@@ -9,7 +9,7 @@ namespace matrix_pack {
 
 namespace {
 
-// No factors: nothing becomes of the rotations.
+// Without factors the rotations are dropped.
 struct NoRotations {
   static constexpr bool kGuardsFirstRoot = false;
   void cancel(Index, Index, double, double) {}

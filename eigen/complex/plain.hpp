@@ -136,8 +136,8 @@ struct ComplexSweep {
       for (int j = en + 1; j <= right; ++j) H.set(en, j, multiply({phase.re, -phase.im}, H(en, j)));
     }
     for (int i = l + 1; i <= en; ++i) {
-      for (int k = top; k <= i; ++k) turn_columns(H, k, i, xr[i], xi[i], s[i]);
-      for (int k = z_begin; k < z_end; ++k) turn_columns(Z, k, i, xr[i], xi[i], s[i]);
+      for (int k = top; k <= i; ++k) rotate_columns(H, k, i, xr[i], xi[i], s[i]);
+      for (int k = z_begin; k < z_end; ++k) rotate_columns(Z, k, i, xr[i], xi[i], s[i]);
     }
     if (last.im == 0.0) return;
     for (int k = top; k <= en; ++k) H.set(k, en, multiply(phase, H(k, en)));
@@ -145,7 +145,7 @@ struct ComplexSweep {
   }
 
   // Columns i-1 and i of row k.
-  static void turn_columns(ComplexSquare& A, int k, int i, double xr, double xi, double s) {
+  static void rotate_columns(ComplexSquare& A, int k, int i, double xr, double xi, double s) {
     const Complex y = A(k, i - 1), z = A(k, i);
     A.set(k, i - 1, {y.re * xr - y.im * xi + z.re * s, y.im * xr + y.re * xi + z.im * s});
     A.set(k, i, {z.re * xr + z.im * xi - y.re * s, z.im * xr - z.re * xi - y.im * s});

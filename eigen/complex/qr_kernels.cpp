@@ -120,7 +120,8 @@ void rotate_block(const ComplexRotationRun& run, Index from, const ComplexView& 
   for (int b = 0; b < kVectors; ++b) store(column, b * kWidth, shared[b]);
 }
 
-// The rows from begin on: those of the triangle's edge, rotation by rotation, then all of them.
+// By blocks of rows. Row i takes part from rotation i on: first come the rotations at the diagonal,
+// of some rows of the block, then the rest of the run, of all of them.
 void rotate_columns(const ComplexRotationRun& run, const ComplexView& h, Index begin, Index end) {
   for (Index row = begin; row < end; row += kBlock) {
     const Index row_end = smaller(row + kBlock, end);

@@ -79,13 +79,13 @@ struct Sweep {
         if (notlast) H(k + 2, j) -= p * zz;
       }
       const int bottom = en < k + 3 ? en : k + 3;
-      for (int i = top; i <= bottom; ++i) turn_columns(H, i, k, notlast, x, y, zz, q, r);
-      for (int i = z_begin; i < z_end; ++i) turn_columns(Z, i, k, notlast, x, y, zz, q, r);
+      for (int i = top; i <= bottom; ++i) reflect_columns(H, i, k, notlast, x, y, zz, q, r);
+      for (int i = z_begin; i < z_end; ++i) reflect_columns(Z, i, k, notlast, x, y, zz, q, r);
     }
   }
 
-  static void turn_columns(Square& A, int i, int k, bool notlast, double x, double y, double zz,
-                           double q, double r) {
+  static void reflect_columns(Square& A, int i, int k, bool notlast, double x, double y, double zz,
+                              double q, double r) {
     double p = x * A(i, k) + y * A(i, k + 1);
     if (notlast) p += zz * A(i, k + 2);
     A(i, k) -= p;

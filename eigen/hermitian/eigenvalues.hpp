@@ -10,8 +10,7 @@ namespace matrix_pack {
 //            of the diagonal are read
 //   d        n doubles, the eigenvalues
 //   returns  null, or "invalid dimension", "must be square", "out of memory", "too many
-//   iterations";
-//            d is then of no use
+//            iterations"; d is then of no use
 //   cost     16 n^3 / 3 flops in one pass over memory a step; O(n) doubles of work
 //   method   Householder reduction to a real tridiagonal matrix (Martin, Reinsch and Wilkinson,
 //            Handbook for Automatic Computation II (1971), contribution II/2, for complex

@@ -12,7 +12,7 @@ namespace matrix_pack {
 inline constexpr double kSafeLow = 0x1p-400;
 inline constexpr double kSafeHigh = 0x1p400;
 
-// The reflector that turns (x1, x2) into (-+|x|, 0); the identity when both are zero.
+// The reflector that takes (x1, x2) to (-+|x|, 0); the identity when both are zero.
 inline Reflector2 reflector(double x1, double x2) {
   const double s = std::fabs(x1) + std::fabs(x2);
   if (!(s > kSafeLow && s < kSafeHigh)) {

@@ -1,7 +1,7 @@
 // The inner loops of the QZ method: plane reflectors applied to rows and to columns.
 //
-// A reflector turns the first of two (three) numbers into plus or minus their norm and the others
-// into zero. Applied to x1, x2 (, x3) it computes, in this order,
+// A reflector makes the first of two (three) numbers plus or minus their norm, and the others zero.
+// Applied to x1, x2 (, x3) it computes, in this order,
 //   t = x1 + u2 x2 (+ u3 x3),   x1 += t v1,   x2 += t v2   (, x3 += t v3).
 // All zeros is the identity. Rows and columns are counted from 0; matrices are column-major with
 // leading dimension ld.

@@ -20,7 +20,7 @@ struct TridiagonalKernels {
                               const double* v, double* p);
 
   // p becomes e = p/h - hh v with hh = (p/h)^T v / (h + h), the scalar product summed in ascending
-  // order: with it, the reflection by v turns A into A - (v e^T + e v^T).
+  // order: with it, the reflection by v makes A - (v e^T + e v^T) of A.
   void (*finish_update)(Index n, double h, const double* v, double* p);
 
   // Rows and columns first..first+count-1 of the accumulated transformation, and what their

@@ -5,7 +5,7 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-// --- Many right-hand sides: eight of them lie side by side in a lane each, as in the real kernels.
+// --- Many right-hand sides: as in the real kernels, in substitution_kernels.cpp. ---
 
 using Row = Run<kLanes>;
 
@@ -71,7 +71,7 @@ void solve_upper(Index n, const ConstComplexView& u, Index cols, const ComplexVi
   }
 }
 
-// --- One right-hand side: the columns of the triangle pass by, four at a time. ---
+// --- One right-hand side: four columns of the triangle at a time. ---
 
 constexpr Index kColumns = 4;
 

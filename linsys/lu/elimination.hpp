@@ -96,8 +96,8 @@ Elimination eliminate_panel(const Factoring<View>& f, Index k0, Index k1) {
   return {mid - k0 + right.columns, right.outcome};
 }
 
-// Tests the pivots k0 to k1 - 1. `above` is the bound of the row above, then that of row k1 - 1: it
-// counts only once the next pivot has turned out not to be zero.
+// Tests the pivots k0 to k1 - 1. The bound of a row counts from the next pivot on: *above is that
+// of row k0 - 1 and becomes that of row k1 - 1.
 template <class View>
 Pivoting test_pivots(Factoring<View>& f, Index k0, Index k1, double* above) {
   kernels_for(f.a).row_bounds(f.n, f.a, k0, k1, f.scale, f.bounds);

@@ -28,9 +28,9 @@ struct LuKernels {
 
   // Eliminates columns k0 to k1 - 1 of rows k0 to n - 1, one at a time, right-looking. The pivot is
   // the candidate with the largest |a(i,k)| scale[i], the last of equal ones. Rows are exchanged
-  // within these columns only; the row moved to k takes no scale along, the one moved away does.
-  // pivots[k] is the exchanged row, scale[k] becomes the growth bound of column k: its largest
-  // multiplier, at least 1. With a `test`, these must be all columns of the matrix.
+  // within these columns only: row k goes to pivots[k] with its scale. That of the row that comes
+  // is no longer needed: scale[k] becomes the growth bound of column k, its largest multiplier
+  // or 1. With a `test`, these must be all columns of the matrix.
   Elimination (*eliminate)(Index n, RealView a, Index k0, Index k1, double* scale, double* pivots,
                            PivotTest* test);
 

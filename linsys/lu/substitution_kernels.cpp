@@ -53,7 +53,7 @@ void solve_upper(Index n, ConstRealView u, Index cols, RealView x) {
   }
 }
 
-// --- One right-hand side: the columns of the triangle pass by, eight at a time. ---
+// --- One right-hand side: eight columns of the triangle at a time. ---
 
 constexpr Index kColumns = 8;
 

@@ -3,7 +3,9 @@
 // Split in two until the triangle is small; the rest is one matrix product. Each element of X sees
 // the operations of forward (backward) substitution by columns, in their order.
 //   l, u     n x n; of l the strict lower triangle is used, its diagonal being 1, of u the upper
-//   one x        n x cols cost     n^2 cols flops
+//            triangle
+//   x        n x cols
+//   cost     n^2 cols flops
 #pragma once
 
 #include "linsys/lu/substitution_kernels.hpp"

@@ -7,8 +7,8 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 namespace {
 
 // Rows that are rotated together. They are copied side by side, so that no stride of the matrix can
-// make columns displace each other from the cache; rows that there are not are zeros, and stay
-// zeros.
+// make columns displace each other from the cache; missing rows are filled with zeros, which
+// stay zeros.
 constexpr Index kRows = 4 * kWidth;
 static_assert(kRows <= kPanelRows);
 
@@ -58,8 +58,8 @@ constexpr Index kTile = 32;
 
 // All sweeps on one panel, whose first column is `first`. The order: those rotations j of sweep i
 // with j + i in the first tile, sweep by sweep, then those in the second tile... A sweep lags one
-// column behind the sweep before it, so that each rotation finds its columns as plain order has
-// them.
+// column behind the sweep before it, so that each rotation finds its columns as if the
+// sweeps came one after the other.
 template <int kVectors>
 void rotate_panel(double* panel, Index first, Index end, const Sweep* sweeps, Index sweep_count) {
   for (Index tile = first; tile < end + sweep_count; tile += kTile)
