@@ -1,6 +1,6 @@
 #include "linsys/product_kernels.hpp"
 
-#include "pack/numeric/runs.hpp"
+#include "pack/numeric/lanes/runs.hpp"
 
 // A tile of C stays in registers while the terms are subtracted from it one by one: a column of the
 // tile of A times a broadcast element of B. With multiply and add pipes side by side, as many

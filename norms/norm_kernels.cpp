@@ -1,6 +1,6 @@
 #include "norms/norm_kernels.hpp"
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/lanes/tiles.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
@@ -16,38 +16,19 @@ MATRIX_INLINE V element_magnitude(const ConstComplexView& a, Index at) {
     return magnitude(load<V>(a.re + at));
 }
 
-typedef double Four __attribute__((vector_size(32)));
-
-// Elements j...j + 3 of four columns become the four rows.
-MATRIX_INLINE void load_rows(const double* x, Index ld, Four row[4]) {
-  const Four a = load<Four>(x);
-  const Four b = load<Four>(x + ld);
-  const Four c = load<Four>(x + 2 * ld);
-  const Four d = load<Four>(x + 3 * ld);
-  const Four ab_even = __builtin_shufflevector(a, b, 0, 4, 2, 6);
-  const Four ab_odd = __builtin_shufflevector(a, b, 1, 5, 3, 7);
-  const Four cd_even = __builtin_shufflevector(c, d, 0, 4, 2, 6);
-  const Four cd_odd = __builtin_shufflevector(c, d, 1, 5, 3, 7);
-  row[0] = __builtin_shufflevector(ab_even, cd_even, 0, 1, 4, 5);
-  row[1] = __builtin_shufflevector(ab_odd, cd_odd, 0, 1, 4, 5);
-  row[2] = __builtin_shufflevector(ab_even, cd_even, 2, 3, 6, 7);
-  row[3] = __builtin_shufflevector(ab_odd, cd_odd, 2, 3, 6, 7);
-}
-
-// One chain of additions a column: four columns in a vector, and several vectors side by side.
+// One chain of additions a column: kSide columns in a vector, and several vectors side by side.
 template <int kVectors>
 MATRIX_INLINE void real_column_sums(Index rows, const double* x, Index ld, double* sums) {
-  Four s[kVectors] = {};
+  Row s[kVectors] = {};
   Index j = 0;
-  for (; j + 4 <= rows; j += 4)
+  for (; j + kSide <= rows; j += kSide)
     for (int p = 0; p < kVectors; ++p) {
-      Four row[4];
-      load_rows(x + 4 * p * ld + j, ld, row);
-      for (const Four& r : row) s[p] += magnitude(r);
+      const Tile<Row> tile = load_tile<Row>(x + kSide * p * ld + j, ld);
+      for (const Row& row : tile.row) s[p] += magnitude(row);
     }
-  for (int p = 0; p < kVectors; ++p) store(sums + 4 * p, s[p]);
+  for (int p = 0; p < kVectors; ++p) store(sums + kSide * p, s[p]);
   for (; j < rows; ++j)
-    for (int k = 0; k < 4 * kVectors; ++k) sums[k] += __builtin_fabs(x[k * ld + j]);
+    for (int k = 0; k < kSide * kVectors; ++k) sums[k] += __builtin_fabs(x[k * ld + j]);
 }
 
 void real_column_sum(Index rows, const double* x, double* sum) {
@@ -75,10 +56,10 @@ void column_sums(Index rows, Index cols, const ConstComplexView& a, double* sums
   }
   Index k = 0;
   if (cols == kSumColumns) {
-    real_column_sums<kSumColumns / 4>(rows, a.re, a.ld, sums);
+    real_column_sums<kSumColumns / kSide>(rows, a.re, a.ld, sums);
     return;
   }
-  for (; k + 4 <= cols; k += 4) real_column_sums<1>(rows, a.re + k * a.ld, a.ld, sums + k);
+  for (; k + kSide <= cols; k += kSide) real_column_sums<1>(rows, a.re + k * a.ld, a.ld, sums + k);
   for (; k < cols; ++k) real_column_sum(rows, a.re + k * a.ld, sums + k);
 }
 

@@ -1,7 +1,7 @@
 #include "eigen/complex/qr_kernels.hpp"
 
-#include "pack/numeric/complex_lanes.hpp"
-#include "pack/numeric/tiles.hpp"
+#include "pack/numeric/lanes/complex_lanes.hpp"
+#include "pack/numeric/lanes/tiles.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 

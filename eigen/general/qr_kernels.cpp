@@ -1,7 +1,7 @@
 #include "eigen/general/qr_kernels.hpp"
 
-#include "pack/numeric/lanes.hpp"
-#include "pack/numeric/tiles.hpp"
+#include "pack/numeric/lanes/lanes.hpp"
+#include "pack/numeric/lanes/tiles.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 

@@ -1,6 +1,6 @@
 #include "eigen/hermitian/tridiagonal_kernels.hpp"
 
-#include "pack/numeric/complex_lanes.hpp"
+#include "pack/numeric/lanes/complex_lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 

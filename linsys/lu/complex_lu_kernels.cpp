@@ -2,7 +2,7 @@
 
 #include "linsys/lu/pivot_search.hpp"
 #include "pack/numeric/complex_arithmetic.hpp"
-#include "pack/numeric/runs.hpp"
+#include "pack/numeric/lanes/runs.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 

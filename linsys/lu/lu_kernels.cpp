@@ -1,7 +1,7 @@
 #include "linsys/lu/lu_kernels.hpp"
 
 #include "linsys/lu/pivot_search.hpp"
-#include "pack/numeric/runs.hpp"
+#include "pack/numeric/lanes/runs.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 

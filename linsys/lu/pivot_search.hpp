@@ -1,8 +1,8 @@
 // The search for a pivot. Included by *_kernels.cpp only; local to each file, as
-// pack/numeric/lanes.hpp is.
+// pack/numeric/lanes/lanes.hpp is.
 #pragma once
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/lanes/lanes.hpp"
 #include "pack/numeric/views.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {

@@ -1,6 +1,6 @@
 #include "linsys/lu/substitution_kernels.hpp"
 
-#include "pack/numeric/runs.hpp"
+#include "pack/numeric/lanes/runs.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 

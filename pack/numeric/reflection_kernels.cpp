@@ -1,6 +1,6 @@
 #include "pack/numeric/reflection_kernels.hpp"
 
-#include "pack/numeric/column_products.hpp"
+#include "pack/numeric/lanes/column_products.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 

@@ -1,6 +1,6 @@
 #include "pack/numeric/rotation_kernels.hpp"
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/lanes/lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 

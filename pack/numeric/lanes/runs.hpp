@@ -1,13 +1,13 @@
 // Runs of doubles one below the other, of any power of two, in vectors as wide as the instruction
 // set and the run allow. Included by *_kernels.cpp only; local to each file, as
-// pack/numeric/lanes.hpp is.
+// pack/numeric/lanes/lanes.hpp is.
 //
 // Loops over runs end with one that overlaps the run before it, where those of over_elements in
 // lanes.hpp end with ever smaller vectors. That is more to think of, and worth it in the LU
 // factorizations alone: real matrices of 8 to 30 rows take 5 to 10 % less time.
 #pragma once
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/lanes/lanes.hpp"
 #include "pack/numeric/views.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {

@@ -1,8 +1,9 @@
 // Rows of a column-major matrix in vectors: square tiles are loaded by columns, transposed in
-// registers and stored by columns. Included by *_kernels.cpp only, like pack/numeric/lanes.hpp.
+// registers and stored by columns. Included by *_kernels.cpp only, like
+// pack/numeric/lanes/lanes.hpp.
 #pragma once
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/lanes/lanes.hpp"
 #include "pack/numeric/views.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {

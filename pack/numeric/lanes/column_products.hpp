@@ -2,7 +2,7 @@
 // Sums have the order of pack/numeric/vector_kernels.hpp. Included by *_kernels.cpp only.
 #pragma once
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/lanes/lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 

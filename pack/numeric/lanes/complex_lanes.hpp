@@ -1,8 +1,8 @@
 // Complex numbers side by side, for kernels: pairs of vectors, loaded from the parts of a view.
-// Included by *_kernels.cpp only, as pack/numeric/lanes.hpp is.
+// Included by *_kernels.cpp only, as pack/numeric/lanes/lanes.hpp is.
 #pragma once
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/lanes/lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
