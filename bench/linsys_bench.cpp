@@ -11,6 +11,7 @@
 #include "linsys/cholesky.hpp"
 #include "linsys/inverse.hpp"
 #include "linsys/linsys.hpp"
+#include "linsys/lu/lubacksub.hpp"
 #include "linsys/lu/ludecomp.hpp"
 #include "linsys/qr.hpp"
 #include "pack/exports.hpp"

@@ -6,7 +6,7 @@
 
 #include "bench/bench.hpp"
 #include "bench/eigen_peers.hpp"
-#include "eigen/hermitian/hermitian_eigenvalues.hpp"
+#include "eigen/hermitian/eigenvalues.hpp"
 #include "norms/norm_cores.hpp"
 #include "norms/norms.hpp"
 

@@ -8,7 +8,7 @@
 #include "bench/bench.hpp"
 #include "bench/qz_eigen.hpp"
 #include "eigen/eigen.hpp"
-#include "eigen/qz/qz.hpp"
+#include "eigen/qz/stages.hpp"
 
 namespace bench {
 namespace {
@@ -113,9 +113,13 @@ std::vector<Complex> elements_of(const aMatrix* m) {
 void solve_by_core(const Problem& p, double* all) {
   const matrix_pack::QzPair pair = {p.n, all, all + p.square, p.vectors ? p.x(all) : nullptr};
   const matrix_pack::QzValues values = {p.alfr(all), p.alfi(all), p.beta(all)};
-  matrix_pack::qz_reduce(pair, p.free(all));
-  matrix_pack::qz_iterate(pair, p.free(all));
-  matrix_pack::qz_extract(pair, values);
+  static std::vector<matrix_pack::Reflector2> pairs;
+  static std::vector<matrix_pack::Reflector3> triples;
+  pairs.resize(2 * p.line);
+  triples.resize(p.line);
+  matrix_pack::qz_reduce(pair, pairs.data());
+  matrix_pack::qz_iterate(pair, pairs.data(), triples.data());
+  matrix_pack::qz_eigenvalues(pair, values);
   if (p.vectors) matrix_pack::qz_vectors(pair, values, p.free(all));
 }
 

@@ -5,20 +5,16 @@
 // are the columns of a matrix, in the order of the values.
 #pragma once
 
-#include "pack/host_interface.hpp"
+#include "pack/checks.hpp"
 
 namespace matrix_pack {
 
-// An eigenvalue that has not settled within the limit of its iteration.
-inline constexpr const char* kTooManyIterations = "too many iterations";
-inline constexpr const char* kOutOfMemory = "out of memory";
-
-// 2^-52: the distance from 1 to the next double.
-inline constexpr double kEps = 2.220446049250313e-16;
-
-// The checks with which every core begins: null, "Null matrix or vector pointer.", "invalid
-// dimension" or "must be square".
-const char* check_square(const aMatrix* a);
+// The checks with which every core begins. Null, or what is wrong with the copy.
+inline const char* check_copy(const aMatrix* a) {
+  if (a == nullptr || (a->re == nullptr && a->im == nullptr))
+    return "Null matrix or vector pointer.";
+  return check_square(a);
+}
 
 // A real symmetric matrix, of which only the lower triangle is used. The values are a real column.
 const char* symmetric_eigenvalues(EfiCallContext* context, aMatrix* a, aMatrix** values);

@@ -4,6 +4,7 @@
 #include "pack/elements.hpp"
 #include "pack/exports.hpp"
 #include "pack/frame/guard.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {
@@ -19,7 +20,7 @@ const char* eigenvalues_core(EfiCallContext* context, aMatrix* argument, aMatrix
 }
 
 Anyval* eigenvals_worker(EfiCallContext* context, aMatrix* matrix, double tolerance) {
-  if (matrix->rows != matrix->cols) return argument_error(context, 1, "must be square");
+  if (matrix->rows != matrix->cols) return argument_error(context, 1, kMustBeSquare);
   // What the copy says is not looked at: the cores refuse a copy that is not there. Kept: hosts
   // rely on the message.
   aMatrix* copy = nullptr;
@@ -37,7 +38,7 @@ using namespace matrix_pack;
 
 Anyval* eigenvals(EfiCallContext* context, Anyval* matrix, Anyval* tolerance) {
   return guarded(context, [=] {
-    if (!is_matrix(matrix)) return call_error(context, "must be array");
+    if (!is_matrix(matrix)) return call_error(context, kMustBeArray);
     return eigenvals_worker(context, as_matrix(matrix), context_value(tolerance));
   });
 }

@@ -1,9 +1,12 @@
-// eigenvecs: the handler, the exported entry point, and the choice of the core.
+// eigenvecs: the handler, the exported entry point, and the choice of the core. The columns are
+// scaled twice: in the cores of general matrices so that the largest component is 1
+// (eigen/shared/scale_columns.hpp), then here to length 1 by the host's renormalize_matrix_cols.
 #include "eigen/cores.hpp"
 #include "eigen/eigen.hpp"
 #include "pack/elements.hpp"
 #include "pack/exports.hpp"
 #include "pack/frame/guard.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {
@@ -21,7 +24,7 @@ const char* eigenvectors_core(EfiCallContext* context, aMatrix* argument, aMatri
 }
 
 Anyval* eigenvecs_worker(EfiCallContext* context, aMatrix* matrix) {
-  if (matrix->rows != matrix->cols) return argument_error(context, 1, "must be square");
+  if (matrix->rows != matrix->cols) return argument_error(context, 1, kMustBeSquare);
   aMatrix* copy = nullptr;
   if (const char* message = matrix_copy(context, matrix, &copy))
     return call_error(context, message);
@@ -40,7 +43,7 @@ using namespace matrix_pack;
 
 Anyval* eigenvecs(EfiCallContext* context, Anyval* matrix) {
   return guarded(context, [=] {
-    if (!is_matrix(matrix)) return call_error(context, "must be array");
+    if (!is_matrix(matrix)) return call_error(context, kMustBeArray);
     return eigenvecs_worker(context, as_matrix(matrix));
   });
 }

@@ -9,6 +9,7 @@
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 #include "pack/results.hpp"
 
@@ -17,7 +18,7 @@ namespace matrix_pack {
 namespace {
 
 constexpr const char* kNotDefinite = "non-positive definite matrix";
-constexpr double kSqrtEps = 1.4901161193847656e-08;  // sqrt(2^-52)
+constexpr double kSqrtEps = 0x1p-26;  // sqrt(kEps)
 
 // Columns of a panel, and of the parts in which it is factored column by column. Measured.
 constexpr Index kPanel = 64;
@@ -35,7 +36,8 @@ struct Triangle {
 // above the diagonal comes along: it mirrors what stands below it.
 void take_off(const Triangle& t, Index k0, Index k1, Index j0, Index j1) {
   const double* const l = t.at(j0, k0);
-  subtract_product(t.n - j0, j1 - j0, k1 - k0, l, t.n, l, {t.n, 1}, t.at(j0, j0), t.n);
+  const ConstRealView l_transposed = {l, 1};
+  subtract_product(t.n - j0, j1 - j0, k1 - k0, {l, t.n}, l_transposed, t.n, {t.at(j0, j0), t.n});
 }
 
 // Factors the columns j0 to j1 - 1, up to date but for each other. False at a bad pivot.
@@ -69,8 +71,8 @@ void mirror(const aMatrix* from, aMatrix* to) {
 }
 
 Anyval* cholesky_worker(EfiCallContext* context, aMatrix* m) {
-  if (m->rows != m->cols) return argument_error(context, 1, "must be square");
-  if (is_complex(m)) return argument_error(context, 1, "must be real");
+  if (m->rows != m->cols) return argument_error(context, 1, kMustBeSquare);
+  if (is_complex(m)) return argument_error(context, 1, kMustBeReal);
   aMatrix* factor = nullptr;
   if (const char* message = matrix_copy(context, m, &factor)) return call_error(context, message);
   if (m->re != nullptr) mirror(m, factor);
@@ -98,7 +100,7 @@ const char* cholesky_packed(EfiCallContext* context, const aMatrix* packed, int 
   const std::int64_t length = std::int64_t{n} * (n + 1) / 2;
   if (packed->cols != 1 || packed->rows != length) return "invalid dimensions";
   Doubles u = new_zero_part(length, 1);
-  if (!u) return "out of memory";
+  if (!u) return kOutOfMemory;
   if (packed->re != nullptr) std::copy_n(packed->re, length, u.get());
 
   const auto column = [&](Index j) { return u.get() + j * (j + 1) / 2; };
@@ -115,12 +117,12 @@ const char* cholesky_packed(EfiCallContext* context, const aMatrix* packed, int 
     }
   }
   *factor = new_matrix(context, static_cast<int>(length), 1, std::move(u));
-  return *factor == nullptr ? "out of memory" : nullptr;
+  return *factor == nullptr ? kOutOfMemory : nullptr;
 }
 
 Anyval* cholesky(EfiCallContext* context, Anyval* m) {
   return contained(context, [=] {
-    if (!is_matrix(m)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(m)) return argument_error(context, 1, kMustBeArray);
     return cholesky_worker(context, as_matrix(m));
   });
 }

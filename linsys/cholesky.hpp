@@ -11,16 +11,14 @@ namespace matrix_pack {
 //            there is no tolerance
 //   cost     n^3 / 3 flops
 //   method   s(i,j) = a(i,j) - l(i,0) l(j,0) - l(i,1) l(j,1) - ..., each in that order, whatever
-//   the
-//            blocks; l(j,j) = sqrt(s(j,j)), l(i,j) = s(i,j) / l(j,j)
+//            the blocks; l(j,j) = sqrt(s(j,j)), l(i,j) = s(i,j) / l(j,j)
 const char* cholesky_core(aMatrix* a);
 
 // The same for an upper triangle packed by columns: element (i, j), i <= j, stands at j (j + 1) / 2
 // + i of the column `packed`. Gives the upper triangular U with A = U U^T, packed, in *factor.
 //   returns  null; "invalid dimensions" when the length is not n (n + 1) / 2; "non-positive
-//   definite
-//            matrix" at a pivot <= 0 (NaN included), or when one to come has fallen below sqrt(eps)
-//            times the largest magnitude in U so far; "out of memory"
+//            definite matrix" at a pivot <= 0 (NaN included), or when one to come has fallen below
+//            sqrt(eps) times the largest magnitude in U so far; "out of memory"
 //   method   columns of U from the last to the first
 const char* cholesky_packed(EfiCallContext* context, const aMatrix* packed, int n,
                             aMatrix** factor);

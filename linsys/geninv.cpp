@@ -4,6 +4,7 @@
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 #include "pack/results.hpp"
 #include "svd/svd_core.hpp"
@@ -24,11 +25,11 @@ const char* geninv_core(EfiCallContext* context, aMatrix* m, double tol, aMatrix
   Doubles x_part = new_zero_part(n, rows);
   Doubles v_part = new_part(n, n);
   Doubles s_part = new_part(n, 1);
-  if (!x_part || !v_part || !s_part) return "out of memory";
+  if (!x_part || !v_part || !s_part) return kOutOfMemory;
   aMatrix* const s = new_matrix(context, n, 1, std::move(s_part));
   aMatrix* const x = *inverse = new_matrix(context, n, rows, std::move(x_part));
   aMatrix* const v = new_matrix(context, n, n, std::move(v_part));
-  if (s == nullptr || x == nullptr || v == nullptr) return "out of memory";
+  if (s == nullptr || x == nullptr || v == nullptr) return kOutOfMemory;
   if (const char* message = svd_core(m, v, s)) return message;
 
   // The shared product is subtracted: V is divided by -s, which changes no other bit.
@@ -39,13 +40,13 @@ const char* geninv_core(EfiCallContext* context, aMatrix* m, double tol, aMatrix
     else
       vector_kernels().divide(n, -s->re[k], column);
   }
-  const Steps transposed = {m->leading_dimension, 1};
-  subtract_product(n, rows, n, v->re, n, m->re, transposed, x->re, n);
+  const ConstRealView u_transposed = {m->re, 1};
+  subtract_product(n, rows, n, {v->re, n}, u_transposed, m->leading_dimension, {x->re, n});
   return nullptr;
 }
 
 Anyval* geninv_real(EfiCallContext* context, aMatrix* a, double tol) {
-  if (is_complex(a)) return argument_error(context, 1, "must be real");
+  if (is_complex(a)) return argument_error(context, 1, kMustBeReal);
   aMatrix* copy = nullptr;
   if (const char* message = matrix_copy(context, a, &copy)) return call_error(context, message);
   aMatrix* inverse = nullptr;
@@ -59,7 +60,7 @@ Anyval* geninv_real(EfiCallContext* context, aMatrix* a, double tol) {
 Anyval* geninv(EfiCallContext* context, Anyval* a, Anyval* tolerance) {
   return contained(context, [=] {
     // Tied to the call, not to argument 1 as elsewhere: kept, hosts rely on it.
-    if (!is_matrix(a)) return call_error(context, "must be array");
+    if (!is_matrix(a)) return call_error(context, kMustBeArray);
     return geninv_real(context, as_matrix(a), context_value(tolerance));
   });
 }

@@ -1,22 +1,25 @@
 // Inversion by LU factorization and substitution with the unit vectors.
 //
-// The exchanged unit vectors are, in another order, the columns of the unit matrix, and those of
-// the inverse come in that order. So Y with L U Y = I is computed, a block of columns at a time,
-// and its columns are then exchanged: each one goes through the operations that lubacksub makes of
-// its unit vector, the skipping of leading zeros included.
+// Column j of the inverse solves L U x = P e_j. The vectors P e_j are the columns of the unit
+// matrix in another order, so Y with L U Y = I is computed, a block of columns at a time, and its
+// columns are then exchanged. Each one goes through the operations of lubacksub on P e_j, the
+// skipping of leading zeros included.
 #include "linsys/inverse.hpp"
 
 #include <algorithm>
 
-#include "linsys/lu/complex_matrix.hpp"
 #include "linsys/lu/ludecomp.hpp"
 #include "linsys/lu/triangular.hpp"
+#include "pack/checks.hpp"
 #include "pack/elements.hpp"
 #include "pack/exports.hpp"
+#include "pack/frame/fault_message.hpp"
 #include "pack/frame/faults.hpp"
 #include "pack/frame/fp_scope.hpp"
 #include "pack/frame/guard.hpp"
+#include "pack/matrix_views.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {
@@ -26,36 +29,37 @@ namespace {
 // Columns that are solved for together: they stay in cache.
 constexpr Index kBlock = 64;
 
-void set_to_unit_columns(Index n, Index j0, Index j1, double* y) {
-  std::fill(y + j0 * n, y + j1 * n, 0.0);
-  for (Index j = j0; j < j1; ++j) y[j + j * n] = 1.0;
+void set_to_unit_columns(Index j0, Index j1, RealView y) {
+  std::fill(y.column(j0), y.column(j1), 0.0);
+  for (Index j = j0; j < j1; ++j) y(j, j) = 1.0;
 }
-void set_to_unit_columns(Index n, Index j0, Index j1, Split y) {
-  set_to_unit_columns(n, j0, j1, y.re);
-  std::fill(y.im + j0 * n, y.im + j1 * n, 0.0);
+void set_to_unit_columns(Index j0, Index j1, const ComplexView& y) {
+  set_to_unit_columns(j0, j1, RealView{y.re, y.ld});
+  std::fill(y.im + j0 * y.ld, y.im + j1 * y.ld, 0.0);
 }
 
-bool is_finite_below_diagonal(Index n, const double* a) {
-  return substitution_kernels().is_finite_below_diagonal(n, a, n);
+bool is_finite_below_diagonal(Index n, RealView a) {
+  return substitution_kernels().is_finite_below_diagonal(n, a);
 }
-bool is_finite_below_diagonal(Index n, Split a) {
-  return is_finite_below_diagonal(n, a.re) && is_finite_below_diagonal(n, a.im);
+bool is_finite_below_diagonal(Index n, const ComplexView& a) {
+  return is_finite_below_diagonal(n, RealView{a.re, a.ld}) &&
+         is_finite_below_diagonal(n, RealView{a.im, a.ld});
 }
 
 // y := (L U)^-1. Within a block the zeros at the top of a column are not skipped. Their products
 // leave the zeros below as they are, if L is finite; if it is not, there is one column to a block.
-template <class Array>
-void invert_factors(Index n, Array lu, Array y) {
+template <class View>
+void invert_factors(Index n, View lu, View y) {
   const Index block = is_finite_below_diagonal(n, lu) ? kBlock : 1;
   for (Index j0 = 0; j0 < n; j0 += block) {
     const Index j1 = std::min(n, j0 + block);
-    set_to_unit_columns(n, j0, j1, y);
-    solve_lower(n - j0, lu + (j0 + j0 * n), n, j1 - j0, y + (j0 + j0 * n), n);
-    solve_upper(n, lu, n, j1 - j0, y + j0 * n, n);
+    set_to_unit_columns(j0, j1, y);
+    solve_lower(n - j0, lu.from(j0, j0), j1 - j0, y.from(j0, j0));
+    solve_upper(n, lu, j1 - j0, y.from(0, j0));
   }
 }
 
-// y := y P, the row exchanges of the factorization made of the columns, from the last one back.
+// y := y P: the exchanges of the factorization, made on columns, from the last one back.
 void exchange_columns(Index n, const double* pivots, double origin, double* y) {
   for (Index k = n - 1; k >= 0; --k) {
     const auto m = static_cast<Index>(pivots[k] - origin);
@@ -63,30 +67,24 @@ void exchange_columns(Index n, const double* pivots, double origin, double* y) {
   }
 }
 
-const char* check_square(const aMatrix* m) {
-  if (m->rows < 1 || m->cols < 1) return "invalid dimension";
-  if (m->rows != m->cols) return "must be square";
-  return nullptr;
-}
-
 }  // namespace
 
 const char* inv_core(EfiCallContext* context, aMatrix* m, aMatrix** inverse, bool relative_test) {
-  if (m->re == nullptr) return "Unknown error";
+  if (m->re == nullptr) return kUnknownError;
   if (const char* message = check_square(m)) return message;
   const int n = m->rows;
   Doubles re = new_part(n, n);
   const Doubles pivots = new_zeros(n);
-  if (!re || !pivots) return "out of memory";
+  if (!re || !pivots) return kOutOfMemory;
   double* const y = re.get();
   *inverse = new_matrix(context, n, n, std::move(re));
-  if (*inverse == nullptr) return "out of memory";
+  if (*inverse == nullptr) return kOutOfMemory;
 
   aMatrix* lu = nullptr;
   if (const char* message = matrix_copy(context, m, &lu)) return message;
   double sign;
   if (const char* message = ludecomp(lu, pivots.get(), &sign, relative_test)) return message;
-  invert_factors(n, lu->re, y);
+  invert_factors(n, real_view(lu), RealView{y, n});
   exchange_columns(n, pivots.get(), 0.0, y);
   return nullptr;
 }
@@ -97,16 +95,16 @@ const char* cinv_core(EfiCallContext* context, aMatrix* m, aMatrix** inverse, bo
   Doubles re = new_part(n, n);
   Doubles im = new_part(n, n);
   const Doubles pivots = new_zeros(n);
-  if (!re || !im || !pivots) return "out of memory";
-  const Split y = {re.get(), im.get()};
+  if (!re || !im || !pivots) return kOutOfMemory;
+  const ComplexView y = {re.get(), im.get(), n};
   *inverse = new_matrix(context, n, n, std::move(re), std::move(im));
-  if (*inverse == nullptr) return "out of memory";
+  if (*inverse == nullptr) return kOutOfMemory;
 
   aMatrix* lu = nullptr;
   if (const char* message = matrix_copy(context, m, &lu)) return message;
   double sign;
   if (const char* message = cludecomp(lu, pivots.get(), &sign, relative_test)) return message;
-  invert_factors(n, split(lu), y);
+  invert_factors(n, complex_view(lu), y);
   exchange_columns(n, pivots.get(), 1.0, y.re);
   exchange_columns(n, pivots.get(), 1.0, y.im);
   return nullptr;
@@ -116,8 +114,8 @@ namespace {
 
 Anyval* inv_worker(EfiCallContext* context, aMatrix* m) {
   // The flag is asked itself, not contains_ptrs: documented.
-  if (m->flags & kHoldsNested) return call_error(context, "may not be nested");
-  if (m->rows != m->cols) return call_error(context, "must be square");
+  if (m->flags & kHoldsNested) return call_error(context, kMayNotBeNested);
+  if (m->rows != m->cols) return call_error(context, kMustBeSquare);
   aMatrix* inverse = nullptr;
   const char* const message =
       is_complex(m) ? cinv_core(context, m, &inverse, true) : inv_core(context, m, &inverse, true);
@@ -133,7 +131,7 @@ Anyval* inv_handler(EfiCallContext* context, Anyval* value) {
     case kReferenceKind:
       return mkError(context, "illegal context", 1);
     default:
-      return mkError(context, "must be array", 1);
+      return mkError(context, kMustBeArray, 1);
   }
 }
 
@@ -159,6 +157,6 @@ const char* cinv(EfiCallContext* context, aMatrix* matrix, aMatrix** inverse, bo
   } catch (const SE_FPE_Exception& fault) {
     return fault_message(fault.code);
   } catch (...) {
-    return "Unknown error";
+    return kUnknownError;
   }
 }

@@ -4,11 +4,12 @@
 #include <utility>
 
 #include "linsys/linsys.hpp"
-#include "linsys/lu/complex_matrix.hpp"
 #include "linsys/lu/ludecomp.hpp"
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/views.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {
@@ -75,7 +76,7 @@ Anyval* joined(EfiCallContext* context, int n, Factor p, Factor l, Factor u) {
 }
 
 Anyval* lu_worker(EfiCallContext* context, aMatrix* m) {
-  if (m->rows < m->cols) return argument_error(context, 1, "must be square");
+  if (m->rows < m->cols) return argument_error(context, 1, kMustBeSquare);
   // A matrix with more rows than columns gets as far as the core, which refuses it.
   const int n = m->rows;
   const bool complex = is_complex(m);
@@ -108,7 +109,7 @@ Anyval* lu_worker(EfiCallContext* context, aMatrix* m) {
 
 Anyval* lu(EfiCallContext* context, Anyval* m) {
   return contained(context, [=]() -> Anyval* {
-    if (!is_matrix(m)) return call_error(context, "must be array");
+    if (!is_matrix(m)) return call_error(context, kMustBeArray);
     return lu_worker(context, as_matrix(m));
   });
 }

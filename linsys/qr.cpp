@@ -8,7 +8,9 @@
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
-#include "pack/numeric/rising_rotations.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
+#include "pack/numeric/rotation_batch.hpp"
 #include "pack/numeric/transpose_kernels.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 #include "pack/results.hpp"
@@ -17,23 +19,20 @@ namespace matrix_pack {
 
 namespace {
 
-constexpr double kEps = 2.220446049250313e-16;  // 2^-52
-constexpr const char* kOutOfMemory = "out of memory";
-
 // Columns of R that are kept up to date at once; the columns beyond follow in one go.
 constexpr int kBlock = 32;
 
-// A reduction in progress. Rows of R and of Q^T turn together; both are held transposed, so that
-// a row is contiguous: `rt` is n x m (column k is row k of R), `q` is m x m.
+// A reduction in progress. Rows of R and of Q^T are rotated together; both are held transposed, so
+// that a row is contiguous: `rt` is n x m (column k is row k of R), Q is m x m.
 struct Reduction {
   int m;
   int n;
-  double* rt;
-  double* v;            // The column of R at hand.
-  Rotation* rotations;  // Its rotations, from the bottom up.
-  int unclear;          // The first column that may not stay zero below its pivot row.
-  RisingRotations beyond;
-  RisingRotations all_of_q;
+  RealView rt;
+  double* v;             // The column of R at hand.
+  Rotation* rotations;   // Its rotations, from the bottom up.
+  RotationBatch beyond;  // For the rows of R, in the columns beyond the block.
+  RotationBatch all_of_q;
+  int unclear;  // The first column that may not stay zero below its pivot row.
 };
 
 // Outside the open interval (-tol, tol); so is a NaN.
@@ -41,30 +40,31 @@ bool counts(double x, double tol) {
   return !(-tol < x && x < tol);
 }
 
-// Turns rows first...last + 1 of R in the columns around c up to end - 1, and notes the rotations
-// for the columns beyond and for Q.
-void turn_rows(Reduction& d, int first, int last, int c, int end) {
+// Rotates rows first...last + 1 of R, from the last one up, in the columns around c up to end - 1,
+// and notes the rotations for the columns beyond and for Q.
+void rotate_rows(Reduction& d, int first, int last, int c, int end) {
   const int count = last - first + 1;
   const Sweep sweep = {0, count, d.rotations};
-  const auto turn = [&](int from, int to) {
-    rotation_kernels().turn(to - from, d.rt + element_index(d.n, from, last + 1), -d.n, &sweep, 1,
-                            nullptr);
+  const auto rotate = [&](int from, int to) {
+    const RealView rising = {&d.rt(from, last + 1), -d.rt.ld};
+    rotation_kernels().rotate(to - from, rising, &sweep, 1, nullptr);
   };
-  if (d.unclear < c) turn(d.unclear, c);
-  turn(c + 1, end);
-  if (end < d.n) std::copy_n(d.rotations, count, d.beyond.sweep(first, last));
-  std::copy_n(d.rotations, count, d.all_of_q.sweep(first, last));
+  if (d.unclear < c) rotate(d.unclear, c);
+  rotate(c + 1, end);
+  const int from_last = d.m - 2 - last;
+  if (end < d.n) std::copy_n(d.rotations, count, d.beyond.sweep(from_last, count));
+  std::copy_n(d.rotations, count, d.all_of_q.sweep(from_last, count));
 }
 
 // Clears v below row p from the bottom up, leaving out what is negligible; every run of rotations
-// without a gap goes to `turn`. True when some element counted.
-template <class Turn>
-bool clear_below(Reduction& d, int p, double tol, const Turn& turn) {
+// without a gap goes to `rotate`. True when some element counted.
+template <class Rotate>
+bool clear_below(Reduction& d, int p, double tol, const Rotate& rotate) {
   bool taken = counts(d.v[p], tol);
   int count = 0;  // Of the run at hand.
   for (int i = d.m - 2; i >= p; --i) {
     if (!counts(d.v[i + 1], tol)) {
-      if (count > 0) turn(i + 1, i + count);
+      if (count > 0) rotate(i + 1, i + count);
       count = 0;
       continue;
     }
@@ -74,17 +74,17 @@ bool clear_below(Reduction& d, int p, double tol, const Turn& turn) {
     const Givens g = givens_coeffs(a, b);
     d.v[i] = g.c * a + g.s * b;
     if (std::isnan(g.c)) d.unclear = 0;
-    // The kernel turns the other way round.
+    // The lower row stands first: the sine changes its sign.
     d.rotations[count++] = {g.c, -g.s};
   }
-  if (count > 0) turn(p, p + count - 1);
+  if (count > 0) rotate(p, p + count - 1);
   return taken;
 }
 
 // Reduces column c, its pivot row being p, in the block of columns that ends at `end`. True when
 // the column takes the row.
 bool reduce_column(Reduction& d, int c, int end, int p) {
-  for (int k = 0; k < d.m; ++k) d.v[k] = d.rt[element_index(d.n, c, k)];
+  for (int k = 0; k < d.m; ++k) d.v[k] = d.rt(c, k);
   const double norm = std::sqrt(vector_kernels().sum_squares(d.m, d.v));
   if (norm == 0.0) {
     const bool clear = std::all_of(d.v + p, d.v + d.m, [](double x) { return x == 0.0; });
@@ -93,9 +93,9 @@ bool reduce_column(Reduction& d, int c, int end, int p) {
   }
   const double tol = ((c + 1) * norm * kEps) / std::sqrt(static_cast<double>(d.m - p));
   const bool taken =
-      clear_below(d, p, tol, [&](int first, int last) { turn_rows(d, first, last, c, end); });
+      clear_below(d, p, tol, [&](int first, int last) { rotate_rows(d, first, last, c, end); });
   std::fill(d.v + p + (taken ? 1 : 0), d.v + d.m, 0.0);
-  for (int k = p; k < d.m; ++k) d.rt[element_index(d.n, c, k)] = d.v[k];
+  for (int k = p; k < d.m; ++k) d.rt(c, k) = d.v[k];
   return taken;
 }
 
@@ -103,13 +103,13 @@ void reduce(Reduction& d) {
   int p = 0;
   for (int first = 0; first < d.n && p < d.m; first += kBlock) {
     const int end = std::min(first + kBlock, d.n);
-    d.beyond.last_column = d.rt + element_index(d.n, end, d.m - 1);
+    d.beyond.columns.x = &d.rt(end, d.m - 1);
     d.beyond.rows = d.n - end;
     for (int c = first; c < end && p < d.m; ++c)
       if (reduce_column(d, c, end, p)) ++p;
-    d.beyond.flush();
+    d.beyond.apply();
   }
-  d.all_of_q.flush();
+  d.all_of_q.apply();
 }
 
 }  // namespace
@@ -130,32 +130,42 @@ const char* qr_core(EfiCallContext* context, aMatrix* a, aMatrix** q, aMatrix** 
   if (const char* message = matrix_copy(context, a, r)) return message;
   const int m = a->rows;
   const int n = a->cols;
-  Doubles q_elements = new_zero_part(m, m);
-  if (!q_elements) return kOutOfMemory;
-  for (int k = 0; k < m; ++k) q_elements[static_cast<std::size_t>(element_index(m, k, k))] = 1.0;
+  Doubles q_part = new_zero_part(m, m);
+  if (!q_part) return kOutOfMemory;
+  const RealView q_view = {q_part.get(), m};
+  for (int k = 0; k < m; ++k) q_view(k, k) = 1.0;
 
-  // A matrix without a real array is zero: nothing turns.
+  // A matrix without a real array is zero: there is nothing to rotate.
   if ((*r)->re != nullptr && m > 0) {
-    const Doubles rt = new_part(n, m);
-    const Doubles work = new_doubles(std::int64_t{3} * m);
-    Reduction d = {m, n, rt.get(), work.get(), nullptr, n, {}, {}};
-    if (!rt || !work || !d.beyond.open(rt.get(), n, n, m) ||
-        !d.all_of_q.open(q_elements.get(), m, m, m))
-      return kOutOfMemory;
-    d.rotations = reinterpret_cast<Rotation*>(work.get() + m);
-    transpose_kernels().transpose(m, n, (*r)->re, m, rt.get());
+    const Doubles rt_part = new_part(n, m);
+    const Doubles work = new_doubles(m + panel_size(m));
+    const Array<Rotation> rotations = new_array<Rotation>(m + 2 * kept_rotations(m));
+    if (!rt_part || !work || !rotations) return kOutOfMemory;
+    double* const panel = work.get() + m;
+    Rotation* const kept = rotations.get() + m;
+    const RealView rt = {rt_part.get(), n};
+    // Sweeps rise: the rows of R and of Q^T are counted from the last one up.
+    Reduction d = {m,
+                   n,
+                   rt,
+                   work.get(),
+                   rotations.get(),
+                   {n, {nullptr, -rt.ld}, m, kept, panel},
+                   {m, {q_view.column(m - 1), -q_view.ld}, m, kept + kept_rotations(m), panel},
+                   n};
+    transpose_kernels().transpose(m, n, (*r)->re, m, rt.x);
     reduce(d);
-    transpose_kernels().transpose(n, m, rt.get(), n, (*r)->re);
+    transpose_kernels().transpose(n, m, rt.x, n, (*r)->re);
   }
-  *q = new_matrix(context, m, m, std::move(q_elements));
+  *q = new_matrix(context, m, m, std::move(q_part));
   return *q == nullptr ? kOutOfMemory : nullptr;
 }
 
 Anyval* qr(EfiCallContext* context, Anyval* v) {
   return contained(context, [=]() -> Anyval* {
-    if (!is_matrix(v)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(v)) return argument_error(context, 1, kMustBeArray);
     aMatrix* const a = as_matrix(v);
-    if (is_complex(a)) return argument_error(context, 1, "must be real");
+    if (is_complex(a)) return argument_error(context, 1, kMustBeReal);
     aMatrix* q = nullptr;
     aMatrix* r = nullptr;
     if (const char* message = qr_core(context, a, &q, &r)) return call_error(context, message);

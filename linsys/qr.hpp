@@ -26,7 +26,8 @@ Givens givens_coeffs(double a, double b);
 //            c |column| eps / sqrt(m - p) are negligible: they take no rotation, and a column with
 //            nothing else takes no pivot row. The norm is not scaled
 // The zeros that a column leaves behind take no further part in rotations, but for one that is not
-// a number. A column whose norm vanishes by underflow is left as it is, and turns with the others.
+// a number. A column whose norm vanishes by underflow is left as it is, and rotated
+// like the others.
 const char* qr_core(EfiCallContext* context, aMatrix* a, aMatrix** q, aMatrix** r);
 
 }  // namespace matrix_pack

@@ -6,6 +6,8 @@
 #include "linsys/linsys.hpp"
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
 #include "pack/results.hpp"
 #include "structural/transpose.hpp"
 #include "svd/svds_core.hpp"
@@ -13,8 +15,6 @@
 namespace matrix_pack {
 
 namespace {
-
-constexpr double kEps = 0x1p-52;
 
 // How many of the values on the diagonal, the largest first, are more than rounding errors.
 int count_significant(const aMatrix* values) {
@@ -31,7 +31,7 @@ int count_significant(const aMatrix* values) {
 }  // namespace
 
 Anyval* rank_worker(EfiCallContext* context, aMatrix* a) {
-  if (is_complex(a)) return argument_error(context, 1, "must be real");
+  if (is_complex(a)) return argument_error(context, 1, kMustBeReal);
   aMatrix* tall = nullptr;
   if (a->cols > a->rows) {
     Anyval* transposed = transpose_matrix(context, a);
@@ -46,7 +46,7 @@ Anyval* rank_worker(EfiCallContext* context, aMatrix* a) {
 
 Anyval* rank(EfiCallContext* context, Anyval* a) {
   return contained(context, [=] {
-    if (!is_matrix(a)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(a)) return argument_error(context, 1, kMustBeArray);
     return rank_worker(context, as_matrix(a));
   });
 }

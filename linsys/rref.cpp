@@ -9,6 +9,8 @@
 #include "pack/frame/evaluator_frame.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 #include "pack/results.hpp"
 
@@ -16,29 +18,28 @@ namespace matrix_pack {
 
 namespace {
 
-constexpr double kEps = 2.220446049250313e-16;  // 2^-52
 // However large the matrix, a pivot of this magnitude counts.
 constexpr double kLargestTolerance = 1e-10;
 
 // A rows x cols array, column by column.
 struct ColumnTable {
-  std::ptrdiff_t rows;
-  std::ptrdiff_t cols;
+  Index rows;
+  Index cols;
   double* elements;
 
-  double* column(std::ptrdiff_t c) const { return elements + c * rows; }
+  double* column(Index c) const { return elements + c * rows; }
 };
 
 // Finds the pivot of row p among rows p... of the columns from `c` on: the first column in which
 // something is larger than tol, and there the first row of the largest magnitude. Advances c past
 // the columns looked at. The best magnitude is carried from column to column. Returns the row, or
 // -1 when no column is left.
-std::ptrdiff_t find_pivot(const ColumnTable& m, std::ptrdiff_t p, double tol, std::ptrdiff_t& c) {
+Index find_pivot(const ColumnTable& m, Index p, double tol, Index& c) {
   double best = 0.0;
-  std::ptrdiff_t row = -1;
+  Index row = -1;
   while (best <= tol && c < m.cols) {
     const double* const x = m.column(c++);
-    for (std::ptrdiff_t r = p; r < m.rows; ++r) {
+    for (Index r = p; r < m.rows; ++r) {
       if (std::fabs(x[r]) > best) {
         best = std::fabs(x[r]);
         row = r;
@@ -50,10 +51,10 @@ std::ptrdiff_t find_pivot(const ColumnTable& m, std::ptrdiff_t p, double tol, st
 
 // Makes column c the unit vector of row p: divides row p by its pivot and takes it, times their
 // elements in column c, off the other rows. The columns before c are zero in row p.
-void eliminate(const ColumnTable& m, std::ptrdiff_t p, std::ptrdiff_t c) {
+void eliminate(const ColumnTable& m, Index p, Index c) {
   double* const factors = m.column(c);
   const double d = 1.0 / factors[p];
-  for (std::ptrdiff_t j = c + 1; j < m.cols; ++j) {
+  for (Index j = c + 1; j < m.cols; ++j) {
     double* const x = m.column(j);
     x[p] *= d;
     vector_kernels().axpy(p, -x[p], factors, x);
@@ -68,12 +69,12 @@ void eliminate(const ColumnTable& m, std::ptrdiff_t p, std::ptrdiff_t c) {
 //   cost     2 rows^2 cols flops
 //   method   Gauss-Jordan elimination with partial pivoting
 void rref_core(const ColumnTable& m, double tol) {
-  std::ptrdiff_t c = 0;
-  for (std::ptrdiff_t p = 0; p < m.rows; ++p) {
-    const std::ptrdiff_t row = find_pivot(m, p, tol, c);
+  Index c = 0;
+  for (Index p = 0; p < m.rows; ++p) {
+    const Index row = find_pivot(m, p, tol, c);
     if (row < 0) return;
     if (row != p)
-      for (std::ptrdiff_t j = 0; j < m.cols; ++j) std::swap(m.column(j)[row], m.column(j)[p]);
+      for (Index j = 0; j < m.cols; ++j) std::swap(m.column(j)[row], m.column(j)[p]);
     eliminate(m, p, c - 1);
   }
 }
@@ -87,9 +88,9 @@ double tolerance(const aMatrix* a) {
 
 Anyval* rref_worker(EfiCallContext* context, aMatrix* a) {
   const ArgumentFrame frame(context, a);
-  if (a->re == nullptr && is_complex(a)) return argument_error(context, 1, "must be real");
+  if (a->re == nullptr && is_complex(a)) return argument_error(context, 1, kMustBeReal);
   if (a->re == nullptr) return a;
-  if ((a->flags & kHoldsNested) != 0) return argument_error(context, 1, "may not be nested");
+  if ((a->flags & kHoldsNested) != 0) return argument_error(context, 1, kMayNotBeNested);
   // An imaginary array beside a real one is not looked at: kept, hosts rely on it.
   Doubles re = new_part(a->rows, a->cols);
   if (!re) return sError_OutOfMemory;
@@ -103,7 +104,7 @@ Anyval* rref_worker(EfiCallContext* context, aMatrix* a) {
 
 Anyval* rref(EfiCallContext* context, Anyval* a) {
   return contained(context, [=] {
-    if (!is_matrix(a)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(a)) return argument_error(context, 1, kMustBeArray);
     return rref_worker(context, as_matrix(a));
   });
 }

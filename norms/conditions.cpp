@@ -6,6 +6,7 @@
 #include "norms/norms.hpp"
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 #include "svd/svds_core.hpp"
 
@@ -34,7 +35,7 @@ const char* value_ratio(EfiCallContext* context, aMatrix* a, double* condition) 
   if (const char* message = svds_core(values)) return message;
   const int n = values->rows;
   const double last = n == 0 ? 0.0 : elem_re(values, n - 1, n - 1);
-  if (last == 0.0) return "singular matrix";
+  if (last == 0.0) return kSingularMatrix;
   *condition = std::fabs(elem_re(values, 0, 0) / last);
   return nullptr;
 }
@@ -49,10 +50,10 @@ struct ShapeError {
 Anyval* condition_of(EfiCallContext* context, Anyval* v, NormCore real, NormCore complex,
                      const ShapeError& not_square = {0, 1}) {
   // Tied to the call, not to argument 1 as elsewhere: kept, hosts rely on it.
-  if (!is_matrix(v)) return call_error(context, "must be array");
+  if (!is_matrix(v)) return call_error(context, kMustBeArray);
   aMatrix* a = as_matrix(v);
   if (a->rows != a->cols)
-    return error_result(context, "must be square", not_square.mark, not_square.arg);
+    return error_result(context, kMustBeSquare, not_square.mark, not_square.arg);
   double condition = 0.0;
   const NormCore norm = is_complex(a) ? complex : real;
   const char* message = norm == nullptr ? value_ratio(context, a, &condition)
@@ -68,7 +69,7 @@ Anyval* cond1(EfiCallContext* context, Anyval* a) {
   });
 }
 
-// A real matrix needs no inverse.
+// For a real matrix the ratio of its singular values, without an inverse.
 Anyval* cond2(EfiCallContext* context, Anyval* a) {
   return guarded(context, [=] { return condition_of(context, a, nullptr, norm2_complex); });
 }

@@ -3,31 +3,31 @@
 #include <algorithm>
 #include <cmath>
 
-#include "eigen/hermitian/hermitian_eigenvalues.hpp"
+#include "eigen/hermitian/eigenvalues.hpp"
 #include "norms/norm_kernels.hpp"
 #include "pack/elements.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "svd/svds_core.hpp"
 
 namespace matrix_pack {
 
 namespace {
 
-using Index = std::ptrdiff_t;
-
-// The part arrays as the kernels read them: x is null for a zero matrix, y unless both parts exist.
-// (The magnitude of 0 + iy is |y|, and its square y^2, to the bit.)
-PartArrays real_parts(const aMatrix* a) {
+// The part arrays as the kernels read them: the first is null for a zero matrix, the second unless
+// both exist. (The magnitude of 0 + iy is |y|, and its square y^2, to the bit.)
+ConstComplexView real_parts(const aMatrix* a) {
   return {a->re, nullptr, a->leading_dimension};
 }
 
-PartArrays complex_parts(const aMatrix* a) {
+ConstComplexView complex_parts(const aMatrix* a) {
   if (a->re == nullptr) return {a->im, nullptr, a->leading_dimension};
   return {a->re, a->im, a->leading_dimension};
 }
 
-PartArrays from_element(const PartArrays& a, Index at) {
-  return {a.x + at, a.y == nullptr ? nullptr : a.y + at, a.ld};
+// The view from element `at` on. (Nothing is added to a null pointer.)
+ConstComplexView from_element(const ConstComplexView& a, Index at) {
+  return {a.re + at, a.im == nullptr ? nullptr : a.im + at, a.ld};
 }
 
 double larger_sum(double largest, const double* sums, Index count) {
@@ -36,10 +36,10 @@ double larger_sum(double largest, const double* sums, Index count) {
   return largest;
 }
 
-double largest_column_sum(Index n, const PartArrays& a) {
+double largest_column_sum(Index n, const ConstComplexView& a) {
   double largest = 0.0;
   double sums[kSumColumns];
-  for (Index k = 0; a.x != nullptr && k < n; k += kSumColumns) {
+  for (Index k = 0; a.re != nullptr && k < n; k += kSumColumns) {
     const Index count = std::min(kSumColumns, n - k);
     norm_kernels().column_sums(n, count, from_element(a, k * a.ld), sums);
     largest = larger_sum(largest, sums, count);
@@ -47,10 +47,10 @@ double largest_column_sum(Index n, const PartArrays& a) {
   return largest;
 }
 
-double largest_row_sum(Index n, const PartArrays& a) {
+double largest_row_sum(Index n, const ConstComplexView& a) {
   double largest = 0.0;
   double sums[kSumRows];
-  for (Index j = 0; a.x != nullptr && j < n; j += kSumRows) {
+  for (Index j = 0; a.re != nullptr && j < n; j += kSumRows) {
     const Index count = std::min(kSumRows, n - j);
     norm_kernels().row_sums(count, n, from_element(a, j), sums);
     largest = larger_sum(largest, sums, count);
@@ -58,21 +58,23 @@ double largest_row_sum(Index n, const PartArrays& a) {
   return largest;
 }
 
-double root_of_squares(Index n, const PartArrays& a) {
+double root_of_squares(Index n, const ConstComplexView& a) {
   double sum = 0.0;
-  for (Index k = 0; a.x != nullptr && k < n; ++k) {
-    const PartArrays column = from_element(a, k * a.ld);
-    if (a.y == nullptr)
-      for (Index j = 0; j < n; ++j) sum += column.x[j] * column.x[j];
+  for (Index k = 0; a.re != nullptr && k < n; ++k) {
+    const ConstComplexView column = from_element(a, k * a.ld);
+    if (a.im == nullptr)
+      for (Index j = 0; j < n; ++j) sum += column.re[j] * column.re[j];
     else
-      for (Index j = 0; j < n; ++j) sum += column.x[j] * column.x[j] + column.y[j] * column.y[j];
+      for (Index j = 0; j < n; ++j)
+        sum += column.re[j] * column.re[j] + column.im[j] * column.im[j];
   }
   return std::sqrt(sum);
 }
 
 template <class Norm>
-const char* square_norm(const aMatrix* a, const PartArrays& parts, Norm norm_of, double* norm) {
-  if (a->rows != a->cols) return "must be square";
+const char* square_norm(const aMatrix* a, const ConstComplexView& parts, Norm norm_of,
+                        double* norm) {
+  if (a->rows != a->cols) return kMustBeSquare;
   *norm = norm_of(a->rows, parts);
   return nullptr;
 }
@@ -116,8 +118,9 @@ const char* norm2_complex(const aMatrix* a, double* norm) {
   const Doubles im = new_part(n, n);
   const Doubles work = new_doubles(kGramWork * n);
   const Doubles zeros = a->re == nullptr ? new_zero_part(n, n) : nullptr;
-  if (!eigenvalues || !re || !im || !work || (a->re == nullptr && !zeros)) return "out of memory";
-  const PartArrays parts = {a->re == nullptr ? zeros.get() : a->re, a->im, a->leading_dimension};
+  if (!eigenvalues || !re || !im || !work || (a->re == nullptr && !zeros)) return kOutOfMemory;
+  const ConstComplexView parts = {a->re == nullptr ? zeros.get() : a->re, a->im,
+                                  a->leading_dimension};
 
   // The lower triangle, which is the one that is read, becomes a plain copy of the upper one: the
   // signs of the imaginary parts are deliberately not changed. What is read is then the conjugate

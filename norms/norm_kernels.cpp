@@ -1,81 +1,34 @@
 #include "norms/norm_kernels.hpp"
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/lanes/tiles.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-using Index = std::ptrdiff_t;
-
-Index smaller(Index a, Index b) {
-  return a < b ? a : b;
-}
-
 // --- Sums of magnitudes ---
 
-template <class V>
-MATRIX_LANES_INLINE V square_root(V x) {
-  if constexpr (sizeof(V) == sizeof(double)) {
-    return __builtin_sqrt(x);
-  } else {
-    for (unsigned k = 0; k < sizeof(V) / sizeof(double); ++k) x[k] = __builtin_sqrt(x[k]);
-    return x;
-  }
-}
-
-// Zeros are divided by 1, so that 0 / 0 is never formed.
-template <class V>
-MATRIX_LANES_INLINE V modulus(V x, V y) {
-  const V a = magnitude(x);
-  const V b = magnitude(y);
-  const V large = a <= b ? b : a;
-  const V small = a <= b ? a : b;
-  const V one = V{} + 1.0;
-  const V ratio = small / (large == 0.0 ? one : large);
-  return large * square_root(ratio * ratio + 1.0);
-}
-
 template <class V, bool kComplex>
-MATRIX_LANES_INLINE V element_magnitude(PartArrays a, Index at) {
+MATRIX_INLINE V element_magnitude(const ConstComplexView& a, Index at) {
   if constexpr (kComplex)
-    return modulus(load<V>(a.x + at), load<V>(a.y + at));
+    return scaled_modulus(load<V>(a.re + at), load<V>(a.im + at));
   else
-    return magnitude(load<V>(a.x + at));
+    return magnitude(load<V>(a.re + at));
 }
 
-typedef double Four __attribute__((vector_size(32)));
-
-// Elements j...j + 3 of four columns become the four rows.
-MATRIX_LANES_INLINE void load_rows(const double* x, Index ld, Four row[4]) {
-  const Four a = load<Four>(x);
-  const Four b = load<Four>(x + ld);
-  const Four c = load<Four>(x + 2 * ld);
-  const Four d = load<Four>(x + 3 * ld);
-  const Four ab_even = __builtin_shufflevector(a, b, 0, 4, 2, 6);
-  const Four ab_odd = __builtin_shufflevector(a, b, 1, 5, 3, 7);
-  const Four cd_even = __builtin_shufflevector(c, d, 0, 4, 2, 6);
-  const Four cd_odd = __builtin_shufflevector(c, d, 1, 5, 3, 7);
-  row[0] = __builtin_shufflevector(ab_even, cd_even, 0, 1, 4, 5);
-  row[1] = __builtin_shufflevector(ab_odd, cd_odd, 0, 1, 4, 5);
-  row[2] = __builtin_shufflevector(ab_even, cd_even, 2, 3, 6, 7);
-  row[3] = __builtin_shufflevector(ab_odd, cd_odd, 2, 3, 6, 7);
-}
-
-// One chain of additions a column: four columns in a vector, and several vectors side by side.
+// One chain of additions a column: kSide columns in a vector, and several vectors side by side.
 template <int kVectors>
-MATRIX_LANES_INLINE void real_column_sums(Index rows, const double* x, Index ld, double* sums) {
-  Four s[kVectors] = {};
+MATRIX_INLINE void real_column_sums(Index rows, const double* x, Index ld, double* sums) {
+  Row s[kVectors] = {};
   Index j = 0;
-  for (; j + 4 <= rows; j += 4)
+  for (; j + kSide <= rows; j += kSide)
     for (int p = 0; p < kVectors; ++p) {
-      Four row[4];
-      load_rows(x + 4 * p * ld + j, ld, row);
-      for (const Four& r : row) s[p] += magnitude(r);
+      const Tile<Row> tile = load_tile<Row>(x + kSide * p * ld + j, ld);
+      for (const Row& row : tile.row) s[p] += magnitude(row);
     }
-  for (int p = 0; p < kVectors; ++p) store(sums + 4 * p, s[p]);
+  for (int p = 0; p < kVectors; ++p) store(sums + kSide * p, s[p]);
   for (; j < rows; ++j)
-    for (int k = 0; k < 4 * kVectors; ++k) sums[k] += __builtin_fabs(x[k * ld + j]);
+    for (int k = 0; k < kSide * kVectors; ++k) sums[k] += __builtin_fabs(x[k * ld + j]);
 }
 
 void real_column_sum(Index rows, const double* x, double* sum) {
@@ -83,53 +36,51 @@ void real_column_sum(Index rows, const double* x, double* sum) {
   for (Index j = 0; j < rows; ++j) *sum += __builtin_fabs(x[j]);
 }
 
-void complex_column_sum(Index rows, PartArrays a, Index at, double* sum) {
+void complex_column_sum(Index rows, const ConstComplexView& a, Index at, double* sum) {
   constexpr Index kStretch = 64;
   double moduli[kStretch];
   *sum = 0.0;
   for (Index j = 0; j < rows; j += kStretch) {
     const Index count = smaller(kStretch, rows - j);
-    over_elements(
-        0, count, [&]<class V>(Index i, V) __attribute__((always_inline)) {
-          store(moduli + i, element_magnitude<V, true>(a, at + j + i));
-        });
+    over_elements(0, count, [&]<class V>(Index i, V) MATRIX_INLINE_LAMBDA {
+      store(moduli + i, element_magnitude<V, true>(a, at + j + i));
+    });
     for (Index i = 0; i < count; ++i) *sum += moduli[i];
   }
 }
 
-void column_sums(Index rows, Index cols, const PartArrays& a, double* sums) {
-  if (a.y != nullptr) {
+void column_sums(Index rows, Index cols, const ConstComplexView& a, double* sums) {
+  if (a.im != nullptr) {
     for (Index k = 0; k < cols; ++k) complex_column_sum(rows, a, k * a.ld, sums + k);
     return;
   }
   Index k = 0;
   if (cols == kSumColumns) {
-    real_column_sums<kSumColumns / 4>(rows, a.x, a.ld, sums);
+    real_column_sums<kSumColumns / kSide>(rows, a.re, a.ld, sums);
     return;
   }
-  for (; k + 4 <= cols; k += 4) real_column_sums<1>(rows, a.x + k * a.ld, a.ld, sums + k);
-  for (; k < cols; ++k) real_column_sum(rows, a.x + k * a.ld, sums + k);
+  for (; k + kSide <= cols; k += kSide) real_column_sums<1>(rows, a.re + k * a.ld, a.ld, sums + k);
+  for (; k < cols; ++k) real_column_sum(rows, a.re + k * a.ld, sums + k);
 }
 
 // Columns whose terms are added while a stretch of sums is in a register.
 constexpr Index kStretchColumns = 32;
 
 template <bool kComplex>
-void sum_rows(Index rows, Index cols, PartArrays a, double* sums) {
+void sum_rows(Index rows, Index cols, const ConstComplexView& a, double* sums) {
   for (Index j = 0; j < rows; ++j) sums[j] = 0.0;
   for (Index k0 = 0; k0 < cols; k0 += kStretchColumns) {
     const Index k1 = smaller(k0 + kStretchColumns, cols);
-    over_elements(
-        0, rows, [&]<class V>(Index j, V) __attribute__((always_inline)) {
-          V s = load<V>(sums + j);
-          for (Index k = k0; k < k1; ++k) s += element_magnitude<V, kComplex>(a, k * a.ld + j);
-          store(sums + j, s);
-        });
+    over_elements(0, rows, [&]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+      V s = load<V>(sums + j);
+      for (Index k = k0; k < k1; ++k) s += element_magnitude<V, kComplex>(a, k * a.ld + j);
+      store(sums + j, s);
+    });
   }
 }
 
-void row_sums(Index rows, Index cols, const PartArrays& a, double* sums) {
-  if (a.y == nullptr)
+void row_sums(Index rows, Index cols, const ConstComplexView& a, double* sums) {
+  if (a.im == nullptr)
     sum_rows<false>(rows, cols, a, sums);
   else
     sum_rows<true>(rows, cols, a, sums);
@@ -151,9 +102,9 @@ void pack_panel(Index n, Index j, const double* x, Index ld, double* panel) {
 
 // Rows j... of kColumns columns i of the result: the sums over k, from their first terms on.
 template <int kColumns>
-MATRIX_LANES_INLINE void gram_block(Index n, const double* panel_x, const double* panel_y,
-                                    const double* xi, const double* yi, Index ld,
-                                    double (*re)[kPanel], double (*im)[kPanel]) {
+MATRIX_INLINE void gram_block(Index n, const double* panel_x, const double* panel_y,
+                              const double* xi, const double* yi, Index ld, double (*re)[kPanel],
+                              double (*im)[kPanel]) {
   Vector sum_re[kColumns][kPanelVectors] = {};
   Vector sum_im[kColumns][kPanelVectors] = {};
   for (Index k = 0; k < n; ++k)
@@ -174,18 +125,18 @@ MATRIX_LANES_INLINE void gram_block(Index n, const double* panel_x, const double
     }
 }
 
-void gram(Index n, const PartArrays& a, double* re, double* im, double* work) {
+void gram(Index n, const ConstComplexView& a, double* re, double* im, double* work) {
   double* const panel_x = work;
   double* const panel_y = work + n * kPanel;
   double block_re[2][kPanel];
   double block_im[2][kPanel];
   for (Index j = 0; j < n; j += kPanel) {
-    pack_panel(n, j, a.x, a.ld, panel_x);
-    pack_panel(n, j, a.y, a.ld, panel_y);
+    pack_panel(n, j, a.re, a.ld, panel_x);
+    pack_panel(n, j, a.im, a.ld, panel_y);
     const Index end = smaller(j + kPanel, n);
     for (Index i = 0; i < end; i += 2) {
-      const double* const xi = a.x + i * a.ld;
-      const double* const yi = a.y + i * a.ld;
+      const double* const xi = a.re + i * a.ld;
+      const double* const yi = a.im + i * a.ld;
       const Index columns = smaller(2, end - i);
       if (columns == 2)
         gram_block<2>(n, panel_x, panel_y, xi, yi, a.ld, block_re, block_im);

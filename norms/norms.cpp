@@ -4,6 +4,7 @@
 #include "norms/norm_cores.hpp"
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {
@@ -15,18 +16,18 @@ Anyval* norm_result(EfiCallContext* context, const char* message, double norm) {
 }
 
 Anyval* norm_of(EfiCallContext* context, Anyval* v, NormCore real, NormCore complex) {
-  if (!is_matrix(v)) return argument_error(context, 1, "must be array");
+  if (!is_matrix(v)) return argument_error(context, 1, kMustBeArray);
   const aMatrix* a = as_matrix(v);
-  if (a->rows != a->cols) return argument_error(context, 1, "must be square");
+  if (a->rows != a->cols) return argument_error(context, 1, kMustBeSquare);
   double norm = 0.0;
   const char* message = is_complex(a) ? complex(a, &norm) : real(a, &norm);
   return norm_result(context, message, norm);
 }
 
 Anyval* norm2_of(EfiCallContext* context, Anyval* v) {
-  if (!is_matrix(v)) return argument_error(context, 1, "must be array");
+  if (!is_matrix(v)) return argument_error(context, 1, kMustBeArray);
   aMatrix* a = as_matrix(v);
-  if (a->rows != a->cols) return argument_error(context, 1, "must be square");
+  if (a->rows != a->cols) return argument_error(context, 1, kMustBeSquare);
   double norm = 0.0;
   if (is_complex(a)) {
     const char* message = norm2_complex(a, &norm);

@@ -1,17 +1,12 @@
 #include "pack/memory.hpp"
 
-#include <algorithm>
 #include <cstring>
-#include <limits>
 
 namespace matrix_pack {
 
 namespace {
 
 constexpr std::int64_t kDoubleBytes = sizeof(double);
-
-// The most doubles of which one array can consist: its size in bytes is a signed word everywhere.
-constexpr std::int64_t kMostDoubles = std::numeric_limits<std::ptrdiff_t>::max() / kDoubleBytes;
 
 bool fits_matrix(std::int64_t rows, std::int64_t cols) {
   // Both factors are below 2^32 in magnitude, so the product of a valid pair cannot wrap.
@@ -20,12 +15,6 @@ bool fits_matrix(std::int64_t rows, std::int64_t cols) {
 }
 
 }  // namespace
-
-Doubles new_doubles(std::int64_t count) noexcept {
-  if (count < 0 || count > kMostDoubles) return nullptr;
-  const auto bytes = static_cast<std::size_t>(count) * sizeof(double);
-  return Doubles(static_cast<double*>(::operator new(bytes, std::nothrow)));
-}
 
 Doubles new_zeros(std::int64_t count) noexcept {
   Doubles zeros = new_doubles(count);
@@ -39,6 +28,15 @@ Doubles new_part(std::int64_t rows, std::int64_t cols) noexcept {
 
 Doubles new_zero_part(std::int64_t rows, std::int64_t cols) noexcept {
   return fits_matrix(rows, cols) ? new_zeros(rows * cols) : nullptr;
+}
+
+bool provide_part(aMatrix* matrix, double* aMatrix::*part) noexcept {
+  if (matrix->*part == nullptr) matrix->*part = new_zero_part(matrix->rows, matrix->cols).release();
+  return matrix->*part != nullptr;
+}
+
+bool provide_parts(aMatrix* matrix) noexcept {
+  return provide_part(matrix, &aMatrix::re) && provide_part(matrix, &aMatrix::im);
 }
 
 aMatrix* new_matrix(EfiCallContext* context, int rows, int cols, Doubles re, Doubles im) {

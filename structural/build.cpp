@@ -6,6 +6,7 @@
 #include "pack/frame/evaluator_frame.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
 
@@ -24,15 +25,15 @@ Anyval* identity_of_order(EfiCallContext* context, int n) {
 
 Anyval* identity_of_number(EfiCallContext* context, aComplex* n) {
   const ArgumentFrame frame(context, n);
-  if (n->im != 0.0 || nonint(n->re)) return argument_error(context, 1, "must be integer");
+  if (n->im != 0.0 || nonint(n->re)) return argument_error(context, 1, kMustBeInteger);
   if (n->re <= 0.0) return argument_error(context, 1, "domain error");
-  if (std::fabs(n->re) > kLargestIdentity) return argument_error(context, 1, "size too large");
+  if (std::fabs(n->re) > kLargestIdentity) return argument_error(context, 1, kSizeTooLarge);
   return identity_of_order(context, static_cast<int>(n->re));
 }
 
 Anyval* diag_worker(EfiCallContext* context, aMatrix* v) {
   const ArgumentFrame frame(context, v);
-  if (v->cols != 1) return argument_error(context, 1, "must be vector");
+  if (v->cols != 1) return argument_error(context, 1, kMustBeVector);
   const int n = v->rows;
   Doubles re = new_zero_part(n, n);
   if (!re) return sError_OutOfMemory;
@@ -59,14 +60,14 @@ Anyval* identity(EfiCallContext* context, aComplex* n) {
 
 Anyval* matrix_pack::identity(EfiCallContext* context, Anyval* n) {
   return contained(context, [=] {
-    if (!is_scalar(n)) return argument_error(context, 1, "non-scalar value");
+    if (!is_scalar(n)) return argument_error(context, 1, kNonScalar);
     return identity_of_number(context, as_scalar(n));
   });
 }
 
 Anyval* matrix_pack::diag(EfiCallContext* context, Anyval* v) {
   return contained(context, [=] {
-    if (!is_matrix(v)) return argument_error(context, 1, "must be vector");
+    if (!is_matrix(v)) return argument_error(context, 1, kMustBeVector);
     return diag_worker(context, as_matrix(v));
   });
 }

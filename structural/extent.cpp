@@ -1,6 +1,7 @@
 // rows, cols, last, length: how far an array extends.
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
 
@@ -12,7 +13,7 @@ namespace {
 Anyval* extent(EfiCallContext* context, Anyval* a, std::int32_t aMatrix::*size) {
   if (is_scalar(a)) return scalar_result(context, 0.0);
   if (is_matrix(a)) return scalar_result(context, as_matrix(a)->*size);
-  return patch_error(context, "must be array", a, 1);
+  return patch_error(context, kMustBeArray, a, 1);
 }
 
 bool is_column(Anyval* v) {
@@ -31,16 +32,16 @@ Anyval* cols(EfiCallContext* context, Anyval* a) {
 
 Anyval* last(EfiCallContext* context, Anyval* v, Anyval* origin) {
   return contained(context, [=] {
-    if (!is_column(v)) return argument_error(context, 1, "must be vector");
+    if (!is_column(v)) return argument_error(context, 1, kMustBeVector);
     return scalar_result(context, (as_matrix(v)->rows - 1) + context_value(origin));
   });
 }
 
 Anyval* length(EfiCallContext* context, Anyval* v) {
   return contained(context, [=] {
-    if (!is_matrix(v)) return argument_error(context, 1, "must be vector");
+    if (!is_matrix(v)) return argument_error(context, 1, kMustBeVector);
     // Mark 1 and the call, unlike the check above and `last`: kept, hosts rely on it.
-    if (!is_column(v)) return error_result(context, "must be vector", 1, 0);
+    if (!is_column(v)) return error_result(context, kMustBeVector, 1, 0);
     return scalar_result(context, as_matrix(v)->rows);
   });
 }

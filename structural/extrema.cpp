@@ -12,6 +12,7 @@
 
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
 
@@ -73,9 +74,9 @@ double extreme_part(const aMatrix* a, const double* part) {
 
 template <class RowExtrema>
 Anyval* extreme(EfiCallContext* context, Anyval* v) {
-  if (!is_matrix(v)) return argument_error(context, 1, "must be array");
+  if (!is_matrix(v)) return argument_error(context, 1, kMustBeArray);
   aMatrix* a = as_matrix(v);
-  if (contains_ptrs(a)) return argument_error(context, 1, "may not be nested");
+  if (contains_ptrs(a)) return argument_error(context, 1, kMayNotBeNested);
   return scalar_result(context, extreme_part<RowExtrema>(a, a->re),
                        extreme_part<RowExtrema>(a, a->im));
 }

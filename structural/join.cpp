@@ -6,6 +6,7 @@
 #include "pack/frame/evaluator_frame.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
 
@@ -46,14 +47,14 @@ Anyval* join(EfiCallContext* context, const aMatrix* a, const aMatrix* b, std::i
 
 Anyval* augment_worker(EfiCallContext* context, aMatrix* a, aMatrix* b) {
   const ArgumentFrame frame(context, b);
-  if (a->rows != b->rows) return argument_error(context, 2, "array size mismatch");
+  if (a->rows != b->rows) return argument_error(context, 2, kSizeMismatch);
   return join(context, a, b, a->rows, std::int64_t{a->cols} + b->cols,
               std::int64_t{a->rows} * a->cols);
 }
 
 Anyval* stack_worker(EfiCallContext* context, aMatrix* a, aMatrix* b) {
   const ArgumentFrame frame(context, b);
-  if (a->cols != b->cols) return argument_error(context, 2, "array size mismatch");
+  if (a->cols != b->cols) return argument_error(context, 2, kSizeMismatch);
   return join(context, a, b, std::int64_t{a->rows} + b->rows, a->cols, a->rows);
 }
 
@@ -61,8 +62,8 @@ Anyval* stack_worker(EfiCallContext* context, aMatrix* a, aMatrix* b) {
 Anyval* join_arrays(EfiCallContext* context, Anyval* a, Anyval* b,
                     Anyval* (*worker)(EfiCallContext*, aMatrix*, aMatrix*)) {
   return contained(context, [=] {
-    if (!is_matrix(a)) return argument_error(context, 1, "must be array");
-    if (!is_matrix(b)) return argument_error(context, 2, "must be array");
+    if (!is_matrix(a)) return argument_error(context, 1, kMustBeArray);
+    if (!is_matrix(b)) return argument_error(context, 2, kMustBeArray);
     return worker(context, as_matrix(a), as_matrix(b));
   });
 }

@@ -5,6 +5,7 @@
 #include "pack/frame/evaluator_frame.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
 
@@ -43,7 +44,7 @@ Anyval* call_function(EfiCallContext* context, int i, int j, double* re, double*
 
 // What f(0, 0) returned instead of a scalar, as an error at the third argument.
 Anyval* probe_error(EfiCallContext* context, Anyval* returned) {
-  if (returned->kind != kErrorKind) return argument_error(context, 3, "non-scalar value");
+  if (returned->kind != kErrorKind) return argument_error(context, 3, kNonScalar);
   const aString* message = static_cast<aError*>(returned)->message;
   aError* error = aError::mk(context->allocator, message, 0, 3, nullptr);
   return error != nullptr ? error : sError_OutOfMemory;
@@ -60,7 +61,7 @@ Anyval* fill(EfiCallContext* context, int rows, int cols, Anyval* f) {
       const std::ptrdiff_t at = element_index(rows, i, j);
       if (Anyval* returned = call_function(context, i, j, &re[at], &im[at], f)) {
         if (returned->kind == kErrorKind) return returned;
-        return argument_error(context, 3, "non-scalar value");
+        return argument_error(context, 3, kNonScalar);
       }
       any_imaginary |= im[at] != 0.0;
     }
@@ -75,16 +76,16 @@ Anyval* matrix_worker(EfiCallContext* context, const aComplex* m, const aComplex
   frame.add(&f);
   frame.add(&local);
 
-  if (m->im != 0.0) return argument_error(context, 1, "must be real");
-  if (n->im != 0.0) return argument_error(context, 2, "must be real");
+  if (m->im != 0.0) return argument_error(context, 1, kMustBeReal);
+  if (n->im != 0.0) return argument_error(context, 2, kMustBeReal);
   if (m->re <= 0.0) return argument_error(context, 1, "must be positive");
   // Tied to argument 1, not 2: kept, hosts rely on it.
   if (n->re < 1.0) return argument_error(context, 1, "incorrect column dimensions");
-  if (!near_integer(m->re)) return argument_error(context, 1, "must be integer");
-  if (m->re > kLargestSize) return argument_error(context, 1, "size too large");
-  if (!near_integer(n->re)) return argument_error(context, 2, "must be integer");
-  if (n->re > kLargestSize) return argument_error(context, 2, "size too large");
-  if (m->re * n->re > kLargestSize) return call_error(context, "size too large");
+  if (!near_integer(m->re)) return argument_error(context, 1, kMustBeInteger);
+  if (m->re > kLargestSize) return argument_error(context, 1, kSizeTooLarge);
+  if (!near_integer(n->re)) return argument_error(context, 2, kMustBeInteger);
+  if (n->re > kLargestSize) return argument_error(context, 2, kSizeTooLarge);
+  if (m->re * n->re > kLargestSize) return call_error(context, kSizeTooLarge);
 
   double re;
   double im;
@@ -98,8 +99,8 @@ Anyval* matrix_worker(EfiCallContext* context, const aComplex* m, const aComplex
 
 Anyval* matrix(EfiCallContext* context, Anyval* m, Anyval* n, Anyval* f) {
   return contained(context, [=] {
-    if (!is_scalar(m)) return argument_error(context, 1, "non-scalar value");
-    if (!is_scalar(n)) return argument_error(context, 2, "non-scalar value");
+    if (!is_scalar(m)) return argument_error(context, 1, kNonScalar);
+    if (!is_scalar(n)) return argument_error(context, 2, kNonScalar);
     if (f->kind != kFunctionKind && f->kind != kOtherFunctionKind)
       return argument_error(context, 3, "must be function");
     return matrix_worker(context, as_scalar(m), as_scalar(n), f);

@@ -7,6 +7,7 @@
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 #include "structural/structural.hpp"
 
@@ -31,11 +32,11 @@ Anyval* nested_value(double element) {
 
 // Null, or what is wrong with a bound on an axis of `size` elements counted from `origin`.
 const char* bound_message(const aComplex* bound, int size, double origin) {
-  if (bound->im != 0.0) return "must be real";
+  if (bound->im != 0.0) return kMustBeReal;
   if (bound->re > kLargestBound) return "integer too large";
   const double k = std::trunc(bound->re);
   // Also false when k or the origin is a NaN.
-  return k >= origin && k < size + origin ? nullptr : "invalid dimension";
+  return k >= origin && k < size + origin ? nullptr : kInvalidDimension;
 }
 
 // The 1 x 1 result for a nested element: a nested scalar's number, or the nested value itself.
@@ -120,10 +121,10 @@ Anyval* submatrix_worker(EfiCallContext* context, const aMatrix* a, const aCompl
 
 Anyval* submatrix(EfiCallContext* context, Anyval* a, Anyval* ir, Anyval* jr, Anyval* ic,
                   Anyval* jc, Anyval* origin) {
-  if (!is_matrix(a)) return argument_error(context, 1, "must be array");
+  if (!is_matrix(a)) return argument_error(context, 1, kMustBeArray);
   Anyval* const bounds[] = {ir, jr, ic, jc};
   for (int k = 0; k < 4; ++k)
-    if (!is_scalar(bounds[k])) return argument_error(context, k + 2, "non-scalar value");
+    if (!is_scalar(bounds[k])) return argument_error(context, k + 2, kNonScalar);
   return guarded(context, [=] {
     return submatrix_worker(context, as_matrix(a), as_scalar(ir), as_scalar(jr), as_scalar(ic),
                             as_scalar(jc), context_value(origin));

@@ -2,14 +2,12 @@
 
 #include <algorithm>
 
+#include "pack/numeric/reflection_kernels.hpp"
 #include "pack/numeric/vector_kernels.hpp"
-#include "svd/svd_kernels.hpp"
 
 namespace matrix_pack {
 
 namespace {
-
-using Index = std::ptrdiff_t;
 
 // Reflections that pass together over the columns: their vectors stay in the second cache.
 constexpr Index kReflections = 32;
@@ -17,10 +15,10 @@ constexpr Index kReflections = 32;
 // Columns that a reflection takes at a time: they stay in the first cache.
 constexpr Index kColumns = 4;
 
-// Forms columns first...end - 1. In plain order the steps i run down from the last: step i turns
-// its own vector into column i (`finish`), having reflected all columns beyond i (`reflect`). To a
-// column that is all the same: it is finished, then reflected by i = j - 1, j - 2... So the right
-// half is formed first, then reflected by all vectors of the left half, block by block.
+// Forms columns first...end - 1. In plain order the steps i run down from the last: step i reflects
+// all columns beyond i by its vector (`reflect`), then makes that vector column i (`finish`). For a
+// column j alone this means: it is finished, then reflected by the vectors j - 1, j - 2... So the
+// right half is formed first, then reflected by all vectors of the left half, block by block.
 template <class Finish, class Reflect>
 void accumulate(Index first, Index end, const Finish& finish, const Reflect& reflect) {
   if (end - first < 2) {
@@ -58,8 +56,8 @@ void accumulate_right(const Bidiagonal& b, const double* rows, double* v) {
   const auto reflect = [&](Index i, Index j, Index columns) {
     if (b.rv1[i + 1] == 0.0) return;
     const Index vector = i * n + i + 1;
-    svd_kernels().reflect_columns(0, n - i - 1, columns, v + j * n + i + 1, n, rows + vector,
-                                  v + vector, 1.0, 1.0);
+    reflection_kernels().reflect_columns(0, n - i - 1, columns, {v + j * n + i + 1, n},
+                                         rows + vector, v + vector, 1.0, 1.0);
   };
   accumulate(0, n, finish, reflect);
 }
@@ -77,8 +75,8 @@ void accumulate_left(const Bidiagonal& b) {
   const auto reflect = [&](Index i, Index j, Index columns) {
     if (b.w[i] == 0.0) return;
     const double* const u = b.a + i * b.ld + i;
-    svd_kernels().reflect_columns(1, b.m - i, columns, b.a + j * b.ld + i, b.ld, u + 1, u, u[0],
-                                  b.w[i]);
+    reflection_kernels().reflect_columns(1, b.m - i, columns, {b.a + j * b.ld + i, b.ld}, u + 1, u,
+                                         u[0], b.w[i]);
   };
   accumulate(0, b.n, finish, reflect);
 }

@@ -4,13 +4,11 @@
 #include <cmath>
 
 #include "pack/numeric/vector_kernels.hpp"
-#include "svd/svd_kernels.hpp"
+#include "svd/bidiagonal_kernels.hpp"
 
 namespace matrix_pack {
 
 namespace {
-
-using Index = std::ptrdiff_t;
 
 // The reflection I + x x^T / h that takes a vector, divided by `scale`, to (g, 0, 0...). All zero
 // for a vector of zeros, which is left alone.
@@ -46,8 +44,8 @@ struct Pending {
 // unless that is null.
 void finish_columns(const Bidiagonal& b, Index i, Index k, Index cols, const Pending& pending,
                     double* f, const double* x) {
-  svd_kernels().reflect_both(b.m - i, cols, b.a + k * b.ld + i, b.ld, f + k, pending.u, pending.t,
-                             b.rv1 + k, x);
+  bidiagonal_kernels().reflect_both(b.m - i, cols, {b.a + k * b.ld + i, b.ld}, f + k, pending.u,
+                                    pending.t, b.rv1 + k, x);
 }
 
 // Row i beyond the diagonal as the column step leaves it, f[k] u0 added where there was one.
@@ -67,14 +65,14 @@ Reflection row_step(const Bidiagonal& b, Index i, const double* f, const double*
   if (row.scale == 0.0) return row;
   std::copy_n(x, cols, b.rv1 + l);
   vector_kernels().divide(cols, row.h, b.rv1 + l);
-  svd_kernels().row_sums(b.m - l, cols, b.a + l * b.ld + l, b.ld, f, u + 1, x, sums, t);
+  bidiagonal_kernels().row_sums(b.m - l, cols, {b.a + l * b.ld + l, b.ld}, f, u + 1, x, sums, t);
   vector_kernels().scale(cols, row.scale, x);
   return row;
 }
 
 }  // namespace
 
-std::ptrdiff_t bidiagonalise_work(std::ptrdiff_t m, std::ptrdiff_t n) {
+Index bidiagonalise_work(Index m, Index n) {
   return n + m + row_sums_work(m);
 }
 

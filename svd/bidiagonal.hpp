@@ -1,17 +1,17 @@
 // The reduction to upper bidiagonal form with which both singular value cores begin.
 #pragma once
 
-#include <cstddef>
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
 // A column-major m x n array (m >= n) that is being decomposed, and its bidiagonal form: w[i] on
 // the diagonal, rv1[i] above w[i]; rv1[0] = 0.
 struct Bidiagonal {
-  std::ptrdiff_t m;
-  std::ptrdiff_t n;
+  Index m;
+  Index n;
   double* a;
-  std::ptrdiff_t ld;
+  Index ld;
   double* w;
   double* rv1;
 };
@@ -20,15 +20,15 @@ struct Bidiagonal {
 // of 0 each displaces the one before it.
 struct RowVectors {
   double* rows;
-  std::ptrdiff_t step;
+  Index step;
 };
 
 // Doubles of work that bidiagonalise needs.
-std::ptrdiff_t bidiagonalise_work(std::ptrdiff_t m, std::ptrdiff_t n);
+Index bidiagonalise_work(Index m, Index n);
 
-// Reduces b.a by Householder reflections, in turn of columns and of rows.
+// Reduces b.a by Householder reflections, of columns and of rows alternately.
 //   b        on return w and rv1, and from row i of column i on the vector of column step i; what
-//            stands above is of no use. Both vectors have the size of the column or row
+//            stands above is of no use. The vectors have the scale of their columns and rows
 //   work     bidiagonalise_work(m, n) doubles
 //   returns  the largest |w[i]| + |rv1[i]|
 //   cost     4 (m n^2 - n^3 / 3) flops; two passes over memory a step, one of them writing

@@ -3,15 +3,18 @@
 // the Rotations of a core:
 //
 //   constexpr bool kGuardsFirstRoot
-//   void cancel(p, i, c, s)          turn columns p and i of the left factor
+//   void cancel(p, i, c, s)          rotates columns p and i of the left factor
 //   void begin_sweep(l, count)       a sweep of `count` steps begins at columns l and l + 1
-//   void right(c, s), left(c, s)     turn the step's two columns of the right (left) factor
-//   void negate(k)                   column k of the right factor
+//   void right(c, s), left(c, s)     rotate the step's two columns of the right (left) factor
+//   void negate(k)                   negates column k of the right factor
 #pragma once
 
 #include <cmath>
-#include <cstddef>
 #include <limits>
+
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -26,9 +29,10 @@ inline bool overflows(double x_squared, double y_squared) {
 }
 
 // One iteration on w (diagonal) and rv1 (rv1[i] above w[i]); magnitudes up to tol count as zero.
+// The singular values behind w[k] are done, and the active block is l...k.
 //   method   Golub and Reinsch, Handbook for Automatic Computation II (1971), contribution I/10
 //   cost     about two sweeps a value, two roots and four divisions a step
-// Every function returns null or a message.
+// Every function returns null or a message; w, rv1 and the factors are then of no use.
 template <class Rotations>
 struct ImplicitShift {
   double* w;
@@ -38,26 +42,26 @@ struct ImplicitShift {
 
   // The block l...k; whether rv1[l] has to be cancelled because w[l - 1] is zero.
   struct Block {
-    std::ptrdiff_t l;
+    Index l;
     bool cancels;
   };
 
   // rv1[0] is zero and tol is never a NaN: l = 0 ends the search at the latest.
-  Block find_block(std::ptrdiff_t k) const {
-    for (std::ptrdiff_t l = k;; --l) {
+  Block find_block(Index k) const {
+    for (Index l = k;; --l) {
       if (std::fabs(rv1[l]) <= tol) return {l, false};
       if (std::fabs(w[l - 1]) <= tol) return {l, true};
     }
   }
 
-  // Turns w[k] into a singular value.
-  const char* find_value(std::ptrdiff_t k) {
+  // Makes w[k] a singular value.
+  const char* find_value(Index k) {
     for (int sweeps = 0;; ++sweeps) {
       const Block block = find_block(k);
       if (block.cancels)
         if (const char* message = cancel(block.l, k)) return message;
       if (block.l == k) break;
-      if (sweeps == kMaxSweeps) return "too many iterations";
+      if (sweeps == kMaxSweeps) return kTooManyIterations;
       if (const char* message = sweep(block.l, k)) return message;
     }
     if (w[k] < 0.0) {
@@ -68,15 +72,15 @@ struct ImplicitShift {
   }
 
   // Moves rv1[l] along its row until it is negligible, by rotations of rows l - 1 and l, l + 1...
-  const char* cancel(std::ptrdiff_t l, std::ptrdiff_t k) {
+  const char* cancel(Index l, Index k) {
     double c = 0.0;
     double s = 1.0;
-    for (std::ptrdiff_t i = l; i <= k; ++i) {
+    for (Index i = l; i <= k; ++i) {
       const double f = s * rv1[i];
       rv1[i] = c * rv1[i];
       if (std::fabs(f) <= tol) break;
       const double g = w[i];
-      if (overflows(f * f, g * g)) return "overflow";
+      if (overflows(f * f, g * g)) return kOverflow;
       const double h = std::sqrt(f * f + g * g);
       w[i] = h;
       c = g / h;
@@ -87,7 +91,8 @@ struct ImplicitShift {
   }
 
   // ((w[l]^2 - shift) / w[l]), the shift an eigenvalue of the trailing 2 x 2 block of the square.
-  double shifted(std::ptrdiff_t l, std::ptrdiff_t k) const {
+  // x begins the diagonal of the block, y and z end it, and g and h stand above these.
+  double shifted(Index l, Index k) const {
     const double x = w[l];
     const double y = w[k - 1];
     const double z = w[k];
@@ -98,18 +103,19 @@ struct ImplicitShift {
     return ((x - z) * (x + z) + h * (y / (f + (f < 0.0 ? -root : root)) - h)) / x;
   }
 
-  // Chases the bulge down the block, by rotations of columns (right) and of rows (left).
-  const char* sweep(std::ptrdiff_t l, std::ptrdiff_t k) {
+  // Chases the bulge down the block, by rotations of columns (right) and of rows (left). In step j
+  // the first makes [x g; 0 w[j+1]] to [f g; h y], the second that to [w[j] f; 0 x].
+  const char* sweep(Index l, Index k) {
     double f = shifted(l, k);
     double x = w[l];
     double c = 1.0;
     double s = 1.0;
     rotations.begin_sweep(l, k - l);
-    for (std::ptrdiff_t j = l; j < k; ++j) {
+    for (Index j = l; j < k; ++j) {
       double h = s * rv1[j + 1];
       double g = c * rv1[j + 1];
       if constexpr (Rotations::kGuardsFirstRoot)
-        if (overflows(f * f, h * h)) return "overflow";
+        if (overflows(f * f, h * h)) return kOverflow;
       double z = std::sqrt(f * f + h * h);
       rv1[j] = z;
       c = f / z;
@@ -119,7 +125,7 @@ struct ImplicitShift {
       h = w[j + 1] * s;
       const double y = w[j + 1] * c;
       rotations.right(c, s);
-      if (overflows(f * f, h * h)) return "overflow";
+      if (overflows(f * f, h * h)) return kOverflow;
       z = std::sqrt(f * f + h * h);
       w[j] = z;
       if (z != 0.0) {
@@ -140,10 +146,9 @@ struct ImplicitShift {
 // Makes the bidiagonal form diagonal, its elements w nonnegative and in no particular order.
 // "overflow" or "too many iterations".
 template <class Rotations>
-const char* diagonalise(std::ptrdiff_t n, double* w, double* rv1, double tol,
-                        Rotations& rotations) {
+const char* diagonalise(Index n, double* w, double* rv1, double tol, Rotations& rotations) {
   ImplicitShift<Rotations> iteration{w, rv1, tol, rotations};
-  for (std::ptrdiff_t k = n - 1; k >= 0; --k)
+  for (Index k = n - 1; k >= 0; --k)
     if (const char* message = iteration.find_value(k)) return message;
   return nullptr;
 }
@@ -151,16 +156,15 @@ const char* diagonalise(std::ptrdiff_t n, double* w, double* rv1, double tol,
 // What counts as zero in a bidiagonal form: the machine epsilon times its largest |w[i]| +
 // |rv1[i]|.
 inline double negligible(double anorm) {
-  constexpr double kEps = 0x1p-52;
   return anorm * kEps;
 }
 
 // Sorts w into descending order by exchanges; swap(i, j) follows each. Kept: which of equal values
 // comes first is what this very order of comparisons makes it.
 template <class Swap>
-void sort_descending(std::ptrdiff_t n, double* w, Swap swap) {
-  for (std::ptrdiff_t i = 0; i < n; ++i)
-    for (std::ptrdiff_t j = i + 1; j < n; ++j)
+void sort_descending(Index n, double* w, Swap swap) {
+  for (Index i = 0; i < n; ++i)
+    for (Index j = i + 1; j < n; ++j)
       if (w[i] < w[j]) {
         const double larger = w[j];
         w[j] = w[i];

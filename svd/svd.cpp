@@ -6,6 +6,7 @@
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 #include "svd/svd_core.hpp"
 #include "svd/svds_core.hpp"
@@ -19,7 +20,7 @@ namespace {
 aMatrix* copy_real_part(EfiCallContext* context, const aMatrix* a) {
   Doubles re = new_part(a->rows, a->cols);
   if (!re) return nullptr;
-  const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(a->rows) * a->cols;
+  const std::ptrdiff_t count = std::ptrdiff_t{a->rows} * a->cols;
   if (a->re != nullptr)
     std::copy_n(a->re, count, re.get());
   else
@@ -33,7 +34,7 @@ aMatrix* uninitialised(EfiCallContext* context, int rows, int cols) {
 }
 
 Anyval* svd_real(EfiCallContext* context, const aMatrix* a) {
-  if (is_complex(a)) return argument_error(context, 1, "must be real");
+  if (is_complex(a)) return argument_error(context, 1, kMustBeReal);
   aMatrix* const u = copy_real_part(context, a);
   aMatrix* const v = u == nullptr ? nullptr : uninitialised(context, a->cols, a->cols);
   aMatrix* const s = v == nullptr ? nullptr : uninitialised(context, a->cols, 1);
@@ -44,7 +45,7 @@ Anyval* svd_real(EfiCallContext* context, const aMatrix* a) {
 }
 
 Anyval* svds_real(EfiCallContext* context, aMatrix* a) {
-  if (is_complex(a)) return argument_error(context, 1, "must be real");
+  if (is_complex(a)) return argument_error(context, 1, kMustBeReal);
   aMatrix* copy = nullptr;
   if (const char* message = matrix_copy(context, a, &copy)) return call_error(context, message);
   if (const char* message = svds_core(copy)) return call_error(context, message);
@@ -58,14 +59,14 @@ Anyval* svds_real(EfiCallContext* context, aMatrix* a) {
 
 Anyval* svd(EfiCallContext* context, Anyval* a) {
   return guarded(context, [=] {
-    if (!is_matrix(a)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(a)) return argument_error(context, 1, kMustBeArray);
     return svd_real(context, as_matrix(a));
   });
 }
 
 Anyval* svds(EfiCallContext* context, Anyval* a) {
   return contained(context, [=] {
-    if (!is_matrix(a)) return argument_error(context, 1, "must be array");
+    if (!is_matrix(a)) return argument_error(context, 1, kMustBeArray);
     return svds_real(context, as_matrix(a));
   });
 }

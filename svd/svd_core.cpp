@@ -4,35 +4,84 @@
 #include <numeric>
 #include <utility>
 
+#include "pack/matrix_views.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/rotation_batch.hpp"
+#include "pack/numeric/vector_kernels.hpp"
 #include "svd/accumulate.hpp"
 #include "svd/bidiagonal.hpp"
 #include "svd/implicit_shift.hpp"
-#include "svd/recorded_rotations.hpp"
 
 namespace matrix_pack {
 
 namespace {
 
-using Index = std::ptrdiff_t;
+// A factor whose columns are rotated.
+struct Factor {
+  Index rows;
+  RealView a;
+};
 
-// Column i of a factor becomes the column order[i] that it was. `order` is used up; `column` is
-// room for one column of each factor. Column by column along each cycle of the permutation.
-void permute_columns(Index n, const Factor& u, const Factor& v, Index* order, double* column) {
+// The rotations of the iteration, kept back for both factors.
+struct KeptRotations {
+  static constexpr bool kGuardsFirstRoot = true;
+
+  RotationBatch u;
+  RotationBatch v;
+  double* signs;  // Of the columns of V.
+  Rotation* next_left = nullptr;
+  Rotation* next_right = nullptr;
+
+  // Rare, and not between neighbours: applied at once.
+  void cancel(Index p, Index i, double c, double s) {
+    u.apply();
+    vector_kernels().rotate(u.rows, c, s, u.columns.column(p), u.columns.column(i));
+  }
+  void begin_sweep(Index l, Index count) {
+    next_right = v.sweep(l, count);
+    next_left = u.sweep(l, count);
+  }
+  void right(double c, double s) { *next_right++ = {c, s}; }
+  void left(double c, double s) { *next_left++ = {c, s}; }
+  void negate(Index k) { signs[k] = -1.0; }
+
+  // Applies all that is kept back, the negations last: no column takes part in a rotation after its
+  // negation.
+  void finish(Index n) {
+    u.apply();
+    v.apply();
+    for (Index k = 0; k < n; ++k)
+      if (signs[k] < 0.0) vector_kernels().scale(v.rows, -1.0, v.columns.column(k));
+  }
+};
+
+// Doubles of work for factors of n columns: a panel of rows, and the signs.
+constexpr Index rotation_work(Index n) {
+  return panel_size(n) + n;
+}
+
+// Column i of a factor becomes the column order[i] that it was (numbers of columns, as doubles).
+// `order` is used up; `column` is room for one column of each factor. Column by column along each
+// cycle of the permutation.
+void permute_columns(Index n, const Factor& u, const Factor& v, double* order, double* column) {
   const auto copy = [](const Factor& factor, const double* from, double* to) {
     std::copy_n(from, factor.rows, to);
   };
   for (Index start = 0; start < n; ++start) {
-    if (order[start] == start) continue;
-    copy(u, u.a + start * u.ld, column);
-    copy(v, v.a + start * v.ld, column + u.rows);
+    if (order[start] == static_cast<double>(start)) continue;
+    copy(u, u.a.column(start), column);
+    copy(v, v.a.column(start), column + u.rows);
     Index i = start;
-    for (Index next; (next = std::exchange(order[i], i)) != start; i = next) {
-      copy(u, u.a + next * u.ld, u.a + i * u.ld);
-      copy(v, v.a + next * v.ld, v.a + i * v.ld);
+    for (;;) {
+      const auto next = static_cast<Index>(std::exchange(order[i], static_cast<double>(i)));
+      if (next == start) break;
+      copy(u, u.a.column(next), u.a.column(i));
+      copy(v, v.a.column(next), v.a.column(i));
+      i = next;
     }
-    copy(u, column, u.a + i * u.ld);
-    copy(v, column + u.rows, v.a + i * v.ld);
+    copy(u, column, u.a.column(i));
+    copy(v, column + u.rows, v.a.column(i));
   }
 }
 
@@ -41,32 +90,36 @@ void permute_columns(Index n, const Factor& u, const Factor& v, Index* order, do
 const char* svd_core(aMatrix* u, aMatrix* v, aMatrix* s) {
   const Index m = u->rows;
   const Index n = u->cols;
-  if (m < n) return "number of rows less than number of columns";
-  // A matrix without a real array is zero; its U is not.
-  if (u->re == nullptr) u->re = new_zero_part(m, n).release();
-  const Index shared = std::max(RecordedRotations::work_size(n), bidiagonalise_work(m, n));
+  if (m < n) return kFewerRowsThanColumns;
+  // What the steps need in turn: the reduction, the rotations, the permutation.
+  const Index shared = std::max({bidiagonalise_work(m, n), rotation_work(n), m + n + n});
   const Doubles work = new_doubles(n + n * n + shared);
-  const std::unique_ptr<Index[]> order(new (std::nothrow) Index[static_cast<std::size_t>(n)]);
-  if (u->re == nullptr || !work || !order) return "out of memory";
+  const Array<Rotation> rotations = new_array<Rotation>(2 * kept_rotations(n));
+  // A matrix without a real array is zero; its U is not.
+  if (!provide_part(u, &aMatrix::re) || !work || !rotations) return kOutOfMemory;
   double* const rv1 = work.get();
   double* const rows = rv1 + n;
   double* const scratch = rows + n * n;
 
   double* const w = s->re;
-  const Factor left = {m, u->re, u->leading_dimension};
-  const Factor right = {n, v->re, v->leading_dimension};
-  const Bidiagonal b = {m, n, left.a, left.ld, w, rv1};
+  const Factor left = {m, real_view(u)};
+  const Factor right = {n, real_view(v)};
+  const Bidiagonal b = {m, n, left.a.x, left.a.ld, w, rv1};
   const double anorm = bidiagonalise(b, {rows, n}, scratch);
-  accumulate_right(b, rows, right.a);
+  accumulate_right(b, rows, right.a.x);
   accumulate_left(b);
 
-  RecordedRotations rotations(n, left, right, scratch);
-  if (const char* message = diagonalise(n, w, rv1, negligible(anorm), rotations)) return message;
-  rotations.finish();
+  KeptRotations kept = {{m, left.a, n, rotations.get(), scratch},
+                        {n, right.a, n, rotations.get() + kept_rotations(n), scratch},
+                        scratch + panel_size(n)};
+  std::fill_n(kept.signs, n, 1.0);
+  if (const char* message = diagonalise(n, w, rv1, negligible(anorm), kept)) return message;
+  kept.finish(n);
 
-  std::iota(order.get(), order.get() + n, Index{0});
+  double* const order = scratch + m + n;
+  std::iota(order, order + n, 0.0);
   sort_descending(n, w, [&](Index i, Index j) { std::swap(order[i], order[j]); });
-  permute_columns(n, left, right, order.get(), scratch);
+  permute_columns(n, left, right, order, scratch);
   return nullptr;
 }
 

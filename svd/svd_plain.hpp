@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "pack/numeric/vector_plain.hpp"
+#include "pack/numeric/views.hpp"
 #include "svd/implicit_shift.hpp"
 
 namespace matrix_pack::plain {
@@ -14,33 +15,31 @@ using Array = std::vector<double>;
 
 // W is m x n, V n x n; w and rv1 the bidiagonal form.
 struct Decomposition {
-  std::ptrdiff_t m;
-  std::ptrdiff_t n;
+  Index m;
+  Index n;
   Array W, V, w, rv1;
-  std::vector<std::ptrdiff_t> index;
+  std::vector<Index> index;
 
-  Decomposition(std::ptrdiff_t m, std::ptrdiff_t n, Array a)
+  Decomposition(Index m, Index n, Array a)
       : m(m), n(n), W(std::move(a)), V(size(n * n)), w(size(n)), rv1(size(n)), index(size(n)) {}
 
-  static std::size_t size(std::ptrdiff_t count) { return static_cast<std::size_t>(count); }
-  double& at(Array& a, std::ptrdiff_t rows, std::ptrdiff_t i, std::ptrdiff_t j) {
-    return a[size(j * rows + i)];
-  }
-  double& W_(std::ptrdiff_t i, std::ptrdiff_t j) { return at(W, m, i, j); }
-  double& V_(std::ptrdiff_t i, std::ptrdiff_t j) { return at(V, n, i, j); }
-  double& w_(std::ptrdiff_t i) { return w[size(i)]; }
-  double& rv1_(std::ptrdiff_t i) { return rv1[size(i)]; }
+  static std::size_t size(Index count) { return static_cast<std::size_t>(count); }
+  double& at(Array& a, Index rows, Index i, Index j) { return a[size(j * rows + i)]; }
+  double& W_(Index i, Index j) { return at(W, m, i, j); }
+  double& V_(Index i, Index j) { return at(V, n, i, j); }
+  double& w_(Index i) { return w[size(i)]; }
+  double& rv1_(Index i) { return rv1[size(i)]; }
 
   // The sum over k = first...end - 1, in the shared order counted from `first`.
   template <class Term>
-  static double sum_from(std::ptrdiff_t first, std::ptrdiff_t end, Term term) {
-    return sum(end - first, [=](std::ptrdiff_t k) { return term(first + k); });
+  static double sum_from(Index first, Index end, Term term) {
+    return sum(end - first, [=](Index k) { return term(first + k); });
   }
 
   double bidiagonalise() {
     double g = 0.0, scale = 0.0, anorm = 0.0;
-    for (std::ptrdiff_t i = 0; i < n; ++i) {
-      const std::ptrdiff_t l = i + 1;
+    for (Index i = 0; i < n; ++i) {
+      const Index l = i + 1;
       rv1_(i) = scale * g;
       column_step(i, l, g, scale);
       w_(i) = scale * g;
@@ -52,12 +51,12 @@ struct Decomposition {
     return anorm;
   }
 
-  void column_step(std::ptrdiff_t i, std::ptrdiff_t l, double& g, double& scale) {
+  void column_step(Index i, Index l, double& g, double& scale) {
     double s = 0.0;
     g = 0.0;
     scale = sum_from(i, m, [&](auto k) { return std::fabs(W_(k, i)); });
     if (scale == 0.0) return;
-    for (std::ptrdiff_t k = i; k < m; ++k) {
+    for (Index k = i; k < m; ++k) {
       W_(k, i) /= scale;
       s += W_(k, i) * W_(k, i);
     }
@@ -65,18 +64,18 @@ struct Decomposition {
     g = f >= 0.0 ? -std::sqrt(s) : std::sqrt(s);
     const double h = f * g - s;
     W_(i, i) = f - g;
-    for (std::ptrdiff_t j = l; j < n; ++j) {
+    for (Index j = l; j < n; ++j) {
       f = sum_from(i, m, [&](auto k) { return W_(k, i) * W_(k, j); }) / h;
-      for (std::ptrdiff_t k = i; k < m; ++k) W_(k, j) += f * W_(k, i);
+      for (Index k = i; k < m; ++k) W_(k, j) += f * W_(k, i);
     }
-    for (std::ptrdiff_t k = i; k < m; ++k) W_(k, i) *= scale;
+    for (Index k = i; k < m; ++k) W_(k, i) *= scale;
   }
 
-  void row_step(std::ptrdiff_t i, std::ptrdiff_t l, double& g, double& scale) {
+  void row_step(Index i, Index l, double& g, double& scale) {
     double s = 0.0;
     scale = sum_from(l, n, [&](auto k) { return std::fabs(W_(i, k)); });
     if (scale == 0.0) return;
-    for (std::ptrdiff_t k = l; k < n; ++k) {
+    for (Index k = l; k < n; ++k) {
       W_(i, k) /= scale;
       s += W_(i, k) * W_(i, k);
     }
@@ -84,41 +83,41 @@ struct Decomposition {
     g = f >= 0.0 ? -std::sqrt(s) : std::sqrt(s);
     const double h = f * g - s;
     W_(i, l) = f - g;
-    for (std::ptrdiff_t k = l; k < n; ++k) rv1_(k) = W_(i, k) / h;
-    for (std::ptrdiff_t j = l; j < m; ++j) {
+    for (Index k = l; k < n; ++k) rv1_(k) = W_(i, k) / h;
+    for (Index j = l; j < m; ++j) {
       const double t = sum_from(l, n, [&](auto k) { return W_(j, k) * W_(i, k); });
-      for (std::ptrdiff_t k = l; k < n; ++k) W_(j, k) += t * rv1_(k);
+      for (Index k = l; k < n; ++k) W_(j, k) += t * rv1_(k);
     }
-    for (std::ptrdiff_t k = l; k < n; ++k) W_(i, k) *= scale;
+    for (Index k = l; k < n; ++k) W_(i, k) *= scale;
   }
 
   void accumulate_right() {
-    for (std::ptrdiff_t i = n - 1; i >= 0; --i) {
-      const std::ptrdiff_t l = i + 1;
+    for (Index i = n - 1; i >= 0; --i) {
+      const Index l = i + 1;
       if (l < n && rv1_(l) != 0.0) {
-        for (std::ptrdiff_t j = l; j < n; ++j) V_(j, i) = W_(i, j) / W_(i, l) / rv1_(l);
-        for (std::ptrdiff_t j = l; j < n; ++j) {
+        for (Index j = l; j < n; ++j) V_(j, i) = W_(i, j) / W_(i, l) / rv1_(l);
+        for (Index j = l; j < n; ++j) {
           const double t = sum_from(l, n, [&](auto k) { return W_(i, k) * V_(k, j); });
-          for (std::ptrdiff_t k = l; k < n; ++k) V_(k, j) += t * V_(k, i);
+          for (Index k = l; k < n; ++k) V_(k, j) += t * V_(k, i);
         }
       }
-      for (std::ptrdiff_t j = l; j < n; ++j) V_(i, j) = V_(j, i) = 0.0;
+      for (Index j = l; j < n; ++j) V_(i, j) = V_(j, i) = 0.0;
       V_(i, i) = 1.0;
     }
   }
 
   void accumulate_left() {
-    for (std::ptrdiff_t i = n - 1; i >= 0; --i) {
-      const std::ptrdiff_t l = i + 1;
+    for (Index i = n - 1; i >= 0; --i) {
+      const Index l = i + 1;
       const double g = w_(i);
-      for (std::ptrdiff_t j = l; j < n; ++j) W_(i, j) = 0.0;
+      for (Index j = l; j < n; ++j) W_(i, j) = 0.0;
       if (g != 0.0)
-        for (std::ptrdiff_t j = l; j < n; ++j) {
+        for (Index j = l; j < n; ++j) {
           const double t = sum_from(l, m, [&](auto k) { return W_(k, i) * W_(k, j); });
           const double f = t / W_(i, i) / g;
-          for (std::ptrdiff_t k = i; k < m; ++k) W_(k, j) += f * W_(k, i);
+          for (Index k = i; k < m; ++k) W_(k, j) += f * W_(k, i);
         }
-      for (std::ptrdiff_t j = i; j < m; ++j) W_(j, i) = g != 0.0 ? W_(j, i) / g : 0.0;
+      for (Index j = i; j < m; ++j) W_(j, i) = g != 0.0 ? W_(j, i) / g : 0.0;
       W_(i, i) += 1.0;
     }
   }
@@ -127,13 +126,13 @@ struct Decomposition {
   struct Immediate {
     static constexpr bool kGuardsFirstRoot = true;
     Decomposition& d;
-    std::ptrdiff_t next_right = 0;
-    std::ptrdiff_t next_left = 0;
+    Index next_right = 0;
+    Index next_left = 0;
 
-    void cancel(std::ptrdiff_t p, std::ptrdiff_t i, double c, double s) {
+    void cancel(Index p, Index i, double c, double s) {
       rotate(d.m, c, s, &d.W_(0, p), &d.W_(0, i));
     }
-    void begin_sweep(std::ptrdiff_t l, std::ptrdiff_t) { next_right = next_left = l; }
+    void begin_sweep(Index l, Index) { next_right = next_left = l; }
     void right(double c, double s) {
       rotate(d.n, c, s, &d.V_(0, next_right), &d.V_(0, next_right + 1));
       ++next_right;
@@ -142,7 +141,7 @@ struct Decomposition {
       rotate(d.m, c, s, &d.W_(0, next_left), &d.W_(0, next_left + 1));
       ++next_left;
     }
-    void negate(std::ptrdiff_t k) { scale(d.n, -1.0, &d.V_(0, k)); }
+    void negate(Index k) { scale(d.n, -1.0, &d.V_(0, k)); }
   };
 
   const char* run() {
@@ -151,7 +150,7 @@ struct Decomposition {
     accumulate_left();
     Immediate rotations{*this};
     const char* message = diagonalise(n, w.data(), rv1.data(), negligible(anorm), rotations);
-    for (std::ptrdiff_t i = 0; i < n; ++i) index[size(i)] = i;
+    for (Index i = 0; i < n; ++i) index[size(i)] = i;
     sort_descending(n, w.data(),
                     [&](auto i, auto j) { std::swap(index[size(i)], index[size(j)]); });
     W = permuted(W, m);
@@ -159,10 +158,10 @@ struct Decomposition {
     return message;
   }
 
-  Array permuted(Array& a, std::ptrdiff_t rows) {
+  Array permuted(Array& a, Index rows) {
     Array result;
-    for (std::ptrdiff_t i = 0; i < n; ++i)
-      for (std::ptrdiff_t r = 0; r < rows; ++r) result.push_back(at(a, rows, r, index[size(i)]));
+    for (Index i = 0; i < n; ++i)
+      for (Index r = 0; r < rows; ++r) result.push_back(at(a, rows, r, index[size(i)]));
     return result;
   }
 };

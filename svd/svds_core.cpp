@@ -1,6 +1,7 @@
 #include "svd/svds_core.hpp"
 
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "svd/bidiagonal.hpp"
 #include "svd/implicit_shift.hpp"
 
@@ -8,36 +9,36 @@ namespace matrix_pack {
 
 namespace {
 
-// No factors: nothing becomes of the rotations.
+// Without factors the rotations are dropped.
 struct NoRotations {
   static constexpr bool kGuardsFirstRoot = false;
-  void cancel(std::ptrdiff_t, std::ptrdiff_t, double, double) {}
-  void begin_sweep(std::ptrdiff_t, std::ptrdiff_t) {}
+  void cancel(Index, Index, double, double) {}
+  void begin_sweep(Index, Index) {}
   void right(double, double) {}
   void left(double, double) {}
-  void negate(std::ptrdiff_t) {}
+  void negate(Index) {}
 };
 
 }  // namespace
 
 const char* svds_core(aMatrix* m) {
-  const std::ptrdiff_t n = m->cols;
-  const std::ptrdiff_t ld = m->leading_dimension;
-  if (m->rows < n) return "number of rows less than number of columns";
+  const Index n = m->cols;
+  const Index ld = m->leading_dimension;
+  if (m->rows < n) return kFewerRowsThanColumns;
   if (m->re == nullptr) return nullptr;
   const Doubles rv1 = new_doubles(n);
   const Doubles w = new_doubles(n);
   const Doubles row = new_doubles(n);
   const Doubles work = new_doubles(bidiagonalise_work(m->rows, n));
-  if (!rv1 || !w || !row || !work) return "out of memory";
+  if (!rv1 || !w || !row || !work) return kOutOfMemory;
 
   const Bidiagonal b = {m->rows, n, m->re, ld, w.get(), rv1.get()};
   const double anorm = bidiagonalise(b, {row.get(), 0}, work.get());
   NoRotations rotations;
   if (const char* message = diagonalise(n, w.get(), rv1.get(), negligible(anorm), rotations))
     return message;
-  sort_descending(n, w.get(), [](std::ptrdiff_t, std::ptrdiff_t) {});
-  for (std::ptrdiff_t i = 0; i < n; ++i) m->re[i * ld + i] = w[i];
+  sort_descending(n, w.get(), [](Index, Index) {});
+  for (Index i = 0; i < n; ++i) m->re[i * ld + i] = w[i];
   return nullptr;
 }
 

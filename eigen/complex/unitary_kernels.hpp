@@ -1,22 +1,20 @@
-// The inner loops of the unitary reduction of a complex matrix to Hessenberg form. Complex vectors
-// and matrices are pairs of arrays; sums have the order of pack/numeric/vector_kernels.hpp.
+// The inner loops of the unitary reduction of a complex matrix to Hessenberg form. Sums have the
+// order of pack/numeric/vector_kernels.hpp.
 #pragma once
 
-#include <cstddef>
-
-#include "eigen/shared/complex_arrays.hpp"
 #include "pack/numeric/kernel_sets.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
 // The reflection I - u u^H / h of rows and columns m..end-1; u is indexed by these numbers. w holds
 // what it does to the rows: A - w u^H, for rows 0..end-1.
 struct UnitaryReflection {
-  std::ptrdiff_t m;
-  std::ptrdiff_t end;
+  Index m;
+  Index end;
   double h;
-  ComplexVector u;
-  ComplexVector w;
+  ComplexView u;
+  ComplexView w;
 };
 
 struct UnitaryKernels {
@@ -26,13 +24,13 @@ struct UnitaryKernels {
   //   now->w := now->w + A(:,j) u[j], for the columns m..now->end-1
   // With `now` null only the first.
   void (*reflect)(const UnitaryReflection* before, const UnitaryReflection* now,
-                  const ComplexArray& a, std::ptrdiff_t begin, std::ptrdiff_t end);
+                  const ComplexView& a, Index begin, Index end);
 
   // Column j of Z, rows and columns counted alike, times `count` reflections, the last one first:
   // Z := Z - u f with f = u^H Z / h[k]. Reflection k starts at row first + k, its u is column
   // first + k - 1 of U and ends before row `end`; h[k] = 0: none.
-  void (*accumulate)(const ComplexArray& u, const double* h, std::ptrdiff_t first,
-                     std::ptrdiff_t count, std::ptrdiff_t end, const ComplexArray& z);
+  void (*accumulate)(const ConstComplexView& u, const double* h, Index first, Index count,
+                     Index end, const ComplexView& z);
 };
 MATRIX_SELECT_KERNELS(UnitaryKernels, unitary_kernels)
 

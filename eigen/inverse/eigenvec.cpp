@@ -3,10 +3,11 @@
 #include <cstring>
 
 #include "eigen/eigen.hpp"
-#include "eigen/inverse/inverse_iteration.hpp"
+#include "eigen/inverse/iteration.hpp"
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {
@@ -40,20 +41,20 @@ Doubles part_copy(const aMatrix* m, const double* part) {
 }
 
 Anyval* eigenvec_worker(EfiCallContext* context, const aMatrix* m, const aComplex* z) {
-  if (m->rows != m->cols) return argument_error(context, 1, "must be square");
-  if (has_offdiag_beyond(m, kLargestOffDiagonal)) return call_error(context, "overflow");
+  if (m->rows != m->cols) return argument_error(context, 1, kMustBeSquare);
+  if (has_offdiag_beyond(m, kLargestOffDiagonal)) return call_error(context, kOverflow);
   const int n = m->rows;
   const Doubles a_re = part_copy(m, m->re);
   const Doubles a_im = part_copy(m, m->im);
   Doubles re = new_part(n, 1);
   Doubles im = new_part(n, 1);
   if (!a_re || !a_im || !re || !im) return sError_OutOfMemory;
-  const Parts a = {a_re.get(), a_im.get(), n, n};
-  switch (inverse_iteration(a, z->re, z->im, re.get(), im.get())) {
+  const ComplexView a = {a_re.get(), a_im.get(), n};
+  switch (inverse_iteration(n, a, {z->re, z->im}, {re.get(), im.get()})) {
     case Status::done:
       return matrix_result(new_matrix(context, n, 1, std::move(re), std::move(im)));
     case Status::singular:
-      return call_error(context, "singularity");
+      return call_error(context, kSingularity);
     case Status::not_converging:
       return call_error(context, "not converging");
     default:
@@ -65,8 +66,8 @@ Anyval* eigenvec_worker(EfiCallContext* context, const aMatrix* m, const aComple
 
 Anyval* eigenvec(EfiCallContext* context, Anyval* m, Anyval* z) {
   return contained(context, [=] {
-    if (!is_matrix(m)) return argument_error(context, 1, "must be array");
-    if (!is_scalar(z)) return argument_error(context, 2, "non-scalar value");
+    if (!is_matrix(m)) return argument_error(context, 1, kMustBeArray);
+    if (!is_scalar(z)) return argument_error(context, 2, kNonScalar);
     return eigenvec_worker(context, as_matrix(m), as_scalar(z));
   });
 }

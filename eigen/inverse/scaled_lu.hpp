@@ -2,7 +2,7 @@
 // factors.
 #pragma once
 
-#include "eigen/shared/balance.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -17,10 +17,10 @@ enum class Status { done = 0, singular = 1, not_converging = 2, interrupted = 3,
 //   method    Crout's order, column by column. The pivot has the largest modulus relative to the
 //             largest in its row of A, of equal ones the last; a zero pivot becomes 1e-20
 //   source    Crout (1941); Wilkinson, "The Algebraic Eigenvalue Problem" (1965)
-Status factor_scaled(const Parts& a, int* pivots);
+Status factor_scaled(int n, const ComplexView& a, int* pivots);
 
 // The solution x of A x = b with these factors, in place of b. not_converging when U has a zero on
 // its diagonal.
-Status solve_factored(const Parts& a, const int* pivots, double* re, double* im);
+Status solve_factored(int n, const ComplexView& a, const int* pivots, const ComplexView& b);
 
 }  // namespace matrix_pack

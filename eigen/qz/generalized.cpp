@@ -2,11 +2,13 @@
 #include <cmath>
 
 #include "eigen/eigen.hpp"
-#include "eigen/qz/qz.hpp"
+#include "eigen/qz/driver.hpp"
+#include "eigen/qz/finite_eigenvalues.hpp"
 #include "linsys/rank.hpp"
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/results.hpp"
 
 namespace matrix_pack {
@@ -26,13 +28,13 @@ bool is_legal(const aComplex* tolerance) {
 
 // The checks in order; null when all pass.
 Anyval* check(EfiCallContext* context, aMatrix* m, aMatrix* n, const aComplex* tolerance) {
-  if (is_complex(m)) return argument_error(context, 1, "must be real");
-  if (is_complex(n)) return argument_error(context, 2, "must be real");
-  if (m->rows != m->cols) return argument_error(context, 1, "must be square");
-  if (n->rows != n->cols) return argument_error(context, 2, "must be square");
+  if (is_complex(m)) return argument_error(context, 1, kMustBeReal);
+  if (is_complex(n)) return argument_error(context, 2, kMustBeReal);
+  if (m->rows != m->cols) return argument_error(context, 1, kMustBeSquare);
+  if (n->rows != n->cols) return argument_error(context, 2, kMustBeSquare);
   if (m->rows != n->rows) return call_error(context, "incompatible dimensions");
-  if (contains_ptrs(m)) return argument_error(context, 1, "may not be nested");
-  if (contains_ptrs(n)) return argument_error(context, 2, "may not be nested");
+  if (contains_ptrs(m)) return argument_error(context, 1, kMayNotBeNested);
+  if (contains_ptrs(n)) return argument_error(context, 2, kMayNotBeNested);
   if (!is_legal(tolerance)) return call_error(context, "illegal TOL");
   return nullptr;
 }
@@ -47,7 +49,7 @@ Anyval* one_by_one(EfiCallContext* context, double x) {
 // Order 1. Where a is 0 and b is not, there is an eigenvalue but no eigenvector: kept, hosts rely
 // on it.
 Anyval* solve_order_one(EfiCallContext* context, double a, double b, Wanted wanted) {
-  if (b == 0.0) return call_error(context, a == 0.0 ? "singularity" : kNoSolution);
+  if (b == 0.0) return call_error(context, a == 0.0 ? kSingularity : kNoSolution);
   if (wanted == Wanted::values) return one_by_one(context, a == 0.0 ? 0.0 : a / b);
   return a == 0.0 ? call_error(context, kNoSolution) : one_by_one(context, 1.0);
 }
@@ -75,60 +77,17 @@ Anyval* solve_direct(EfiCallContext* context, aMatrix* m, aMatrix* n, Wanted wan
   return wanted == Wanted::values ? solution.values : solution.vectors;
 }
 
-// The eigenvalues mu of N x = mu M x that count as nonzero: their reciprocals are finite. Only the
-// real part is looked at, so that a purely imaginary one never counts: kept, hosts rely on it.
-bool is_kept(const aMatrix* values, int i, double tolerance) {
-  return std::fabs(elem_re(values, i, 0)) > tolerance;
-}
-
-// lambda = 1 / mu for each mu kept.
-Anyval* reciprocals(EfiCallContext* context, const Solution& solution, double tolerance, int kept) {
-  Doubles re = new_zero_part(kept, 1);
-  if (!re) return sError_OutOfMemory;
-  Doubles im = new_zero_part(kept, 1);
-  if (!im) return sError_OutOfMemory;
-  double* to_re = re.get();
-  double* to_im = im.get();
-  for (int i = 0; i < solution.count; ++i) {
-    if (!is_kept(solution.values, i, tolerance)) continue;
-    const double u = elem_re(solution.values, i, 0);
-    const double v = elem_im(solution.values, i, 0);
-    *to_re++ = u / (v * v + u * u);
-    *to_im++ = (0.0 - v) / (u * u + v * v);  // Not -v, which would make a zero negative.
-  }
-  return matrix_result(new_matrix(context, kept, 1, std::move(re), std::move(im)));
-}
-
-// The columns of the eigenvalues kept.
-Anyval* kept_columns(EfiCallContext* context, const Solution& solution, double tolerance,
-                     int kept) {
-  const int n = solution.vectors->rows;
-  Doubles re = new_zero_part(n, kept);
-  Doubles im = new_zero_part(n, kept);
-  if (!re || !im) return sError_OutOfMemory;
-  aMatrix* result = new_matrix(context, n, kept, std::move(re), std::move(im));
-  if (result == nullptr) return sError_OutOfMemory;
-  int k = 0;
-  for (int j = 0; j < solution.count; ++j) {
-    if (!is_kept(solution.values, j, tolerance)) continue;
-    for (int i = 0; i < n; ++i)
-      set_elem(result, i, k, elem_re(solution.vectors, i, j), elem_im(solution.vectors, i, j));
-    ++k;
-  }
-  return result;
-}
-
 // N x = mu M x in place of M x = lambda N x, for a singular N: the infinite lambda become zero mu.
 Anyval* solve_exchanged(EfiCallContext* context, aMatrix* m, aMatrix* n, double tolerance,
                         Wanted wanted) {
   Solution solution;
   if (const char* message = solve(context, n, m, wanted, &solution))
     return call_error(context, message);
-  int kept = 0;
-  for (int i = 0; i < solution.count; ++i) kept += is_kept(solution.values, i, tolerance);
+  const auto& [values, vectors, count] = solution;
+  const int kept = count_nonzero(values, count, tolerance);
   if (kept == 0) return call_error(context, kNoSolution);
-  return wanted == Wanted::values ? reciprocals(context, solution, tolerance, kept)
-                                  : kept_columns(context, solution, tolerance, kept);
+  return wanted == Wanted::values ? reciprocals(context, values, count, tolerance, kept)
+                                  : kept_columns(context, values, vectors, count, tolerance, kept);
 }
 
 // Order 2 and above.
@@ -160,8 +119,8 @@ Anyval* generalized_real(EfiCallContext* context, aMatrix* m, aMatrix* n, const 
 // The handler of both.
 Anyval* handle(EfiCallContext* context, Anyval* m, Anyval* n, Anyval* tolerance, Wanted wanted) {
   return guarded(context, [=] {
-    if (!is_matrix(m)) return argument_error(context, 1, "must be array");
-    if (!is_matrix(n)) return argument_error(context, 2, "must be array");
+    if (!is_matrix(m)) return argument_error(context, 1, kMustBeArray);
+    if (!is_matrix(n)) return argument_error(context, 2, kMustBeArray);
     if (!is_scalar(tolerance)) return call_error(context, "illegal TOL");
     return generalized_real(context, as_matrix(m), as_matrix(n), as_scalar(tolerance), wanted);
   });

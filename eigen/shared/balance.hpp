@@ -5,40 +5,33 @@
 // (1969).
 #pragma once
 
-#include <cstddef>
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
-// The part arrays of a square matrix; `im` is null for a real one.
-struct Parts {
-  double* re;
-  double* im;
-  std::ptrdiff_t ld;
-  int n;
-};
-
-// What balancing did. Rows and columns outside low..igh hold isolated eigenvalues: below the
+// What balancing did. Rows and columns outside low..high hold isolated eigenvalues: below the
 // diagonal, their columns to the left and their rows at the bottom are zero.
 struct Balance {
+  int n;  // The order of the matrix.
   int low;
-  int igh;
+  int high;
   int scaled_end;  // scale[low..scaled_end-1] are factors; the other entries are the numbers of the
                    // rows that were exchanged, 0-based and as doubles.
   double* scale;   // n entries, the caller's.
 };
 
-// Balances A in place.
-//   stop_at  when the search for rows isolates row `stop_at`, balancing ends: igh stays there and
+// Balances A, n x n, in place; A is real when its imaginary part is null.
+//   stop_at  when the search for rows isolates row `stop_at`, balancing ends: high stays there and
 //            nothing is scaled
 //   cost     n^2 per pass, a few passes
-//   method   rows without off-diagonal elements in columns 0..igh go to the bottom, columns without
-//            them in rows low..igh to the left. Then, until a pass changes nothing, each row and
-//            column with sums r and c of off-diagonal magnitudes is scaled by a power of two that
-//            makes c and r alike, where that lowers c + r by 5 %.
-Balance balance(const Parts& a, int stop_at, double* scale);
+//   method   rows without off-diagonal elements in columns 0..high go to the bottom, columns
+//            without them in rows low..high to the left. Then, until a pass changes nothing, each
+//            row and column with sums r and c of off-diagonal magnitudes is scaled by a power of
+//            two that makes c and r alike, where that lowers c + r by 5 %.
+Balance balance(int n, const ComplexView& a, int stop_at, double* scale);
 
-// Turns eigenvectors of the balanced matrix (columns of V, n x n) into those of the original one:
-// scales the rows, then undoes the exchanges in reverse.
-void undo_balance(const Balance& b, const Parts& v);
+// Makes the eigenvectors of the balanced matrix (columns of V, n x n) those of the original one:
+// scales the rows, then undoes the exchanges in reverse. V is real when its imaginary part is null.
+void undo_balance(const Balance& b, const ComplexView& v);
 
 }  // namespace matrix_pack

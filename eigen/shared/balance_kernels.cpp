@@ -1,15 +1,15 @@
 #include "eigen/shared/balance_kernels.hpp"
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/lanes/lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
 template <class Term>
-MATRIX_LANES_INLINE double sum(std::ptrdiff_t count, std::ptrdiff_t skip, Term term) {
+MATRIX_INLINE double sum(Index count, Index skip, Term term) {
   double s[kLanes] = {};
-  std::ptrdiff_t k = 0;
+  Index k = 0;
   for (; k + kLanes <= count; k += kLanes) {
     if (skip >= k && skip < k + kLanes) {
       for (int q = 0; q < kLanes; ++q)
@@ -23,13 +23,12 @@ MATRIX_LANES_INLINE double sum(std::ptrdiff_t count, std::ptrdiff_t skip, Term t
   return join(s);
 }
 
-double sum_magnitudes(const double* re, const double* im, std::ptrdiff_t stride,
-                      std::ptrdiff_t count, std::ptrdiff_t skip) {
+double sum_magnitudes(const double* re, const double* im, Index stride, Index count, Index skip) {
   if (im != nullptr)
-    return sum(count, skip, [=](std::ptrdiff_t k) {
+    return sum(count, skip, [=](Index k) {
       return __builtin_fabs(re[k * stride]) + __builtin_fabs(im[k * stride]);
     });
-  return sum(count, skip, [=](std::ptrdiff_t k) { return __builtin_fabs(re[k * stride]); });
+  return sum(count, skip, [=](Index k) { return __builtin_fabs(re[k * stride]); });
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-// Householder reduction of a symmetric matrix to tridiagonal form.
 #include "eigen/symmetric/tridiagonal.hpp"
 
 #include <algorithm>
@@ -8,6 +7,7 @@
 #include "eigen/cores.hpp"
 #include "eigen/symmetric/tridiagonal_kernels.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 
 namespace matrix_pack {
@@ -24,7 +24,7 @@ struct Update {
   const double* e = nullptr;
 };
 
-// Turns row[0..l], scaled, into the vector v of the reflection that clears it left of row[l].
+// row[0..l], scaled, becomes the vector v of the reflection that clears it left of row[l].
 // Returns h = v^T v / 2; the subdiagonal element goes to *e.
 double make_reflection(double* row, int l, double scale, double* e) {
   vector_kernels().divide(l + 1, scale, row);
@@ -37,15 +37,15 @@ double make_reflection(double* row, int l, double scale, double* e) {
 }
 
 // Row i of A := v, column i := v / h, for the accumulation.
-void keep_reflection(double* a, std::ptrdiff_t ld, int i, const double* v, double h) {
-  double* const column = a + i * ld;
+void keep_reflection(RealView a, int i, const double* v, double h) {
+  double* const column = a.column(i);
   std::copy_n(v, i, column);
   vector_kernels().divide(i, h, column);
-  for (int k = 0; k < i; ++k) a[k * ld + i] = v[k];
+  for (int k = 0; k < i; ++k) a(i, k) = v[k];
 }
 
 // Reduces A; d[i] becomes the h of reflection i, 0 where there is none. `work` has 4 n doubles.
-void reduce(double* a, std::ptrdiff_t ld, int n, double* d, double* e, double* work, bool keep) {
+void reduce(int n, RealView a, double* d, double* e, double* work, bool keep) {
   const TridiagonalKernels& kernels = tridiagonal_kernels();
   double* v = work;
   double* next_v = work + n;
@@ -54,20 +54,20 @@ void reduce(double* a, std::ptrdiff_t ld, int n, double* d, double* e, double* w
   Update update;
   for (int i = n - 1; i >= 1; --i) {
     const int l = i - 1;
-    kernels.take_row(i, a, ld, update.v, update.e, v);
+    kernels.take_row(i, a, update.v, update.e, v);
     const double scale = l > 0 ? vector_kernels().sum_abs(i, v) : 0.0;
     if (scale == 0.0) {
       d[i] = 0.0;
       e[i] = v[l];
       if (update.v != nullptr)
-        kernels.update_and_multiply(i, a, ld, update.v, update.e, nullptr, nullptr);
+        kernels.update_and_multiply(i, a, update.v, update.e, nullptr, nullptr);
       update = {};
       continue;
     }
     d[i] = make_reflection(v, l, scale, &e[i]);
-    kernels.update_and_multiply(i, a, ld, update.v, update.e, v, p);
+    kernels.update_and_multiply(i, a, update.v, update.e, v, p);
     kernels.finish_update(i, d[i], v, p);
-    if (keep) keep_reflection(a, ld, i, v, d[i]);
+    if (keep) keep_reflection(a, i, v, d[i]);
     update = {v, p};
     std::swap(v, next_v);
     std::swap(p, next_p);
@@ -78,21 +78,21 @@ void reduce(double* a, std::ptrdiff_t ld, int n, double* d, double* e, double* w
 
 }  // namespace
 
-const char* tridiagonalize(double* a, std::ptrdiff_t ld, int n, double* d, double* e) {
+const char* tridiagonalize(int n, RealView a, double* d, double* e) {
   const Doubles work = new_doubles(std::int64_t{4} * n);
   if (!work) return kOutOfMemory;
-  reduce(a, ld, n, d, e, work.get(), false);
-  for (int i = 0; i < n; ++i) d[i] = a[i * ld + i];
+  reduce(n, a, d, e, work.get(), false);
+  for (int i = 0; i < n; ++i) d[i] = a(i, i);
   return nullptr;
 }
 
-const char* tridiagonalize_with_vectors(double* a, std::ptrdiff_t ld, int n, double* d, double* e) {
+const char* tridiagonalize_with_vectors(int n, RealView a, double* d, double* e) {
   static_assert(kReflectionsAtOnce >= 4, "the reduction needs 4 n doubles");
   const Doubles work = new_doubles(std::int64_t{kReflectionsAtOnce} * n);
   if (!work) return kOutOfMemory;
-  reduce(a, ld, n, d, e, work.get(), true);
+  reduce(n, a, d, e, work.get(), true);
   for (int i = 0; i < n; i += kReflectionsAtOnce)
-    tridiagonal_kernels().accumulate(i, std::min(kReflectionsAtOnce, n - i), a, ld, d, work.get());
+    tridiagonal_kernels().accumulate(i, std::min(kReflectionsAtOnce, n - i), a, d, work.get());
   return nullptr;
 }
 

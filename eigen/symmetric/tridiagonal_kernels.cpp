@@ -1,26 +1,24 @@
 #include "eigen/symmetric/tridiagonal_kernels.hpp"
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/lanes/column_products.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-void take_row(std::ptrdiff_t i, double* a, std::ptrdiff_t ld, const double* u, const double* e,
-              double* row) {
-  for (std::ptrdiff_t k = 0; k <= i; ++k) row[k] = a[k * ld + i];
+void take_row(Index i, RealView a, const double* u, const double* e, double* row) {
+  for (Index k = 0; k <= i; ++k) row[k] = a(i, k);
   if (u == nullptr) return;
   const double ui = u[i];
   const double ei = e[i];
-  for (std::ptrdiff_t k = 0; k <= i; ++k) row[k] -= ui * e[k] + ei * u[k];
-  a[i * ld + i] = row[i];
+  for (Index k = 0; k <= i; ++k) row[k] -= ui * e[k] + ei * u[k];
+  a(i, i) = row[i];
 }
 
 // What a pass over the triangle works on.
 struct Pass {
-  std::ptrdiff_t n;
-  double* a;
-  std::ptrdiff_t ld;
+  Index n;
+  RealView a;
   const double* u;
   const double* e;
   const double* v;
@@ -30,15 +28,14 @@ struct Pass {
 // Columns c..c+cols-1 of row r (c + cols - 1 <= r). The products of the elements below the diagonal
 // go to the partial sums of their columns.
 template <bool kUpdate, bool kMultiply>
-MATRIX_LANES_INLINE void one_row(const Pass& s, std::ptrdiff_t c, int cols, std::ptrdiff_t r,
-                                 double (*sums)[kLanes]) {
-  double* a = s.a + c * s.ld + r;
+MATRIX_INLINE void one_row(const Pass& s, Index c, int cols, Index r, double (*sums)[kLanes]) {
   double p = kMultiply ? s.p[r] : 0.0;
-  for (int j = 0; j < cols; ++j, a += s.ld) {
-    if (kUpdate) *a -= s.u[r] * s.e[c + j] + s.e[r] * s.u[c + j];
+  for (int j = 0; j < cols; ++j) {
+    double& x = s.a(r, c + j);
+    if (kUpdate) x -= s.u[r] * s.e[c + j] + s.e[r] * s.u[c + j];
     if (!kMultiply) continue;
-    p += *a * s.v[c + j];
-    if (r > c + j) sums[j][r % kLanes] += *a * s.v[r];
+    p += x * s.v[c + j];
+    if (r > c + j) sums[j][r % kLanes] += x * s.v[r];
   }
   if (kMultiply) s.p[r] = p;
 }
@@ -47,8 +44,7 @@ MATRIX_LANES_INLINE void one_row(const Pass& s, std::ptrdiff_t c, int cols, std:
 // go; returns the first row that is left. What all rows need is copied: a store to the arrays might
 // change it, for all the compiler knows.
 template <bool kUpdate, bool kMultiply, int kCols>
-MATRIX_LANES_INLINE std::ptrdiff_t whole_rows(Pass s, std::ptrdiff_t c, std::ptrdiff_t first,
-                                              double (*sums)[kLanes]) {
+MATRIX_INLINE Index whole_rows(Pass s, Index c, Index first, double (*sums)[kLanes]) {
   double uc[kCols], ec[kCols], vc[kCols];
   for (int j = 0; j < kCols; ++j) {
     uc[j] = kUpdate ? s.u[c + j] : 0.0;
@@ -58,15 +54,15 @@ MATRIX_LANES_INLINE std::ptrdiff_t whole_rows(Pass s, std::ptrdiff_t c, std::ptr
   Vector lanes[kCols][kParts];
   for (int j = 0; j < kCols; ++j)
     for (int i = 0; i < kParts; ++i) lanes[j][i] = load_vector(sums[j] + i * kWidth);
-  std::ptrdiff_t r = first;
+  Index r = first;
   for (; r + kLanes <= s.n; r += kLanes) {
     for (int i = 0; i < kParts; ++i) {
-      const std::ptrdiff_t k = r + i * kWidth;
+      const Index k = r + i * kWidth;
       Vector u, e, v, p;
       if (kUpdate) u = load_vector(s.u + k), e = load_vector(s.e + k);
       if (kMultiply) v = load_vector(s.v + k), p = load_vector(s.p + k);
       for (int j = 0; j < kCols; ++j) {
-        double* const column = s.a + (c + j) * s.ld;
+        double* const column = s.a.column(c + j);
         Vector x = load_vector(column + k);
         if (kUpdate) {
           x -= u * ec[j] + e * uc[j];
@@ -86,9 +82,9 @@ MATRIX_LANES_INLINE std::ptrdiff_t whole_rows(Pass s, std::ptrdiff_t c, std::ptr
 }
 
 template <bool kUpdate, bool kMultiply, int kCols>
-void columns(const Pass& s, std::ptrdiff_t c) {
+void columns(const Pass& s, Index c) {
   double sums[kCols][kLanes] = {};
-  std::ptrdiff_t r = c;
+  Index r = c;
   for (; r < c + kCols - 1; ++r)
     one_row<kUpdate, kMultiply>(s, c, static_cast<int>(r - c + 1), r, sums);
   for (; r % kLanes != 0 && r < s.n; ++r) one_row<kUpdate, kMultiply>(s, c, kCols, r, sums);
@@ -101,90 +97,64 @@ void columns(const Pass& s, std::ptrdiff_t c) {
 // Four columns at a time share the loads of the vectors.
 template <bool kUpdate, bool kMultiply>
 void pass(const Pass& s) {
-  std::ptrdiff_t c = 0;
-  for (; c + 4 <= s.n; c += 4) columns<kUpdate, kMultiply, 4>(s, c);
-  for (; c < s.n; ++c) columns<kUpdate, kMultiply, 1>(s, c);
+  by_fours(0, s.n, [&]<int K>(Index c, Group<K>) { columns<kUpdate, kMultiply, K>(s, c); });
 }
 
-void update_and_multiply(std::ptrdiff_t n, double* a, std::ptrdiff_t ld, const double* u,
-                         const double* e, const double* v, double* p) {
-  const Pass s = {n, a, ld, u, e, v, p};
+void update_and_multiply(Index n, RealView a, const double* u, const double* e, const double* v,
+                         double* p) {
+  const Pass s = {n, a, u, e, v, p};
   if (v == nullptr) {
     pass<true, false>(s);
     return;
   }
-  for (std::ptrdiff_t k = 0; k < n; ++k) p[k] = 0.0;
+  for (Index k = 0; k < n; ++k) p[k] = 0.0;
   if (u == nullptr)
     pass<false, true>(s);
   else
     pass<true, true>(s);
 }
 
-void finish_update(std::ptrdiff_t n, double h, const double* v, double* p) {
-  for (std::ptrdiff_t k = 0; k < n; ++k) p[k] /= h;
+void finish_update(Index n, double h, const double* v, double* p) {
+  for (Index k = 0; k < n; ++k) p[k] /= h;
   double f = 0.0;
-  for (std::ptrdiff_t k = 0; k < n; ++k) f += p[k] * v[k];
+  for (Index k = 0; k < n; ++k) f += p[k] * v[k];
   const double hh = f / (h + h);
-  for (std::ptrdiff_t k = 0; k < n; ++k) p[k] -= hh * v[k];
+  for (Index k = 0; k < n; ++k) p[k] -= hh * v[k];
 }
 
-// Applies one reflection to the first n elements of kCols columns: column -= (u . column) w.
-template <int kCols>
-MATRIX_LANES_INLINE void reflect(std::ptrdiff_t n, const double* u, const double* w,
-                                 double* const* columns) {
-  Lanes lanes[kCols] = {};
-  std::ptrdiff_t k = 0;
-  for (; k + kLanes <= n; k += kLanes)
-    for (int j = 0; j < kCols; ++j) add_products(lanes[j], u + k, columns[j] + k);
-  double g[kCols];
-  for (int j = 0; j < kCols; ++j) {
-    double sums[kLanes];
-    store_lanes(sums, lanes[j]);
-    for (std::ptrdiff_t i = k; i < n; ++i) sums[i - k] += u[i] * columns[j][i];
-    g[j] = join(sums);
-  }
-  for (k = 0; k + kLanes <= n; k += kLanes)
-    for (int i = 0; i < kParts; ++i) {
-      const Vector wk = load_vector(w + k + i * kWidth);
-      for (int j = 0; j < kCols; ++j) {
-        double* const x = columns[j] + k + i * kWidth;
-        store_vector(x, load_vector(x) - wk * g[j]);
-      }
+// Reflections i0..i1-1, on K columns from c on, which stand before them. Row i of the columns
+// becomes 0 behind reflection i: there it held the vector of the reflection, which `rows` now has.
+template <int K>
+void reflect_columns(Index i0, Index i1, RealView a, const double* h, const double* rows,
+                     Index row_length, Index c) {
+  const RealView columns = a.from(0, c);
+  for (Index i = i0; i < i1; ++i, rows += row_length) {
+    if (h[i] != 0.0) {
+      // columns := columns - (row . columns) column i
+      double f[K];
+      dots_of<K>(i, columns, rows, f);
+      for (double& fk : f) fk = -fk;
+      add_outer_to<K>(i, columns, a.column(i), f);
     }
-  for (; k < n; ++k)
-    for (int j = 0; j < kCols; ++j) columns[j][k] -= g[j] * w[k];
-}
-
-// Reflections i0..i1-1, on kCols columns before them. Row i of the columns becomes 0 behind
-// reflection i: there it held the vector of the reflection, which `rows` now has.
-template <int kCols>
-void reflect_columns(std::ptrdiff_t i0, std::ptrdiff_t i1, double* a, std::ptrdiff_t ld,
-                     const double* h, const double* rows, std::ptrdiff_t row_length,
-                     std::ptrdiff_t c) {
-  double* columns[kCols];
-  for (int j = 0; j < kCols; ++j) columns[j] = a + (c + j) * ld;
-  for (std::ptrdiff_t i = i0; i < i1; ++i, rows += row_length) {
-    if (h[i] != 0.0) reflect<kCols>(i, rows, a + i * ld, columns);
-    for (int j = 0; j < kCols; ++j) columns[j][i] = 0.0;
+    for (int k = 0; k < K; ++k) columns(i, k) = 0.0;
   }
 }
 
-void accumulate(std::ptrdiff_t first, std::ptrdiff_t count, double* a, std::ptrdiff_t ld, double* h,
-                double* work) {
-  const std::ptrdiff_t end = first + count;
-  for (std::ptrdiff_t i = first; i < end; ++i)
-    for (std::ptrdiff_t k = 0; k < i; ++k) work[(i - first) * end + k] = a[k * ld + i];
-  std::ptrdiff_t c = 0;
-  for (; c + 4 <= first; c += 4) reflect_columns<4>(first, end, a, ld, h, work, end, c);
-  for (; c < first; ++c) reflect_columns<1>(first, end, a, ld, h, work, end, c);
+void accumulate(Index first, Index count, RealView a, double* h, double* work) {
+  const Index end = first + count;
+  for (Index i = first; i < end; ++i)
+    for (Index k = 0; k < i; ++k) work[(i - first) * end + k] = a(i, k);
+  by_fours(0, first, [=]<int K>(Index c, Group<K>) MATRIX_INLINE_LAMBDA {
+    reflect_columns<K>(first, end, a, h, work, end, c);
+  });
   // Columns first..end-1, in ascending order: each begins as a unit vector, and its old contents
   // serve no column from there on.
-  for (; c < end; ++c) {
-    double* const column = a + c * ld;
+  for (Index c = first; c < end; ++c) {
+    double* const column = a.column(c);
     h[c] = column[c];
-    for (std::ptrdiff_t k = 0; k < c; ++k) column[k] = 0.0;
+    for (Index k = 0; k < c; ++k) column[k] = 0.0;
     column[c] = 1.0;
-    reflect_columns<1>(c + 1, end, a, ld, h, work + (c + 1 - first) * end, end, c);
+    reflect_columns<1>(c + 1, end, a, h, work + (c + 1 - first) * end, end, c);
   }
 }
 

@@ -2,7 +2,7 @@
 
 #include "linsys/lu/pivot_search.hpp"
 #include "pack/numeric/complex_arithmetic.hpp"
-#include "pack/numeric/runs.hpp"
+#include "pack/numeric/lanes/runs.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
@@ -18,23 +18,23 @@ Index chunk_at(Index i, Index n) {
 // Stands for a modulus out of range; none is negative.
 constexpr double kOutOfRange = -1.0;
 
-// Split below this have squares that do not overflow, and a modulus in range.
+// Parts below this have squares that do not overflow, and a modulus in range.
 constexpr double kSafePart = 1e150;
 
 // Whether the modulus of every element is computed without a fault.
-bool parts_are_safe(Index rows, Index cols, ConstSplit a, Index ld) {
+bool parts_are_safe(Index rows, Index cols, const ConstComplexView& a) {
   bool safe = true;
-  by_height(rows, [=, &safe]<int H>(Height<H>) {
-    Run<H> largest = {};
-    const auto take = [=, &largest](ConstSplit x) {
-      const ComplexRun<H> run = load<H>(x);
+  with_runs(rows, [=, &safe]<class R>(R) {
+    R largest = {};
+    const auto take = [=, &largest](const ConstComplexView& x) {
+      const ComplexOf<R> run = load<R>(x);
       largest = larger_bits(larger_bits(largest, magnitudes(run.re)), magnitudes(run.im));
     };
     for (Index j = 0; j < cols; ++j) {
-      for (Index i = 0; i + H < rows; i += H) take(a + i + j * ld);
-      take(a + (rows - H) + j * ld);
+      for (Index i = 0; i + R::kHeight < rows; i += R::kHeight) take(a.from(i, j));
+      take(a.from(rows - R::kHeight, j));
     }
-    double lanes[H];
+    double lanes[R::kHeight];
     store(lanes, largest);
     for (const double lane : lanes) safe = safe && __builtin_isless(lane, kSafePart);
   });
@@ -43,8 +43,8 @@ bool parts_are_safe(Index rows, Index cols, ConstSplit a, Index ld) {
 
 // Sets out[i] to the modulus of element i, by the rules of cmodulus, or to kOutOfRange; true when
 // all are in range.
-bool moduli(Index n, ConstSplit x, double* __restrict out) {
-  if (parts_are_safe(n, 1, x, n)) {
+bool moduli(Index n, const ConstComplexView& x, double* __restrict out) {
+  if (parts_are_safe(n, 1, x)) {
     for (Index i = 0; i < n; ++i) {
       const double re = __builtin_fabs(x.re[i]);
       const double im = __builtin_fabs(x.im[i]);
@@ -56,7 +56,7 @@ bool moduli(Index n, ConstSplit x, double* __restrict out) {
   }
   bool in_range = true;
   for (Index i = 0; i < n; ++i) {
-    if (!modulus_in_range(element(x + i), out + i)) {
+    if (!modulus_in_range(x[i], out + i)) {
       out[i] = kOutOfRange;
       in_range = false;
     }
@@ -73,7 +73,8 @@ bool is_marked(double bound) {
 }
 
 // y[i] = modulus i, times factor[i] if there are factors, where that is larger.
-void raise_to_moduli(Index n, ConstSplit x, const double* factor, double* __restrict y) {
+void raise_to_moduli(Index n, const ConstComplexView& x, const double* factor,
+                     double* __restrict y) {
   double t[kChunk];
   for (Index i = 0; i < n; i += kChunk) {
     const Index count = chunk_at(i, n);
@@ -87,22 +88,22 @@ void raise_to_moduli(Index n, ConstSplit x, const double* factor, double* __rest
 }
 
 // Largest modulus in a row of n elements times the factor; marked when one is out of range.
-double row_bound(Index n, ConstSplit row, Index ld, double factor) {
+double row_bound(Index n, const ConstComplexView& row, double factor) {
   double bound = 0.0;
   for (Index j = 0; j < n; ++j) {
     double modulus;
-    if (!modulus_in_range(element(row + j * ld), &modulus)) return kMarked;
+    if (!modulus_in_range(row(0, j), &modulus)) return kMarked;
     bound = modulus * factor > bound ? modulus * factor : bound;
   }
   return bound;
 }
 
-Pivoting scale_rows(Index n, ConstSplit a, Index ld, double* scale) {
-  const bool safe = parts_are_safe(n, n, a, ld);
+Pivoting scale_rows(Index n, const ConstComplexView& a, double* scale) {
+  const bool safe = parts_are_safe(n, n, a);
   for (Index i = 0; i < n; ++i) scale[i] = 0.0;
-  for (Index j = 0; j < n && safe; ++j) raise_to_moduli(n, a + j * ld, nullptr, scale);
+  for (Index j = 0; j < n && safe; ++j) raise_to_moduli(n, a.column(j), nullptr, scale);
   for (Index i = 0; i < n; ++i) {
-    if (!safe) scale[i] = row_bound(n, a + i, ld, 1.0);
+    if (!safe) scale[i] = row_bound(n, a.from(i, 0), 1.0);
     if (is_marked(scale[i])) return Pivoting::modulus_overflow;
     if (scale[i] == 0.0) return Pivoting::zero_pivot;
     scale[i] = 1.0 / scale[i];
@@ -111,15 +112,14 @@ Pivoting scale_rows(Index n, ConstSplit a, Index ld, double* scale) {
 }
 
 // The row of the heaviest of the candidates k to n - 1, k when all are NaN; -1 when a modulus is
-// out of range. The first of equal candidates wins: documented, and not so in the real
-// factorization.
-Index find_pivot(Index k, Index n, ConstSplit column, const double* scale) {
+// out of range.
+Index find_pivot(Index k, Index n, const ConstComplexView& column, const double* scale) {
   Candidate best = {-1.0, k};
   double t[kChunk];
   for (Index i = k; i < n; i += kChunk) {
     const Index count = chunk_at(i, n);
     if (!moduli(count, column + i, t)) return -1;
-    best = heaviest<Tie::first>(best, i, count, t, scale + i);
+    best = heaviest<kComplexTie>(best, i, count, t, scale + i);
   }
   return best.row;
 }
@@ -146,7 +146,7 @@ void divide_by_pivot(Index n, double* __restrict re, double* __restrict im, Comp
 }
 
 // The largest modulus, at least 1; marked when one is out of range.
-double growth_bound(Index n, ConstSplit x) {
+double growth_bound(Index n, const ConstComplexView& x) {
   double growth = 1.0;
   double t[kChunk];
   for (Index i = 0; i < n; i += kChunk) {
@@ -157,23 +157,22 @@ double growth_bound(Index n, ConstSplit x) {
   return growth;
 }
 
-Elimination eliminate(Index n, Split a, Index ld, Index k0, Index k1, double* scale, double* pivots,
-                      PivotTest* test) {
+Elimination eliminate(Index n, const ComplexView& a, Index k0, Index k1, double* scale,
+                      double* pivots, PivotTest* test) {
   for (Index k = k0; k < k1; ++k) {
-    const Split column = a + k * ld;
+    const ComplexView column = a.column(k);
     const Index m = find_pivot(k, n, column, scale);
     if (m < 0) return {k - k0, Pivoting::modulus_overflow};
     if (m != k) {
-      exchange(k1 - k0, a.re + k0 * ld + m, a.re + k0 * ld + k, ld);
-      exchange(k1 - k0, a.im + k0 * ld + m, a.im + k0 * ld + k, ld);
+      exchange_rows(k1 - k0, a.from(0, k0), m, k);
       scale[m] = scale[k];
     }
     pivots[k] = static_cast<double>(m);
-    const Complex pivot = element(column + k);
+    const Complex pivot = column[k];
     if (is_zero(pivot)) return {k - k0, Pivoting::zero_pivot};
     if (test != nullptr) {
       if (k > 0) {
-        const double bound = row_bound(n - k + 1, column + (k - 1 - ld), ld, scale[k - 1]);
+        const double bound = row_bound(n - k + 1, a.from(k - 1, k - 1), scale[k - 1]);
         if (is_marked(bound)) return {k - k0, Pivoting::modulus_overflow};
         take_row(*test, bound);
       }
@@ -183,22 +182,21 @@ Elimination eliminate(Index n, Split a, Index ld, Index k0, Index k1, double* sc
     }
     // rows below := rows below - multipliers * row k
     const Index below = n - k - 1;
-    const Split multipliers = column + (k + 1);
+    const ComplexView multipliers = column + (k + 1);
     divide_by_pivot(below, multipliers.re, multipliers.im, pivot);
     scale[k] = growth_bound(below, multipliers);
     if (is_marked(scale[k])) return {k + 1 - k0, Pivoting::modulus_overflow};
-    subtract_rank_one<ConstSplit>(below, k1 - k - 1, multipliers, column + (ld + k),
-                                  column + (ld + k + 1), ld);
+    subtract_rank_one(below, k1 - k - 1, multipliers, a.from(k, k + 1), a.from(k + 1, k + 1));
   }
   return {k1 - k0, Pivoting::done};
 }
 
-void row_bounds(Index n, ConstSplit a, Index ld, Index k0, Index k1, const double* scale,
+void row_bounds(Index n, const ConstComplexView& a, Index k0, Index k1, const double* scale,
                 double* bounds) {
   for (Index i = k0; i < k1; ++i) bounds[i - k0] = 0.0;
   for (Index j = k0; j < n; ++j) {
     const Index rows = (j < k1 ? j + 1 : k1) - k0;
-    raise_to_moduli(rows, a + (k0 + j * ld), scale + k0, bounds);
+    raise_to_moduli(rows, a.from(k0, j), scale + k0, bounds);
   }
 }
 

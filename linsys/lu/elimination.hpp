@@ -19,6 +19,7 @@
 #include "linsys/lu/triangular.hpp"
 #include "linsys/product_kernels.hpp"
 #include "pack/numeric/complex_arithmetic.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -28,79 +29,63 @@ inline constexpr Index kSmallOrder = 64;
 inline constexpr Index kPanel = 64;
 inline constexpr Index kNarrowPanel = 16;
 
-template <class Array>
+template <class View>
 struct Factoring {
   Index n;
-  Array a;         // n x n, columns n apart: becomes L (unit diagonal implied) and U.
+  View a;          // n x n: becomes L (unit diagonal implied) and U.
   double* scale;   // n doubles.
   double* pivots;  // n doubles: the row exchanged with row k at step k, counted from 0.
   double* bounds;  // kPanel doubles.
   PivotTest test;
-
-  Array at(Index i, Index j) const { return a + (i + j * n); }
 };
 
 // --- The steps, real and complex. ---
 
-inline Pivoting scale_rows(const Factoring<double*>& f) {
-  return lu_kernels().scale_rows(f.n, f.a, f.n, f.scale);
+inline const LuKernels& kernels_for(RealView) {
+  return lu_kernels();
 }
-inline Pivoting scale_rows(const Factoring<Split>& f) {
-  return complex_lu_kernels().scale_rows(f.n, f.a, f.n, f.scale);
-}
-
-inline Elimination eliminate_columns(const Factoring<double*>& f, Index k0, Index k1,
-                                     PivotTest* test) {
-  return lu_kernels().eliminate(f.n, f.a, f.n, k0, k1, f.scale, f.pivots, test);
-}
-inline Elimination eliminate_columns(const Factoring<Split>& f, Index k0, Index k1,
-                                     PivotTest* test) {
-  return complex_lu_kernels().eliminate(f.n, f.a, f.n, k0, k1, f.scale, f.pivots, test);
+inline const ComplexLuKernels& kernels_for(ComplexView) {
+  return complex_lu_kernels();
 }
 
-inline void bound_rows(const Factoring<double*>& f, Index k0, Index k1) {
-  lu_kernels().row_bounds(f.n, f.a, f.n, k0, k1, f.scale, f.bounds);
+inline double element_size(RealView a, Index i, Index j) {
+  return __builtin_fabs(a(i, j));
 }
-inline void bound_rows(const Factoring<Split>& f, Index k0, Index k1) {
-  complex_lu_kernels().row_bounds(f.n, f.a, f.n, k0, k1, f.scale, f.bounds);
-}
-
-inline double magnitude(const double* x) {
-  return __builtin_fabs(*x);
-}
-inline double magnitude(ConstSplit x) {
-  return cmodulus({*x.re, *x.im});
+inline double element_size(const ComplexView& a, Index i, Index j) {
+  return cmodulus(a(i, j));
 }
 
 // Makes the row exchanges k0 to k1 - 1 in the columns j0 to j1 - 1.
-inline void exchange_rows(const Factoring<double*>& f, Index k0, Index k1, Index j0, Index j1) {
-  lu_kernels().exchange_rows(j1 - j0, f.at(0, j0), f.n, k0, k1, f.pivots);
+inline void exchange_rows(const Factoring<RealView>& f, Index k0, Index k1, Index j0, Index j1) {
+  lu_kernels().exchange_rows(j1 - j0, f.a.from(0, j0), k0, k1, f.pivots);
 }
-inline void exchange_rows(const Factoring<Split>& f, Index k0, Index k1, Index j0, Index j1) {
-  lu_kernels().exchange_rows(j1 - j0, f.at(0, j0).re, f.n, k0, k1, f.pivots);
-  lu_kernels().exchange_rows(j1 - j0, f.at(0, j0).im, f.n, k0, k1, f.pivots);
+inline void exchange_rows(const Factoring<ComplexView>& f, Index k0, Index k1, Index j0, Index j1) {
+  const ComplexView a = f.a.column(j0);
+  lu_kernels().exchange_rows(j1 - j0, {a.re, a.ld}, k0, k1, f.pivots);
+  lu_kernels().exchange_rows(j1 - j0, {a.im, a.ld}, k0, k1, f.pivots);
 }
 
 // --- The algorithm. ---
 
 // In the columns j0 to j1 - 1: completes the rows k0 to k1 - 1 of U.
-template <class Array>
-void complete_rows(const Factoring<Array>& f, Index k0, Index k1, Index j0, Index j1) {
+template <class View>
+void complete_rows(const Factoring<View>& f, Index k0, Index k1, Index j0, Index j1) {
   exchange_rows(f, k0, k1, j0, j1);
-  solve_lower(k1 - k0, f.at(k0, k0), f.n, j1 - j0, f.at(k0, j0), f.n);
+  solve_lower(k1 - k0, f.a.from(k0, k0), j1 - j0, f.a.from(k0, j0));
 }
 
 // In the columns j0 to j1 - 1: rows k1... := rows k1... - L(k1..., k0 to k1 - 1) U(k0 to k1 - 1).
-template <class Array>
-void update_rest(const Factoring<Array>& f, Index k0, Index k1, Index j0, Index j1) {
-  subtract_product(f.n - k1, j1 - j0, k1 - k0, f.at(k1, k0), f.n, f.at(k0, j0), {1, f.n},
-                   f.at(k1, j0), f.n);
+template <class View>
+void update_rest(const Factoring<View>& f, Index k0, Index k1, Index j0, Index j1) {
+  subtract_product(f.n - k1, j1 - j0, k1 - k0, f.a.from(k1, k0), f.a.from(k0, j0), 1,
+                   f.a.from(k1, j0));
 }
 
 // Eliminates the columns k0 to k1 - 1 of the rows k0 to n - 1.
-template <class Array>
-Elimination eliminate_panel(const Factoring<Array>& f, Index k0, Index k1) {
-  if (k1 - k0 <= kNarrowPanel) return eliminate_columns(f, k0, k1, nullptr);
+template <class View>
+Elimination eliminate_panel(const Factoring<View>& f, Index k0, Index k1) {
+  if (k1 - k0 <= kNarrowPanel)
+    return kernels_for(f.a).eliminate(f.n, f.a, k0, k1, f.scale, f.pivots, nullptr);
   const Index mid = k0 + (k1 - k0 + kNarrowPanel) / 2 / kNarrowPanel * kNarrowPanel;
   const Elimination left = eliminate_panel(f, k0, mid);
   if (left.outcome != Pivoting::done) return left;
@@ -111,22 +96,22 @@ Elimination eliminate_panel(const Factoring<Array>& f, Index k0, Index k1) {
   return {mid - k0 + right.columns, right.outcome};
 }
 
-// Tests the pivots k0 to k1 - 1. `above` is the bound of the row above, then that of row k1 - 1: it
-// counts only once the next pivot has turned out not to be zero.
-template <class Array>
-Pivoting test_pivots(Factoring<Array>& f, Index k0, Index k1, double* above) {
-  bound_rows(f, k0, k1);
+// Tests the pivots k0 to k1 - 1. The bound of a row counts from the next pivot on: *above is that
+// of row k0 - 1 and becomes that of row k1 - 1.
+template <class View>
+Pivoting test_pivots(Factoring<View>& f, Index k0, Index k1, double* above) {
+  kernels_for(f.a).row_bounds(f.n, f.a, k0, k1, f.scale, f.bounds);
   for (Index k = k0; k < k1; ++k) {
     if (*above != *above) return Pivoting::modulus_overflow;
     take_row(f.test, *above);
-    if (!passes(f.test, magnitude(f.at(k, k)))) return Pivoting::zero_pivot;
+    if (!passes(f.test, element_size(f.a, k, k))) return Pivoting::zero_pivot;
     *above = f.bounds[k - k0];
   }
   return Pivoting::done;
 }
 
-template <class Array>
-Pivoting eliminate_by_panels(Factoring<Array>& f) {
+template <class View>
+Pivoting eliminate_by_panels(Factoring<View>& f) {
   double above = 0.0;
   for (Index k0 = 0; k0 < f.n; k0 += kPanel) {
     const Index k1 = f.n - k0 < kPanel ? f.n : k0 + kPanel;
@@ -142,12 +127,13 @@ Pivoting eliminate_by_panels(Factoring<Array>& f) {
   return Pivoting::done;
 }
 
-template <class Array>
-Pivoting eliminate(Factoring<Array>& f) {
-  const Pivoting scaled = scale_rows(f);
+template <class View>
+Pivoting eliminate(Factoring<View>& f) {
+  const auto& kernels = kernels_for(f.a);
+  const Pivoting scaled = kernels.scale_rows(f.n, f.a, f.scale);
   if (scaled != Pivoting::done) return scaled;
   if (f.n > kSmallOrder) return eliminate_by_panels(f);
-  return eliminate_columns(f, 0, f.n, &f.test).outcome;
+  return kernels.eliminate(f.n, f.a, 0, f.n, f.scale, f.pivots, &f.test).outcome;
 }
 
 }  // namespace matrix_pack

@@ -1,33 +1,33 @@
 #include "linsys/lu/lu_kernels.hpp"
 
 #include "linsys/lu/pivot_search.hpp"
-#include "pack/numeric/runs.hpp"
+#include "pack/numeric/lanes/runs.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
 // Largest magnitude in a row of n elements; faults where a NaN is compared.
-double largest_in_row(Index n, const double* row, Index ld) {
+double largest_in_row(Index n, ConstRealView row) {
   double largest = 0.0;
   for (Index j = 0; j < n; ++j) {
-    const double t = __builtin_fabs(row[j * ld]);
+    const double t = __builtin_fabs(row(0, j));
     largest = t > largest ? t : largest;
   }
   return largest;
 }
 
-Pivoting scale_rows(Index n, const double* a, Index ld, double* scale) {
-  by_height(n, [=]<int H>(Height<H>) {
-    map_runs<H>(n, scale, [=](Index i) {
-      Run<H> largest = {};
+Pivoting scale_rows(Index n, ConstRealView a, double* scale) {
+  with_runs(n, [=]<class R>(R) {
+    map_runs<R>(n, scale, [=](Index i) {
+      R largest = {};
       for (Index j = 0; j < n; ++j)
-        largest = larger_bits(largest, magnitudes(load<H>(a + i + j * ld)));
+        largest = larger_bits(largest, magnitudes(load<R>(a.column(j) + i)));
       return largest;
     });
   });
   for (Index i = 0; i < n; ++i) {
-    if (__builtin_isnan(scale[i])) scale[i] = largest_in_row(n, a + i, ld);
+    if (__builtin_isnan(scale[i])) scale[i] = largest_in_row(n, a.from(i, 0));
     if (scale[i] == 0.0) return Pivoting::zero_pivot;
     scale[i] = 1.0 / scale[i];
   }
@@ -35,12 +35,12 @@ Pivoting scale_rows(Index n, const double* a, Index ld, double* scale) {
 }
 
 // Divides by the pivot; the largest quotient in magnitude, at least 1.
-MATRIX_LANES_INLINE double divide_by_pivot(Index n, double* x, double pivot) {
+MATRIX_INLINE double divide_by_pivot(Index n, double* x, double pivot) {
   double growth = 1.0;
-  by_height(n, [&]<int H>(Height<H>) {
-    Run<H> largest = {};
-    map_runs<H>(n, x, [&](Index i) {
-      const Run<H> l = quotient(load<H>(x + i), pivot);
+  with_runs(n, [&]<class R>(R) {
+    R largest = {};
+    map_runs<R>(n, x, [&](Index i) {
+      const R l = quotient(load<R>(x + i), pivot);
       largest = larger(largest, magnitudes(l));
       return l;
     });
@@ -51,73 +51,71 @@ MATRIX_LANES_INLINE double divide_by_pivot(Index n, double* x, double pivot) {
 }
 
 // Largest magnitude in a row of n elements, n >= 1, times the factor.
-MATRIX_LANES_INLINE double row_bound(Index n, const double* row, Index ld, double factor) {
+MATRIX_INLINE double row_bound(Index n, ConstRealView row, double factor) {
   double bound = 0.0;
   for (Index j = 0; j < n; ++j) {
-    const double t = __builtin_fabs(row[j * ld]) * factor;
+    const double t = __builtin_fabs(row(0, j)) * factor;
     bound = t > bound ? t : bound;
   }
   return bound;
 }
 
-Elimination eliminate(Index n, double* a, Index ld, Index k0, Index k1, double* scale,
-                      double* pivots, PivotTest* test) {
+Elimination eliminate(Index n, RealView a, Index k0, Index k1, double* scale, double* pivots,
+                      PivotTest* test) {
   for (Index k = k0; k < k1; ++k) {
-    double* const column = a + k * ld;
+    double* const column = a.column(k);
     const double weight = __builtin_fabs(column[k]) * scale[k];
-    // The last of equal candidates is the pivot: documented.
     const Index m =
-        heaviest<Tie::last>({weight, k}, k + 1, n - k - 1, column + k + 1, scale + k + 1).row;
+        heaviest<kRealTie>({weight, k}, k + 1, n - k - 1, column + k + 1, scale + k + 1).row;
     if (m != k) {
-      exchange(k1 - k0, a + k0 * ld + m, a + k0 * ld + k, ld);
+      exchange_rows(k1 - k0, a.from(0, k0), m, k);
       scale[m] = scale[k];
     }
     pivots[k] = static_cast<double>(m);
     const double pivot = column[k];
     if (pivot == 0.0) return {k - k0, Pivoting::zero_pivot};
     if (test != nullptr) {
-      if (k > 0) take_row(*test, row_bound(n - k + 1, column - ld + (k - 1), ld, scale[k - 1]));
+      if (k > 0) take_row(*test, row_bound(n - k + 1, a.from(k - 1, k - 1), scale[k - 1]));
       if (!passes(*test, __builtin_fabs(pivot))) return {k - k0, Pivoting::zero_pivot};
     }
     // rows below := rows below - multipliers * row k
     const Index below = n - k - 1;
     scale[k] = divide_by_pivot(below, column + k + 1, pivot);
-    subtract_rank_one<const double*>(below, k1 - k - 1, column + k + 1, column + ld + k,
-                                     column + ld + k + 1, ld);
+    subtract_rank_one(below, k1 - k - 1, column + k + 1, a.from(k, k + 1), a.from(k + 1, k + 1));
   }
   return {k1 - k0, Pivoting::done};
 }
 
-void row_bounds(Index n, const double* a, Index ld, Index k0, Index k1, const double* scale,
-                double* bounds) {
+void row_bounds(Index n, ConstRealView a, Index k0, Index k1, const double* scale, double* bounds) {
   for (Index i = k0; i < k1; ++i) bounds[i - k0] = 0.0;
-  const double* column = a + k0 + k0 * ld;
-  for (Index j = k0; j < n; ++j, column += ld) {
+  for (Index j = k0; j < n; ++j) {
+    const double* const column = a.column(j) + k0;
     const Index rows = (j < k1 ? j + 1 : k1) - k0;
-    by_height(rows, [=]<int H>(Height<H>) {
-      map_runs<H>(rows, bounds, [=](Index i) {
-        Run<H> t = magnitudes(load<H>(column + i));
-        const Run<H> factor = load<H>(scale + k0 + i);
-        for (int v = 0; v < Run<H>::kVectors; ++v) t.part[v] *= factor.part[v];
-        return larger(load<H>(bounds + i), t);
+    with_runs(rows, [=]<class R>(R) {
+      map_runs<R>(rows, bounds, [=](Index i) {
+        R t = magnitudes(load<R>(column + i));
+        const R factor = load<R>(scale + k0 + i);
+        for (int v = 0; v < R::kVectors; ++v) t.part[v] *= factor.part[v];
+        return larger(load<R>(bounds + i), t);
       });
     });
   }
 }
 
-void exchange_rows(Index cols, double* a, Index ld, Index k0, Index k1, const double* pivots) {
-  for (Index j = 0; j < cols; ++j, a += ld) {
+void exchange_pivot_rows(Index cols, RealView a, Index k0, Index k1, const double* pivots) {
+  for (Index j = 0; j < cols; ++j) {
+    double* const column = a.column(j);
     for (Index k = k0; k < k1; ++k) {
       const auto m = static_cast<Index>(pivots[k]);
-      const double t = a[k];
-      a[k] = a[m];
-      a[m] = t;
+      const double t = column[k];
+      column[k] = column[m];
+      column[m] = t;
     }
   }
 }
 
 }  // namespace
 
-const LuKernels lu_kernels_table = {scale_rows, eliminate, row_bounds, exchange_rows};
+const LuKernels lu_kernels_table = {scale_rows, eliminate, row_bounds, exchange_pivot_rows};
 
 }  // namespace matrix_pack::MATRIX_KERNEL_SET

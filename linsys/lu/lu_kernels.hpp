@@ -1,11 +1,11 @@
 // The inner loops of the real LU factorization, and what both factorizations share.
 //
-// `a` is the whole n x n matrix, columns ld apart; pivot indices are counted from 0.
+// `a` is the whole n x n matrix; pivot indices are counted from 0.
 #pragma once
 
 #include "linsys/lu/pivot_test.hpp"
 #include "pack/numeric/kernel_sets.hpp"
-#include "pack/numeric/split.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -24,22 +24,22 @@ struct Elimination {
 struct LuKernels {
   // scale[i] = 1 / largest |a(i,j)| of row i, unless a row is zero. Faults come in the order of the
   // rows, as a zero row does.
-  Pivoting (*scale_rows)(Index n, const double* a, Index ld, double* scale);
+  Pivoting (*scale_rows)(Index n, ConstRealView a, double* scale);
 
   // Eliminates columns k0 to k1 - 1 of rows k0 to n - 1, one at a time, right-looking. The pivot is
   // the candidate with the largest |a(i,k)| scale[i], the last of equal ones. Rows are exchanged
-  // within these columns only; the row moved to k takes no scale along, the one moved away does.
-  // pivots[k] is the exchanged row, scale[k] becomes the growth bound of column k: its largest
-  // multiplier, at least 1. With a `test`, these must be all columns of the matrix.
-  Elimination (*eliminate)(Index n, double* a, Index ld, Index k0, Index k1, double* scale,
-                           double* pivots, PivotTest* test);
+  // within these columns only: row k goes to pivots[k] with its scale. That of the row that comes
+  // is no longer needed: scale[k] becomes the growth bound of column k, its largest multiplier
+  // or 1. With a `test`, these must be all columns of the matrix.
+  Elimination (*eliminate)(Index n, RealView a, Index k0, Index k1, double* scale, double* pivots,
+                           PivotTest* test);
 
   // bounds[i - k0] = largest |u(i,j)| scale[i] over j >= i, for the rows i = k0 to k1 - 1 of U.
-  void (*row_bounds)(Index n, const double* a, Index ld, Index k0, Index k1, const double* scale,
+  void (*row_bounds)(Index n, ConstRealView a, Index k0, Index k1, const double* scale,
                      double* bounds);
 
-  // Makes the row exchanges k0 to k1 - 1 in `cols` columns at `a`.
-  void (*exchange_rows)(Index cols, double* a, Index ld, Index k0, Index k1, const double* pivots);
+  // Makes the row exchanges k0 to k1 - 1 in `cols` columns.
+  void (*exchange_rows)(Index cols, RealView a, Index k0, Index k1, const double* pivots);
 };
 MATRIX_SELECT_KERNELS(LuKernels, lu_kernels)
 

@@ -1,15 +1,13 @@
-// Forward and back substitution for one right-hand side.
-//
-//   forward  x_i = b_i - L(i,first) x_first - ... - L(i,i-1) x_(i-1), one product after the other,
-//            in ascending order; b_first is the first element that is not zero
-//   back     x_i = (x_i - U(i,n-1) x_(n-1) - ... - U(i,i+1) x_(i+1)) / U(i,i), one product after
-//            the other, in descending order: the order in which the columns of U are passed
+#include "linsys/lu/lubacksub.hpp"
+
+#include <algorithm>
 #include <utility>
 
-#include "linsys/lu/complex_matrix.hpp"
-#include "linsys/lu/ludecomp.hpp"
 #include "linsys/lu/substitution_kernels.hpp"
-#include "pack/numeric/complex_arithmetic.hpp"
+#include "pack/checks.hpp"
+#include "pack/matrix_views.hpp"
+#include "pack/memory.hpp"
+#include "pack/messages.hpp"
 
 namespace matrix_pack {
 
@@ -20,45 +18,55 @@ void exchange(Index n, const double* pivots, double origin, double* b) {
   for (Index i = 0; i < n; ++i) std::swap(b[i], b[static_cast<Index>(pivots[i] - origin)]);
 }
 
+// Removes the part array when all its elements are zero.
+void drop_zeros(aMatrix* m, double* aMatrix::*part) {
+  double* const x = m->*part;
+  const auto is_nonzero = [](double element) { return element != 0.0; };
+  if (std::any_of(x, x + Index{m->rows} * m->cols, is_nonzero)) return;
+  ::operator delete(x);
+  m->*part = nullptr;
+}
+
 }  // namespace
 
 const char* lubacksub(const aMatrix* lu, const double* pivots, aMatrix* b) {
   if (lu == nullptr || lu->re == nullptr || pivots == nullptr || b == nullptr || b->re == nullptr)
-    return "Unknown error";
-  if (lu->rows < 1 || lu->cols < 1 || b->rows < 1) return "invalid dimension";
-  if (lu->rows != lu->cols) return "must be square";
+    return kUnknownError;
+  if (b->rows < 1) return kInvalidDimension;
+  if (const char* message = check_square(lu)) return message;
   const Index n = lu->rows;
   double* const x = b->re;
   exchange(n, pivots, 0.0, x);
   Index first = 0;
   while (first < n && x[first] == 0.0) ++first;
   const SubstitutionKernels& kernels = substitution_kernels();
-  kernels.forward(n - first, lu->re + (first + first * n), n, x + first);
-  kernels.backward(n, lu->re, n, x);
+  const ConstRealView a = real_view(lu);
+  kernels.forward(n - first, a.from(first, first), x + first);
+  kernels.backward(n, a, x);
   return nullptr;
 }
 
 const char* clubacksub(aMatrix* lu, const double* pivots, aMatrix* b) {
-  if (lu->rows < 1 || lu->cols < 1 || b->rows < 1) return "invalid dimension";
-  if (lu->rows != lu->cols) return "must be square";
+  if (b->rows < 1) return kInvalidDimension;
+  if (const char* message = check_square(lu)) return message;
   const Index n = lu->rows;
-  if (b->rows != n) return "array size mismatch";
+  if (b->rows != n) return kSizeMismatch;
   const bool had_re = b->re != nullptr;
   const bool had_im = b->im != nullptr;
-  if (!complete_parts(lu) || !complete_parts(b)) return "out of memory";
-  const Split a = split(lu);
-  const Split x = split(b);
+  if (!provide_parts(lu) || !provide_parts(b)) return kOutOfMemory;
+  const ComplexView a = complex_view(lu);
+  const ComplexView x = complex_view(b);
   for (Index i = 0; i < n; ++i)
-    if (a.re[i + i * n] == 0.0 && a.im[i + i * n] == 0.0) return "singular matrix";
+    if (is_zero(a(i, i))) return kSingularMatrix;
   exchange(n, pivots, 1.0, x.re);
   exchange(n, pivots, 1.0, x.im);
   Index first = 0;
-  while (first < n && x.re[first] == 0.0 && x.im[first] == 0.0) ++first;
+  while (first < n && is_zero(x[first])) ++first;
   const ComplexSubstitutionKernels& kernels = complex_substitution_kernels();
-  kernels.forward(n - first, a + (first + first * n), n, x + first);
-  kernels.backward(n, a, n, x);
-  if (!had_re) drop_zeros(b, &b->re);
-  if (!had_im) drop_zeros(b, &b->im);
+  kernels.forward(n - first, a.from(first, first), x + first);
+  kernels.backward(n, a, x);
+  if (!had_re) drop_zeros(b, &aMatrix::re);
+  if (!had_im) drop_zeros(b, &aMatrix::im);
   return nullptr;
 }
 

@@ -2,23 +2,17 @@
 
 #include <limits>
 
-#include "linsys/lu/complex_matrix.hpp"
 #include "linsys/lu/elimination.hpp"
+#include "pack/checks.hpp"
 #include "pack/frame/faults.hpp"
+#include "pack/matrix_views.hpp"
 #include "pack/memory.hpp"
+#include "pack/messages.hpp"
+#include "pack/numeric/epsilon.hpp"
 
 namespace matrix_pack {
 
 namespace {
-
-constexpr double kRealEpsilon = 2.220446049250313e-16;     // 2^-52
-constexpr double kComplexEpsilon = 4.930380657631324e-32;  // 2^-104
-
-const char* check_square(const aMatrix* a) {
-  if (a->rows < 1 || a->cols < 1) return "invalid dimension";
-  if (a->rows != a->cols) return "must be square";
-  return nullptr;
-}
 
 double sign_of(Index n, const double* pivots) {
   double sign = 1.0;
@@ -27,23 +21,23 @@ double sign_of(Index n, const double* pivots) {
   return sign;
 }
 
-template <class Array>
-const char* factor(Index n, Array a, double* pivots, double* sign, double epsilon,
+template <class View>
+const char* factor(Index n, View a, double* pivots, double* sign, double epsilon,
                    bool relative_test) {
   // The scale array, the bounds of a panel's rows, and a pivot record if the caller has none.
   const Doubles work = new_doubles(n + kPanel + (pivots == nullptr ? n : 0));
-  if (!work) return "out of memory";
+  if (!work) return kOutOfMemory;
   double* const scale = work.get();
   double* const bounds = scale + n;
   if (pivots == nullptr) pivots = bounds + kPanel;
   constexpr double kNone = std::numeric_limits<double>::infinity();
-  Factoring<Array> f = {n, a, scale, pivots, bounds, {epsilon, relative_test, 0.0, kNone}};
+  Factoring<View> f = {n, a, scale, pivots, bounds, {epsilon, relative_test, 0.0, kNone}};
   switch (eliminate(f)) {
     case Pivoting::done:
       *sign = sign_of(n, pivots);
       return nullptr;
     case Pivoting::zero_pivot:
-      return "singular matrix";
+      return kSingularMatrix;
     case Pivoting::modulus_overflow:
       break;
   }
@@ -56,14 +50,14 @@ const char* ludecomp(aMatrix* a, double* pivots, double* sign, bool relative_tes
   *sign = 1.0;
   if (a->re == nullptr) return "PPnullPtr";
   if (const char* message = check_square(a)) return message;
-  return factor(a->rows, a->re, pivots, sign, kRealEpsilon, relative_test);
+  return factor(a->rows, real_view(a), pivots, sign, kEps, relative_test);
 }
 
 const char* cludecomp(aMatrix* a, double* pivots, double* sign, bool relative_test) {
   *sign = 1.0;
   if (const char* message = check_square(a)) return message;
-  if (!complete_parts(a)) return "out of memory";
-  const char* message = factor(a->rows, split(a), pivots, sign, kComplexEpsilon, relative_test);
+  if (!provide_parts(a)) return kOutOfMemory;
+  const char* message = factor(a->rows, complex_view(a), pivots, sign, kEps * kEps, relative_test);
   if (message == nullptr && pivots != nullptr)
     for (Index k = 0; k < a->rows; ++k) pivots[k] += 1.0;
   return message;

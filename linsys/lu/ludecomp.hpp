@@ -1,5 +1,4 @@
-// The LU factorizations that the linear-systems functions and the condition numbers rest on, and
-// the solution of a system by them.
+// The LU factorizations that the linear-systems functions and the condition numbers rest on.
 #pragma once
 
 #include "pack/host_interface.hpp"
@@ -21,17 +20,5 @@ const char* ludecomp(aMatrix* a, double* pivots, double* sign, bool relative_tes
 // deliberate: the pivots are counted from 1, the first of equal candidates wins, and the relative
 // test compares with 2^-104. Throws SE_FPEOverflow_Exception when a modulus exceeds 1e307.
 const char* cludecomp(aMatrix* a, double* pivots, double* sign, bool relative_test);
-
-// Solves L U x = P b in place for a factorization made by ludecomp.
-//   b        n x 1; the real array is used
-//   returns  null, "Unknown error" (something absent), "invalid dimension" or "must be square"
-//   cost     2 n^2 flops
-const char* lubacksub(const aMatrix* lu, const double* pivots, aMatrix* b);
-
-// The same for cludecomp; absent part arrays stand for zeros, in b they are created when needed.
-//   returns  null, "invalid dimension", "must be square", "array size mismatch", "out of memory",
-//   or
-//            "singular matrix" (a zero on U's diagonal)
-const char* clubacksub(aMatrix* lu, const double* pivots, aMatrix* b);
 
 }  // namespace matrix_pack

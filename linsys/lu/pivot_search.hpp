@@ -1,9 +1,9 @@
 // The search for a pivot. Included by *_kernels.cpp only; local to each file, as
-// pack/numeric/lanes.hpp is.
+// pack/numeric/lanes/lanes.hpp is.
 #pragma once
 
-#include "pack/numeric/lanes.hpp"
-#include "pack/numeric/split.hpp"
+#include "pack/numeric/lanes/lanes.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
@@ -14,10 +14,13 @@ struct Candidate {
   Index row;
 };
 
-// Which one of equally heavy candidates wins.
+// Which one of equally heavy candidates wins. Documented, and not the same for both kinds of
+// matrices: hosts rely on it.
 enum class Tie { last, first };
+constexpr Tie kRealTie = Tie::last;
+constexpr Tie kComplexTie = Tie::first;
 
-MATRIX_LANES_INLINE VectorBits rows_from(Index first) {
+MATRIX_INLINE VectorBits rows_from(Index first) {
   VectorBits rows;
   for (int q = 0; q < kWidth; ++q) rows[q] = q;
   return rows + first;
@@ -25,7 +28,7 @@ MATRIX_LANES_INLINE VectorBits rows_from(Index first) {
 
 // Lane q of the result is lane q ^ w of x.
 template <int w, class V>
-MATRIX_LANES_INLINE V with_partner(V x) {
+MATRIX_INLINE V with_partner(V x) {
   if constexpr (kWidth == 8)
     return __builtin_shufflevector(x, x, 0 ^ w, 1 ^ w, 2 ^ w, 3 ^ w, 4 ^ w, 5 ^ w, 6 ^ w, 7 ^ w);
   else if constexpr (kWidth == 4)
@@ -36,7 +39,7 @@ MATRIX_LANES_INLINE V with_partner(V x) {
 
 // Each lane takes its partner's candidate where that wins.
 template <Tie tie, int w>
-MATRIX_LANES_INLINE void meet(Vector& weights, VectorBits& rows) {
+MATRIX_INLINE void meet(Vector& weights, VectorBits& rows) {
   const Vector weight = with_partner<w>(weights);
   const VectorBits row = with_partner<w>(rows);
   VectorBits before;
@@ -52,8 +55,8 @@ MATRIX_LANES_INLINE void meet(Vector& weights, VectorBits& rows) {
 // The heaviest of `best` and n rows after it, from `first` on: row first + i has the weight
 // |x[i]| * scale[i]. A NaN never wins, and is never beaten.
 template <Tie tie>
-MATRIX_LANES_INLINE Candidate heaviest(Candidate best, Index first, Index n, const double* x,
-                                       const double* scale) {
+MATRIX_INLINE Candidate heaviest(Candidate best, Index first, Index n, const double* x,
+                                 const double* scale) {
   if (n < kWidth) {
     for (Index i = 0; i < n; ++i) {
       const double weight = __builtin_fabs(x[i]) * scale[i];

@@ -2,7 +2,7 @@
 // elimination has grown to counts as zero.
 #pragma once
 
-#include "pack/numeric/split.hpp"
+#include "pack/numeric/always_inline.hpp"
 
 namespace matrix_pack {
 
@@ -16,12 +16,12 @@ struct PivotTest {
 };
 
 // Takes in the bound of the next row of U. NaN bounds leave the growth as it is.
-MATRIX_SPLIT_INLINE void take_row(PivotTest& test, double bound) {
+MATRIX_INLINE void take_row(PivotTest& test, double bound) {
   if (bound > test.growth) test.growth = bound;
 }
 
 // Whether the next pivot, of the given magnitude, and those before it pass.
-MATRIX_SPLIT_INLINE bool passes(PivotTest& test, double pivot) {
+MATRIX_INLINE bool passes(PivotTest& test, double pivot) {
   if (pivot < test.smallest) test.smallest = pivot;
   return !(test.on && test.smallest < test.growth * test.epsilon);
 }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "pack/numeric/kernel_sets.hpp"
-#include "pack/numeric/split.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -12,26 +12,26 @@ inline constexpr Index kTriangle = 16;
 struct SubstitutionKernels {
   // X := L^-1 X for the unit lower triangle of the n x n array l; X is n x cols. Element x_i sees
   //   ((x_i - l(i,0) x_0) - l(i,1) x_1) - ... - l(i,i-1) x_(i-1).
-  void (*solve_lower)(Index n, const double* l, Index ldl, Index cols, double* x, Index ldx);
+  void (*solve_lower)(Index n, ConstRealView l, Index cols, RealView x);
   // X := U^-1 X for the upper triangle of u. Element x_i sees
   //   (((x_i - u(i,n-1) x_(n-1)) - u(i,n-2) x_(n-2)) - ... - u(i,i+1) x_(i+1)) / u(i,i).
-  void (*solve_upper)(Index n, const double* u, Index ldu, Index cols, double* x, Index ldx);
+  void (*solve_upper)(Index n, ConstRealView u, Index cols, RealView x);
 
   // The same two for one right-hand side and any n.
-  void (*forward)(Index n, const double* l, Index ldl, double* x);
-  void (*backward)(Index n, const double* u, Index ldu, double* x);
+  void (*forward)(Index n, ConstRealView l, double* x);
+  void (*backward)(Index n, ConstRealView u, double* x);
 
   // Whether the strict lower triangle holds neither infinities nor NaNs.
-  bool (*is_finite_below_diagonal)(Index n, const double* a, Index lda);
+  bool (*is_finite_below_diagonal)(Index n, ConstRealView a);
 };
 MATRIX_SELECT_KERNELS(SubstitutionKernels, substitution_kernels)
 
 // The same for complex matrices; divisions are Smith's.
 struct ComplexSubstitutionKernels {
-  void (*solve_lower)(Index n, ConstSplit l, Index ldl, Index cols, Split x, Index ldx);
-  void (*solve_upper)(Index n, ConstSplit u, Index ldu, Index cols, Split x, Index ldx);
-  void (*forward)(Index n, ConstSplit l, Index ldl, Split x);
-  void (*backward)(Index n, ConstSplit u, Index ldu, Split x);
+  void (*solve_lower)(Index n, const ConstComplexView& l, Index cols, const ComplexView& x);
+  void (*solve_upper)(Index n, const ConstComplexView& u, Index cols, const ComplexView& x);
+  void (*forward)(Index n, const ConstComplexView& l, const ComplexView& x);
+  void (*backward)(Index n, const ConstComplexView& u, const ComplexView& x);
 };
 MATRIX_SELECT_KERNELS(ComplexSubstitutionKernels, complex_substitution_kernels)
 

@@ -2,10 +2,9 @@
 //
 // Split in two until the triangle is small; the rest is one matrix product. Each element of X sees
 // the operations of forward (backward) substitution by columns, in their order.
-//   l, u     n x n, columns ldl apart; of l the strict lower triangle is used, its diagonal being
-//   1,
-//            of u the upper triangle
-//   x        n x cols, columns ldx apart
+//   l, u     n x n; of l the strict lower triangle is used, its diagonal being 1, of u the upper
+//            triangle
+//   x        n x cols
 //   cost     n^2 cols flops
 #pragma once
 
@@ -14,19 +13,11 @@
 
 namespace matrix_pack {
 
-inline void solve_small_lower(Index n, const double* l, Index ldl, Index cols, double* x,
-                              Index ldx) {
-  substitution_kernels().solve_lower(n, l, ldl, cols, x, ldx);
+inline const SubstitutionKernels& substitution_kernels_for(RealView) {
+  return substitution_kernels();
 }
-inline void solve_small_lower(Index n, ConstSplit l, Index ldl, Index cols, Split x, Index ldx) {
-  complex_substitution_kernels().solve_lower(n, l, ldl, cols, x, ldx);
-}
-inline void solve_small_upper(Index n, const double* u, Index ldu, Index cols, double* x,
-                              Index ldx) {
-  substitution_kernels().solve_upper(n, u, ldu, cols, x, ldx);
-}
-inline void solve_small_upper(Index n, ConstSplit u, Index ldu, Index cols, Split x, Index ldx) {
-  complex_substitution_kernels().solve_upper(n, u, ldu, cols, x, ldx);
+inline const ComplexSubstitutionKernels& substitution_kernels_for(ComplexView) {
+  return complex_substitution_kernels();
 }
 
 // About half of n, in whole small triangles.
@@ -34,30 +25,26 @@ inline Index first_half(Index n) {
   return (n / 2 + kTriangle - 1) / kTriangle * kTriangle;
 }
 
-template <class Triangle, class Array>
-void solve_lower(Index n, Triangle l, Index ldl, Index cols, Array x, Index ldx) {
-  if (n <= kTriangle) {
-    solve_small_lower(n, l, ldl, cols, x, ldx);
-    return;
-  }
+template <class View>
+void solve_lower(Index n, View l, Index cols, View x) {
+  if (n <= kTriangle) return substitution_kernels_for(x).solve_lower(n, l, cols, x);
   const Index h = first_half(n);
-  solve_lower(h, l, ldl, cols, x, ldx);
+  solve_lower(h, l, cols, x);
   // lower rows := lower rows - (lower left block of L) * upper rows
-  subtract_product(n - h, cols, h, l + h, ldl, x, {1, ldx}, x + h, ldx);
-  solve_lower(n - h, l + (h + h * ldl), ldl, cols, x + h, ldx);
+  subtract_product(n - h, cols, h, l.from(h, 0), x, 1, x.from(h, 0));
+  solve_lower(n - h, l.from(h, h), cols, x.from(h, 0));
 }
 
-template <class Triangle, class Array>
-void solve_upper(Index n, Triangle u, Index ldu, Index cols, Array x, Index ldx) {
-  if (n <= kTriangle) {
-    solve_small_upper(n, u, ldu, cols, x, ldx);
-    return;
-  }
+template <class View>
+void solve_upper(Index n, View u, Index cols, View x) {
+  if (n <= kTriangle) return substitution_kernels_for(x).solve_upper(n, u, cols, x);
   const Index h = first_half(n);
-  solve_upper(n - h, u + (h + h * ldu), ldu, cols, x + h, ldx);
+  solve_upper(n - h, u.from(h, h), cols, x.from(h, 0));
   // upper rows := upper rows - (upper right block of U) * lower rows, from the last of these up
-  subtract_product(h, cols, n - h, u + (n - 1) * ldu, -ldu, x + (n - 1), {-1, ldx}, x, ldx);
-  solve_upper(h, u, ldu, cols, x, ldx);
+  View last_column = u.from(0, n - 1);
+  last_column.ld = -u.ld;
+  subtract_product(h, cols, n - h, last_column, x.from(n - 1, 0), -1, x);
+  solve_upper(h, u, cols, x);
 }
 
 }  // namespace matrix_pack

@@ -2,16 +2,12 @@
 
 #include <new>
 
+#include "pack/frame/fault_message.hpp"
 #include "pack/frame/faults.hpp"
 #include "pack/frame/fp_scope.hpp"
+#include "pack/messages.hpp"
 
 namespace matrix_pack {
-
-namespace {
-
-constexpr const char* kUnknownError = "Unknown error";
-
-}  // namespace
 
 Anyval* run_guarded(EfiCallContext* context, FrameBody body, void* closure) {
   Anyval* result = nullptr;

@@ -1,16 +1,18 @@
-// Complex numbers in scalar code: quotient and modulus with the pack's own rules for overflow.
-//
-// For cores and kernels alike: the inline functions are local to each file that includes this one,
-// so that no code compiled for one instruction set ever serves another.
+// Complex numbers in scalar code, for cores and kernels alike: quotient, square root, and the
+// modulus with the pack's own rule for overflow. (pack/numeric/moduli.hpp has the one that scales.)
 #pragma once
+
+#include "pack/numeric/moduli.hpp"
 
 namespace matrix_pack {
 
-// Two adjacent doubles.
-struct Complex {
-  double re;
-  double im;
+// A complex number, or several side by side in a pair of vectors.
+template <class V>
+struct ComplexOf {
+  V re;
+  V im;
 };
+using Complex = ComplexOf<double>;
 
 // The modulus of z: |im| or |re| when the other part is zero, else sqrt(re^2 + im^2), unscaled.
 // Throws SE_FPEOverflow_Exception when that exceeds kLargestModulus.
@@ -18,30 +20,34 @@ double cmodulus(const Complex& z);
 
 namespace {
 
-#define MATRIX_COMPLEX_INLINE [[maybe_unused]] inline __attribute__((always_inline))
-
 constexpr double kLargestModulus = 1e307;
 
-MATRIX_COMPLEX_INLINE bool is_zero(Complex z) {
+MATRIX_INLINE bool is_zero(Complex z) {
   return z.re == 0.0 && z.im == 0.0;
 }
 
-MATRIX_COMPLEX_INLINE Complex add(Complex a, Complex b) {
+MATRIX_INLINE Complex add(Complex a, Complex b) {
   return {a.re + b.re, a.im + b.im};
 }
 
-MATRIX_COMPLEX_INLINE Complex subtract(Complex a, Complex b) {
+MATRIX_INLINE Complex subtract(Complex a, Complex b) {
   return {a.re - b.re, a.im - b.im};
 }
 
 // The one formula of a product.
-MATRIX_COMPLEX_INLINE Complex multiply(Complex a, Complex b) {
+MATRIX_INLINE Complex multiply(Complex a, Complex b) {
   return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+}
+
+// a conj(z)
+template <class V, class W>
+MATRIX_INLINE ComplexOf<V> multiply_conjugate(ComplexOf<V> a, ComplexOf<W> z) {
+  return {a.re * z.re + a.im * z.im, a.im * z.re - a.re * z.im};
 }
 
 // Smith's quotient (Communications of the ACM 5, 1962): a ratio of the parts of d replaces |d|^2,
 // which might overflow or underflow.
-MATRIX_COMPLEX_INLINE Complex divide(Complex a, Complex d) {
+MATRIX_INLINE Complex divide(Complex a, Complex d) {
   if (__builtin_fabs(d.im) <= __builtin_fabs(d.re)) {
     const double r = d.im / d.re;
     const double den = d.re + r * d.im;
@@ -53,7 +59,7 @@ MATRIX_COMPLEX_INLINE Complex divide(Complex a, Complex d) {
 }
 
 // The modulus as cmodulus has it, to *modulus; false where cmodulus throws. For kernels.
-MATRIX_COMPLEX_INLINE bool modulus_in_range(Complex z, double* modulus) {
+MATRIX_INLINE bool modulus_in_range(Complex z, double* modulus) {
   if (z.re == 0.0) {
     *modulus = __builtin_fabs(z.im);
     return true;
@@ -64,6 +70,15 @@ MATRIX_COMPLEX_INLINE bool modulus_in_range(Complex z, double* modulus) {
   }
   *modulus = __builtin_sqrt(z.re * z.re + z.im * z.im);
   return !(*modulus > kLargestModulus);
+}
+
+// The square root of z in the right half-plane: one part from the modulus without cancellation, the
+// other from im z = 2 re im.
+MATRIX_INLINE Complex square_root(Complex z) {
+  const double s = __builtin_sqrt((scaled_modulus(z.re, z.im) + __builtin_fabs(z.re)) / 2.0);
+  if (s == 0.0) return {0.0, 0.0};
+  if (z.re >= 0.0) return {s, z.im / (2.0 * s)};
+  return {__builtin_fabs(z.im) / (2.0 * s), z.im < 0.0 ? -s : s};
 }
 
 }  // namespace

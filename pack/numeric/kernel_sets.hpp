@@ -5,8 +5,8 @@
 // A kernel header declares its table type and then, by MATRIX_SELECT_KERNELS, the accessor that
 // returns the table of the set in use:
 //
-//   struct LuKernels { void (*subtract_product)(...); };
-//   MATRIX_SELECT_KERNELS(LuKernels, lu_kernels)      // const LuKernels& lu_kernels()
+//   struct ProductKernels { void (*subtract_product)(...); };
+//   MATRIX_SELECT_KERNELS(ProductKernels, product_kernels)  // product_kernels()
 #pragma once
 
 namespace matrix_pack {

@@ -1,49 +1,44 @@
 #include "pack/numeric/rotation_kernels.hpp"
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/lanes/lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-using Index = std::ptrdiff_t;
-
-Index smaller(Index a, Index b) {
-  return a < b ? a : b;
-}
-
-Index larger(Index a, Index b) {
-  return a > b ? a : b;
-}
-
-// Rows that turn together. They are copied side by side, so that no stride of the matrix can make
-// columns displace each other from the cache; rows that there are not are zeros, and stay zeros.
+// Rows that are rotated together. They are copied side by side, so that no stride of the matrix can
+// make columns displace each other from the cache; missing rows are filled with zeros, which
+// stay zeros.
 constexpr Index kRows = 4 * kWidth;
 static_assert(kRows <= kPanelRows);
 
-void copy_in(Index rows, Index cols, const double* a, Index ld, double* panel) {
-  for (Index k = 0; k < cols; ++k, a += ld, panel += kRows)
+void copy_in(Index rows, Index cols, ConstRealView from, double* panel) {
+  for (Index k = 0; k < cols; ++k, panel += kRows) {
+    const double* const a = from.column(k);
     if (rows == kRows) {
       for (int p = 0; p < 4; ++p) store_vector(panel + p * kWidth, load_vector(a + p * kWidth));
     } else {
       for (Index j = 0; j < rows; ++j) panel[j] = a[j];
       for (Index j = rows; j < kRows; ++j) panel[j] = 0.0;
     }
+  }
 }
 
-void copy_out(Index rows, Index cols, const double* panel, double* a, Index ld) {
-  for (Index k = 0; k < cols; ++k, a += ld, panel += kRows)
+void copy_out(Index rows, Index cols, const double* panel, RealView to) {
+  for (Index k = 0; k < cols; ++k, panel += kRows) {
+    double* const a = to.column(k);
     if (rows == kRows) {
       for (int p = 0; p < 4; ++p) store_vector(a + p * kWidth, load_vector(panel + p * kWidth));
     } else {
       for (Index j = 0; j < rows; ++j) a[j] = panel[j];
     }
+  }
 }
 
 // `count` rotations from column a on, of kVectors vectors of rows. The column that two rotations
 // share stays in registers.
 template <int kVectors>
-MATRIX_LANES_INLINE void turn_run(double* a, Index ld, const Rotation* rotations, Index count) {
+MATRIX_INLINE void rotate_run(double* a, Index ld, const Rotation* rotations, Index count) {
   Vector x[kVectors];
   for (int p = 0; p < kVectors; ++p) x[p] = load_vector(a + p * kWidth);
   for (Index j = 0; j < count; ++j, a += ld) {
@@ -63,22 +58,22 @@ constexpr Index kTile = 32;
 
 // All sweeps on one panel, whose first column is `first`. The order: those rotations j of sweep i
 // with j + i in the first tile, sweep by sweep, then those in the second tile... A sweep lags one
-// column behind the sweep before it, so that each rotation finds its columns as plain order has
-// them.
+// column behind the sweep before it, so that each rotation finds its columns as if the
+// sweeps came one after the other.
 template <int kVectors>
-void turn_panel(double* panel, Index first, Index end, const Sweep* sweeps, Index sweep_count) {
+void rotate_panel(double* panel, Index first, Index end, const Sweep* sweeps, Index sweep_count) {
   for (Index tile = first; tile < end + sweep_count; tile += kTile)
     for (Index i = 0; i < sweep_count; ++i) {
       const Sweep& sweep = sweeps[i];
       const Index from = larger(tile - i, sweep.first);
       const Index to = smaller(tile - i + kTile, sweep.first + sweep.count);
       if (from < to)
-        turn_run<kVectors>(panel + (from - first) * kRows, kRows,
-                           sweep.rotations + (from - sweep.first), to - from);
+        rotate_run<kVectors>(panel + (from - first) * kRows, kRows,
+                             sweep.rotations + (from - sweep.first), to - from);
     }
 }
 
-void turn_rest(Index rows, double* a, Index ld, const Rotation* rotations, Index count) {
+void rotate_rest(Index rows, double* a, Index ld, const Rotation* rotations, Index count) {
   for (Index k = 0; k < rows; ++k) {
     double* at = a + k;
     double x = *at;
@@ -92,12 +87,12 @@ void turn_rest(Index rows, double* a, Index ld, const Rotation* rotations, Index
 }
 
 // One sweep where the columns stand.
-void turn_in_place(Index rows, double* a, Index ld, const Sweep& sweep) {
-  a += sweep.first * ld;
+void rotate_in_place(Index rows, RealView a, const Sweep& sweep) {
+  double* const x = a.column(sweep.first);
   Index j = 0;
-  for (; j + kRows <= rows; j += kRows) turn_run<4>(a + j, ld, sweep.rotations, sweep.count);
-  for (; j + kWidth <= rows; j += kWidth) turn_run<1>(a + j, ld, sweep.rotations, sweep.count);
-  turn_rest(rows - j, a + j, ld, sweep.rotations, sweep.count);
+  for (; j + kRows <= rows; j += kRows) rotate_run<4>(x + j, a.ld, sweep.rotations, sweep.count);
+  for (; j + kWidth <= rows; j += kWidth) rotate_run<1>(x + j, a.ld, sweep.rotations, sweep.count);
+  rotate_rest(rows - j, x + j, a.ld, sweep.rotations, sweep.count);
 }
 
 // The first cache line that begins in p or behind.
@@ -107,8 +102,8 @@ double* line_start(double* p) {
   return p + (kLine - address % kLine) % kLine / sizeof(double);
 }
 
-void turn(Index rows, double* a, Index ld, const Sweep* sweeps, Index sweep_count, double* work) {
-  if (sweep_count == 1) return turn_in_place(rows, a, ld, sweeps[0]);
+void rotate(Index rows, RealView a, const Sweep* sweeps, Index sweep_count, double* work) {
+  if (sweep_count == 1) return rotate_in_place(rows, a, sweeps[0]);
   double* const panel = line_start(work);
   Index first = sweeps[0].first;
   Index end = first;
@@ -117,22 +112,22 @@ void turn(Index rows, double* a, Index ld, const Sweep* sweeps, Index sweep_coun
     end = larger(end, sweeps[i].first + sweeps[i].count);
   }
   const Index cols = end - first + 1;
-  a += first * ld;
   for (Index j = 0; j < rows; j += kRows) {
     const Index count = smaller(kRows, rows - j);
-    copy_in(count, cols, a + j, ld, panel);
+    const RealView block = a.from(j, first);
+    copy_in(count, cols, block, panel);
     if (count <= kWidth)
-      turn_panel<1>(panel, first, end, sweeps, sweep_count);
+      rotate_panel<1>(panel, first, end, sweeps, sweep_count);
     else if (count <= 2 * kWidth)
-      turn_panel<2>(panel, first, end, sweeps, sweep_count);
+      rotate_panel<2>(panel, first, end, sweeps, sweep_count);
     else
-      turn_panel<4>(panel, first, end, sweeps, sweep_count);
-    copy_out(count, cols, panel, a + j, ld);
+      rotate_panel<4>(panel, first, end, sweeps, sweep_count);
+    copy_out(count, cols, panel, block);
   }
 }
 
 }  // namespace
 
-const RotationKernels rotation_kernels_table = {turn};
+const RotationKernels rotation_kernels_table = {rotate};
 
 }  // namespace matrix_pack::MATRIX_KERNEL_SET

@@ -1,9 +1,8 @@
 // Plane rotations of the neighbouring columns of a column-major array.
 #pragma once
 
-#include <cstddef>
-
 #include "pack/numeric/kernel_sets.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
@@ -13,27 +12,26 @@ struct Rotation {
   double s;
 };
 
-// The rotations of one sweep, in order: rotations[j - first] turns columns j and j + 1, for
+// The rotations of one sweep, in order: rotations[j - first] is that of columns j and j + 1, for
 // first <= j < first + count.
 struct Sweep {
-  std::ptrdiff_t first;
-  std::ptrdiff_t count;
+  Index first;
+  Index count;
   const Rotation* rotations;
 };
 
-// The doubles of work that `turn` needs for sweeps over so many columns: a panel of rows, which
+// The doubles of work that `rotate` needs for sweeps over so many columns: a panel of rows, which
 // begins with a cache line.
-inline constexpr std::ptrdiff_t kPanelRows = 32;
-inline constexpr std::ptrdiff_t panel_size(std::ptrdiff_t columns) {
+inline constexpr Index kPanelRows = 32;
+inline constexpr Index panel_size(Index columns) {
   return kPanelRows * columns + 8;
 }
 
 struct RotationKernels {
   // The sweeps, one after the other, on the columns of an array of `rows` rows. `work` is room of
-  // panel_size of the columns between the first and the last that turns; one sweep alone does
-  // without. Columns that are counted from the last one down have a negative `ld`.
-  void (*turn)(std::ptrdiff_t rows, double* a, std::ptrdiff_t ld, const Sweep* sweeps,
-               std::ptrdiff_t sweep_count, double* work);
+  // panel_size of the columns between the first and the last that takes part; one sweep alone does
+  // without. Columns that are counted from the last one down have a negative distance.
+  void (*rotate)(Index rows, RealView a, const Sweep* sweeps, Index sweep_count, double* work);
 };
 MATRIX_SELECT_KERNELS(RotationKernels, rotation_kernels)
 

@@ -1,41 +1,39 @@
 #include "pack/numeric/vector_kernels.hpp"
 
-#include "pack/numeric/lanes.hpp"
+#include "pack/numeric/lanes/lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-double dot(std::ptrdiff_t n, const double* x, const double* y) {
+double dot(Index n, const double* x, const double* y) {
   return sum_of(
-      n, [=]<class V>(std::ptrdiff_t k, V)
-             __attribute__((always_inline)) { return load<V>(x + k) * load<V>(y + k); });
+      n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA { return load<V>(x + k) * load<V>(y + k); });
 }
 
-double sum_squares(std::ptrdiff_t n, const double* x) {
+double sum_squares(Index n, const double* x) {
   return dot(n, x, x);
 }
 
-double sum_abs(std::ptrdiff_t n, const double* x) {
+double sum_abs(Index n, const double* x) {
   return sum_of(
-      n, [=]<class V>(std::ptrdiff_t k, V)
-             __attribute__((always_inline)) { return magnitude(load<V>(x + k)); });
+      n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA { return magnitude(load<V>(x + k)); });
 }
 
-void axpy(std::ptrdiff_t n, double a, const double* __restrict x, double* __restrict y) {
-  for (std::ptrdiff_t k = 0; k < n; ++k) y[k] += a * x[k];
+void axpy(Index n, double a, const double* __restrict x, double* __restrict y) {
+  for (Index k = 0; k < n; ++k) y[k] += a * x[k];
 }
 
-void scale(std::ptrdiff_t n, double a, double* x) {
-  for (std::ptrdiff_t k = 0; k < n; ++k) x[k] *= a;
+void scale(Index n, double a, double* x) {
+  for (Index k = 0; k < n; ++k) x[k] *= a;
 }
 
-void divide(std::ptrdiff_t n, double a, double* x) {
-  for (std::ptrdiff_t k = 0; k < n; ++k) x[k] /= a;
+void divide(Index n, double a, double* x) {
+  for (Index k = 0; k < n; ++k) x[k] /= a;
 }
 
-void rotate(std::ptrdiff_t n, double c, double s, double* __restrict x, double* __restrict y) {
-  for (std::ptrdiff_t k = 0; k < n; ++k) {
+void rotate(Index n, double c, double s, double* __restrict x, double* __restrict y) {
+  for (Index k = 0; k < n; ++k) {
     const double xk = x[k];
     const double yk = y[k];
     x[k] = c * xk + s * yk;

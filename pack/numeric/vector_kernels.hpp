@@ -6,27 +6,26 @@
 // All other results are element by element. Vectors must not overlap unless they are the same.
 #pragma once
 
-#include <cstddef>
-
 #include "pack/numeric/kernel_sets.hpp"
+#include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
 
 struct VectorKernels {
   // sum of x[k] * y[k]
-  double (*dot)(std::ptrdiff_t n, const double* x, const double* y);
+  double (*dot)(Index n, const double* x, const double* y);
   // sum of x[k]^2
-  double (*sum_squares)(std::ptrdiff_t n, const double* x);
+  double (*sum_squares)(Index n, const double* x);
   // sum of |x[k]|
-  double (*sum_abs)(std::ptrdiff_t n, const double* x);
+  double (*sum_abs)(Index n, const double* x);
   // y[k] += a * x[k]
-  void (*axpy)(std::ptrdiff_t n, double a, const double* x, double* y);
+  void (*axpy)(Index n, double a, const double* x, double* y);
   // x[k] *= a
-  void (*scale)(std::ptrdiff_t n, double a, double* x);
+  void (*scale)(Index n, double a, double* x);
   // x[k] /= a
-  void (*divide)(std::ptrdiff_t n, double a, double* x);
+  void (*divide)(Index n, double a, double* x);
   // (x[k], y[k]) becomes (c x[k] + s y[k], c y[k] - s x[k])
-  void (*rotate)(std::ptrdiff_t n, double c, double s, double* x, double* y);
+  void (*rotate)(Index n, double c, double s, double* x, double* y);
 };
 MATRIX_SELECT_KERNELS(VectorKernels, vector_kernels)
 

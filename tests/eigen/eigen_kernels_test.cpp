@@ -2,16 +2,17 @@
 // kernel set.
 #include <gtest/gtest.h>
 
-#include "eigen/complex/complex_plain.hpp"
-#include "eigen/complex/complex_qr_sweep.hpp"
+#include "eigen/complex/plain.hpp"
+#include "eigen/complex/qr_sweep.hpp"
 #include "eigen/complex/unitary_reduction.hpp"
 #include "eigen/general/elimination.hpp"
-#include "eigen/general/general_plain.hpp"
-#include "eigen/general/hessenberg_sweep.hpp"
-#include "eigen/shared/complex_vector_kernels.hpp"
-#include "eigen/shared/triangular_kernels.hpp"
-#include "eigen/symmetric/symmetric_plain.hpp"
+#include "eigen/general/plain.hpp"
+#include "eigen/general/qr_sweep.hpp"
+#include "eigen/shared/back_transformation_kernels.hpp"
+#include "eigen/symmetric/plain.hpp"
+#include "eigen/symmetric/ql_iteration.hpp"
 #include "eigen/symmetric/tridiagonal.hpp"
+#include "pack/numeric/complex_vector_kernels.hpp"
 #include "tests/support/kernel_sets.hpp"
 #include "tests/support/zoo.hpp"
 
@@ -78,16 +79,16 @@ TEST(EigenKernels, SymmetricReductionAndIterationAreThoseOfThePlainLoops) {
       for_each_kernel_set([&] {
         Square b = a;
         Row got_d(n), got_e(n);
-        ASSERT_EQ(tridiagonalize(b.a.data(), n, n, got_d.a.data(), got_e.a.data()), nullptr);
+        ASSERT_EQ(tridiagonalize(n, {b.a.data(), n}, got_d.a.data(), got_e.a.data()), nullptr);
         EXPECT_EQ(got_d.a, d.a);
         EXPECT_EQ(got_e.a, e.a);
         b = a;
-        ASSERT_EQ(tridiagonalize_with_vectors(b.a.data(), n, n, got_d.a.data(), got_e.a.data()),
+        ASSERT_EQ(tridiagonalize_with_vectors(n, {b.a.data(), n}, got_d.a.data(), got_e.a.data()),
                   nullptr);
         EXPECT_EQ(got_d.a, dv.a);
         EXPECT_EQ(got_e.a, ev.a);
         EXPECT_TRUE(b.a == q.a);
-        ASSERT_EQ(tridiagonal_ql_with_vectors(got_d.a.data(), got_e.a.data(), n, b.a.data(), n),
+        ASSERT_EQ(tridiagonal_ql_with_vectors(n, got_d.a.data(), got_e.a.data(), {b.a.data(), n}),
                   nullptr);
         EXPECT_EQ(got_d.a, values.a);
         EXPECT_TRUE(b.a == z.a);
@@ -111,8 +112,8 @@ TEST(EigenKernels, EliminationIsThatOfThePlainLoops) {
       for_each_kernel_set([&] {
         Square b = a;
         std::vector<std::ptrdiff_t> runs(static_cast<std::size_t>(n) + 1);
-        const Balance range = {low, igh, 0, nullptr};
-        eliminate_to_hessenberg({b.a.data(), nullptr, n, n}, range, {pivots.a.data(), runs.data()});
+        const Balance range = {n, low, igh, 0, nullptr};
+        eliminate_to_hessenberg({b.a.data(), n}, range, {pivots.a.data(), runs.data()});
         EXPECT_TRUE(b.a == expected.a);
         EXPECT_EQ(pivots.a, expected_pivots.a);
       });
@@ -139,12 +140,12 @@ TEST(EigenKernels, UnitaryReductionIsThatOfThePlainLoops) {
       cut(expected.re, hessenberg);
       cut(expected.im, hessenberg);
       for_each_kernel_set([&] {
-        const Balance range = {low, igh, 0, nullptr};
+        const Balance range = {n, low, igh, 0, nullptr};
         for (const bool vectors : {false, true}) {
           ComplexSquare b = a, q(n);
           q.re = plain::identity(n);
-          ASSERT_EQ(vectors ? reduce_unitary_with_vectors(b.parts(), range, q.parts())
-                            : reduce_unitary(b.parts(), range),
+          ASSERT_EQ(vectors ? reduce_unitary_with_vectors(range, b.view(), q.view())
+                            : reduce_unitary(range, b.view()),
                     nullptr);
           cut(b.re, hessenberg);
           cut(b.im, hessenberg);
@@ -178,10 +179,11 @@ TEST(EigenKernels, RealSweepsAreThoseOfThePlainLoops) {
       }
       for_each_kernel_set([&] {
         Square b = h, z = random_square(n, 8);
-        const Parts parts = {b.a.data(), nullptr, n, n};
-        const Balance range = {z_begin, z_end - 1, 0, nullptr};
+        const RealView view = {b.a.data(), n};
+        const Balance range = {n, z_begin, z_end - 1, 0, nullptr};
         SweepWork work;
-        ASSERT_TRUE(vectors ? work.open_with_vectors(parts, range, z.a.data()) : work.open(parts));
+        ASSERT_TRUE(vectors ? work.open_with_vectors(range, view, {z.a.data(), n})
+                            : work.open(n, view));
         for (const int en : ends) {
           const int l = en > 12 ? n / 10 : 0;
           work.sweep(l, en, {en > 20 ? l + 3 : l, {0.5, -0.25, 0.125}});
@@ -212,10 +214,10 @@ TEST(EigenKernels, ComplexSweepsAreThoseOfThePlainLoops) {
       }
       for_each_kernel_set([&] {
         ComplexSquare b = h, z = random_complex(n, 11);
-        const Balance range = {z_begin, z_end - 1, 0, nullptr};
+        const Balance range = {n, z_begin, z_end - 1, 0, nullptr};
         ComplexSweepWork work;
-        ASSERT_TRUE(vectors ? work.open_with_vectors(b.parts(), range, z.parts())
-                            : work.open(b.parts()));
+        ASSERT_TRUE(vectors ? work.open_with_vectors(range, b.view(), z.view())
+                            : work.open(n, b.view()));
         for (const int en : ends) work.sweep(en > 12 ? n / 10 : 0, en);
         work.finish();
         EXPECT_TRUE(b.re.a == expected.re.a && b.im.a == expected.im.a);
@@ -240,8 +242,8 @@ TEST(EigenKernels, CombinationsOfColumnsAreSumsInAscendingOrder) {
                 z[std::size_t(k * kLeading + i)] * x[std::size_t(j * kTerms + k)];
       for_each_kernel_set([&] {
         std::vector<double> out(expected.size());
-        triangular_kernels().combine(rows, z.data(), kLeading, cols, x.data(), kTerms, count,
-                                     out.data());
+        back_transformation_kernels().combine(rows, {z.data(), kLeading}, cols, {x.data(), kTerms},
+                                              count, out.data());
         EXPECT_EQ(out, expected) << rows << " " << cols;
       });
     }
@@ -263,10 +265,10 @@ TEST(EigenKernels, ComplexVectorsGoElementByElementAndSumInTheOneOrder) {
       return xr[i] * xr[i] + xi[i] * xi[i];
     });
     for_each_kernel_set([&] {
-      EXPECT_EQ(complex_vector_kernels().sum_squares(n, xr.data(), xi.data()), squares);
+      EXPECT_EQ(complex_vector_kernels().sum_squares(n, {xr.data(), xi.data()}), squares);
       std::vector<double> got_re = xr, got_im = xi;
-      complex_vector_kernels().subtract_multiple(n, f, ur.data(), ui.data(), got_re.data(),
-                                                 got_im.data());
+      complex_vector_kernels().subtract_multiple(n, f, {ur.data(), ui.data()},
+                                                 {got_re.data(), got_im.data()});
       EXPECT_EQ(got_re, re);
       EXPECT_EQ(got_im, im);
     });

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-#include "eigen/complex/complex_qr.hpp"
+#include "eigen/complex/qr_iteration.hpp"
 #include "eigen/cores.hpp"
 #include "pack/exports.hpp"
 #include "tests/support/eigen_zoo.hpp"
@@ -15,6 +15,7 @@ namespace matrix_pack {
 namespace {
 
 using namespace test;
+using test::Complex;
 
 const double kPi = std::acos(-1.0);
 constexpr double kInf = std::numeric_limits<double>::infinity();
@@ -317,8 +318,8 @@ TEST(Eigen, ComplexIterationCountsItsSweeps) {
         h_re(i, j) = a(i, j).real();
         h_im(i, j) = a(i, j).imag();
       }
-    const Balance whole = {0, n - 1, n, nullptr};
-    return complex_qr({h_re.a.data(), h_im.a.data(), n, n}, whole, 0, most, wr, wi);
+    const Balance whole = {n, 0, n - 1, n, nullptr};
+    return complex_qr(whole, {h_re.a.data(), h_im.a.data(), n}, 0, most, wr, wi);
   };
   int needed = 1;
   while (run(needed) != nullptr) ++needed;

@@ -13,6 +13,7 @@ namespace matrix_pack {
 namespace {
 
 using namespace test;
+using test::Complex;
 
 Anyval* vector_for(TestHost& host, aMatrix* m, Complex z) {
   return eigenvec(host.context(), m, host.scalar(z.real(), z.imag()));
@@ -103,7 +104,7 @@ TEST(Eigenvec, FactorsAreThoseOfTheMatrix) {
         im_part(i, j) = a(i, j).imag();
       }
     std::vector<int> pivots(std::size_t(n), -1), rows;
-    ASSERT_EQ(factor_scaled({re_part.a.data(), im_part.a.data(), n, n}, pivots.data()),
+    ASSERT_EQ(factor_scaled(n, {re_part.a.data(), im_part.a.data(), n}, pivots.data()),
               Status::done);
     for (int i = 0; i < n; ++i) rows.push_back(i);
     for (int i = 0; i < n; ++i)

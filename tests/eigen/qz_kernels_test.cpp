@@ -3,8 +3,8 @@
 
 #include <functional>
 
-#include "eigen/qz/qz_plain.hpp"
-#include "eigen/qz/qz_reflector.hpp"
+#include "eigen/qz/plain.hpp"
+#include "eigen/qz/reflector.hpp"
 #include "tests/support/kernel_sets.hpp"
 #include "tests/support/zoo.hpp"
 

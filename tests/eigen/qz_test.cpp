@@ -1,11 +1,11 @@
 // The QZ drivers and their stages: what they accept, find, count as zero and list.
-#include "eigen/qz/qz.hpp"
-
 #include <gtest/gtest.h>
 
 #include <cfenv>
 #include <limits>
 
+#include "eigen/qz/driver.hpp"
+#include "eigen/qz/stages.hpp"
 #include "tests/support/kernel_sets.hpp"
 #include "tests/support/test_host.hpp"
 #include "tests/support/zoo.hpp"
@@ -14,6 +14,7 @@ namespace matrix_pack {
 namespace {
 
 using namespace test;
+using test::Complex;
 
 aMatrix* value_of(TestHost& host, const Dense& m) {
   return host.matrix(m.rows, m.cols, m.a);
@@ -317,16 +318,18 @@ TEST(QzDriver, TinyDiscriminantMeansADoubleRealEigenvalue) {
 
 // The tolerance for zeros of B is handed on below its diagonal.
 TEST(QzDriver, IterationHandsItsToleranceOn) {
-  std::vector<double> work(3 * kQzWork);
+  std::vector<Reflector2> pairs(3);
+  std::vector<Reflector3> triples(3);
   for (const auto& [b, norm] : {std::pair{diagonal({3, -2, 1}), 3.0}, {Dense(3, 3), 1.0}}) {
     Dense a = identity_dense(3);
     Dense reduced = b;
-    ASSERT_EQ(qz_iterate({3, a.a.data(), reduced.a.data(), nullptr}, work.data()), nullptr);
+    ASSERT_EQ(qz_iterate({3, a.a.data(), reduced.a.data(), nullptr}, pairs.data(), triples.data()),
+              nullptr);
     EXPECT_EQ(reduced(2, 0), norm * 0x1p-52);
   }
   double a = 5;
   double b = 7;
-  ASSERT_EQ(qz_iterate({1, &a, &b, nullptr}, work.data()), nullptr);
+  ASSERT_EQ(qz_iterate({1, &a, &b, nullptr}, pairs.data(), triples.data()), nullptr);
   EXPECT_EQ(b, 7);
 }
 
@@ -341,10 +344,11 @@ TEST(QzDriver, NotANumberEnds) {
         Dense a = random_dense(n, n, 1);
         Dense b = random_dense(n, n, 2);
         (in_a ? a : b)(n / 2, n / 2) = bad;
-        std::vector<double> work(static_cast<std::size_t>(n * kQzWork));
+        std::vector<Reflector2> pairs(static_cast<std::size_t>(2 * n));
+        std::vector<Reflector3> triples(pairs.size());
         const QzPair pair = {n, a.a.data(), b.a.data(), nullptr};
-        qz_reduce(pair, work.data());
-        const char* message = qz_iterate(pair, work.data());
+        qz_reduce(pair, pairs.data());
+        const char* message = qz_iterate(pair, pairs.data(), triples.data());
         EXPECT_STREQ(message, "too many iterations") << n << " " << bad << in_a;
       }
     }

@@ -8,8 +8,9 @@
 #include <vector>
 
 #include "linsys/inverse.hpp"
-#include "linsys/lu/lu_plain.hpp"
+#include "linsys/lu/lubacksub.hpp"
 #include "linsys/lu/ludecomp.hpp"
+#include "linsys/lu/plain.hpp"
 #include "linsys/product_kernels.hpp"
 #include "linsys/product_plain.hpp"
 #include "pack/frame/faults.hpp"
@@ -59,20 +60,17 @@ TEST(LinsysKernels, ProductSubtractsTermAfterTerm) {
       Operands x(s, 1);
       // B as it is, transposed, and A and B with their terms taken from the last to the first.
       const struct {
-        Index a0, lda, b0;
-        Steps steps;
-      } forms[] = {{1, lda, 1, {1, ldb}},
-                   {0, lda, 0, {s.n + 1, 1}},
-                   {(s.k - 1) * lda, -lda, s.k - 1, {-1, ldb}}};
+        Index a0, lda, b0, b_down, ldb;
+      } forms[] = {
+          {1, lda, 1, 1, ldb}, {0, lda, 0, s.n + 1, 1}, {(s.k - 1) * lda, -lda, s.k - 1, -1, ldb}};
       for (const auto& form : forms) {
         if (s.k == 0 && form.lda < 0) continue;
         Vector expected = x.c;
         Vector c = x.c;
-        const double* a = x.a.data() + form.a0;
-        const double* b = x.b.data() + form.b0;
-        plain::subtract_product(s.m, s.n, s.k, a, form.lda, b, form.steps, expected.data() + 1,
-                                ldc);
-        subtract_product(s.m, s.n, s.k, a, form.lda, b, form.steps, c.data() + 1, ldc);
+        const ConstRealView a = {x.a.data() + form.a0, form.lda};
+        const ConstRealView b = {x.b.data() + form.b0, form.ldb};
+        plain::subtract_product(s.m, s.n, s.k, a, b, form.b_down, {expected.data() + 1, ldc});
+        subtract_product(s.m, s.n, s.k, a, b, form.b_down, RealView{c.data() + 1, ldc});
         ASSERT_TRUE(same_bits(c.data(), expected)) << s.m << " " << s.n << " " << s.k;
       }
     }
@@ -85,11 +83,11 @@ TEST(LinsysKernels, ComplexProductSubtractsTermAfterTerm) {
       const Index lda = s.m + 1, ldb = s.k + 2, ldc = s.m + 3;
       const Operands re(s, 1), im(s, 4);
       Vector expected_re = re.c, expected_im = im.c, c_re = re.c, c_im = im.c;
-      const ConstSplit a(re.a.data(), im.a.data());
-      const ConstSplit b(re.b.data(), im.b.data());
-      plain::subtract_product(s.m, s.n, s.k, a, lda, b, {1, ldb},
-                              Split{expected_re.data(), expected_im.data()}, ldc);
-      subtract_product(s.m, s.n, s.k, a, lda, b, {1, ldb}, Split{c_re.data(), c_im.data()}, ldc);
+      const ConstComplexView a = {re.a.data(), im.a.data(), lda};
+      const ConstComplexView b = {re.b.data(), im.b.data(), ldb};
+      plain::subtract_product(s.m, s.n, s.k, a, b, 1,
+                              ComplexView{expected_re.data(), expected_im.data(), ldc});
+      subtract_product(s.m, s.n, s.k, a, b, 1, ComplexView{c_re.data(), c_im.data(), ldc});
       ASSERT_TRUE(same_bits(c_re.data(), expected_re)) << s.m << " " << s.n << " " << s.k;
       ASSERT_TRUE(same_bits(c_im.data(), expected_im)) << s.m << " " << s.n << " " << s.k;
     }

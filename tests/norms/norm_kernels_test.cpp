@@ -2,8 +2,10 @@
 // loops, in every kernel set.
 #include <gtest/gtest.h>
 
-#include "eigen/hermitian/hermitian_plain.hpp"
+#include "eigen/hermitian/plain.hpp"
+#include "eigen/hermitian/tridiagonal_kernels.hpp"
 #include "norms/norm_plain.hpp"
+#include "pack/numeric/complex_vector_kernels.hpp"
 #include "tests/support/kernel_sets.hpp"
 #include "tests/support/zoo.hpp"
 
@@ -21,8 +23,8 @@ struct Parts {
       if (k % 7 == 1) im.a[k] = 0.0;
     }
   }
-  PartArrays real() const { return {re.a.data() + 1, nullptr, re.rows}; }
-  PartArrays complex() const { return {re.a.data() + 1, im.a.data() + 1, re.rows}; }
+  ConstComplexView real() const { return {re.a.data() + 1, nullptr, re.rows}; }
+  ConstComplexView complex() const { return {re.a.data() + 1, im.a.data() + 1, re.rows}; }
   Dense re, im;
 };
 
@@ -32,7 +34,7 @@ TEST(NormKernels, SumsOfMagnitudesAreTakenInOrder) {
   testing::for_each_kernel_set([] {
     for (const int n : {1, 2, 3, 5, 7, 8, 9, 16, 33, 65, 127, 128}) {
       const Parts parts(n);
-      for (const PartArrays& a : {parts.real(), parts.complex()}) {
+      for (const ConstComplexView& a : {parts.real(), parts.complex()}) {
         Sums sums(128), expected(128);
         norm_kernels().row_sums(n, n, a, sums.data());
         plain::row_sums(n, n, a, expected.data());
@@ -50,7 +52,7 @@ TEST(NormKernels, GramMatrixIsSummedInOrder) {
   testing::for_each_kernel_set([] {
     for (const int n : {1, 2, 3, 8, 15, 16, 17, 33, 50}) {
       const Parts parts(n);
-      const PartArrays a = parts.complex();
+      const ConstComplexView a = parts.complex();
       Dense re(n, n), im(n, n), expected_re(n, n), expected_im(n, n);
       Sums work(static_cast<std::size_t>(kGramWork * n));
       norm_kernels().gram(n, a, re.a.data(), im.a.data(), work.data());
@@ -64,8 +66,8 @@ TEST(NormKernels, GramMatrixIsSummedInOrder) {
 struct Complexes {
   Complexes(int rows, int cols, unsigned seed)
       : re(random_dense(rows, cols, seed)), im(random_dense(rows, cols, seed + 1)) {}
-  ComplexArray array() { return {re.a.data(), im.a.data(), re.rows}; }
-  ComplexVector vector() { return {re.a.data(), im.a.data()}; }
+  ComplexView array() { return {re.a.data(), im.a.data(), re.rows}; }
+  ComplexView vector() { return {re.a.data(), im.a.data()}; }
   Dense re, im;
 };
 
@@ -73,7 +75,7 @@ TEST(HermitianKernels, OnePassUpdatesAndMultiplies) {
   testing::for_each_kernel_set([] {
     for (const int n : {1, 2, 3, 4, 9, 10, 11, 17, 18, 40})
       for (const auto& [update, multiply] : {std::pair{true, true}, {true, false}, {false, true}}) {
-        const ComplexVector absent = {nullptr, nullptr};
+        const ComplexView absent = {nullptr, nullptr};
         Complexes a(n + 2, n, 1), v(n, 1, 3), q(n, 1, 5), x(n, 1, 7), w(n, 1, 9);
         Complexes expected_a = a;
         Complexes expected_w = w;
@@ -94,10 +96,10 @@ TEST(HermitianKernels, SumsHaveTheOneOrder) {
   testing::for_each_kernel_set([] {
     for (const int n : {1, 7, 8, 9, 31, 100}) {
       Complexes z(n, 1, 4);
-      const ComplexVector x = z.vector();
-      EXPECT_EQ(hermitian_kernels().sum_magnitudes(n, x),
+      const ComplexView x = z.vector();
+      EXPECT_EQ(complex_vector_kernels().sum_magnitudes(n, x),
                 plain::sum(n, [&](Index k) { return std::fabs(x.re[k]) + std::fabs(x.im[k]); }));
-      EXPECT_EQ(hermitian_kernels().sum_squares(n, x),
+      EXPECT_EQ(complex_vector_kernels().sum_squares(n, x),
                 plain::sum(n, [&](Index k) { return x.re[k] * x.re[k] + x.im[k] * x.im[k]; }));
     }
   });

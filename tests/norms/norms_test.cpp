@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-#include "eigen/hermitian/hermitian_eigenvalues.hpp"
+#include "eigen/hermitian/eigenvalues.hpp"
 #include "norms/norm_cores.hpp"
 #include "tests/support/test_host.hpp"
 #include "tests/support/zoo.hpp"

@@ -9,6 +9,7 @@
 
 #include "host/efiutils/fault_translation.hpp"
 #include "pack/elements.hpp"
+#include "pack/frame/fault_message.hpp"
 #include "pack/frame/faults.hpp"
 #include "pack/frame/fp_control.hpp"
 #include "pack/frame/guard.hpp"

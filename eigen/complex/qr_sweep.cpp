@@ -1,0 +1,58 @@
+#include "eigen/complex/qr_sweep.hpp"
+
+#include <algorithm>
+
+namespace matrix_pack {
+
+namespace {
+
+constexpr Complex kOne = {1.0, 0.0};
+
+// Rotations found in one window: their columns stay in the first-level cache.
+constexpr int kWindow = 32;
+
+// The block first..last becomes R, and the columns right of it follow.
+void triangularize(const ComplexSweepWork& work, int first, int last, ComplexRotation* rotations) {
+  const ComplexQrKernels& kernels = complex_qr_kernels();
+  int ready = first;  // Columns before this one have taken the rotations found so far.
+  for (int i = first + 1; i <= last; i += kWindow) {
+    const int end = std::min(i + kWindow - 1, last);
+    kernels.rotate_rows({first + 1, i - 1, rotations, kOne}, work.h, ready, end + 1);
+    kernels.triangularize(i, end, end, work.h, rotations + (i - first - 1));
+    ready = end + 1;
+  }
+  kernels.rotate_rows({first + 1, last, rotations, kOne}, work.h, ready,
+                      work.last_column(last) + 1);
+}
+
+// Multiplies the last row so that R(last,last) becomes real. Returns the phase by which the last
+// column is to be multiplied for it.
+Complex make_last_real(const ComplexSweepWork& work, int last) {
+  const ComplexView& h = work.h;
+  const Complex corner = h(last, last);
+  if (corner.im == 0.0) return kOne;
+  const double norm = scaled_modulus(corner.re, corner.im);
+  const Complex phase = {corner.re / norm, corner.im / norm};
+  h.set(last, last, {norm, 0.0});
+  for (int j = last + 1; j <= work.last_column(last); ++j)
+    h.set(last, j, multiply({phase.re, -phase.im}, h(last, j)));
+  return phase;
+}
+
+}  // namespace
+
+void ComplexSweepWork::sweep(int first, int last) {
+  if (!has_z || kept.is_full(last - first)) finish();
+  ComplexRotation* const rotations = kept.add(last - first);
+  triangularize(*this, first, last, rotations);
+  ComplexRotationRun& run = kept.sweeps[kept.count - 1];
+  run = {first + 1, last, rotations, make_last_real(*this, last)};
+  complex_qr_kernels().rotate_columns(run, h, first_row(first), last + 1);
+}
+
+void ComplexSweepWork::finish() {
+  if (has_z) complex_qr_kernels().rotate_all_columns(kept.count, kept.sweeps, z, z_begin, z_end);
+  kept.clear();
+}
+
+}  // namespace matrix_pack

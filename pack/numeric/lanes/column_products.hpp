@@ -1,0 +1,82 @@
+// Several columns at once, for kernels: their dot products with a vector, and rank-one updates.
+// Sums have the order of pack/numeric/vector_kernels.hpp. Included by *_kernels.cpp only.
+#pragma once
+
+#include "pack/numeric/lanes/lanes.hpp"
+
+namespace matrix_pack::MATRIX_KERNEL_SET {
+
+namespace {
+
+// dots[k] = the dot product of column k with x; elements(j, V{})(k) gives those of column k from
+// row j on.
+template <int kColumns, class Elements>
+MATRIX_INLINE void dots_with(Index rows, const double* x, double* dots, Elements elements) {
+  Lanes sums[kColumns] = {};
+  Index whole = 0;
+  for (; whole + kLanes <= rows; whole += kLanes)
+    for (int p = 0; p < kParts; ++p) {
+      const Index j = whole + p * kWidth;
+      const Vector xj = load_vector(x + j);
+      const auto column = elements(j, Vector{});
+      for (int k = 0; k < kColumns; ++k) sums[k].part[p] += column(k) * xj;
+    }
+  for (int k = 0; k < kColumns; ++k) {
+    double s[kLanes];
+    store_lanes(s, sums[k]);
+    over_elements(whole, rows, [&]<class V>(Index j, V v) MATRIX_INLINE_LAMBDA {
+      double* const sj = s + (j - whole);
+      store(sj, load<V>(sj) + elements(j, v)(k) * load<V>(x + j));
+    });
+    dots[k] = join(s);
+  }
+}
+
+// As many columns as one call takes together.
+template <int K>
+struct Group {};
+
+// Calls body(k, Group<4>()) for four columns from k on as long as there are, then
+// body(k, Group<1>()) for each one.
+template <class Body>
+MATRIX_INLINE void by_fours(Index from, Index end, Body body) {
+  Index k = from;
+  for (; k + 4 <= end; k += 4) body(k, Group<4>());
+  for (; k < end; ++k) body(k, Group<1>());
+}
+
+// The factors of a few columns, `step` apart: copies, which a store to the array cannot change.
+template <int kColumns>
+struct Factors {
+  double of[kColumns];
+};
+
+template <int kColumns>
+MATRIX_INLINE Factors<kColumns> factors(const double* f, Index step = 1) {
+  Factors<kColumns> copies;
+  for (int k = 0; k < kColumns; ++k) copies.of[k] = f[k * step];
+  return copies;
+}
+
+// dots[k] = the dot product of column k with x
+template <int kColumns>
+MATRIX_INLINE void dots_of(Index rows, ConstRealView a, const double* x, double* dots) {
+  dots_with<kColumns>(rows, x, dots, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+    return [=](int k) MATRIX_INLINE_LAMBDA { return load<V>(a.column(k) + j); };
+  });
+}
+
+// a(j,k) += u[j] * f[k]
+template <int kColumns>
+MATRIX_INLINE void add_outer_to(Index rows, RealView a, const double* u, const double* f) {
+  const auto factor = factors<kColumns>(f);
+  over_elements(0, rows, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+    const V uj = load<V>(u + j);
+    for (int k = 0; k < kColumns; ++k)
+      store(a.column(k) + j, load<V>(a.column(k) + j) + uj * factor.of[k]);
+  });
+}
+
+}  // namespace
+
+}  // namespace matrix_pack::MATRIX_KERNEL_SET
