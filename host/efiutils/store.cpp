@@ -7,8 +7,6 @@
 #include <cstring>
 #include <new>
 
-#include "host/efiutils/call_log.hpp"
-
 namespace efi {
 
 namespace {
@@ -154,7 +152,6 @@ aComplex* Store::new_scalar(double re, double im) {
 }
 
 void Store::new_scalar(aComplex** out) {
-  note_call("new_scalar");
   *out = new_scalar(kUnwritten, kUnwritten);
 }
 
