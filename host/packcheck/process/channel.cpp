@@ -10,6 +10,8 @@
 #include <new>
 #include <system_error>
 
+#include "host/efiutils/files.hpp"
+
 namespace packcheck {
 
 namespace {
@@ -53,13 +55,7 @@ void Channel::become_reader() {
 }
 
 void Channel::send(const Message& message) const {
-  const std::string line = line_of(message);
-  std::size_t sent = 0;
-  while (sent < line.size()) {
-    const ssize_t wrote = write(ends_[1], line.data() + sent, line.size() - sent);
-    if (wrote < 0 && errno != EINTR) _exit(1);
-    sent += static_cast<std::size_t>(std::max<ssize_t>(wrote, 0));
-  }
+  if (efi::write_all(ends_[1], line_of(message)) != 0) _exit(1);
 }
 
 void Channel::begin(int call, std::string_view doing) {

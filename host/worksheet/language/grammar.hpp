@@ -94,7 +94,7 @@ struct statement : seq<ws, sor<definition, assignment, display>, must<end_of_sta
 
 // What to say where a rule had to match and did not.
 template <class>
-inline constexpr const char* message = nullptr;
+inline constexpr const char* message = "unexpected text";
 template <>
 inline constexpr auto message<exponent_digits> = "expected the digits of an exponent";
 template <>
@@ -125,15 +125,5 @@ template <>
 inline constexpr auto message<product> = "expected an operand";
 template <>
 inline constexpr auto message<sum> = "expected an operand";
-template <>
-inline constexpr auto message<end_of_statement> = "unexpected text";
-
-template <class Rule>
-struct Control : normal<Rule> {
-  template <class Input, class... States>
-  [[noreturn]] static void raise(const Input& in, States&&...) {
-    throw parse_error(message<Rule> != nullptr ? message<Rule> : "unexpected text", in);
-  }
-};
 
 }  // namespace worksheet::grammar

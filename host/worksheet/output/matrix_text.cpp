@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <vector>
 
-#include "host/efiutils/store.hpp"
+#include "host/text/text.hpp"
+#include "host/worksheet/output/number_text.hpp"
 
 namespace worksheet {
 

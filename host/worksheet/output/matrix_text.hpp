@@ -3,10 +3,16 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
-#include "host/worksheet/output/display.hpp"
+#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/output/display_options.hpp"
 
 namespace worksheet {
+
+// The indices of `count` rows or columns for which there are `most` places: all, or the first and
+// the last ones with a gap, -1, between them that stands for two at least.
+std::vector<int> shown_indices(int count, int most);
 
 struct MatrixText {
   std::string lines;

@@ -68,8 +68,7 @@ class Script {
  private:
   template <class... Arguments>
   void add(fmt::format_string<Arguments...> form, Arguments&&... arguments) {
-    fmt::format_to(std::back_inserter(text_), form, std::forward<Arguments>(arguments)...);
-    text_ += '\n';
+    text_.append(fmt::vformat(form, fmt::make_format_args(arguments...))).append("\n");
   }
 
   // What all pictures have in common.

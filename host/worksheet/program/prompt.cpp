@@ -17,7 +17,8 @@
 #include <string>
 #include <vector>
 
-#include "host/worksheet/language/elementary.hpp"
+#include "host/worksheet/functions/builtin.hpp"
+#include "host/worksheet/language/statement_reader.hpp"
 
 namespace worksheet {
 
@@ -31,7 +32,7 @@ constexpr const char* kContinuation = ". ";
 Machine* machine_at_prompt = nullptr;
 
 std::vector<std::string> known_names() {
-  std::vector<std::string> names = elementary_names();
+  std::vector<std::string> names = builtin_names();
   names.emplace_back("help");
   for (const auto& pack : machine_at_prompt->packs)
     for (const Row& row : pack->rows()) names.push_back(row.name);

@@ -1,4 +1,4 @@
-#include "host/worksheet/output/markup.hpp"
+#include "host/worksheet/report/markup.hpp"
 
 #include <cstdint>
 

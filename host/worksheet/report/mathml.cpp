@@ -1,12 +1,14 @@
-#include "host/worksheet/output/mathml.hpp"
+#include "host/worksheet/report/mathml.hpp"
 
 #include <cmath>
 #include <string_view>
 
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
-#include "host/worksheet/output/display.hpp"
-#include "host/worksheet/output/markup.hpp"
+#include "host/worksheet/engine/variable.hpp"
+#include "host/worksheet/output/matrix_text.hpp"
+#include "host/worksheet/output/number_text.hpp"
+#include "host/worksheet/report/markup.hpp"
 
 namespace worksheet {
 
@@ -85,7 +87,7 @@ std::string unit_markup(const Unit& unit) {
 
 class MathWriter {
  public:
-  MathWriter(const Machine& machine, int digits) : machine_(machine), digits_(digits) {}
+  explicit MathWriter(int digits) : digits_(digits) {}
 
   std::string value(const Value& v) const {
     if (is_number(v)) {
@@ -101,11 +103,8 @@ class MathWriter {
     if (is_matrix(v))
       return row(matrix_markup(matrix(v)) +
                  (v.unit == nullptr ? "" : kUnitSpace + unit_markup(*v.unit)));
-    if (has_kind(v, kFunctionKind)) {
-      const Function& f = function_of(v);
-      return fmt::format("<mtext>{}</mtext>",
-                         escaped(fmt::format("{}({})", f.name, fmt::join(f.parameters, ", "))));
-    }
+    if (has_kind(v, kFunctionKind))
+      return fmt::format("<mtext>{}</mtext>", escaped(signature_text(function_of(v))));
     return "<mtext>no value</mtext>";
   }
 
@@ -115,7 +114,7 @@ class MathWriter {
       return i < 0 && j < 0 ? "<mo>\u22F1</mo>" : i < 0 ? "<mo>\u22EE</mo>" : "<mo>\u22EF</mo>";
     const std::ptrdiff_t k = static_cast<std::ptrdiff_t>(j) * m->leading_dimension + i;
     const double re = re_at(m, k);
-    return efi::is_nested_element(re) ? value(machine_.nested(re))
+    return efi::is_nested_element(re) ? value(nested(re))
                                       : number_markup({re, im_at(m, k)}, digits_);
   }
 
@@ -133,7 +132,6 @@ class MathWriter {
                        m->cols);
   }
 
-  const Machine& machine_;
   const int digits_;
 };
 
@@ -145,10 +143,10 @@ std::string formula(const std::string& name, const std::string& value, bool tall
 
 }  // namespace
 
-std::string math_markup(const Machine& machine, const std::string& name, const Value& value,
+std::string math_markup(const efi::Store& store, const std::string& name, const Value& value,
                         int digits) {
-  const MathWriter writer(machine, digits);
-  const auto parts = machine.store.parts(value.object);
+  const MathWriter writer(digits);
+  const auto parts = store.parts(value.object);
   if (parts.empty()) return formula(name, writer.value(value), is_matrix(value));
   std::string result;
   for (std::size_t k = 0; k < parts.size(); ++k)

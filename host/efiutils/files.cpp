@@ -1,4 +1,4 @@
-#include "host/efiutils/replace_file.hpp"
+#include "host/efiutils/files.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 namespace efi {
 
@@ -30,17 +32,28 @@ std::string target_of(const std::string& path, int* error) {
   return failed ? path : target.string();
 }
 
-int write_all(int file, std::string_view content) {
+}  // namespace
+
+void Descriptor::close() {
+  if (fd_ >= 0) ::close(fd_);
+  fd_ = -1;
+}
+
+int write_all(int descriptor, std::string_view content) {
   while (!content.empty()) {
-    const ssize_t written = write(file, content.data(), content.size());
+    const ssize_t written = write(descriptor, content.data(), content.size());
     if (written < 0 && errno == EINTR) continue;
     if (written < 0) return errno;
     content.remove_prefix(static_cast<std::size_t>(written));
   }
-  return fsync(file) == 0 ? 0 : errno;
+  return 0;
 }
 
-}  // namespace
+std::optional<std::string> read_file(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return std::nullopt;
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
 
 int replace_file(const std::string& path, std::string_view content) {
   int error = 0;
@@ -52,6 +65,7 @@ int replace_file(const std::string& path, std::string_view content) {
   const mode_t mask = umask(0);
   umask(mask);
   error = fchmod(file, 0666 & ~mask) == 0 ? write_all(file, content) : errno;
+  if (error == 0 && fsync(file) != 0) error = errno;
   if (close(file) != 0 && error == 0) error = errno;
   if (error == 0 && rename(temporary.c_str(), target.c_str()) != 0) error = errno;
   if (error != 0) unlink(temporary.c_str());

@@ -1,4 +1,4 @@
-// Pictures: what a statement draws.
+// Pictures: what is drawn.
 #pragma once
 
 #include <cstddef>
@@ -34,12 +34,5 @@ struct Picture {
 };
 
 enum class PictureFormat { svg, png };
-
-// What came of drawing one.
-struct Drawn {
-  std::string file;  // As the worksheet names it; empty without one.
-  std::string svg;   // For a report; empty unless the machine keeps pictures.
-  std::string description;
-};
 
 }  // namespace worksheet
