@@ -11,13 +11,11 @@
 #include <system_error>
 
 #include "host/efiutils/files.hpp"
+#include "host/packcheck/watch/environment.hpp"
 
 namespace packcheck {
 
 namespace {
-
-// No descriptor that a pack would use by accident.
-constexpr int kOutOfTheWay = 200;
 
 [[noreturn]] void fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
@@ -42,7 +40,7 @@ Channel::~Channel() {
 
 void Channel::become_writer() {
   close(ends_[0]);
-  const int moved = fcntl(ends_[1], F_DUPFD_CLOEXEC, kOutOfTheWay);
+  const int moved = fcntl(ends_[1], F_DUPFD_CLOEXEC, kFirstOwnDescriptor);
   if (moved < 0) fail("fcntl");
   close(ends_[1]);
   ends_[0] = -1;

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "host/packcheck/checks/session.hpp"
 #include "host/packcheck/finding.hpp"
-#include "host/packcheck/session.hpp"
 
 namespace packcheck {
 

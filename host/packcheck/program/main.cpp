@@ -4,40 +4,20 @@
 #include <fmt/format.h>
 #include <stdlib.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
-#include <map>
 
 #include "host/packcheck/checks/checks.hpp"
-#include "host/packcheck/report.hpp"
-#include "host/packcheck/runner.hpp"
+#include "host/packcheck/program/options.hpp"
+#include "host/packcheck/program/report.hpp"
+#include "host/packcheck/program/runner.hpp"
 
 namespace {
 
 namespace fs = std::filesystem;
 using namespace packcheck;
-
-constexpr int kFound = 1;
-constexpr int kNoPack = 2;
-
-struct Selection {
-  std::vector<std::string> checks;
-  std::vector<std::string> functions;
-  bool json = false;
-  bool list = false;
-
-  bool takes(const Check& check) const { return takes(checks, check.name); }
-  bool takes(const Target& target) const { return takes(functions, target.function.name); }
-
- private:
-  // An empty list takes everything.
-  static bool takes(const std::vector<std::string>& names, const std::string& name) {
-    return names.empty() || std::find(names.begin(), names.end(), name) != names.end();
-  }
-};
 
 // A directory for the catalogue of this run, so that no check touches the user's.
 class PrivateCatalogue {
@@ -67,7 +47,7 @@ void require_functions(const std::vector<Target>& targets, const Selection& sele
       throw worksheet::PackError(fmt::format("it has no function {} that can be called", name));
 }
 
-int check_pack(const Options& options, const Selection& selection) {
+Status check_pack(const Options& options, const Selection& selection) {
   const auto start = std::chrono::steady_clock::now();
   const PrivateCatalogue catalogue;
   Runner runner(options);
@@ -87,13 +67,7 @@ int check_pack(const Options& options, const Selection& selection) {
   summary.calls = runner.calls_made();
   summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   (selection.json ? print_json : print_text)(options, runner.findings(), summary);
-  return runner.findings().empty() ? 0 : kFound;
-}
-
-std::vector<std::string> check_names() {
-  std::vector<std::string> names;
-  for (const Check& check : all_checks()) names.emplace_back(check.name);
-  return names;
+  return runner.findings().empty() ? kNothingFound : kFound;
 }
 
 }  // namespace
@@ -101,44 +75,11 @@ std::vector<std::string> check_names() {
 int main(int argc, char** argv) {
   Options options;
   Selection selection;
-  CLI::App app("Checks that a function pack keeps the promises that hosts rely on.");
-  app.option_defaults()->take_last();
-  app.set_version_flag("--version", PACKCHECK_VERSION);
-  app.add_option("pack,--pack", options.pack, "the pack's library")->check(CLI::ExistingFile);
-  app.add_option("--only", selection.checks, "run this check only (may repeat)")
-      ->take_all()
-      ->allow_extra_args(false)
-      ->check(CLI::IsMember(check_names()));
-  app.add_option("--function", selection.functions, "check this function only (may repeat)")
-      ->take_all()
-      ->allow_extra_args(false);
-  app.add_option("--call", options.only_call, "make only the call of this number")
-      ->check(CLI::NonNegativeNumber);
-  app.add_option("--seed", options.seed, "of the random calls (1)");
-  const std::map<std::string, Depth> depths = {
-      {"brief", Depth::brief}, {"quick", Depth::quick}, {"full", Depth::full}};
-  app.add_option("--depth", options.depth, "how much: brief, quick (the default) or full")
-      ->transform(CLI::CheckedTransformer(depths));
-  app.add_option("--time-limit", options.time_limit, "seconds for one call (2)")
-      ->check(CLI::PositiveNumber);
-  app.add_flag("--strict", options.strict, "accept no null, and no export that no host asks for");
-  app.add_flag("--json", selection.json, "one JSON object a line");
-  app.add_flag("--list", selection.list, "list the checks");
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : kNoPack;
-  }
+  if (const auto status = read_options(argc, argv, options, selection)) return *status;
   if (selection.list) {
     (selection.json ? list_json : list_text)();
-    return 0;
+    return kNothingFound;
   }
-  if (options.pack.empty()) {
-    fmt::print(stderr, "packcheck: which pack? See packcheck --help.\n");
-    return kNoPack;
-  }
-  options.pack_name = options.pack;
-  options.pack = fs::absolute(options.pack).string();
   try {
     return check_pack(options, selection);
   } catch (const std::exception& error) {

@@ -1,4 +1,4 @@
-#include "host/packcheck/report.hpp"
+#include "host/packcheck/program/report.hpp"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-#include "host/packcheck/runner.hpp"
+#include "host/packcheck/program/runner.hpp"
 
 #include <fmt/format.h>
 

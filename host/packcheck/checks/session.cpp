@@ -1,4 +1,4 @@
-#include "host/packcheck/session.hpp"
+#include "host/packcheck/checks/session.hpp"
 
 #include <cxxabi.h>
 
@@ -14,14 +14,14 @@ namespace packcheck {
 
 namespace {
 
-// Values around the arguments: more than a call leaves behind, or the free records of the store
-// that come next would be those of the call before.
+// Values made before the arguments: more than a call leaves behind, so that the arguments do not
+// get the freed records of the call before.
 constexpr int kDecoys = 64;
 
-// Of the calls of the list but the base, one in this many is made where the depth is brief.
+// With the brief depth, one call in this many is made, beside those of the base family.
 constexpr int kBriefStride = 20;
 
-// No error number of the C library.
+// An errno that the C library does not use.
 constexpr int kMarkedErrno = 7777;
 
 // The exception in hand: its type, and its words if it has any.
