@@ -34,7 +34,7 @@ void* map_low(std::size_t bytes) {
   void* const low = mmap(nullptr, bytes, kProtection, kFlags | MAP_32BIT, -1, 0);
   if (low != MAP_FAILED) return low;
 #endif
-  // The kernel takes the address as a hint: what it gives elsewhere is given back.
+  // The kernel takes the address as a hint only: a mapping too high is undone.
   constexpr std::uint64_t kLowest = 0x10000000;
   for (std::uint64_t at = kLowest; at + bytes <= kAddressLimit; at += bytes) {
     void* const hint = reinterpret_cast<void*>(static_cast<std::uintptr_t>(at));

@@ -147,7 +147,7 @@ void Machine::collect_all() {
   last_applied_ = nullptr;
   pictures.clear();
   place_ = {};
-  // The variables may be many: they are looked through only where there may be something to find.
+  // Looking through many variables takes time: not unless something may have become free.
   if (store.size() == kept_ && !replaced_) return;
   std::vector<Anyval*> roots;
   for (const auto& [name, variable] : variables_)

@@ -127,8 +127,8 @@ class Machine {
   const Source* source_ = nullptr;
   Span pack_call_;  // The call of a pack's function that is under way.
   Place place_;
-  bool replaced_ = false;           // A variable has lost a value since everything was reclaimed,
-  std::size_t kept_ = 0;            // which left as many.
+  bool replaced_ = false;           // Whether a variable has lost a value since `collect_all`,
+  std::size_t kept_ = 0;            // and the number of values that it kept.
   Anyval* last_applied_ = nullptr;  // The newest value that `apply` gave a pack.
   const char* stack_limit_ = nullptr;
 };

@@ -44,7 +44,7 @@ class MatrixBuilder {
   Part re_, im_;
 };
 
-// A copy of `m` with both part arrays; the imaginary one absent unless m has it.
+// A copy of `m`, with the part arrays that m has.
 aMatrix* copy_of(Machine& machine, const aMatrix* m);
 
 // The number or matrix with every element multiplied; its unit stays.

@@ -13,7 +13,7 @@ namespace worksheet {
 class Unit;
 using Number = std::complex<double>;
 
-// Room for arguments is made in every call: it costs nothing while nothing is in it.
+// Without initializers: every call makes an array for its arguments, which must cost nothing.
 struct Value {
   double re;
   double im;

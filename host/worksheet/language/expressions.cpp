@@ -22,7 +22,7 @@ Value VariableNode::evaluate(Machine& machine) const {
 
 namespace {
 
-// The usual case of an operator between numbers; false where more is to be said.
+// The usual case, an operator between plain real numbers, in `a`; false for any other case.
 bool combine_reals(Operator op, Value& a, const Value& b) {
   if (!is_plain_real(a) || !is_plain_real(b)) return false;
   switch (op) {
@@ -150,7 +150,7 @@ Value ConversionNode::evaluate(Machine& machine) const {
 
 namespace {
 
-// What a nested array holds of a value: numbers as they are, matrices as copies that say so.
+// What a nested array holds of a value: copies of matrices, marked as nested; others as they are.
 Anyval* nested_copy(Machine& machine, const Value& v) {
   if (!is_matrix(v)) return v.object;
   aMatrix* const copy = copy_of(machine, matrix(v));

@@ -60,7 +60,7 @@ struct postfix : seq<primary, ws, star<sor<index, transpose, unit>, ws>> {};
 
 struct minus : one<'-'> {};
 struct sign : sor<minus, one<'+'>> {};
-// The exponent may have a sign of its own; a sign before the base comes last.
+// The exponent may have a sign of its own; a sign before the base applies to the whole power.
 struct exponent_operand : seq<star<sign, ws>, must<postfix>> {};
 struct power : seq<postfix, star<token<'^'>, exponent_operand>> {};
 struct signed_power : seq<star<sign, ws>, power> {};

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r";
 
-// What a line does to the bracket depth, and whether it holds what only a new statement can.
+// The bracket depth behind a line, and whether the line has an assignment inside of a bracket.
 struct LineScan {
   int depth;
   bool assigns_in_bracket = false;

@@ -17,7 +17,7 @@ class StatementReader {
   // The line on which the first text given begins.
   explicit StatementReader(int first_line = 1) : next_line_(first_line) {}
 
-  // Takes the next physical line, without its newline; gives the statements that it completes.
+  // Takes the next line of the text, without its newline; gives the statements that it completes.
   std::vector<Source> add_line(std::string_view line);
   // Ends the text: gives what an unclosed bracket has held back.
   std::vector<Source> finish();

@@ -10,8 +10,8 @@
 
 namespace worksheet {
 
-// The indices of `count` rows or columns for which there are `most` places: all, or the first and
-// the last ones with a gap, -1, between them that stands for two at least.
+// The indices to show of `count` rows or columns: all if they are at most `most`, else the first
+// and the last ones with -1 between them, which stands for at least two.
 std::vector<int> shown_indices(int count, int most);
 
 struct MatrixText {

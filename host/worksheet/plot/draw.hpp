@@ -12,7 +12,7 @@ namespace worksheet {
 
 class Machine;
 
-// What a step gives that went well.
+// The value of a step without an error.
 inline const Value kDone = number_value(0.0);
 
 // Makes a picture of what the request asks for; gives kDone or an error value. Throws
@@ -31,7 +31,7 @@ double origin_of(const Machine& machine);
 // origin, origin + 1...
 std::vector<double> indices(double origin, std::size_t count);
 
-// Complains of data of which the curve has no point that can be drawn.
+// Throws PlotArgumentError for data whose curve has no point that can be drawn.
 void require_point(const Picture::Curve& curve, const PlotRequest::Data& data);
 
 }  // namespace worksheet

@@ -24,7 +24,7 @@ namespace {
 constexpr const char* kMissing =
     "there is no gnuplot to draw with: install the Debian package gnuplot-nox";
 
-// An interruption may come between a look at its flag and a wait: no wait is longer.
+// The longest wait for output before the flag of an interruption is looked at again.
 constexpr int kLongestWait = 100;  // Milliseconds.
 
 [[noreturn]] void fail_with_errno(int error) {
@@ -37,7 +37,7 @@ efi::Descriptor made(int descriptor) {
   return efi::Descriptor(descriptor);
 }
 
-// A file without a name, which vanishes with its last descriptor.
+// A file in memory, which is gone when its descriptor is closed.
 efi::Descriptor memory_file(std::string_view content = {}) {
   efi::Descriptor file = made(memfd_create("gnuplot", MFD_CLOEXEC));
   if (const int error = efi::write_all(file.get(), content)) fail_with_errno(error);
@@ -45,7 +45,7 @@ efi::Descriptor memory_file(std::string_view content = {}) {
   return file;
 }
 
-// The environment, but for what would change gnuplot's ways.
+// The environment without the variables by which gnuplot is configured.
 std::vector<char*> plain_environment() {
   static char locale[] = "LC_ALL=C";
   std::vector<char*> plain = {locale};

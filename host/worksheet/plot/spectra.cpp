@@ -15,8 +15,8 @@ using Data = PlotRequest::Data;
 
 constexpr const char* kEigenvalues = "eigenvals";
 
-// What the pack's function makes of each of the data: a picture's curve to be. Gives an error value
-// or kDone.
+// Replaces each of the data by what the pack's function gives for it. Gives an error value or
+// kDone.
 Value apply_to_all(Machine& machine, const char* function, Span span, std::vector<Data>& data) {
   const Row* const row = machine.find_row(function);
   if (row == nullptr) return machine.fail(span, fmt::format("no pack gives {}", function));
