@@ -9,11 +9,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 
-#include "host/efiutils/replace_file.hpp"
+#include "host/efiutils/files.hpp"
 #include "pack/host_interface.hpp"
 
 namespace efi {
@@ -50,17 +48,6 @@ std::string json_text(const std::vector<CatalogueEntry>& entries) {
   return Json{{"format", kFormat}, {"packs", packs}}.dump(2) + "\n";
 }
 
-// A file descriptor, closed on every way out.
-struct Descriptor {
-  explicit Descriptor(int opened) : fd(opened) {}
-  ~Descriptor() {
-    if (fd >= 0) close(fd);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int fd;
-};
-
 // Removes what processes left behind that were killed while they wrote. All write under the lock.
 void remove_leavings(const std::string& path) {
   constexpr std::size_t kSuffix = sizeof ".XXXXXX" - 1;
@@ -83,7 +70,7 @@ void update_catalogue(Change change) {
   std::error_code ignored;
   fs::create_directories(fs::path(path).parent_path(), ignored);
   const Descriptor lock(open((path + ".lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644));
-  if (lock.fd < 0 || flock(lock.fd, LOCK_EX) != 0) fail_with(errno, "cannot be locked");
+  if (lock.get() < 0 || flock(lock.get(), LOCK_EX) != 0) fail_with(errno, "cannot be locked");
   remove_leavings(path);
   std::vector<CatalogueEntry> entries = read_catalogue();
   change(entries);
@@ -142,11 +129,10 @@ std::vector<CatalogueEntry> read_catalogue() {
   const std::string path = catalogue_path();
   std::error_code ignored;
   if (!fs::exists(path, ignored)) return {};
-  std::ifstream file(path);
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
-  if (!file) fail("cannot be read");
+  const auto text = read_file(path);
+  if (!text) fail("cannot be read");
   try {
-    return entries_of(Json::parse(text));
+    return entries_of(Json::parse(*text));
   } catch (const Json::exception& error) {
     fail(std::string("is corrupt: ") + error.what());
   }

@@ -1,7 +1,5 @@
 #include "host/efiutils/evaluator.hpp"
 
-#include "host/efiutils/call_log.hpp"
-
 namespace efi {
 
 namespace {
@@ -17,18 +15,15 @@ Evaluator::Evaluator() {
 }
 
 void Evaluator::apply(Anyval* function, const sCons* arguments, Anyval** result) {
-  note_call("apply");
   *result = apply_function ? apply_function(function, arguments) : nullptr;
 }
 
 void Evaluator::push_root(Anyval** root) {
-  note_call("push_root");
   frames_.push_back(words_.size());
   words_.push_back(root);
 }
 
 void Evaluator::push_local(Anyval** local) {
-  note_call("push_local");
   if (frames_.empty())
     complaints.emplace_back("pushed a local outside of any evaluator frame");
   else
@@ -36,7 +31,6 @@ void Evaluator::push_local(Anyval** local) {
 }
 
 void Evaluator::pop_frame() {
-  note_call("pop_frame");
   if (frames_.empty()) {
     complaints.emplace_back("popped an evaluator frame that was not open");
     return;

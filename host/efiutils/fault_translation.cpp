@@ -66,7 +66,7 @@ void take_over_unit([[maybe_unused]] const ucontext_t* interrupted) {
 void on_fault(int signal, siginfo_t* info, void* interrupted) {
   const std::uint32_t code = fault_code(info->si_code);
   if (code == 0) {
-    // Sent by a process: there is no instruction to unwind from.
+    // Sent by a process, not raised by an instruction that an exception could leave.
     ::signal(signal, SIG_DFL);
     raise(signal);
     return;

@@ -4,7 +4,6 @@
 #include <new>
 #include <span>
 
-#include "host/efiutils/call_log.hpp"
 #include "host/efiutils/store.hpp"
 #include "pack/host_interface.hpp"
 
@@ -86,20 +85,17 @@ bool join(EfiCallContext* context, std::span<aMatrix* const> parts, bool side_by
 }  // namespace
 
 bool pack_two_r(EfiCallContext* context, aMatrix* first, aMatrix* second, aMatrix** out) {
-  efi::note_call("pack_two_r");
   aMatrix* const parts[] = {first, second};
   return join(context, parts, true, out);
 }
 
 bool pack_two_rr(EfiCallContext* context, aMatrix* first, aMatrix* second, aMatrix** out) {
-  efi::note_call("pack_two_rr");
   aMatrix* const parts[] = {first, second};
   return join(context, parts, false, out);
 }
 
 bool pack_three_c(EfiCallContext* context, aMatrix* first, aMatrix* second, aMatrix* third,
                   aMatrix** out) {
-  efi::note_call("pack_three_c");
   aMatrix* const parts[] = {first, second, third};
   return join(context, parts, true, out);
 }

@@ -5,11 +5,8 @@
 #include <memory>
 #include <new>
 
-#include "host/efiutils/call_log.hpp"
 #include "host/efiutils/store.hpp"
 #include "pack/host_interface.hpp"
-
-std::vector<const char*>* efi::call_log = nullptr;
 
 namespace {
 
@@ -68,44 +65,36 @@ Anyval* new_error(EfiCallContext* context, const char* message, Anyval* value, i
 }  // namespace
 
 aString* aString::mk(IqlAllocator* allocator, const char* text) {
-  efi::note_call("aString::mk");
   return store_of(allocator)->new_string(text);
 }
 
 aMatrix* aMatrix::mk(IqlAllocator* allocator, int rows, int cols, double* re, double* im,
                      unsigned bytes) {
-  efi::note_call("aMatrix::mk");
   return store_of(allocator)->new_matrix(rows, cols, re, im, bytes);
 }
 
 aError* aError::mk(IqlAllocator* allocator, const aString* message, int mark, int arg,
                    Anyval* value) {
-  efi::note_call("aError::mk");
   return store_of(allocator)->new_error(message, mark, arg, value);
 }
 
 Anyval* mkError(EfiCallContext* context, const char* message, int arg) {
-  efi::note_call("mkError");
   return new_error(context, message, nullptr, arg);
 }
 
 Anyval* patch_error(EfiCallContext* context, const char* message, Anyval* value, int arg) {
-  efi::note_call("patch_error");
   return new_error(context, message, value, arg);
 }
 
 const char* matrix_copy(EfiCallContext* context, aMatrix* source, aMatrix** copy) {
-  efi::note_call("matrix_copy");
   return copy_matrix(context, source, copy, false);
 }
 
 const char* matrix_copy_add_imag(EfiCallContext* context, aMatrix* source, aMatrix** copy) {
-  efi::note_call("matrix_copy_add_imag");
   return copy_matrix(context, source, copy, true);
 }
 
 bool symmetry(aMatrix* matrix) {
-  efi::note_call("symmetry");
   if (matrix->rows != matrix->cols) return false;
   const std::ptrdiff_t n = matrix->rows;
   const std::ptrdiff_t ld = matrix->leading_dimension;
@@ -119,7 +108,6 @@ bool symmetry(aMatrix* matrix) {
 }
 
 void renormalize_matrix_cols(aMatrix* matrix) {
-  efi::note_call("renormalize_matrix_cols");
   const std::ptrdiff_t ld = matrix->leading_dimension;
   for (std::ptrdiff_t j = 0; j < matrix->cols; ++j) {
     double* const parts[] = {matrix->re == nullptr ? nullptr : matrix->re + j * ld,
@@ -146,7 +134,6 @@ void renormalize_matrix_cols(aMatrix* matrix) {
 }
 
 bool contains_ptrs(aMatrix* matrix) {
-  efi::note_call("contains_ptrs");
   if (matrix->flags & kHoldsNested) return true;
   const std::size_t count = matrix->byte_size / sizeof(double);
   for (const double* part : {matrix->re, matrix->im})
@@ -156,14 +143,12 @@ bool contains_ptrs(aMatrix* matrix) {
 }
 
 void zero_col(int col, int first_row, aMatrix* matrix) {
-  efi::note_call("zero_col");
   const std::ptrdiff_t start = static_cast<std::ptrdiff_t>(col) * matrix->leading_dimension;
   for (double* part : {matrix->re, matrix->im})
     for (int i = first_row; part != nullptr && i < matrix->rows; ++i) part[start + i] = 0.0;
 }
 
 const char* MtoVcol(aMatrix* matrix, int col, aVector* vector) {
-  efi::note_call("MtoVcol");
   if (col < 0 || col >= matrix->cols) return "invalid index";
   if (vector->length != matrix->rows) return "array size mismatch";
   const std::ptrdiff_t start = static_cast<std::ptrdiff_t>(col) * matrix->leading_dimension;
@@ -173,6 +158,5 @@ const char* MtoVcol(aMatrix* matrix, int col, aVector* vector) {
 }
 
 int nonint(double x) {
-  efi::note_call("nonint");
   return !std::isfinite(x) || std::floor(x) != x;
 }

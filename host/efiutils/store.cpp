@@ -7,8 +7,6 @@
 #include <cstring>
 #include <new>
 
-#include "host/efiutils/call_log.hpp"
-
 namespace efi {
 
 namespace {
@@ -36,7 +34,7 @@ void* map_low(std::size_t bytes) {
   void* const low = mmap(nullptr, bytes, kProtection, kFlags | MAP_32BIT, -1, 0);
   if (low != MAP_FAILED) return low;
 #endif
-  // The kernel takes the address as a hint: what it gives elsewhere is given back.
+  // The kernel takes the address as a hint only: a mapping too high is undone.
   constexpr std::uint64_t kLowest = 0x10000000;
   for (std::uint64_t at = kLowest; at + bytes <= kAddressLimit; at += bytes) {
     void* const hint = reinterpret_cast<void*>(static_cast<std::uintptr_t>(at));
@@ -154,7 +152,6 @@ aComplex* Store::new_scalar(double re, double im) {
 }
 
 void Store::new_scalar(aComplex** out) {
-  note_call("new_scalar");
   *out = new_scalar(kUnwritten, kUnwritten);
 }
 

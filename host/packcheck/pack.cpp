@@ -11,18 +11,17 @@ namespace packcheck {
 
 namespace {
 
-// No table of a real pack is longer, and no call takes the values of more variables.
-constexpr std::int32_t kMostRows = 10000;
+// No call takes the values of more variables.
 constexpr std::size_t kMostContext = 8;
 
-// Entry points that take values as a row's handler does, by the linker's names.
+// Entry points that take values as a row's handler does.
 constexpr struct {
   const char* name;
   const char* symbol;
   int argument_count;
-} kEntryPoints[] = {{"inv(Anyval*)", "_Z3invP14EfiCallContextP6Anyval", 1},
-                    {"eigenvals(Anyval*, Anyval*)", "_Z9eigenvalsP14EfiCallContextP6AnyvalS2_", 2},
-                    {"eigenvecs(Anyval*)", "_Z9eigenvecsP14EfiCallContextP6Anyval", 1}};
+} kEntryPoints[] = {{"inv(Anyval*)", worksheet::kInverseSymbol, 1},
+                    {"eigenvals(Anyval*, Anyval*)", worksheet::kEigenvalsSymbol, 2},
+                    {"eigenvecs(Anyval*)", worksheet::kEigenvecsSymbol, 1}};
 
 // The size of the object that a symbol stands for; 0 where it is not told.
 std::size_t object_size(const void* address) {
@@ -36,7 +35,7 @@ std::span<const FunctionEntry> table_of(const Pack& pack) {
   const auto* const table = static_cast<const FunctionEntry*>(pack.symbol("theEfi"));
   const auto* const count = static_cast<const std::int32_t*>(pack.symbol("numFuncs"));
   if (table == nullptr || count == nullptr) return {};
-  const auto rows = static_cast<std::size_t>(std::clamp(*count, 0, kMostRows));
+  const auto rows = static_cast<std::size_t>(std::clamp(*count, 0, worksheet::kMostRows));
   return {table, std::min(rows, object_size(table) / sizeof(FunctionEntry))};
 }
 

@@ -12,14 +12,6 @@ namespace worksheet {
 
 namespace {
 
-// No table of a real pack is longer; a foreign symbol of the same name may hold anything.
-constexpr std::int32_t kMostRows = 10000;
-
-// The linker's names of the entry points inv(EfiCallContext*, Anyval*) and
-// identity(EfiCallContext*, int).
-constexpr const char* kInverseSymbol = "_Z3invP14EfiCallContextP6Anyval";
-constexpr const char* kIdentitySymbol = "_Z8identityP14EfiCallContexti";
-
 template <class Function>
 Function function_at(void* symbol) {
   return reinterpret_cast<Function>(symbol);
@@ -39,7 +31,7 @@ std::vector<std::string> context_names(const sCons* list) {
 }
 
 Row read_row(const Pack* pack, const FunctionEntry& entry) {
-  Row row = {name_of(entry.name), pack, &entry, 0, context_names(entry.context), {}};
+  Row row = {name_of(entry.name), pack, &entry, 0, context_names(entry.context)};
   if (entry.signature == nullptr || entry.handler == nullptr)
     throw PackError(fmt::format("its row of {} has no signature or no handler", row.name));
   const auto declared = static_cast<std::size_t>(entry.signature->argument_count);

@@ -12,8 +12,17 @@
 
 namespace worksheet {
 
-struct Variable;
 class Pack;
+
+// No table of a real pack is longer; a foreign symbol of the same name may hold anything.
+inline constexpr std::int32_t kMostRows = 10000;
+
+// The entry points that hosts call beside the table, by the linker's names:
+// identity(EfiCallContext*, int), and of values inv, eigenvals and eigenvecs.
+inline constexpr const char* kIdentitySymbol = "_Z8identityP14EfiCallContexti";
+inline constexpr const char* kInverseSymbol = "_Z3invP14EfiCallContextP6Anyval";
+inline constexpr const char* kEigenvalsSymbol = "_Z9eigenvalsP14EfiCallContextP6AnyvalS2_";
+inline constexpr const char* kEigenvecsSymbol = "_Z9eigenvecsP14EfiCallContextP6Anyval";
 
 // One function of a pack.
 struct Row {
@@ -22,7 +31,6 @@ struct Row {
   const FunctionEntry* entry;
   std::size_t argument_count;        // Without the context values.
   std::vector<std::string> context;  // The worksheet variables whose values follow.
-  std::vector<Variable*> variables;  // The same, once a machine has taken the pack in.
 
   const char* unit_rule() const {
     return entry->unit_rule == nullptr ? nullptr : entry->unit_rule->text;
@@ -46,7 +54,6 @@ class Pack {
   // The reference of its functions, if it brings one: "libmatrix.md" beside "libmatrix.so.0".
   std::string reference_path() const;
   const std::vector<Row>& rows() const { return rows_; }
-  std::vector<Row>& rows() { return rows_; }
 
   // The entry points that hosts use for their own operators; null where the pack has none.
   using Inverse = Anyval* (*)(EfiCallContext*, Anyval*);

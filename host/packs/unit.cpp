@@ -8,6 +8,7 @@
 
 #include "fmt/format.h"
 #include "host/packs/unit_names.hpp"
+#include "host/text/text.hpp"
 
 namespace worksheet {
 
@@ -59,9 +60,9 @@ std::string name_of(const Factors& factors) {
     else
       below.push_back(power_text(factor, factor.power * Rational(-1)));
   }
-  std::string name = above.empty() ? "1" : fmt::format("{}", fmt::join(above, " "));
+  std::string name = above.empty() ? "1" : joined(above, " ");
   if (below.empty()) return name;
-  const std::string divisor = fmt::format("{}", fmt::join(below, " "));
+  const std::string divisor = joined(below, " ");
   return name + (below.size() == 1 ? "/" + divisor : fmt::format("/({})", divisor));
 }
 

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "fmt/format.h"
+#include "host/text/text.hpp"
 
 namespace worksheet {
 
@@ -169,7 +170,7 @@ class Ruling {
     std::vector<std::string> parts;
     for (const std::size_t k : arguments)
       parts.push_back(fmt::format("argument {} has {}", k + 1, unit_text(units_[k])));
-    return fmt::format("{}", fmt::join(parts, ", "));
+    return joined(parts, ", ");
   }
 
   std::span<const Unit* const> units_;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "host/worksheet/output/display.hpp"
@@ -78,11 +79,11 @@ struct Evaluation {
 
 void note(const Machine& machine, const Outcome& outcome, int lines, Evaluation& evaluation) {
   const test::AllocationFaults none;
-  const std::string line = worksheet::json_line(worksheet::outcome_json(machine, outcome));
+  const std::string line = worksheet::outcome_line(outcome);
   evaluation.json += line + '\n';
   evaluation.expect(line.find('\n') == std::string::npos, "JSON of more than a line");
-  evaluation.expect(worksheet::Json::accept(line), "no JSON: " + line);
-  const std::string shown = worksheet::outcome_text(machine, outcome, {});
+  evaluation.expect(nlohmann::json::accept(line), "no JSON: " + line);
+  const std::string shown = worksheet::outcome_text(outcome, {});
   evaluation.expect(shown.empty() || shown.back() == '\n', "shown without a last newline");
   evaluation.expect(!outcome.failed() || !shown.empty(), "an error that is not shown");
   evaluation.expect(outcome.line >= 1 && outcome.line <= std::max(lines, 1),
@@ -109,9 +110,8 @@ Evaluation evaluate(const std::string& text) {
   Evaluation evaluation;
   if (pack == nullptr) return {{}, "no pack"};
   const auto lines = static_cast<int>(std::count(text.begin(), text.end(), '\n')) + 1;
-  Session session([&](const Machine& machine, const Outcome& outcome) {
-    note(machine, outcome, lines, evaluation);
-  });
+  Session session(
+      [&](const Outcome& outcome) { note(session.machine(), outcome, lines, evaluation); });
   Machine& machine = session.machine();
   machine.directory = "/nonexistent";
   machine.add_pack(std::make_unique<worksheet::Pack>(MATRIX_PACK));

@@ -1,7 +1,9 @@
 // help and --functions.
 #include "host/worksheet/help/reference.hpp"
 
-#include "host/worksheet/language/elementary.hpp"
+#include "host/text/text.hpp"
+#include "host/worksheet/functions/builtin.hpp"
+#include "host/worksheet/output/help_text.hpp"
 #include "tests/host/sheet.hpp"
 
 using namespace test;
@@ -11,7 +13,7 @@ namespace {
 TEST(Reference, HasASentenceOnEveryFunction) {
   Sheet sheet;
   const auto entries = worksheet::whole_reference(sheet.machine());
-  std::vector<std::string> names = worksheet::elementary_names();
+  std::vector<std::string> names = worksheet::builtin_names();
   for (const auto& pack : sheet.machine().packs)
     for (const worksheet::Row& row : pack->rows()) names.push_back(row.name);
   for (const std::string& name : names) {
@@ -57,8 +59,10 @@ TEST(Reference, HelpIsAStatement) {
 
 TEST(Reference, LinesAreWrappedWithoutLoss) {
   Sheet sheet;
-  const std::string narrow = worksheet::help_text(sheet.machine(), "submatrix", 40);
-  const std::string wide = worksheet::help_text(sheet.machine(), "submatrix", 1000);
+  const auto page = worksheet::help_page(sheet.machine(), "submatrix");
+  ASSERT_TRUE(page);
+  const std::string narrow = worksheet::help_text(*page, 40);
+  const std::string wide = worksheet::help_text(*page, 1000);
   auto words = [](std::string text) {
     for (char& c : text)
       if (c == '\n') c = ' ';

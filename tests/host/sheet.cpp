@@ -16,9 +16,9 @@ namespace test {
 namespace fs = std::filesystem;
 
 Sheet::Sheet()
-    : session_([this](const worksheet::Machine& machine, const worksheet::Outcome& outcome) {
-        outcomes_.push_back(worksheet::outcome_json(machine, outcome));
-        shown_ = worksheet::outcome_text(machine, outcome, options_);
+    : session_([this](const worksheet::Outcome& outcome) {
+        outcomes_.push_back(worksheet::outcome_json(outcome));
+        shown_ = worksheet::outcome_text(outcome, options_);
       }) {
   machine().add_pack(std::make_unique<worksheet::Pack>(MATRIX_PACK));
 }

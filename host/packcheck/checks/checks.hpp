@@ -4,7 +4,7 @@
 
 #include <span>
 
-#include "host/packcheck/session.hpp"
+#include "host/packcheck/checks/session.hpp"
 
 namespace packcheck {
 

@@ -9,6 +9,7 @@
 
 #include "host/efiutils/catalogue.hpp"
 #include "host/packcheck/checks/checks.hpp"
+#include "host/packcheck/process/output_watch.hpp"
 #include "host/packcheck/watch/environment.hpp"
 #include "host/packcheck/watch/heap.hpp"
 

@@ -4,6 +4,7 @@
 
 #include "host/packcheck/checks/checks.hpp"
 #include "host/packcheck/watch/heap.hpp"
+#include "host/text/text.hpp"
 
 namespace packcheck {
 
@@ -15,9 +16,7 @@ int most_refusals(Depth depth) {
   return depth == Depth::full ? 5000 : 120;
 }
 
-std::string counted(std::int64_t count, const char* what) {
-  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
+using worksheet::counted;
 
 std::string held_words(const heap::Usage& before, const heap::Usage& after) {
   if (after.blocks != before.blocks)

@@ -46,7 +46,7 @@ class ResultInspector {
       complain("foreign", "gives a value that is not, or no longer, the host's");
       return;
     }
-    // What it holds may have come with an argument.
+    // A value inside of it may be one that came with an argument.
     if (!trial_.is_new(value) && depth == 0) {
       complain("stale", "gives a value that is neither new nor an argument");
       return;

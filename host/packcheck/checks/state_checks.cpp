@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "host/packcheck/checks/checks.hpp"
+#include "host/packcheck/process/output_watch.hpp"
 #include "host/packcheck/watch/environment.hpp"
 
 namespace packcheck {

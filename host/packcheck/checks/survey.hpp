@@ -1,14 +1,14 @@
 // Finding out what a pack has: its functions, and arguments that each of them takes.
 #pragma once
 
-#include "host/packcheck/session.hpp"
+#include "host/packcheck/checks/session.hpp"
 
 namespace packcheck {
 
-// Sends {"function": Function} for each function that can be called.
+// Sends a message `callable` for each function that can be called.
 void list_functions(Session& session);
 
-// Sends {"attempt": k} for the first attempt for which the function gives a value, if any.
+// Sends a message `taken` for the first attempt for which the function gives a value, if any.
 void find_base(Session& session);
 
 }  // namespace packcheck

@@ -22,12 +22,15 @@ constexpr const char* kRequired[] = {"theEfi", "numFuncs", "DllRegisterServer",
                                      "DllUnregisterServer"};
 
 // The entry points that hosts call for operators of their own, by the linker's names.
-constexpr const char* kEntryPoints[] = {
-    "_Z8identityP14EfiCallContexti",           "_Z8identityP14EfiCallContextP8aComplex",
-    "_Z3invP14EfiCallContextP6Anyval",         "_Z3invP14EfiCallContextP7aMatrix",
-    "_Z4cinvP14EfiCallContextP7aMatrixPS2_b",  "_Z9eigenvalsP14EfiCallContextP6AnyvalS2_",
-    "_Z9eigenvalsP14EfiCallContextP7aMatrixd", "_Z9eigenvecsP14EfiCallContextP6Anyval",
-    "_Z9eigenvecsP14EfiCallContextP7aMatrix"};
+constexpr const char* kEntryPoints[] = {worksheet::kIdentitySymbol,
+                                        "_Z8identityP14EfiCallContextP8aComplex",
+                                        worksheet::kInverseSymbol,
+                                        "_Z3invP14EfiCallContextP7aMatrix",
+                                        "_Z4cinvP14EfiCallContextP7aMatrixPS2_b",
+                                        worksheet::kEigenvalsSymbol,
+                                        "_Z9eigenvalsP14EfiCallContextP7aMatrixd",
+                                        worksheet::kEigenvecsSymbol,
+                                        "_Z9eigenvecsP14EfiCallContextP7aMatrix"};
 
 template <class Names>
 bool is_among(const std::string& name, const Names& names) {

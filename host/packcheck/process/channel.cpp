@@ -10,12 +10,12 @@
 #include <new>
 #include <system_error>
 
+#include "host/efiutils/files.hpp"
+#include "host/packcheck/watch/environment.hpp"
+
 namespace packcheck {
 
 namespace {
-
-// No descriptor that a pack would use by accident.
-constexpr int kOutOfTheWay = 200;
 
 [[noreturn]] void fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
@@ -40,7 +40,7 @@ Channel::~Channel() {
 
 void Channel::become_writer() {
   close(ends_[0]);
-  const int moved = fcntl(ends_[1], F_DUPFD_CLOEXEC, kOutOfTheWay);
+  const int moved = fcntl(ends_[1], F_DUPFD_CLOEXEC, kFirstOwnDescriptor);
   if (moved < 0) fail("fcntl");
   close(ends_[1]);
   ends_[0] = -1;
@@ -53,13 +53,7 @@ void Channel::become_reader() {
 }
 
 void Channel::send(const Message& message) const {
-  const std::string line = line_of(message);
-  std::size_t sent = 0;
-  while (sent < line.size()) {
-    const ssize_t wrote = write(ends_[1], line.data() + sent, line.size() - sent);
-    if (wrote < 0 && errno != EINTR) _exit(1);
-    sent += static_cast<std::size_t>(std::max<ssize_t>(wrote, 0));
-  }
+  if (efi::write_all(ends_[1], line_of(message)) != 0) _exit(1);
 }
 
 void Channel::begin(int call, std::string_view doing) {

@@ -28,7 +28,7 @@ constexpr int kTickMilliseconds = 20;
 // with other work to do gives a process less than the clock says.
 constexpr double kClockAllowance = 10.0;
 
-// What a process ends with once its work is done. A pack that calls exit has hardly this status.
+// The exit status of a process whose work is done; an unlikely one for a pack that calls exit.
 constexpr int kDone = 117;
 
 // --- In the child ---

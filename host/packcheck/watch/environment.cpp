@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <signal.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -12,13 +11,9 @@
 #include <algorithm>
 #include <clocale>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <locale>
-#include <system_error>
-
-#include "host/packcheck/process/message.hpp"
 
 extern char** environ;
 
@@ -27,9 +22,6 @@ namespace packcheck {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Descriptors above are the checker's own.
-constexpr int kMostDescriptors = 200;
 
 using Things = std::map<std::string, std::string>;
 
@@ -70,7 +62,7 @@ std::vector<int> numbers_in(const char* path) {
 
 void add_descriptors(Things& things) {
   for (const int descriptor : numbers_in("/proc/self/fd"))
-    if (descriptor < kMostDescriptors)
+    if (descriptor < kFirstOwnDescriptor)
       things[fmt::format("the descriptor {}", descriptor)] = "open";
 }
 
@@ -121,31 +113,6 @@ std::vector<std::string> differences(const Environment& before, const Environmen
   }
   if (const std::string what = fp_difference(before.fp, after.fp); !what.empty())
     found.push_back("changed " + what);
-  return found;
-}
-
-OutputWatch::OutputWatch() {
-  for (int k = 0; k < 2; ++k) {
-    streams_[k] = memfd_create("output", 0);
-    if (streams_[k] < 0 || dup2(streams_[k], k + 1) < 0)
-      throw std::system_error(errno, std::generic_category(), "memfd_create");
-    const int moved = fcntl(streams_[k], F_DUPFD_CLOEXEC, kMostDescriptors);
-    close(streams_[k]);
-    streams_[k] = moved;
-  }
-}
-
-std::string OutputWatch::take() {
-  std::fflush(nullptr);
-  std::string found;
-  for (int k = 0; k < 2; ++k) {
-    char text[80];
-    const ssize_t length = pread(streams_[k], text, sizeof text, 0);
-    if (length <= 0) continue;
-    found = fmt::format("wrote {} on standard {}", quoted({text, static_cast<std::size_t>(length)}),
-                        k == 0 ? "output" : "error");
-    if (ftruncate(streams_[k], 0) == 0) lseek(streams_[k], 0, SEEK_SET);
-  }
   return found;
 }
 

@@ -10,6 +10,9 @@
 
 namespace packcheck {
 
+// Descriptors from here on are the checker's own: no pack would use them by accident.
+inline constexpr int kFirstOwnDescriptor = 200;
+
 // The things by name, each in a form that tells differences; and the floating-point control.
 struct Environment {
   std::map<std::string, std::string> things;
@@ -20,17 +23,5 @@ Environment environment();
 
 // What is different, one text for each thing: "changed the locale (C, was C.UTF-8)".
 std::vector<std::string> differences(const Environment& before, const Environment& after);
-
-// The standard streams, sent where they can be looked at.
-class OutputWatch {
- public:
-  OutputWatch();
-
-  // What has come out since the last question: where, and the text; empty if nothing.
-  std::string take();
-
- private:
-  int streams_[2];
-};
 
 }  // namespace packcheck

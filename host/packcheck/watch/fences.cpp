@@ -48,7 +48,7 @@ std::size_t find_room(std::size_t start, std::size_t pages) {
   std::size_t first = start;
   for (std::size_t page = start; page < kPages; ++page) {
     if (runs[page].live) {
-      page += runs[page].pages;  // On to its fence, which stays.
+      page += runs[page].pages;  // To the fence behind it, which stays unused.
       first = page + 1;
     } else if (page - first == pages) {
       return first;

@@ -50,7 +50,7 @@ std::size_t arena_size = 0;
 std::size_t arena_used = 0;
 Queue queues[64];
 
-// As much address space as there is to have; pages come with use.
+// Reserves as much address space as can be had; only pages that are written to take memory.
 void map_arena() {
   constexpr std::size_t kMost = sizeof(void*) == 8 ? std::size_t{1} << 34 : std::size_t{1} << 29;
   for (arena_size = kMost; arena_size >= kMost / 256; arena_size /= 2) {

@@ -1,7 +1,6 @@
-// A data file under the reading eye: its lines, and complaints that name the place.
+// A data file, read line by line, with complaints that name the line.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,13 +24,6 @@ class DataFile {
   std::string_view line_;
   int number_ = 0;
 };
-
-std::string_view trimmed(std::string_view text);
-
-// A decimal number, "inf" or "nan", with or without sign, whatever the locale; nothing else.
-std::optional<double> parse_real(std::string_view text);
-// The same, or "2i", "1+2i", "1-2j".
-std::optional<Number> parse_number(std::string_view text);
 
 // The contents of a file in the format, from its first line on. Throws DataError.
 MatrixBuilder read_matrix_market(DataFile& file, std::string_view banner);

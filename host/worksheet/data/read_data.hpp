@@ -4,9 +4,11 @@
 #include <stdexcept>
 #include <string>
 
-#include "host/worksheet/engine/machine.hpp"
+#include "host/worksheet/engine/call.hpp"
 
 namespace worksheet {
+
+class Machine;
 
 // Why a file gives no matrix: names the file and, where there is one, the line.
 struct DataError : std::runtime_error {
@@ -15,5 +17,8 @@ struct DataError : std::runtime_error {
 
 // `name` is relative to the machine's directory. Throws DataError.
 aMatrix* read_data(Machine& machine, const std::string& name);
+
+// The same as a function of the language: read("FILE").
+Value read(Machine& machine, const Call& call);
 
 }  // namespace worksheet

@@ -2,6 +2,8 @@
 #include <vector>
 
 #include "fmt/format.h"
+#include "host/text/numbers.hpp"
+#include "host/text/text.hpp"
 #include "host/worksheet/data/data_file.hpp"
 
 namespace worksheet {

@@ -5,6 +5,7 @@
 
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
+#include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/engine/matrix_power.hpp"
 
@@ -195,7 +196,7 @@ Value plain_binary(Machine& machine, Operator op, const Value& a, const Value& b
   if (is_number(a) && is_number(b)) return number_value(element_result(op, number(a), number(b)));
   if (is_matrix(a) && is_matrix(b)) {
     if (op == Operator::multiply) return product(machine, matrix(a), matrix(b), span);
-    if (matrix(a)->rows != matrix(b)->rows || matrix(a)->cols != matrix(b)->cols)
+    if (!same_shape(matrix(a), matrix(b)))
       return machine.fail(span,
                           fmt::format("'{}' needs equal shapes, not {} and {}", operator_text(op),
                                       shape_text(matrix(a)), shape_text(matrix(b))));

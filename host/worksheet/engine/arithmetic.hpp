@@ -1,10 +1,12 @@
 // The operators of the language on values.
 #pragma once
 
-#include "host/worksheet/engine/machine.hpp"
+#include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/value.hpp"
 
 namespace worksheet {
+
+class Machine;
 
 enum class Operator {
   add,

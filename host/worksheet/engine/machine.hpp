@@ -15,43 +15,13 @@
 #include "host/efiutils/store.hpp"
 #include "host/efiutils/watch.hpp"
 #include "host/packs/packs.hpp"
-#include "host/worksheet/engine/picture.hpp"
+#include "host/worksheet/engine/call.hpp"
+#include "host/worksheet/engine/drawn.hpp"
 #include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/engine/variable.hpp"
 
 namespace worksheet {
-
-class Node;
-
-// A worksheet variable. Its address stays: compiled expressions refer to it.
-struct Variable {
-  std::string name;
-  Value value = {};
-  bool defined = false;
-};
-
-// A function defined in the worksheet; the body of the host's function values.
-struct Function {
-  std::string name;
-  std::vector<std::string> parameters;
-  std::unique_ptr<Node> body;
-  std::unique_ptr<const Source> source;
-};
-
-// What a function value of the worksheet stands for.
-inline const Function& function_of(const Value& v) {
-  return *static_cast<const Function*>(static_cast<const efi::aFunction*>(v.object)->body);
-}
-
-// Where an error arose.
-struct Place {
-  const aError* error = nullptr;
-  const Source* source = nullptr;
-  Span span;
-};
-
-// The most arguments of a function.
-inline constexpr std::size_t kMostArguments = 12;
 
 class Machine {
  public:
@@ -81,6 +51,8 @@ class Machine {
 
   // The variable of that name, made undefined if there is none.
   Variable* variable(std::string_view name);
+  // The defined variable of that name; null if there is none.
+  const Variable* find_variable(const std::string& name) const;
   const std::unordered_map<std::string, std::unique_ptr<Variable>>& variables() const {
     return variables_;
   }
@@ -113,25 +85,26 @@ class Machine {
   // The same for an error value that a pack or a service made, unless its place is known.
   Value fail_with(Span span, Anyval* error);
   Value out_of_memory(Span span) { return fail_with(span, sError_OutOfMemory); }
+  // The complaint that a function got `given` arguments, not `wanted`.
+  Value wrong_count(Span span, std::string_view function, std::size_t wanted, std::size_t given);
 
   // The place of an error that an evaluation gave.
   const Place& place() const { return place_; }
 
   // The value of a worksheet function.
   Value call(const Function& function, std::span<const Value> arguments, Span span);
-  // The value of a pack's function; `spans` are the places of the arguments.
-  Value call(const Row& row, std::span<const Value> arguments, Span span,
-             std::span<const Span> spans);
+
+  // --- Calls of packs: pack_call.cpp ---
+
+  // The value of a pack's function.
+  Value call(const Row& row, const Call& call);
 
   // The value that `entry` of a pack gives, watched; `boxes` are the arguments that it receives.
   Value call_pack(const std::string& name, const std::function<Anyval*()>& entry,
-                  std::span<Anyval* const> boxes, Span span, std::span<const Span> spans);
+                  std::span<Anyval* const> boxes, const Call& call);
 
-  // A value of the host's for `value`, null without memory; and the value that one stands for.
+  // A value of the host's for `value`; null without memory.
   Anyval* boxed(const Value& value);
-  Value unboxed(Anyval* object) const;
-  // The value that a nested element holds.
-  Value nested(double element) const;
 
   // Reclaims what the values made since `since` no longer need, `result` excepted.
   void collect(const Value& result, std::size_t since);
@@ -144,10 +117,8 @@ class Machine {
   Anyval* apply(Anyval* function, const sCons* arguments);
   Anyval* applied(const Function& function, std::span<const Value> arguments);
   void forget_last_applied();
-  Value call_with_units(const Row& row, std::span<const Value> arguments, Span span,
-                        std::span<const Span> spans);
-  Value call_plain(const Row& row, std::span<const Value> arguments, Span span,
-                   std::span<const Span> spans);
+  Value call_with_units(const Row& row, const Call& call);
+  Value call_plain(const Row& row, const Call& call);
   bool deeply_nested() const;
 
   std::unordered_map<std::string, std::unique_ptr<Variable>> variables_;
@@ -156,8 +127,8 @@ class Machine {
   const Source* source_ = nullptr;
   Span pack_call_;  // The call of a pack's function that is under way.
   Place place_;
-  bool replaced_ = false;           // A variable has lost a value since everything was reclaimed,
-  std::size_t kept_ = 0;            // which left as many.
+  bool replaced_ = false;           // Whether a variable has lost a value since `collect_all`,
+  std::size_t kept_ = 0;            // and the number of values that it kept.
   Anyval* last_applied_ = nullptr;  // The newest value that `apply` gave a pack.
   const char* stack_limit_ = nullptr;
 };

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "fmt/format.h"
+#include "host/worksheet/engine/machine.hpp"
 
 namespace worksheet {
 
@@ -60,10 +60,6 @@ Value scaled(Machine& machine, const Value& v, double factor) {
   for (double* part : {copy->re, copy->im})
     for (std::ptrdiff_t k = 0; part != nullptr && k < element_count(copy); ++k) part[k] *= factor;
   return object_value(copy, v.unit);
-}
-
-std::string shape_text(const aMatrix* m) {
-  return fmt::format("{} x {}", m->rows, m->cols);
 }
 
 }  // namespace worksheet

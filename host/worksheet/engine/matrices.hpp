@@ -5,10 +5,11 @@
 #include <memory>
 #include <new>
 
-#include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/value.hpp"
 
 namespace worksheet {
+
+class Machine;
 
 struct OperatorDelete {
   void operator()(double* p) const { ::operator delete(p); }
@@ -43,13 +44,10 @@ class MatrixBuilder {
   Part re_, im_;
 };
 
-// A copy of `m` with both part arrays; the imaginary one absent unless m has it.
+// A copy of `m`, with the part arrays that m has.
 aMatrix* copy_of(Machine& machine, const aMatrix* m);
 
 // The number or matrix with every element multiplied; its unit stays.
 Value scaled(Machine& machine, const Value& v, double factor);
-
-// "2 x 3", for messages.
-std::string shape_text(const aMatrix* m);
 
 }  // namespace worksheet

@@ -4,6 +4,7 @@
 
 #include "fmt/format.h"
 #include "host/worksheet/engine/arithmetic.hpp"
+#include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 
 namespace worksheet {
@@ -25,13 +26,14 @@ Value inverse(Machine& machine, const Value& base, Span span) {
   if (entry == nullptr) return machine.fail(span, "no pack gives an inverse");
   Anyval* const arguments[] = {base.object};
   return machine.call_pack("inv", [&] { return entry(&machine.context, base.object); }, arguments,
-                           span, {});
+                           {{}, span, {}});
 }
 
 Value unit_matrix(Machine& machine, int n, Span span) {
   const auto entry = entry_point(machine, &Pack::identity);
   if (entry == nullptr) return machine.fail(span, "no pack gives a unit matrix");
-  return machine.call_pack("identity", [&] { return entry(&machine.context, n); }, {}, span, {});
+  return machine.call_pack("identity", [&] { return entry(&machine.context, n); }, {},
+                           {{}, span, {}});
 }
 
 }  // namespace

@@ -1,9 +1,12 @@
 // Powers of a matrix: its inverse and the unit matrix come from a pack.
 #pragma once
 
-#include "host/worksheet/engine/machine.hpp"
+#include "host/worksheet/engine/source.hpp"
+#include "host/worksheet/engine/value.hpp"
 
 namespace worksheet {
+
+class Machine;
 
 Value matrix_power(Machine& machine, const Value& base, const Number& exponent, Span span);
 

@@ -2,13 +2,13 @@
 #pragma once
 
 #include <memory>
-#include <vector>
 
-#include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/value.hpp"
 
 namespace worksheet {
+
+class Machine;
 
 class Node {
  public:

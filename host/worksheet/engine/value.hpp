@@ -3,6 +3,7 @@
 #pragma once
 
 #include <complex>
+#include <string>
 
 #include "host/efiutils/store.hpp"
 #include "pack/host_interface.hpp"
@@ -12,7 +13,7 @@ namespace worksheet {
 class Unit;
 using Number = std::complex<double>;
 
-// Room for arguments is made in every call: it costs nothing while nothing is in it.
+// Without initializers: every call makes an array for its arguments, which must cost nothing.
 struct Value {
   double re;
   double im;
@@ -86,8 +87,20 @@ inline double re_at(const aMatrix* m, std::ptrdiff_t k) {
 inline double im_at(const aMatrix* m, std::ptrdiff_t k) {
   return m->im == nullptr ? 0.0 : m->im[k];
 }
+inline bool same_shape(const aMatrix* a, const aMatrix* b) {
+  return a->rows == b->rows && a->cols == b->cols;
+}
+
+// The value that a value of the host's stands for, and the one that a nested element holds.
+Value unboxed(Anyval* object);
+inline Value nested(double element) {
+  return unboxed(efi::nested_value(element));
+}
 
 // What a value is, in a message: "a matrix", "text"...
 const char* kind_name(const Value& v);
+
+// "2 x 3", for messages.
+std::string shape_text(const aMatrix* m);
 
 }  // namespace worksheet

@@ -1,18 +1,19 @@
-// The reference of functions: what `help` and --functions say.
+// The reference of functions: what `help` and --functions know.
 //
 // It is Markdown: "## Group", then "### f(x), g(x)" and what there is to say about them, beginning
 // with a sentence that says it all. A pack may bring its own, beside its library and of the same
 // name: libmatrix.md for libmatrix.so.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "host/worksheet/engine/machine.hpp"
+#include "host/packs/packs.hpp"
 
 namespace worksheet {
+
+class Machine;
 
 struct ReferenceEntry {
   std::string group;
@@ -35,17 +36,11 @@ const ReferenceEntry* find_entry(const std::vector<ReferenceEntry>& entries,
 // The reference of the language itself.
 extern const char* const kLanguageReference;
 
-// The topic of a statement "help" or "help TOPIC", empty for the first; nothing for other text.
-std::optional<std::string> help_topic(std::string_view statement, const Machine& machine);
+// Text without the marks of Markdown.
+std::string plain_text(std::string_view markdown);
 
-// The usual length of a line of text, in characters.
-inline constexpr int kUsualWidth = 100;
-
-// What there is to say about a topic: a function of the worksheet or any other, or with an empty
-// topic everything in short. Empty for an unknown topic.
-std::string help_text(const Machine& machine, const std::string& topic, int width = kUsualWidth);
-
-// The entries one by one with their summaries, under their groups.
-std::string reference_list(const std::vector<ReferenceEntry>& entries, int width);
+// The kinds of a row's arguments and of its result: "any", "number" or "matrix".
+std::vector<std::string> argument_kinds(const Row& row);
+const char* result_kind(const Row& row);
 
 }  // namespace worksheet

@@ -22,7 +22,7 @@ Value VariableNode::evaluate(Machine& machine) const {
 
 namespace {
 
-// The usual case of an operator between numbers; false where more is to be said.
+// The usual case, an operator between plain real numbers, in `a`; false for any other case.
 bool combine_reals(Operator op, Value& a, const Value& b) {
   if (!is_plain_real(a) || !is_plain_real(b)) return false;
   switch (op) {
@@ -68,7 +68,7 @@ Value TransposeNode::evaluate(Machine& machine) const {
   const Value a = operand->evaluate(machine);
   if (is_error(a)) return a;
   if (row == nullptr) return machine.fail(span, "no pack gives a transpose");
-  return machine.call(*row, {&a, 1}, span, {&operand->span, 1});
+  return machine.call(*row, {{&a, 1}, span, {&operand->span, 1}});
 }
 
 namespace {
@@ -91,9 +91,9 @@ std::ptrdiff_t position(Machine& machine, const Node& node, double origin, std::
   return 0;
 }
 
-Value element(const Machine& machine, const aMatrix* m, std::ptrdiff_t k) {
+Value element(const aMatrix* m, std::ptrdiff_t k) {
   const double re = re_at(m, k);
-  if (efi::is_nested_element(re)) return machine.nested(re);
+  if (efi::is_nested_element(re)) return nested(re);
   return number_value(re, im_at(m, k));
 }
 
@@ -112,13 +112,13 @@ Value IndexNode::evaluate(Machine& machine) const {
     if (m->rows != 1 && m->cols != 1)
       return machine.fail(span, fmt::format("a {} matrix needs two indices", shape_text(m)));
     const std::ptrdiff_t k = position(machine, *indices[0], start, element_count(m), &error);
-    return is_error(error) ? error : with_unit(element(machine, m, k), a.unit);
+    return is_error(error) ? error : with_unit(element(m, k), a.unit);
   }
   const std::ptrdiff_t i = position(machine, *indices[0], start, m->rows, &error);
   if (is_error(error)) return error;
   const std::ptrdiff_t j = position(machine, *indices[1], start, m->cols, &error);
   if (is_error(error)) return error;
-  return with_unit(element(machine, m, j * m->leading_dimension + i), a.unit);
+  return with_unit(element(m, j * m->leading_dimension + i), a.unit);
 }
 
 namespace {
@@ -150,7 +150,7 @@ Value ConversionNode::evaluate(Machine& machine) const {
 
 namespace {
 
-// What a nested array holds of a value: numbers as they are, matrices as copies that say so.
+// What a nested array holds of a value: copies of matrices, marked as nested; others as they are.
 Anyval* nested_copy(Machine& machine, const Value& v) {
   if (!is_matrix(v)) return v.object;
   aMatrix* const copy = copy_of(machine, matrix(v));
@@ -214,19 +214,20 @@ Value CallNode::evaluate(Machine& machine) const {
   for (std::size_t k = 0; k < arguments.size(); ++k) {
     values[k] = arguments[k]->evaluate(machine);
     if (is_error(values[k])) return values[k];
-    if (is_none(values[k])) return machine.fail(spans[k], "the argument has no value");
+    if (is_none(values[k])) return machine.fail(places[k], "the argument has no value");
   }
-  const Value result = call(machine, {values.data(), arguments.size()});
+  const Value result = value_of(machine, {{values.data(), arguments.size()}, span, places});
   machine.collect(result, since);
   return result;
 }
 
-Value CallNode::call(Machine& machine, std::span<const Value> values) const {
+Value CallNode::value_of(Machine& machine, const Call& call) const {
   const bool known = variable == nullptr || variable->defined;
   const Value& held = variable == nullptr ? machine.parameter(parameter) : variable->value;
-  if (known && has_kind(held, kFunctionKind)) return machine.call(function_of(held), values, span);
-  if (elementary != nullptr) return call_elementary(machine, *elementary, values, span, spans);
-  if (row != nullptr) return machine.call(*row, values, span, spans);
+  if (known && has_kind(held, kFunctionKind))
+    return machine.call(function_of(held), call.arguments, span);
+  if (builtin != nullptr) return call_builtin(machine, *builtin, call);
+  if (row != nullptr) return machine.call(*row, call);
   return machine.fail(span, known ? fmt::format("{} is {}, not a function", name, kind_name(held))
                                   : fmt::format("unknown name: {}", name));
 }

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "host/worksheet/engine/arithmetic.hpp"
-#include "host/worksheet/engine/node.hpp"
-#include "host/worksheet/language/elementary.hpp"
+#include "host/worksheet/engine/machine.hpp"
+#include "host/worksheet/functions/builtin.hpp"
 
 namespace worksheet {
 
@@ -104,7 +104,7 @@ struct MatrixNode : Node {
   std::vector<NodePtr> elements;
 };
 
-// NAME(...): a function of the worksheet, an elementary one or a pack's, in this order.
+// NAME(...): a function of the worksheet, one of the language or a pack's, in this order.
 struct CallNode : Node {
   CallNode(Span where, std::string n, std::vector<NodePtr> args)
       : Node(where), name(std::move(n)), arguments(std::move(args)) {}
@@ -112,14 +112,14 @@ struct CallNode : Node {
 
   std::string name;
   std::vector<NodePtr> arguments;
-  std::vector<Span> spans;             // Of the arguments.
+  std::vector<Span> places;            // Of the arguments.
   const Variable* variable = nullptr;  // What may hold the function; null: a parameter.
   std::size_t parameter = 0;
-  const Elementary* elementary = nullptr;
+  const Builtin* builtin = nullptr;
   const Row* row = nullptr;
 
  private:
-  Value call(Machine& machine, std::span<const Value> values) const;
+  Value value_of(Machine& machine, const Call& call) const;
 };
 
 // if(c, a, b): evaluates only what it gives.

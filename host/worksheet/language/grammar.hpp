@@ -60,7 +60,7 @@ struct postfix : seq<primary, ws, star<sor<index, transpose, unit>, ws>> {};
 
 struct minus : one<'-'> {};
 struct sign : sor<minus, one<'+'>> {};
-// The exponent may have a sign of its own; a sign before the base comes last.
+// The exponent may have a sign of its own; a sign before the base applies to the whole power.
 struct exponent_operand : seq<star<sign, ws>, must<postfix>> {};
 struct power : seq<postfix, star<token<'^'>, exponent_operand>> {};
 struct signed_power : seq<star<sign, ws>, power> {};
@@ -94,7 +94,7 @@ struct statement : seq<ws, sor<definition, assignment, display>, must<end_of_sta
 
 // What to say where a rule had to match and did not.
 template <class>
-inline constexpr const char* message = nullptr;
+inline constexpr const char* message = "unexpected text";
 template <>
 inline constexpr auto message<exponent_digits> = "expected the digits of an exponent";
 template <>
@@ -125,15 +125,5 @@ template <>
 inline constexpr auto message<product> = "expected an operand";
 template <>
 inline constexpr auto message<sum> = "expected an operand";
-template <>
-inline constexpr auto message<end_of_statement> = "unexpected text";
-
-template <class Rule>
-struct Control : normal<Rule> {
-  template <class Input, class... States>
-  [[noreturn]] static void raise(const Input& in, States&&...) {
-    throw parse_error(message<Rule> != nullptr ? message<Rule> : "unexpected text", in);
-  }
-};
 
 }  // namespace worksheet::grammar

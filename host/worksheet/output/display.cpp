@@ -1,13 +1,15 @@
 #include "host/worksheet/output/display.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
-#include "host/worksheet/help/reference.hpp"
+#include "host/text/text.hpp"
+#include "host/worksheet/engine/variable.hpp"
+#include "host/worksheet/output/help_text.hpp"
 #include "host/worksheet/output/matrix_text.hpp"
+#include "host/worksheet/output/number_text.hpp"
 
 namespace worksheet {
 
@@ -18,21 +20,15 @@ constexpr const char* kPlain = "\033[0m";
 
 constexpr int kLeastWidth = 40;  // Lines are not cut to less.
 
-std::string real_text(double x, int digits) {
-  if (std::isnan(x)) return "nan";
-  if (std::isinf(x)) return x > 0.0 ? "inf" : "-inf";
-  return fmt::format("{:.{}g}", x == 0.0 ? 0.0 : x, digits);
-}
-
 // Shows values as text, piece by piece.
 class Printer {
  public:
-  Printer(const Machine& machine, const DisplayOptions& options)
-      : machine_(machine), options_(options) {}
+  Printer(const Outcome& outcome, const DisplayOptions& options)
+      : outcome_(outcome), options_(options) {}
 
   // "name = value", the value on lines of its own if it is a matrix.
   void print(const std::string& name, const Value& value);
-  void print_error(const Outcome& outcome);
+  void print_error();
   std::string take() { return std::move(text_); }
 
  private:
@@ -44,7 +40,7 @@ class Printer {
     return options_.colour ? kRed + text + kPlain : text;
   }
 
-  const Machine& machine_;
+  const Outcome& outcome_;
   const DisplayOptions& options_;
   std::string text_;
 };
@@ -62,37 +58,35 @@ std::string Printer::inline_text(const Value& value) const {
     return fmt::format("{} x {} {}{}", matrix(value)->rows, matrix(value)->cols,
                        contains_ptrs(matrix(value)) ? "nested array" : "matrix",
                        value.unit == nullptr ? "" : " in " + value.unit->name());
-  if (is_none(value) && !machine_.pictures.empty()) return pictures_text();
-  if (!has_kind(value, kFunctionKind)) return "no value";
-  const Function& function = function_of(value);
-  return fmt::format("{}({})", function.name, fmt::join(function.parameters, ", "));
+  if (is_none(value) && !outcome_.pictures.empty()) return pictures_text();
+  return has_kind(value, kFunctionKind) ? signature_text(function_of(value)) : "no value";
 }
 
 std::string Printer::pictures_text() const {
   std::vector<std::string> texts;
-  for (const Drawn& drawn : machine_.pictures)
+  for (const Drawn& drawn : outcome_.pictures)
     texts.push_back(drawn.file.empty() ? fmt::format("picture ({})", drawn.description)
                                        : fmt::format("picture {}", drawn.file));
-  return fmt::format("{}", fmt::join(texts, ", "));
+  return joined(texts, ", ");
 }
 
 void Printer::print_matrix(const std::string& start, const Value& value) {
   const aMatrix* const m = matrix(value);
   const MatrixText shown = matrix_text(m, options_, [this](double element) {
-    const Value inner = machine_.nested(element);
+    const Value inner = nested(element);
     return is_matrix(inner) ? fmt::format("[{}]", inline_text(inner)) : inline_text(inner);
   });
   std::vector<std::string> counts;
   if (shown.rows < m->rows) counts.push_back(fmt::format("{} rows", shown.rows));
   if (shown.cols < m->cols) counts.push_back(fmt::format("{} columns", shown.cols));
   text_ += start + inline_text(value);
-  if (!counts.empty()) text_ += fmt::format(", {} shown", fmt::join(counts, " and "));
+  if (!counts.empty()) text_ += fmt::format(", {} shown", joined(counts, " and "));
   text_ += '\n' + shown.lines;
 }
 
 void Printer::print(const std::string& name, const Value& value) {
   const std::string start = name.empty() ? "" : name + " = ";
-  const auto parts = machine_.store.parts(value.object);
+  const auto parts = outcome_.store->parts(value.object);
   if (!parts.empty()) {
     text_ += fmt::format("{}{} parts\n", start, parts.size());
     for (std::size_t k = 0; k < parts.size(); ++k)
@@ -127,47 +121,36 @@ void Printer::print_marked_line(const Source& source, Span span) {
     length = std::min(length, width - at);
   }
   text_ +=
-      fmt::format("{}{}\n{}{}\n", number, fmt::join(line, ""), std::string(number.size() + at, ' '),
+      fmt::format("{}{}\n{}{}\n", number, joined(line, ""), std::string(number.size() + at, ' '),
                   red(std::string(std::max<std::size_t>(length, 1), '^')));
 }
 
-void Printer::print_error(const Outcome& outcome) {
-  if (outcome.is_syntax_error()) {
-    text_ += fmt::format("{} line {}, column {}: {}\n", red("error:"), outcome.line, outcome.column,
-                         outcome.syntax_message);
-    print_marked_line(*outcome.source, {outcome.offset, outcome.offset});
+void Printer::print_error() {
+  if (outcome_.is_syntax_error()) {
+    text_ += fmt::format("{} line {}, column {}: {}\n", red("error:"), outcome_.line,
+                         outcome_.column, outcome_.syntax_message);
+    print_marked_line(*outcome_.source, {outcome_.offset, outcome_.offset});
     return;
   }
-  const auto* const error = static_cast<const aError*>(outcome.value.object);
+  const auto* const error = static_cast<const aError*>(outcome_.value.object);
   text_ += fmt::format("{} {}\n", red("error:"), error->message->text);
-  const Place& place = machine_.place();
-  const bool known = place.error == error && place.source != nullptr;
+  const Place& place = outcome_.place;
+  const bool known = outcome_.is_place_known();
   // An error inside a function: the statement that came there is shown, too.
-  if (!known || place.source != outcome.source) print_marked_line(*outcome.source, {0, 0});
-  if (!known) return;
-  print_marked_line(*place.source, place.span);
+  if (!known || place.source != outcome_.source) print_marked_line(*outcome_.source, {0, 0});
+  if (known) print_marked_line(*place.source, place.span);
 }
 
 }  // namespace
 
-std::string number_text(const Number& z, int digits) {
-  const std::string re = real_text(z.real(), digits);
-  if (z.imag() == 0.0) return re;
-  const std::string im = real_text(std::fabs(z.imag()), digits) + "i";
-  const bool minus = std::signbit(z.imag());
-  if (z.real() == 0.0) return minus ? fmt::format("-{}", im) : im;
-  return re + (minus ? " - " : " + ") + im;
-}
-
-std::string outcome_text(const Machine& machine, const Outcome& outcome,
-                         const DisplayOptions& options) {
+std::string outcome_text(const Outcome& outcome, const DisplayOptions& options) {
   if (outcome.is_definition && !outcome.failed()) return "";
-  if (outcome.help && !outcome.failed()) return help_text(machine, *outcome.help, options.width);
-  Printer printer(machine, options);
+  if (outcome.help) return help_text(*outcome.help, options.width);
+  Printer printer(outcome, options);
   if (outcome.failed()) {
-    printer.print_error(outcome);
+    printer.print_error();
   } else if (outcome.names.size() > 1) {
-    const auto parts = machine.store.parts(outcome.value.object);
+    const auto parts = outcome.store->parts(outcome.value.object);
     for (std::size_t k = 0; k < parts.size(); ++k)
       printer.print(outcome.names[k], object_value(parts[k], outcome.value.unit));
   } else if (!outcome.names.empty()) {

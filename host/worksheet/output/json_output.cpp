@@ -1,10 +1,14 @@
 #include "host/worksheet/output/json_output.hpp"
 
 #include <cmath>
+#include <filesystem>
+#include <nlohmann/json.hpp>
 
-#include "host/efiutils/store.hpp"
+#include "host/efiutils/catalogue.hpp"
 #include "host/packs/unit.hpp"
-#include "host/worksheet/help/reference.hpp"
+#include "host/worksheet/engine/machine.hpp"
+#include "host/worksheet/output/display_options.hpp"
+#include "host/worksheet/output/help_text.hpp"
 
 namespace worksheet {
 
@@ -30,7 +34,7 @@ constexpr int kMostNestedValues = 200000;
 
 class ValueWriter {
  public:
-  explicit ValueWriter(const Machine& machine) : machine_(machine) {}
+  explicit ValueWriter(const efi::Store& store) : store_(store) {}
 
   Json value(const Value& v) {
     Json json = without_unit(v);
@@ -60,7 +64,7 @@ class ValueWriter {
     json["cols"] = m->cols;
     json["re"] = part(m, m->re);
     json["im"] = part(m, m->im);
-    const auto parts = machine_.store.parts(m);
+    const auto parts = store_.parts(m);
     if (!parts.empty()) {
       Json& list = json["parts"] = Json::array();
       for (aMatrix* one : parts) list.push_back(value(object_value(one, v.unit)));
@@ -80,14 +84,14 @@ class ValueWriter {
     if (depth_ == kMostDepth || ++nested_values_ > kMostNestedValues)
       return error_json("nested too deeply to be shown", 0, 0, nullptr);
     ++depth_;
-    Json json = value(machine_.nested(element));
+    Json json = value(worksheet::nested(element));
     --depth_;
     return json;
   }
 
   Json error(const aError* e) {
     return error_json(e->message->text, e->mark, e->arg,
-                      e->value == nullptr ? Json(nullptr) : value(machine_.unboxed(e->value)));
+                      e->value == nullptr ? Json(nullptr) : value(unboxed(e->value)));
   }
 
   static Json error_json(const char* message, int mark, int arg, const Json& carried) {
@@ -95,7 +99,7 @@ class ValueWriter {
         {"kind", "error"}, {"message", message}, {"mark", mark}, {"arg", arg}, {"value", carried}};
   }
 
-  const Machine& machine_;
+  const efi::Store& store_;
   int depth_ = 0;
   int nested_values_ = 0;
 };
@@ -104,13 +108,14 @@ Json names_json(const std::vector<std::string>& names) {
   return names.size() == 1 ? Json(names[0]) : Json(names);
 }
 
-}  // namespace
-
-Json value_json(const Machine& machine, const Value& value) {
-  return ValueWriter(machine).value(value);
+// Text of one line, without the newline; what is no UTF-8 is mended.
+std::string line_of(const Json& json) {
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-Json outcome_json(const Machine& machine, const Outcome& outcome) {
+}  // namespace
+
+Json outcome_json(const Outcome& outcome) {
   Json json = roomy_object();
   json["line"] = outcome.line;
   json["source"] = outcome.source->text;
@@ -118,17 +123,48 @@ Json outcome_json(const Machine& machine, const Outcome& outcome) {
   if (outcome.is_syntax_error())
     json["value"] = {
         {"kind", "syntax"}, {"message", outcome.syntax_message}, {"column", outcome.column}};
-  else if (outcome.help && !outcome.failed())
-    json["value"] = {{"kind", "string"}, {"text", help_text(machine, *outcome.help)}};
+  else if (outcome.help)
+    json["value"] = {{"kind", "string"},
+                     {"text", help_text(*outcome.help, DisplayOptions().width)}};
   else
-    json["value"] = value_json(machine, outcome.value);
-  for (const Drawn& drawn : machine.pictures)
+    json["value"] = ValueWriter(*outcome.store).value(outcome.value);
+  for (const Drawn& drawn : outcome.pictures)
     json["pictures"].push_back(drawn.file.empty() ? Json(nullptr) : Json(drawn.file));
   return json;
 }
 
-std::string json_line(const Json& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+std::string outcome_line(const Outcome& outcome) {
+  return line_of(outcome_json(outcome));
+}
+
+std::string functions_json(const Machine& machine) {
+  const std::vector<ReferenceEntry> reference = whole_reference(machine);
+  std::string text;
+  for (const auto& pack : machine.packs)
+    for (const Row& row : pack->rows()) {
+      const char* const rule = row.unit_rule();
+      const ReferenceEntry* const entry = find_entry(reference, row.name);
+      const Json json = {
+          {"name", row.name},           {"arguments", argument_kinds(row)},
+          {"result", result_kind(row)}, {"context", row.context},
+          {"flags", row.entry->flags},  {"rule", rule == nullptr ? Json(nullptr) : Json(rule)},
+          {"pack", pack->path()},       {"group", entry->group},
+          {"heading", entry->heading},  {"summary", entry->summary}};
+      text += line_of(json) + "\n";
+    }
+  return text;
+}
+
+std::string packs_json() {
+  std::string text;
+  std::error_code ignored;
+  for (const efi::CatalogueEntry& entry : efi::read_catalogue()) {
+    const Json json = {{"id", entry.id},
+                       {"path", entry.path},
+                       {"exists", std::filesystem::exists(entry.path, ignored)}};
+    text += line_of(json) + "\n";
+  }
+  return text;
 }
 
 }  // namespace worksheet

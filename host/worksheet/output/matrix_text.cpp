@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <vector>
 
-#include "host/efiutils/store.hpp"
+#include "host/text/text.hpp"
+#include "host/worksheet/output/number_text.hpp"
 
 namespace worksheet {
 
@@ -14,8 +14,8 @@ namespace {
 constexpr int kGap = -1;  // The index of what stands for the rows or columns that are left out.
 constexpr std::size_t kBetweenColumns = 2;
 
-// The text of one element. The digits before a point end at one edge down a column, in the real and
-// in the imaginary part; what is no number is one text.
+// The text of one element. Down a column the points are aligned, in the real and in the imaginary
+// part; what is no number is one text.
 struct Cell {
   std::array<std::string, 4> pieces;  // Before and from the point on, of both parts.
   std::string whole;
@@ -68,7 +68,7 @@ class Table {
   }
 
  private:
-  // All rows and columns, or as many as the options allow: at least the first and the last.
+  // Chooses what to show: all, or as much as the options allow, but the first and the last always.
   void choose() {
     rows_ = shown_indices(m_->rows, options_.all ? m_->rows : options_.most_rows + 1);
     if (options_.all) {

@@ -3,10 +3,16 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
-#include "host/worksheet/output/display.hpp"
+#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/output/display_options.hpp"
 
 namespace worksheet {
+
+// The indices to show of `count` rows or columns: all if they are at most `most`, else the first
+// and the last ones with -1 between them, which stands for at least two.
+std::vector<int> shown_indices(int count, int most);
 
 struct MatrixText {
   std::string lines;

@@ -10,10 +10,10 @@
 #include <cerrno>
 #include <cstring>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "fmt/format.h"
+#include "host/efiutils/files.hpp"
 
 extern char** environ;
 
@@ -24,39 +24,28 @@ namespace {
 constexpr const char* kMissing =
     "there is no gnuplot to draw with: install the Debian package gnuplot-nox";
 
-// An interruption may come between a look at its flag and a wait: no wait is longer.
+// The longest wait for output before the flag of an interruption is looked at again.
 constexpr int kLongestWait = 100;  // Milliseconds.
 
 [[noreturn]] void fail_with_errno(int error) {
   throw PlotError(fmt::format("gnuplot cannot be started: {}", std::strerror(error)));
 }
 
-struct Descriptor {
-  explicit Descriptor(int opened) : fd(opened) {
-    if (fd < 0) fail_with_errno(errno);
-  }
-  ~Descriptor() { reset(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  void reset() {
-    if (fd >= 0) close(std::exchange(fd, -1));
-  }
-  int fd;
-};
-
-// A file without a name, which vanishes with its last descriptor.
-Descriptor memory_file(std::string_view content = {}) {
-  Descriptor file(memfd_create("gnuplot", MFD_CLOEXEC));
-  while (!content.empty()) {
-    const ssize_t written = write(file.fd, content.data(), content.size());
-    if (written < 0 && errno != EINTR) fail_with_errno(errno);
-    if (written > 0) content.remove_prefix(static_cast<std::size_t>(written));
-  }
-  lseek(file.fd, 0, SEEK_SET);
-  return Descriptor(std::exchange(file.fd, -1));
+// The descriptor that a call into the system gave.
+efi::Descriptor made(int descriptor) {
+  if (descriptor < 0) fail_with_errno(errno);
+  return efi::Descriptor(descriptor);
 }
 
-// The environment, but for what would change gnuplot's ways.
+// A file in memory, which is gone when its descriptor is closed.
+efi::Descriptor memory_file(std::string_view content = {}) {
+  efi::Descriptor file = made(memfd_create("gnuplot", MFD_CLOEXEC));
+  if (const int error = efi::write_all(file.get(), content)) fail_with_errno(error);
+  lseek(file.get(), 0, SEEK_SET);
+  return file;
+}
+
+// The environment without the variables by which gnuplot is configured.
 std::vector<char*> plain_environment() {
   static char locale[] = "LC_ALL=C";
   std::vector<char*> plain = {locale};
@@ -139,17 +128,17 @@ std::string complaint(int file) {
 }  // namespace
 
 std::string run_gnuplot(const std::string& script, const volatile std::sig_atomic_t* interrupted) {
-  const Descriptor input = memory_file(script), errors = memory_file();
+  const efi::Descriptor input = memory_file(script), errors = memory_file();
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) fail_with_errno(errno);
-  const Descriptor result(ends[0]);
-  Descriptor output(ends[1]);
-  Child child(input.fd, output.fd, errors.fd);
-  output.reset();
-  std::string content = read_all(result.fd, interrupted);
+  const efi::Descriptor result(ends[0]);
+  efi::Descriptor output(ends[1]);
+  Child child(input.get(), output.get(), errors.get());
+  output.close();
+  std::string content = read_all(result.get(), interrupted);
   const int status = child.wait();
   if (*interrupted) throw PlotError("interrupted");
-  if (status != 0) throw PlotError("gnuplot: " + complaint(errors.fd));
+  if (status != 0) throw PlotError("gnuplot: " + complaint(errors.get()));
   return content;
 }
 

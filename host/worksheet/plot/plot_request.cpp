@@ -6,6 +6,8 @@
 
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
+#include "host/text/text.hpp"
+#include "host/worksheet/engine/machine.hpp"
 
 namespace worksheet {
 
@@ -61,30 +63,35 @@ void take_text(PlotRequest& request, const char* words, Span span, bool first) {
 
 }  // namespace
 
-PlotRequest read_plot_request(Machine& machine, std::span<const Value> arguments, Span span,
-                              std::span<const Span> spans) {
+PlotRequest read_plot_request(const Machine& machine, const Call& call) {
   PlotRequest request;
-  for (std::size_t k = 0; k < arguments.size(); ++k) {
-    const Value& value = arguments[k];
+  for (std::size_t k = 0; k < call.arguments.size(); ++k) {
+    const Value& value = call.arguments[k];
     if (is_text(value)) {
-      take_text(request, text(value), spans[k], k == 0);
+      take_text(request, text(value), call.places[k], k == 0);
       continue;
     }
     if (!is_number(value) && !is_matrix(value))
-      throw PlotArgumentError(spans[k], "must be a number, a matrix or text");
+      throw PlotArgumentError(call.places[k], "must be a number, a matrix or text");
     if (is_matrix(value) && contains_ptrs(matrix(value)))
-      throw PlotArgumentError(spans[k], "may not be nested");
-    request.data.push_back({value, spans[k], label_of(machine.text_at(spans[k])), "", {}});
+      throw PlotArgumentError(call.places[k], "may not be nested");
+    request.data.push_back(
+        {value, call.places[k], label_of(machine.text_at(call.places[k])), "", {}});
   }
-  if (request.data.empty()) throw PlotArgumentError(span, "there is nothing to draw");
+  if (request.data.empty()) throw PlotArgumentError(call.span, "there is nothing to draw");
   return request;
 }
 
-std::vector<double> real_elements(const PlotRequest::Data& data, const Unit* unit) {
+double factor_to(const PlotRequest::Data& data, const Unit* unit) {
   const auto factor = conversion(data.value.unit, unit);
   if (!factor)
     throw PlotArgumentError(data.span, fmt::format("one axis has one unit, not {} and {}",
                                                    unit_text(unit), unit_text(data.value.unit)));
+  return *factor;
+}
+
+std::vector<double> real_elements(const PlotRequest::Data& data, const Unit* unit) {
+  const double factor = factor_to(data, unit);
   const Value& v = data.value;
   const std::ptrdiff_t count = is_number(v) ? 1 : element_count(matrix(v));
   std::vector<double> elements;
@@ -93,7 +100,7 @@ std::vector<double> real_elements(const PlotRequest::Data& data, const Unit* uni
     const double im = is_number(v) ? v.im : im_at(matrix(v), k);
     if (im != 0.0)
       throw PlotArgumentError(data.span, "must be real: take abs, re or im of what is complex");
-    elements.push_back((is_number(v) ? v.re : re_at(matrix(v), k)) * *factor);
+    elements.push_back((is_number(v) ? v.re : re_at(matrix(v), k)) * factor);
   }
   return elements;
 }

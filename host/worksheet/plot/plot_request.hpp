@@ -1,15 +1,16 @@
 // The arguments of a function that draws, taken apart.
 #pragma once
 
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "host/worksheet/engine/machine.hpp"
-#include "host/worksheet/engine/picture.hpp"
+#include "host/worksheet/engine/call.hpp"
+#include "host/worksheet/plot/picture.hpp"
 
 namespace worksheet {
+
+class Machine;
 
 // What is wrong with an argument; `span` is its place.
 struct PlotArgumentError : std::runtime_error {
@@ -34,8 +35,11 @@ struct PlotRequest {
 };
 
 // Throws PlotArgumentError.
-PlotRequest read_plot_request(Machine& machine, std::span<const Value> arguments, Span span,
-                              std::span<const Span> spans);
+PlotRequest read_plot_request(const Machine& machine, const Call& call);
+
+// What the data's numbers are to be multiplied by to be in the unit of their axis. Throws
+// PlotArgumentError.
+double factor_to(const PlotRequest::Data& data, const Unit* unit);
 
 // The real elements of a number or a matrix in the unit `unit`, by columns. Throws
 // PlotArgumentError.

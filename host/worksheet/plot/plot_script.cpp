@@ -14,13 +14,13 @@ namespace {
 // gnuplot takes what lies close to the largest double for undefined.
 constexpr double kLargestDrawn = 1e300;
 
-// What gnuplot does not draw.
+// gnuplot leaves a gap at a NaN.
 constexpr double kGap = std::numeric_limits<double>::quiet_NaN();
 
 // Curves with no more points than these show each of them.
 constexpr std::size_t kMostMarkedPoints = 24;
 
-// Ranges of the two axes that differ by more than this would make a sliver with one scale.
+// Beyond this ratio of the two ranges a picture with one scale for both axes would be too narrow.
 constexpr double kMostStretch = 4.0;
 
 // Larger heat maps are embedded images; smaller ones a rectangle for each element.
@@ -68,8 +68,7 @@ class Script {
  private:
   template <class... Arguments>
   void add(fmt::format_string<Arguments...> form, Arguments&&... arguments) {
-    fmt::format_to(std::back_inserter(text_), form, std::forward<Arguments>(arguments)...);
-    text_ += '\n';
+    text_.append(fmt::vformat(form, fmt::make_format_args(arguments...))).append("\n");
   }
 
   // What all pictures have in common.
@@ -122,7 +121,7 @@ class Script {
     if (ratio <= kMostStretch && ratio >= 1 / kMostStretch) add("set size ratio -1");
   }
 
-  // A number in binary: gnuplot reads its input byte by byte, and text would take it long.
+  // Appends a number in binary, which gnuplot reads faster than text.
   void datum(double v) { text_.append(reinterpret_cast<const char*>(&v), sizeof v); }
 
   // The points; NaN makes a gap.

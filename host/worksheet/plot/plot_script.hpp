@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/worksheet/engine/picture.hpp"
+#include "host/worksheet/plot/picture.hpp"
 
 namespace worksheet {
 

@@ -17,7 +17,8 @@
 #include <string>
 #include <vector>
 
-#include "host/worksheet/language/elementary.hpp"
+#include "host/worksheet/functions/builtin.hpp"
+#include "host/worksheet/language/statement_reader.hpp"
 
 namespace worksheet {
 
@@ -27,11 +28,11 @@ constexpr int kMostHistory = 1000;
 constexpr const char* kPrompt = "> ";
 constexpr const char* kContinuation = ". ";
 
-// What the line editor's callbacks serve.
+// The machine for the line editor's callbacks, which take no argument of ours.
 Machine* machine_at_prompt = nullptr;
 
 std::vector<std::string> known_names() {
-  std::vector<std::string> names = elementary_names();
+  std::vector<std::string> names = builtin_names();
   names.emplace_back("help");
   for (const auto& pack : machine_at_prompt->packs)
     for (const Row& row : pack->rows()) names.push_back(row.name);
@@ -103,8 +104,8 @@ struct Freed {
 
 // --- Keys ---
 //
-// SIGINT is let in nowhere but where the prompt waits for a key, and while a statement is
-// evaluated: no Ctrl-C is lost between two lines.
+// SIGINT is blocked except while the prompt waits for a key and while a statement is evaluated:
+// no Ctrl-C is lost between two lines.
 
 class InterruptHeld {
  public:
@@ -119,7 +120,7 @@ class InterruptHeld {
   InterruptHeld(const InterruptHeld&) = delete;
   InterruptHeld& operator=(const InterruptHeld&) = delete;
 
-  // Waits for input with SIGINT let in, also when input is there already.
+  // Waits for input with SIGINT unblocked, for a moment also when input is there already.
   void wait(int descriptor) const {
     pollfd input = {descriptor, POLLIN, 0};
     ppoll(&input, 1, nullptr, &before_);
@@ -132,7 +133,7 @@ class InterruptHeld {
   sigset_t held_ = {};
 };
 
-// What the line editor's callback reads with.
+// The guard in force, for the callback that reads keys.
 const InterruptHeld* held = nullptr;
 
 // Ctrl-C was pressed before the line was taken.

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "fmt/format.h"
-#include "host/worksheet/data/data_file.hpp"
-#include "host/worksheet/output/markup.hpp"
+#include "host/text/text.hpp"
+#include "host/worksheet/report/markup.hpp"
 
 namespace worksheet {
 

@@ -9,11 +9,10 @@
 #include <filesystem>
 #include <sstream>
 
-#include "fmt/chrono.h"
 #include "fmt/format.h"
-#include "host/worksheet/data/data_file.hpp"
-#include "host/worksheet/output/markup.hpp"
-#include "host/worksheet/output/mathml.hpp"
+#include "host/text/text.hpp"
+#include "host/worksheet/report/markup.hpp"
+#include "host/worksheet/report/mathml.hpp"
 #include "host/worksheet/report/prose.hpp"
 #include "host/worksheet/report/svg_inline.hpp"
 
@@ -39,26 +38,25 @@ std::string marked_markup(const std::string& text, std::size_t begin, std::size_
   return result + escaped(all.substr(to, end - to));
 }
 
-std::string values_markup(const Machine& machine, const Outcome& outcome, int digits) {
-  if (is_none(outcome.value) && !machine.pictures.empty()) return {};
+std::string values_markup(const Outcome& outcome, int digits) {
+  if (is_none(outcome.value) && !outcome.pictures.empty()) return {};
   if (outcome.names.size() < 2)
-    return math_markup(machine, outcome.names.empty() ? "" : outcome.names[0], outcome.value,
+    return math_markup(*outcome.store, outcome.names.empty() ? "" : outcome.names[0], outcome.value,
                        digits);
   std::string result;
-  const auto parts = machine.store.parts(outcome.value.object);
+  const auto parts = outcome.store->parts(outcome.value.object);
   for (std::size_t k = 0; k < parts.size(); ++k)
-    result +=
-        math_markup(machine, outcome.names[k], object_value(parts[k], outcome.value.unit), digits);
+    result += math_markup(*outcome.store, outcome.names[k],
+                          object_value(parts[k], outcome.value.unit), digits);
   return result;
 }
 
 std::string today() {
   const std::time_t now = std::time(nullptr);
-  return fmt::format("{:%Y-%m-%d}", fmt::localtime(now));
-}
-
-std::string count_text(std::size_t count, const char* what) {
-  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+  std::tm local = {};
+  localtime_r(&now, &local);
+  char text[16];
+  return {text, std::strftime(text, sizeof text, "%Y-%m-%d", &local)};
 }
 
 }  // namespace
@@ -119,7 +117,7 @@ std::string Report::source_markup(const Source& source, Span marked) const {
 }
 
 // What is wrong; and where, if that is not in the statement itself.
-std::string Report::error_markup(const Machine& machine, const Outcome& outcome) const {
+std::string Report::error_markup(const Outcome& outcome) const {
   if (outcome.is_syntax_error())
     return fmt::format(
         "<p class=\"message\"><strong>Error:</strong> {} <small>(line {}, column {})"
@@ -130,8 +128,8 @@ std::string Report::error_markup(const Machine& machine, const Outcome& outcome)
       "<p class=\"message\"><strong>Error:</strong> {}{}</p>\n", escaped(error->message->text),
       error->arg < 1 ? ""
                      : fmt::format(" <small>(argument {})</small>", static_cast<int>(error->arg)));
-  const Place& place = machine.place();
-  if (place.error == error && place.source != nullptr && place.source != outcome.source)
+  const Place& place = outcome.place;
+  if (outcome.is_place_known() && place.source != outcome.source)
     result += fmt::format(
         "<p class=\"where\">in the definition in line {}:</p>\n<pre><code>{}</code>"
         "</pre>\n",
@@ -139,9 +137,9 @@ std::string Report::error_markup(const Machine& machine, const Outcome& outcome)
   return result;
 }
 
-std::string Report::pictures_markup(const Machine& machine) {
+std::string Report::pictures_markup(const std::vector<Drawn>& pictures) {
   std::string result;
-  for (const Drawn& drawn : machine.pictures) {
+  for (const Drawn& drawn : pictures) {
     result += "<figure>\n" + inline_svg(drawn.svg, ++pictures_, drawn.description);
     if (!drawn.file.empty())
       result += fmt::format("<figcaption>{}</figcaption>\n", escaped(drawn.file));
@@ -150,7 +148,7 @@ std::string Report::pictures_markup(const Machine& machine) {
   return result;
 }
 
-void Report::add(const Machine& machine, const Outcome& outcome) {
+void Report::add(const Outcome& outcome) {
   const Source& source = *outcome.source;
   const auto first = static_cast<std::size_t>(source.line) - 1;
   add_prose(first);
@@ -159,20 +157,19 @@ void Report::add(const Machine& machine, const Outcome& outcome) {
   Span marked = kNothing;
   if (outcome.is_syntax_error())
     marked = {outcome.offset, outcome.offset};
-  else if (outcome.failed() && machine.place().error == outcome.value.object &&
-           machine.place().source == outcome.source)
-    marked = machine.place().span;
+  else if (outcome.failed() && outcome.is_place_known() && outcome.place.source == outcome.source)
+    marked = outcome.place.span;
   body_ += fmt::format(
       "<section class=\"statement{}\" id=\"{}\">\n<pre class=\"source\"><code>{}</code></pre>\n",
       outcome.failed() ? " failed" : "", id, source_markup(source, marked));
   if (outcome.failed()) {
     errors_.push_back(fmt::format("<a href=\"#{}\">line {}</a>", id, outcome.line));
-    body_ += "<div class=\"result\">\n" + error_markup(machine, outcome) + "</div>\n";
+    body_ += "<div class=\"result\">\n" + error_markup(outcome) + "</div>\n";
   } else if (!outcome.is_definition) {
-    const std::string values = values_markup(machine, outcome, digits_);
+    const std::string values = values_markup(outcome, digits_);
     if (!values.empty()) body_ += "<div class=\"result\">\n" + values + "</div>\n";
   }
-  body_ += pictures_markup(machine) + "</section>\n";
+  body_ += pictures_markup(outcome.pictures) + "</section>\n";
 }
 
 std::string report_objection(const std::string& path, const std::string& sheet) {
@@ -193,10 +190,10 @@ std::string Report::page(bool interrupted) const {
   notes.push_back(
       fmt::format("{}{} \u00B7 {}",
                   title_.empty() ? "" : fmt::format("<code>{}</code> \u00B7 ", escaped(name_)),
-                  count_text(static_cast<std::size_t>(statements_), "statement"), today()));
+                  counted(statements_, "statement"), today()));
   if (!errors_.empty())
     notes.push_back(fmt::format("<strong class=\"failure\">{}:</strong> {}",
-                                count_text(errors_.size(), "error"), fmt::join(errors_, ", ")));
+                                counted(errors_.size(), "error"), joined(errors_, ", ")));
   if (interrupted)
     notes.emplace_back(
         "<strong class=\"failure\">The evaluation was interrupted: the report ends "

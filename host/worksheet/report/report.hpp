@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "host/worksheet/session/session.hpp"
+#include "host/worksheet/session/outcome.hpp"
 
 namespace worksheet {
 
@@ -22,7 +22,7 @@ class Report {
   void end_text();
 
   // A statement and what came of it, while its value lives.
-  void add(const Machine& machine, const Outcome& outcome);
+  void add(const Outcome& outcome);
 
   // The page, as far as it has come.
   std::string page(bool interrupted) const;
@@ -30,8 +30,8 @@ class Report {
  private:
   void add_prose(std::size_t end);
   std::string source_markup(const Source& source, Span marked) const;
-  std::string error_markup(const Machine& machine, const Outcome& outcome) const;
-  std::string pictures_markup(const Machine& machine);
+  std::string error_markup(const Outcome& outcome) const;
+  std::string pictures_markup(const std::vector<Drawn>& pictures);
 
   std::string name_;
   int digits_;

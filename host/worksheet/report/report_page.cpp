@@ -1,6 +1,6 @@
 // The frame of a report: its style sheet, and the button that changes its theme.
 #include "fmt/format.h"
-#include "host/worksheet/output/markup.hpp"
+#include "host/worksheet/report/markup.hpp"
 #include "host/worksheet/report/report.hpp"
 
 namespace worksheet {

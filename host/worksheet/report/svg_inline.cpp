@@ -4,9 +4,9 @@
 #include <iterator>
 
 #include "fmt/format.h"
-#include "host/worksheet/data/data_file.hpp"
-#include "host/worksheet/output/markup.hpp"
+#include "host/text/text.hpp"
 #include "host/worksheet/plot/plot_script.hpp"
+#include "host/worksheet/report/markup.hpp"
 
 namespace worksheet {
 

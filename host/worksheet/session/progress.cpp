@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "fmt/format.h"
-#include "host/worksheet/engine/source.hpp"
+#include "host/text/text.hpp"
 
 namespace worksheet {
 
@@ -19,7 +19,7 @@ std::string beginning(std::string_view statement) {
   std::vector<std::string> line = characters(statement.substr(0, statement.find('\n')));
   const bool cut = line.size() > kMostCharacters;
   line.resize(std::min(line.size(), kMostCharacters));
-  return fmt::format("{}{}", fmt::join(line, ""), cut ? "..." : "");
+  return joined(line, "") + (cut ? "..." : "");
 }
 
 // No signal for the threads that begin meanwhile: the main one has to see them all.

@@ -1,11 +1,12 @@
 #include "host/worksheet/session/session.hpp"
 
+#include <chrono>
 #include <istream>
 #include <new>
 
 #include "fmt/format.h"
-#include "host/worksheet/help/reference.hpp"
 #include "host/worksheet/language/compile.hpp"
+#include "host/worksheet/language/statement_reader.hpp"
 #include "host/worksheet/session/progress.hpp"
 
 namespace worksheet {
@@ -14,6 +15,8 @@ namespace {
 
 // A statement that takes longer shows that it is at work.
 constexpr std::chrono::seconds kPatience(2);
+
+constexpr const char* kNoHelp = "there is no help on that; help alone lists everything";
 
 // Some editors put it in front of a text.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
@@ -68,17 +71,8 @@ Value evaluate(Machine& machine, const Statement& statement, const Source& sourc
 
 }  // namespace
 
-Outcome Session::outcome_of(const Source& source) {
-  Outcome outcome;
-  outcome.source = &source;
-  outcome.line = source.line;
-  outcome.help = help_topic(source.text, machine_);
-  if (outcome.help) {
-    outcome.value = object_value(&kNoValue);
-    if (help_text(machine_, *outcome.help).empty())
-      outcome.value = machine_.fail({}, "there is no help on that; help alone lists everything");
-    return outcome;
-  }
+// The value of the statement, or what is wrong with its form.
+void Session::evaluate_into(Outcome& outcome, const Source& source) {
   try {
     Statement statement = compile(source, machine_);
     for (const Variable* target : statement.targets) outcome.names.push_back(target->name);
@@ -92,18 +86,32 @@ Outcome Session::outcome_of(const Source& source) {
     outcome.offset = error.offset;
     outcome.syntax_message = error.what();
   }
+}
+
+Outcome Session::outcome_of(const Source& source) {
+  const Progress progress(progress_, kPatience, source.text);
+  const auto start = std::chrono::steady_clock::now();
+  Outcome outcome;
+  outcome.source = &source;
+  outcome.line = source.line;
+  outcome.store = &machine_.store;
+  if (const auto topic = help_topic(source.text, machine_)) {
+    outcome.help = help_page(machine_, *topic);
+    outcome.value = outcome.help ? object_value(&kNoValue) : machine_.fail({}, kNoHelp);
+  } else {
+    evaluate_into(outcome, source);
+  }
+  outcome.place = machine_.place();
+  outcome.pictures = std::move(machine_.pictures);
+  machine_.pictures.clear();
+  outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return outcome;
 }
 
-Outcome Session::watched_outcome_of(const Source& source) {
-  const Progress progress(progress_, kPatience, source.text);
-  return outcome_of(source);
-}
-
 void Session::run(const Source& source) {
-  const Outcome outcome = watched_outcome_of(source);
+  const Outcome outcome = outcome_of(source);
   failed_ = failed_ || outcome.failed();
-  report_(machine_, outcome);
+  show_(outcome);
   machine_.collect_all();
 }
 

@@ -3,36 +3,17 @@
 
 #include <functional>
 #include <iosfwd>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "host/worksheet/engine/machine.hpp"
-#include "host/worksheet/engine/source.hpp"
+#include "host/worksheet/session/outcome.hpp"
 
 namespace worksheet {
 
-// What came of a statement.
-struct Outcome {
-  const Source* source = nullptr;
-  int line = 0;                    // Of the statement, or of what is wrong with its form.
-  std::vector<std::string> names;  // That it assigns or defines.
-  Value value = {};                // A function value for a definition.
-  bool is_definition = false;
-  std::optional<std::string> help;  // The topic of a statement that asks for help, empty for all.
-  std::string syntax_message;       // Empty unless the text is no statement...
-  std::size_t column = 0;           // ... and then the place,
-  std::size_t offset = 0;           // also as an offset in the statement's text.
-
-  bool is_syntax_error() const { return !syntax_message.empty(); }
-  bool failed() const { return is_syntax_error() || is_error(value); }
-};
-
 class Session {
  public:
-  // `report` sees every outcome while its value lives.
-  using Report = std::function<void(const Machine&, const Outcome&)>;
-  explicit Session(Report report) : report_(std::move(report)) {}
+  // `show` sees every outcome while its value lives.
+  using Show = std::function<void(const Outcome&)>;
+  explicit Session(Show show) : show_(std::move(show)) {}
 
   Machine& machine() { return machine_; }
 
@@ -49,10 +30,10 @@ class Session {
 
  private:
   Outcome outcome_of(const Source& source);
-  Outcome watched_outcome_of(const Source& source);
+  void evaluate_into(Outcome& outcome, const Source& source);
 
   Machine machine_;
-  Report report_;
+  Show show_;
   bool failed_ = false;
   int progress_ = -1;
 };

@@ -1,0 +1,89 @@
+// packcheck: does a function pack keep the promises that hosts rely on?
+//
+// Exit status: 0 nothing was found, 1 something was, 2 wrong usage or no pack.
+#include <fmt/format.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+
+#include "host/packcheck/checks/checks.hpp"
+#include "host/packcheck/program/options.hpp"
+#include "host/packcheck/program/report.hpp"
+#include "host/packcheck/program/runner.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace packcheck;
+
+// A directory for the catalogue of this run, so that no check touches the user's.
+class PrivateCatalogue {
+ public:
+  PrivateCatalogue() {
+    std::string pattern = (fs::temp_directory_path() / "packcheck-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary directory");
+    directory_ = pattern;
+    setenv("WORKSHEET_CATALOGUE", (directory_ / "packs.json").c_str(), 1);
+  }
+  ~PrivateCatalogue() {
+    std::error_code ignored;
+    fs::remove_all(directory_, ignored);
+  }
+  PrivateCatalogue(const PrivateCatalogue&) = delete;
+  PrivateCatalogue& operator=(const PrivateCatalogue&) = delete;
+
+ private:
+  fs::path directory_;
+};
+
+// Throws worksheet::PackError for a name that is none of the pack's.
+void require_functions(const std::vector<Target>& targets, const Selection& selection) {
+  for (const std::string& name : selection.functions)
+    if (std::none_of(targets.begin(), targets.end(),
+                     [&](const Target& t) { return t.function.name == name; }))
+      throw worksheet::PackError(fmt::format("it has no function {} that can be called", name));
+}
+
+Status check_pack(const Options& options, const Selection& selection) {
+  const auto start = std::chrono::steady_clock::now();
+  const PrivateCatalogue catalogue;
+  Runner runner(options);
+  runner.survey();
+  const std::vector<Target>& targets = runner.targets();
+  require_functions(targets, selection);
+  Summary summary = {targets.size(), {}, 0, 0, 0.0};
+  for (const Target& target : targets)
+    if (!target.is_taken) summary.refusing.push_back(target.function.name);
+  for (const Check& check : all_checks()) {
+    if (!selection.takes(check)) continue;
+    ++summary.checks;
+    if (check.scope == Scope::pack) runner.run(check, nullptr);
+    for (const Target& target : targets)
+      if (check.scope == Scope::function && selection.takes(target)) runner.run(check, &target);
+  }
+  summary.calls = runner.calls_made();
+  summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  (selection.json ? print_json : print_text)(options, runner.findings(), summary);
+  return runner.findings().empty() ? kNothingFound : kFound;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Options options;
+  Selection selection;
+  if (const auto status = read_options(argc, argv, options, selection)) return *status;
+  if (selection.list) {
+    (selection.json ? list_json : list_text)();
+    return kNothingFound;
+  }
+  try {
+    return check_pack(options, selection);
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "packcheck: {}: {}\n", options.pack_name, error.what());
+    return kNoPack;
+  }
+}

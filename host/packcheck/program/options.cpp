@@ -1,0 +1,76 @@
+#include "host/packcheck/program/options.hpp"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+
+namespace packcheck {
+
+namespace {
+
+bool takes_name(const std::vector<std::string>& names, const std::string& name) {
+  return names.empty() || std::find(names.begin(), names.end(), name) != names.end();
+}
+
+std::vector<std::string> check_names() {
+  std::vector<std::string> names;
+  for (const Check& check : all_checks()) names.emplace_back(check.name);
+  return names;
+}
+
+void declare(CLI::App& app, Options& options, Selection& selection) {
+  app.option_defaults()->take_last();
+  app.set_version_flag("--version", PACKCHECK_VERSION);
+  app.add_option("pack,--pack", options.pack, "the pack's library")->check(CLI::ExistingFile);
+  app.add_option("--only", selection.checks, "run this check only (may repeat)")
+      ->take_all()
+      ->allow_extra_args(false)
+      ->check(CLI::IsMember(check_names()));
+  app.add_option("--function", selection.functions, "check this function only (may repeat)")
+      ->take_all()
+      ->allow_extra_args(false);
+  app.add_option("--call", options.only_call, "make only the call of this number")
+      ->check(CLI::NonNegativeNumber);
+  app.add_option("--seed", options.seed, "of the random calls (1)");
+  const std::map<std::string, Depth> depths = {
+      {"brief", Depth::brief}, {"quick", Depth::quick}, {"full", Depth::full}};
+  app.add_option("--depth", options.depth, "how much: brief, quick (the default) or full")
+      ->transform(CLI::CheckedTransformer(depths));
+  app.add_option("--time-limit", options.time_limit, "seconds for one call (2)")
+      ->check(CLI::PositiveNumber);
+  app.add_flag("--strict", options.strict, "accept no null, and no export that no host asks for");
+  app.add_flag("--json", selection.json, "one JSON object a line");
+  app.add_flag("--list", selection.list, "list the checks");
+}
+
+}  // namespace
+
+bool Selection::takes(const Check& check) const {
+  return takes_name(checks, check.name);
+}
+
+bool Selection::takes(const Target& target) const {
+  return takes_name(functions, target.function.name);
+}
+
+std::optional<Status> read_options(int argc, char** argv, Options& options, Selection& selection) {
+  CLI::App app("Checks that a function pack keeps the promises that hosts rely on.");
+  declare(app, options, selection);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kNothingFound : kNoPack;
+  }
+  if (selection.list) return std::nullopt;
+  if (options.pack.empty()) {
+    std::fputs("packcheck: which pack? See packcheck --help.\n", stderr);
+    return kNoPack;
+  }
+  options.pack_name = options.pack;
+  options.pack = std::filesystem::absolute(options.pack).string();
+  return std::nullopt;
+}
+
+}  // namespace packcheck

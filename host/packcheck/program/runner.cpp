@@ -1,0 +1,143 @@
+#include "host/packcheck/program/runner.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "host/packcheck/checks/survey.hpp"
+
+namespace packcheck {
+
+namespace {
+
+// How many calls of one function may end the process of one check.
+constexpr int kMostDeaths = 3;
+
+// The check under which the survey's crashes are reported: it makes sure of them.
+constexpr const char* kSurvives = "survives";
+
+std::string end_words(const End& end, double time_limit) {
+  std::string words;
+  switch (end.how) {
+    case End::hung:
+      words = fmt::format("did not return within {} s", time_limit);
+      break;
+    case End::exited:
+      words = fmt::format("ended the process with status {}", end.status);
+      break;
+    default:
+      words = fmt::format("crashed: {}", strsignal(end.status));
+  }
+  if (!end.detail.empty()) words += ", " + end.detail;
+  if (!end.inside) words += ", after the call had returned";
+  if (end.call < 0 && !end.doing.empty()) words += ", " + end.doing;
+  return words;
+}
+
+const char* end_rule(const End& end) {
+  return end.how == End::hung ? "hang" : end.how == End::exited ? "exit" : "crash";
+}
+
+}  // namespace
+
+void Runner::add(const std::string& check, Finding finding) {
+  finding.check = check;
+  const auto same = std::find_if(findings_.begin(), findings_.end(), [&](const Finding& f) {
+    return f.check == finding.check && f.function == finding.function && f.rule == finding.rule;
+  });
+  if (same == findings_.end()) {
+    findings_.push_back(std::move(finding));
+    return;
+  }
+  // A call of the list can be made again; one of the survey cannot.
+  finding.times += same->times;
+  if (same->call < 0 && finding.call >= 0)
+    *same = std::move(finding);
+  else
+    same->times = finding.times;
+}
+
+void Runner::add_end(const std::string& check, const Target* target, const End& end, int call) {
+  add(check, {.function = target == nullptr ? "" : target->function.name,
+              .rule = end_rule(end),
+              .message = end_words(end, options_.time_limit),
+              .arguments = end.call < 0 ? "" : end.doing,
+              .call = call});
+}
+
+std::vector<End> Runner::run_work(const std::string& check, const Target* target, Work work,
+                                  const Receive& receive) {
+  const std::set<int> skipped =
+      target == nullptr ? std::set<int>() : lethal_[target->function.name];
+  const std::vector<Target> targets = harmless();
+  std::vector<End> deaths;
+  int first_call = 0;
+  while (deaths.size() < kMostDeaths) {
+    const End end = run_in_process(
+        [&](Channel& channel) {
+          Session session(options_, channel, targets, target, skipped, first_call);
+          work(session);
+          channel.send({.kind = Message::calls, .number = session.calls_made});
+        },
+        [&](const Message& message) {
+          if (message.kind == Message::found) add(check, message.finding);
+          if (message.kind == Message::calls) calls_made_ += message.number;
+          receive(message);
+        },
+        options_.time_limit);
+    if (end.how == End::done) break;
+    deaths.push_back(end);
+    if (end.call < 0) break;
+    first_call = end.call + 1;
+  }
+  return deaths;
+}
+
+std::vector<Target> Runner::harmless() const {
+  std::vector<Target> found;
+  for (const Target& target : targets_)
+    if (const auto calls = lethal_.find(target.function.name);
+        calls == lethal_.end() || calls->second.empty())
+      found.push_back(target);
+  return found;
+}
+
+void Runner::survey() {
+  std::string failure;
+  const auto load = [&](const Message& message) {
+    if (message.kind == Message::failed) failure = message.text;
+    if (message.kind == Message::callable) targets_.push_back({message.function, {}});
+  };
+  for (const End& end : run_work(kSurvives, nullptr, list_functions, load))
+    add_end(kSurvives, nullptr, end, -1);
+  if (!failure.empty()) throw worksheet::PackError(failure);
+  for (Target& target : targets_) {
+    target.base = fallback_base(target.function);
+    const auto find = [&](const Message& message) {
+      if (message.kind != Message::taken) return;
+      target.base = first_attempts(target.function)[static_cast<std::size_t>(message.number)];
+      target.is_taken = true;
+    };
+    // The call of such an end is none of the list's.
+    for (const End& end : run_work(kSurvives, &target, find_base, find))
+      add_end(kSurvives, &target, end, -1);
+  }
+}
+
+void Runner::run(const Check& check, const Target* target) {
+  if (target != nullptr && given_up_.contains(target->function.name)) return;
+  const auto failed = [&](const Message& message) {
+    if (message.kind == Message::failed)
+      add(check.name, {.rule = "unchecked", .message = message.text});
+  };
+  const std::vector<End> deaths = run_work(check.name, target, check.run, failed);
+  for (const End& end : deaths) {
+    add_end(check.name, target, end, end.call);
+    if (target != nullptr) lethal_[target->function.name].insert(end.call);
+  }
+  if (target != nullptr && check.name == std::string(kSurvives) && deaths.size() == kMostDeaths)
+    given_up_.insert(target->function.name);
+}
+
+}  // namespace packcheck

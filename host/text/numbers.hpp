@@ -1,0 +1,15 @@
+// Numbers as worksheets and data files write them.
+#pragma once
+
+#include <complex>
+#include <optional>
+#include <string_view>
+
+namespace worksheet {
+
+// A decimal number, "inf" or "nan", with or without sign, whatever the locale; nothing else.
+std::optional<double> parse_real(std::string_view text);
+// The same, or "2i", "1+2i", "1-2j".
+std::optional<std::complex<double>> parse_number(std::string_view text);
+
+}  // namespace worksheet

@@ -1,0 +1,49 @@
+#include "host/worksheet/help/help.hpp"
+
+#include "host/text/text.hpp"
+#include "host/worksheet/engine/machine.hpp"
+
+namespace worksheet {
+
+namespace {
+
+// The function that the worksheet defines by that name; null if there is none.
+const Function* defined_function(const Machine& machine, const std::string& name) {
+  const Variable* const variable = machine.find_variable(name);
+  const bool found = variable != nullptr && has_kind(variable->value, kFunctionKind);
+  return found ? &function_of(variable->value) : nullptr;
+}
+
+}  // namespace
+
+std::optional<std::string> help_topic(std::string_view statement, const Machine& machine) {
+  constexpr std::string_view kHelp = "help";
+  const bool taken = machine.find_variable(std::string(kHelp)) != nullptr;
+  if (taken || !statement.starts_with(kHelp)) return std::nullopt;
+  const std::string_view topic = trimmed(statement.substr(kHelp.size()));
+  const bool apart = topic.empty() || topic.data() > statement.data() + kHelp.size();
+  if (!apart || topic.starts_with('=') || topic.starts_with('(')) return std::nullopt;
+  return std::string(topic.substr(0, topic.find('(')));
+}
+
+std::optional<HelpPage> help_page(const Machine& machine, const std::string& topic) {
+  HelpPage page;
+  const Function* const function = defined_function(machine, topic);
+  if (function != nullptr) {
+    page.kind = HelpPage::Kind::function;
+    page.definition = function->source->text;
+    page.line = function->source->line;
+    return page;
+  }
+  page.entries = whole_reference(machine);
+  if (topic.empty()) return page;
+  const ReferenceEntry* const entry = find_entry(page.entries, topic);
+  if (entry == nullptr) return std::nullopt;
+  page.kind = HelpPage::Kind::entry;
+  page.entries = {ReferenceEntry(*entry)};
+  for (const std::string& name : page.entries[0].names)
+    if (const Row* row = machine.find_row(name)) page.rows.push_back(row);
+  return page;
+}
+
+}  // namespace worksheet

@@ -1,0 +1,98 @@
+#include "host/worksheet/plot/draw.hpp"
+
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <numeric>
+
+#include "fmt/format.h"
+#include "host/efiutils/files.hpp"
+#include "host/text/text.hpp"
+#include "host/worksheet/engine/machine.hpp"
+#include "host/worksheet/plot/gnuplot.hpp"
+#include "host/worksheet/plot/plot_script.hpp"
+
+namespace worksheet {
+
+namespace {
+
+std::string description_of(const Picture& picture) {
+  switch (picture.kind) {
+    case Picture::Kind::heat_map:
+      return fmt::format("heat map of {} x {} elements", picture.rows, picture.cols);
+    case Picture::Kind::complex_plane:
+      return "eigenvalues in the complex plane";
+    case Picture::Kind::log_points:
+      return "singular values over a logarithmic axis";
+    default:
+      return counted(picture.curves.size(), "curve");
+  }
+}
+
+void write_picture(const Machine& machine, const PlotRequest& request, const std::string& content) {
+  const auto path = std::filesystem::path(machine.directory) / request.file;
+  if (const int error = efi::replace_file(path.lexically_normal().string(), content))
+    throw PlotArgumentError(request.file_span, fmt::format("{} cannot be written: {}", request.file,
+                                                           std::strerror(error)));
+}
+
+// Draws into the file that was asked for, and for a report.
+Drawn drawn(const Machine& machine, const PlotRequest& request, const Picture& picture) {
+  Drawn result = {request.file, "", description_of(picture)};
+  if (!request.file.empty()) {
+    const std::string script = gnuplot_script(picture, request.format);
+    write_picture(machine, request, run_gnuplot(script, &machine.interrupted));
+  }
+  if (machine.keeps_pictures)
+    result.svg = run_gnuplot(gnuplot_script(picture, PictureFormat::svg), &machine.interrupted);
+  return result;
+}
+
+void name_curves(Picture& picture) {
+  if (picture.curves.size() < 2) return;
+  for (std::size_t k = 0; k < picture.curves.size(); ++k)
+    if (picture.curves[k].name.empty()) picture.curves[k].name = fmt::format("curve {}", k + 1);
+}
+
+}  // namespace
+
+Value draw(Machine& machine, const Call& call, const Fill& fill) {
+  try {
+    PlotRequest request = read_plot_request(machine, call);
+    Picture picture;
+    picture.title = request.title;
+    picture.x_label = request.x_label;
+    picture.y_label = request.y_label;
+    if (const Value failure = fill(request, picture); is_error(failure)) return failure;
+    name_curves(picture);
+    machine.pictures.push_back(drawn(machine, request, picture));
+    return object_value(&kNoValue);
+  } catch (const PlotArgumentError& error) {
+    return machine.fail(error.span, error.what());
+  } catch (const PlotError& error) {
+    return machine.fail(call.span, error.what());
+  }
+}
+
+bool is_vector(const Value& v) {
+  return !is_matrix(v) || matrix(v)->rows == 1 || matrix(v)->cols == 1;
+}
+
+double origin_of(const Machine& machine) {
+  const Variable* const origin = machine.find_variable("ORIGIN");
+  return origin != nullptr && is_plain_real(origin->value) ? origin->value.re : 0.0;
+}
+
+std::vector<double> indices(double origin, std::size_t count) {
+  std::vector<double> result(count);
+  std::iota(result.begin(), result.end(), origin);
+  return result;
+}
+
+void require_point(const Picture::Curve& curve, const PlotRequest::Data& data) {
+  for (std::size_t k = 0; k < curve.x.size(); ++k)
+    if (std::isfinite(curve.x[k]) && std::isfinite(curve.y[k])) return;
+  throw PlotArgumentError(data.span, "has no point that can be drawn");
+}
+
+}  // namespace worksheet

@@ -1,0 +1,50 @@
+#include "host/worksheet/program/options.hpp"
+
+#include <CLI/CLI.hpp>
+
+namespace worksheet {
+
+namespace {
+
+void declare(CLI::App& app, Options& options) {
+  app.add_option("FILE", options.file, "The worksheet; - is standard input; none: interactive");
+  app.add_option("-e", options.expressions, "Evaluate EXPR, before FILE's statements")
+      ->type_name("EXPR")
+      ->allow_extra_args(false);
+  app.add_flag("--json", options.json, "Print one JSON object per statement");
+  app.add_option("--html", options.html, "Write a report of the worksheet to this file as well")
+      ->type_name("FILE");
+  app.add_option("--pack", options.packs, "Load this pack")
+      ->type_name("PATH")
+      ->allow_extra_args(false);
+  app.add_option("--functions", options.functions, "List the functions, or describe those named")
+      ->type_name("[NAME]")
+      ->expected(0, -1);
+  app.add_option("--register", options.register_path, "Enter a pack into the catalogue")
+      ->type_name("PATH");
+  app.add_option("--unregister", options.unregister_path, "Remove a pack from the catalogue")
+      ->type_name("PATH");
+  app.add_flag("--packs", options.list_packs, "List the packs of the catalogue");
+  app.add_option("--digits", options.digits, "Show numbers with N significant digits")
+      ->type_name("N")
+      ->check(CLI::Range(1, 17));
+  app.add_flag("--all", options.all, "Show every row and column of long matrices");
+  app.set_version_flag("--version", "worksheet " WORKSHEET_VERSION);
+}
+
+}  // namespace
+
+std::optional<Status> read_options(int argc, char** argv, Options& options) {
+  CLI::App app("Evaluates worksheets with the functions of loadable packs.", "worksheet");
+  declare(app, options);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kAllWell : kWrongUsage;
+  }
+  options.list_functions = app.count("--functions") > 0;
+  std::erase(options.functions, "");  // What the option holds where no name follows it.
+  return std::nullopt;
+}
+
+}  // namespace worksheet

@@ -1,0 +1,33 @@
+// The command line.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/worksheet/output/display_options.hpp"
+
+namespace worksheet {
+
+struct Options {
+  std::vector<std::string> expressions;
+  std::string file;
+  std::string html;
+  std::vector<std::string> packs;
+  std::string register_path, unregister_path;
+  bool json = false;
+  bool all = false;
+  bool list_functions = false;
+  std::vector<std::string> functions;  // To be described; none: all are listed.
+  bool list_packs = false;
+  int digits = DisplayOptions().digits;
+};
+
+// The exit status of the program.
+enum Status { kAllWell = 0, kSomeError = 1, kWrongUsage = 2 };
+
+// Reads the options. Gives the status with which to end at once: help was asked for, or the usage
+// is wrong; either has been said.
+std::optional<Status> read_options(int argc, char** argv, Options& options);
+
+}  // namespace worksheet

@@ -1,0 +1,37 @@
+// What came of a statement: data that every output shows in its own way.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/efiutils/store.hpp"
+#include "host/worksheet/engine/drawn.hpp"
+#include "host/worksheet/engine/source.hpp"
+#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/help/help.hpp"
+
+namespace worksheet {
+
+// Its values, pages and places live until the next statement is run.
+struct Outcome {
+  const Source* source = nullptr;
+  int line = 0;                       // Of the statement, or of what is wrong with its form.
+  std::vector<std::string> names;     // That it assigns or defines.
+  Value value = {};                   // A function value for a definition.
+  const efi::Store* store = nullptr;  // Of the value: it knows the parts of a joined one.
+  bool is_definition = false;
+  Place place;                   // Of an error value; without a source where that is not known.
+  std::vector<Drawn> pictures;   // In the order in which they were drawn.
+  std::optional<HelpPage> help;  // Of a statement that asks for help.
+  std::string syntax_message;    // Empty unless the text is no statement...
+  std::size_t column = 0;        // ... and then the place,
+  std::size_t offset = 0;        // also as an offset in the statement's text.
+  double seconds = 0.0;          // That it took.
+
+  bool is_syntax_error() const { return !syntax_message.empty(); }
+  bool failed() const { return is_syntax_error() || is_error(value); }
+  bool is_place_known() const { return place.error == value.object && place.source != nullptr; }
+};
+
+}  // namespace worksheet
