@@ -19,7 +19,6 @@ namespace {
 using matrix_pack::KernelSet;
 using test::Call;
 using test::TestHost;
-using Words = std::vector<std::uint64_t>;
 
 // Of processor time; sanitizers slow a call down.
 #if defined(MATRIX_SANITIZED)
@@ -56,42 +55,16 @@ Choices read_choices(ByteReader& in) {
   return choices;
 }
 
-Call read_call(int choice, EfiCallContext* context, Values& values, ByteReader& in) {
-  constexpr int kExports = 7;
-  choice %= kRowCount + kExports;
-  if (choice < kRowCount) {
-    const FunctionEntry& row = theEfi[choice];
-    std::vector<Anyval*> a(static_cast<std::size_t>(row.signature->argument_count));
-    for (Anyval*& value : a) value = values.any();
+Call read_call(int choice, const std::vector<calls::Function>& functions, Values& values) {
+  const calls::Function& function = functions[static_cast<std::size_t>(choice) % functions.size()];
+  calls::Arguments a(function.argument_count);
+  a[0] = values.of_kind(function.takes);
+  for (std::size_t k = 1; k < a.size(); ++k) {
     // The host passes numbers for the worksheet variables.
-    if (row.context != nullptr) a.back() = values.scalar();
-    return {row.name->text, a, [=, &row] { return test::apply_row(row, context, a); }};
+    const bool variable = k + 1 == a.size() && function.reads_variable;
+    a[k] = variable ? values.scalar() : values.any();
   }
-  if (choice == kRowCount) {
-    Anyval* a = values.any();
-    return {"inv", {a}, [=] { return inv(context, a); }};
-  }
-  if (choice == kRowCount + 1) {
-    const int n = in.below(50);
-    return {"identity of an order", {}, [=] { return identity(context, n); }};
-  }
-  if (choice == kRowCount + 2) {
-    aComplex* n = values.scalar();
-    return {"identity of a number", {n}, [=] { return identity(context, n); }};
-  }
-  aMatrix* a = values.matrix();
-  if (choice == kRowCount + 3) return {"inv of a matrix", {a}, [=] { return inv(context, a); }};
-  if (choice == kRowCount + 4)
-    return {"eigenvecs of a matrix", {a}, [=] { return eigenvecs(context, a); }};
-  const double number = in.number();
-  if (choice == kRowCount + 5)
-    return {"eigenvals of a matrix", {a}, [=] { return eigenvals(context, a, number); }};
-  const bool relative_test = number != 0.0;
-  return {"cinv", {a}, [=]() -> Anyval* {
-            aMatrix* inverse = nullptr;
-            const char* message = cinv(context, a, &inverse, relative_test);
-            return message == nullptr ? inverse : mkError(context, message, 0);
-          }};
+  return {function.name, &function, a};
 }
 
 double thread_seconds() {
@@ -110,7 +83,7 @@ class Checks {
  public:
   Checks(TestHost& host, const Call& call, const Choices& choices)
       : host_(host), call_(call), choices_(choices) {
-    for (Anyval* a : call.arguments) before_.push_back(test::words_of(a, host));
+    for (Anyval* a : call.arguments) before_.push_back(calls::bits_of(host.store(), a));
   }
 
   // Runs the call; the first thing that went wrong, in words, stays in `complaint`.
@@ -132,7 +105,7 @@ class Checks {
     expect(host_.evaluator().depth() == 0, "left the evaluator bracket open");
     for (const std::string& said : host_.evaluator().complaints) expect(false, said);
     for (std::size_t k = 0; k < before_.size(); ++k)
-      expect(test::words_of(call_.arguments[k], host_) == before_[k],
+      expect(calls::bits_of(host_.store(), call_.arguments[k]) == before_[k],
              "changed argument " + std::to_string(k + 1));
     check_result(outcome);
     return outcome;
@@ -165,7 +138,7 @@ class Checks {
   // An identity matrix that outgrows the sizes is refused without asking for memory.
   bool is_identity_beyond_sizes() const {
     constexpr double kLargest = 23170;  // Its elements take nearly 2^32 bytes.
-    if (call_.name != "identity" && call_.name != "identity of a number") return false;
+    if (call_.name != "identity" && call_.name != "identity scalar") return false;
     const Anyval* const n = call_.arguments[0];
     return n->kind == kScalarKind && static_cast<const aComplex*>(n)->re > kLargest;
   }
@@ -173,8 +146,10 @@ class Checks {
   void check_result(const Outcome& outcome) {
     const Anyval* const value = outcome.value;
     if (value == nullptr) {
-      // `reverse` has nothing to return where there are no elements to move.
-      const bool nothing = call_.name == "reverse" && has_matrix_without(&aMatrix::re);
+      // `reverse` has nothing to return where there are no elements to move, an export that no
+      // call is made of.
+      const bool nothing = (call_.name == "reverse" && has_matrix_without(&aMatrix::re)) ||
+                           call_.function->takes == kMatrixKind;
       const bool no_record = call_.name == "submatrix" && outcome.short_of_memory;
       expect(nothing || no_record, "returned null");
       return;
@@ -226,34 +201,8 @@ class Checks {
   TestHost& host_;
   const Call& call_;
   const Choices& choices_;
-  std::vector<Words> before_;
+  std::vector<std::uint64_t> before_;
 };
-
-// A digest of a value's words. Which NaN comes of two is the processor's and the compiler's choice.
-std::uint64_t digest(const Words& words) {
-  std::uint64_t hash = 14695981039346656037u;
-  for (std::uint64_t word : words) {
-    const bool nan = (word & 0x7FF0000000000000u) == 0x7FF0000000000000u && word << 12 != 0;
-    hash = (hash ^ (nan ? 0x7FF8000000000000u : word)) * 1099511628211u;
-    hash ^= hash >> 32;
-  }
-  return hash;
-}
-
-// The words of a value in which a nested element is nothing but a NaN. Where two NaNs meet, the
-// result is one of them, and which one is the compiler's choice: a function that computes with
-// nested elements hands on some of them, not everywhere the same.
-Words words_as_numbers(const Anyval* value, TestHost& host) {
-  if (value == nullptr || value->kind != kMatrixKind) return test::words_of(value, host);
-  const auto& m = *static_cast<const aMatrix*>(value);
-  Words words = {static_cast<std::uint64_t>(m.rows), static_cast<std::uint64_t>(m.cols)};
-  for (const double* part : {m.re, m.im}) {
-    words.push_back(part != nullptr);
-    for (std::size_t k = 0; part != nullptr && k < m.byte_size / 8; ++k)
-      words.push_back(std::bit_cast<std::uint64_t>(part[k]));
-  }
-  return words;
-}
 
 bool holds_nested(const Anyval* value) {
   return value->kind == kMatrixKind && static_cast<const aMatrix*>(value)->flags & kHoldsNested;
@@ -267,7 +216,8 @@ std::string check_handlers(Bytes input) {
   host.scalar(0);  // The host takes memory for its records now, not during the call.
   Values values(host, in);
   const Choices choices = read_choices(in);
-  const Call call = read_call(choices.row, host.context(), values, in);
+  const std::vector<calls::Function> functions = calls::functions(host.context());
+  const Call call = read_call(choices.row, functions, values);
   Checks checks(host, call, choices);
 
   const bool with_nested = std::any_of(call.arguments.begin(), call.arguments.end(), holds_nested);
@@ -277,8 +227,9 @@ std::string check_handlers(Bytes input) {
     values.rewind();
     const long blocks = test::live_blocks();
     const Outcome outcome = checks.run(failing_allocation);
-    const std::uint64_t bits = digest(with_nested ? words_as_numbers(outcome.value, host)
-                                                  : test::words_of(outcome.value, host));
+    // Where two NaNs meet, the result is one of them, and which one is the compiler's choice: a
+    // function that computes with nested elements hands on some of them, not everywhere the same.
+    const std::uint64_t bits = calls::bits_of(host.store(), outcome.value, !with_nested);
     host.store().collect(call.arguments, mark);
     const long left = test::live_blocks() - blocks;
     checks.expect(left == 0, "left " + std::to_string(left) + " blocks behind");

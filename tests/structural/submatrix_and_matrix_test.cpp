@@ -112,9 +112,9 @@ TEST_F(Blocks, SubmatrixOfANestedElementIsItsValue) {
 
 TEST_F(Blocks, MatrixCountsFromZeroAndCallsTheCornerTwice) {
   std::vector<std::pair<double, double>> calls;
-  Anyval* sum = host.function([&](Anyval* i, Anyval* j) {
-    calls.emplace_back(real_number(i), real_number(j));
-    return host.scalar(calls.back().first + 10 * calls.back().second);
+  Anyval* sum = host.function([&](double i, double j) {
+    calls.emplace_back(i, j);
+    return host.scalar(i + 10 * j);
   });
   aMatrix* m = as_result_matrix(matrix(context, host.scalar(2), host.scalar(3), sum));
   expect_matrix(m, {{0, 10, 20}, {1, 11, 21}});
@@ -123,15 +123,14 @@ TEST_F(Blocks, MatrixCountsFromZeroAndCallsTheCornerTwice) {
                                                         {1, 0}, {1, 1}, {1, 2}};
   EXPECT_EQ(calls, order);
 
-  Anyval* complex = host.function(
-      [&](Anyval* i, Anyval* j) { return host.scalar(1, real_number(i) * real_number(j)); });
+  Anyval* complex = host.function([&](double i, double j) { return host.scalar(1, i * j); });
   expect_complex_matrix(matrix(context, host.scalar(2), host.scalar(2), complex),
                         {{1, 1}, {1, {1, 1}}});
 }
 
 TEST_F(Blocks, MatrixChecksItsSizes) {
   Anyval* one = host.scalar(1);
-  Anyval* f = host.function([=](Anyval*, Anyval*) { return one; });
+  Anyval* f = host.function([=](double, double) { return one; });
   Anyval* two = host.scalar(2);
   expect_error(matrix(context, f, f, two), "non-scalar value", 0, 1);
   expect_error(matrix(context, two, f, two), "non-scalar value", 0, 2);
@@ -168,8 +167,8 @@ TEST_F(Blocks, MatrixPassesOnWhatItsFunctionReturns) {
   Anyval* two = host.scalar(2);
   Anyval* own = mkError(context, "own words", 7);
   const auto with = [&](Anyval* at_corner, Anyval* later) {
-    return matrix(context, two, two, host.function([=](Anyval* i, Anyval* j) {
-      return real_number(i) + real_number(j) == 0 ? at_corner : later;
+    return matrix(context, two, two, host.function([=](double i, double j) {
+      return i + j == 0 ? at_corner : later;
     }));
   };
   expect_error(with(own, two), "own words", 0, 3);
@@ -177,9 +176,9 @@ TEST_F(Blocks, MatrixPassesOnWhatItsFunctionReturns) {
   expect_error(with(square, two), "non-scalar value", 0, 3);
   expect_error(with(two, square), "non-scalar value", 0, 3);
   // A function may call `matrix` itself.
-  Anyval* ones = host.function([&](Anyval*, Anyval*) { return host.scalar(1); });
-  Anyval* outer = host.function([&](Anyval* i, Anyval*) {
-    aMatrix* m = as_result_matrix(matrix(context, host.scalar(real_number(i) + 1), two, ones));
+  Anyval* ones = host.function([&](double, double) { return host.scalar(1); });
+  Anyval* outer = host.function([&](double i, double) {
+    aMatrix* m = as_result_matrix(matrix(context, host.scalar(i + 1), two, ones));
     return host.scalar(m->rows);
   });
   expect_matrix(matrix(context, two, two, outer), {{1, 1}, {2, 2}});
@@ -192,7 +191,7 @@ TEST_F(Blocks, EveryAllocationMayFail) {
   Anyval* one_i = host.scalar(1, 1);
   aMatrix* a = host.complex_matrix({{1, {2, 3}}, {4, 5}});
   aMatrix* nested = host.nested(1, 1, {host.scalar(3, 4)});
-  Anyval* f = host.function([=](Anyval*, Anyval*) { return one_i; });
+  Anyval* f = host.function([=](double, double) { return one_i; });
   const auto check = [&](Anyval* value, int) {
     // The imaginary part of a nested scalar is stored by the lazy rule, whose failure is a throw.
     if (value == sError_OutOfMemory) return;

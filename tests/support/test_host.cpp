@@ -3,7 +3,6 @@
 #include <cstring>
 #include <limits>
 #include <new>
-#include <sstream>
 
 #include "host/efiutils/fault_translation.hpp"
 #include "pack/frame/fp_control.hpp"
@@ -48,21 +47,14 @@ unsigned byte_size(int rows, int cols) {
 
 }  // namespace
 
-TestHost::TestHost() : context_{&store_, &evaluator_} {
+TestHost::TestHost() {
   efi::install_fault_translation();
-  store_.refuse = allocation_fails;
-  evaluator_.apply_function = [](Anyval* function, const sCons* arguments) -> Anyval* {
-    const auto& body = *static_cast<Function*>(static_cast<efi::aFunction*>(function)->body);
-    auto value = [](const sCons* cell) {
-      return static_cast<Anyval*>(const_cast<void*>(cell->car));
-    };
-    return body(value(arguments), value(arguments->cdr));
-  };
+  store().refuse = allocation_fails;
 }
 
 TestHost::~TestHost() {
-  EXPECT_EQ(evaluator_.depth(), 0u) << "the pack left evaluator frames open";
-  for (const std::string& complaint : evaluator_.complaints)
+  EXPECT_EQ(evaluator().depth(), 0u) << "the pack left evaluator frames open";
+  for (const std::string& complaint : evaluator().complaints)
     ADD_FAILURE() << "the pack " << complaint;
 }
 
@@ -78,7 +70,7 @@ aMatrix* TestHost::matrix(Rows rows) {
 
 aMatrix* TestHost::matrix(int rows, int cols, const std::vector<double>& column_major) {
   EXPECT_EQ(column_major.size() * 8, byte_size(rows, cols));
-  return aMatrix::mk(&store_, rows, cols, part(column_major), nullptr, byte_size(rows, cols));
+  return aMatrix::mk(&store(), rows, cols, part(column_major), nullptr, byte_size(rows, cols));
 }
 
 aMatrix* TestHost::column(const std::vector<double>& elements) {
@@ -96,17 +88,17 @@ aMatrix* TestHost::complex_matrix(int rows, int cols, const std::vector<Complex>
     re.push_back(z.real());
     im.push_back(z.imag());
   }
-  return aMatrix::mk(&store_, rows, cols, part(re), part(im), byte_size(rows, cols));
+  return aMatrix::mk(&store(), rows, cols, part(re), part(im), byte_size(rows, cols));
 }
 
 aMatrix* TestHost::imaginary(Rows rows) {
   const int n = to_int(rows.size());
   const int cols = columns(rows);
-  return aMatrix::mk(&store_, n, cols, nullptr, part(by_columns(rows)), byte_size(n, cols));
+  return aMatrix::mk(&store(), n, cols, nullptr, part(by_columns(rows)), byte_size(n, cols));
 }
 
 aMatrix* TestHost::lean(int rows, int cols) {
-  return aMatrix::mk(&store_, rows, cols, nullptr, nullptr, byte_size(rows, cols));
+  return aMatrix::mk(&store(), rows, cols, nullptr, nullptr, byte_size(rows, cols));
 }
 
 aMatrix* TestHost::nested(int rows, int cols, const std::vector<Anyval*>& column_major) {
@@ -118,20 +110,15 @@ aMatrix* TestHost::nested(int rows, int cols, const std::vector<Anyval*>& column
 }
 
 aComplex* TestHost::scalar(double re, double im) {
-  return store_.new_scalar(re, im);
+  return store().new_scalar(re, im);
 }
 
 aString* TestHost::string(const char* text) {
-  return store_.new_string(text);
-}
-
-Anyval* TestHost::function(Function body) {
-  functions_.push_back(std::make_unique<Function>(std::move(body)));
-  return store_.new_function(functions_.back().get());
+  return store().new_string(text);
 }
 
 std::vector<aMatrix*> TestHost::parts(const Anyval* joined) {
-  const auto span = store_.parts(joined);
+  const auto span = store().parts(joined);
   return {span.begin(), span.end()};
 }
 
@@ -242,33 +229,6 @@ void expect_fault(Anyval* value, const std::string& word, Where where) {
 void expect_out_of_memory(Anyval* value, Where where) {
   if (value != sError_OutOfMemory)
     fail_at(where, "not the value for exhausted memory: " + describe(value));
-}
-
-std::string describe(const Anyval* value) {
-  if (value == nullptr) return "null";
-  std::ostringstream text;
-  text.precision(17);
-  if (value->kind == kScalarKind) {
-    const auto* z = static_cast<const aComplex*>(value);
-    text << "number (" << z->re << ", " << z->im << ")";
-  } else if (value->kind == kErrorKind) {
-    const auto* e = static_cast<const aError*>(value);
-    text << "error \"" << e->message->text << "\" mark " << e->mark << " argument " << e->arg;
-  } else if (value->kind == kMatrixKind) {
-    const auto* m = static_cast<const aMatrix*>(value);
-    text << m->rows << " x " << m->cols << (m->im != nullptr ? " complex" : "") << " matrix";
-    constexpr int kShown = 12;
-    for (int i = 0; i < m->rows && m->rows <= kShown && m->cols <= kShown; ++i) {
-      text << "\n ";
-      for (int j = 0; j < m->cols; ++j) {
-        text << ' ' << re(m, i, j);
-        if (m->im != nullptr) text << std::showpos << im(m, i, j) << 'i' << std::noshowpos;
-      }
-    }
-  } else {
-    text << "value of kind " << value->kind;
-  }
-  return text.str();
 }
 
 Snapshot::Snapshot(const aMatrix* matrix)

@@ -15,13 +15,14 @@
 #include <string>
 #include <vector>
 
-#include "host/efiutils/evaluator.hpp"
-#include "host/efiutils/store.hpp"
 #include "pack/host_interface.hpp"
+#include "tests/calls/host.hpp"
+#include "tests/calls/outcome.hpp"
 #include "tests/support/allocation_faults.hpp"
 
 namespace test {
 
+using calls::describe;
 using Complex = std::complex<double>;
 using Rows = std::initializer_list<std::initializer_list<double>>;
 using ComplexRows = std::initializer_list<std::initializer_list<Complex>>;
@@ -43,10 +44,10 @@ class TestHost {
   TestHost(const TestHost&) = delete;
   TestHost& operator=(const TestHost&) = delete;
 
-  EfiCallContext* context() { return &context_; }
-  IqlAllocator* allocator() { return &store_; }
-  efi::Store& store() { return store_; }
-  efi::Evaluator& evaluator() { return evaluator_; }
+  calls::Host& base() { return base_; }
+  EfiCallContext* context() { return &base_.context; }
+  efi::Store& store() { return base_.store; }
+  efi::Evaluator& evaluator() { return base_.evaluator; }
 
   // --- Values. The real array is present in all that do not say otherwise. ---
 
@@ -64,22 +65,18 @@ class TestHost {
   aComplex* scalar(double re, double im = 0.0);
   aString* string(const char* text);
   // A function value; `body` is called with the two indices that `matrix` passes.
-  using Function = std::function<Anyval*(Anyval* i, Anyval* j)>;
-  Anyval* function(Function body);
+  Anyval* function(calls::Host::Body body) { return base_.function(std::move(body)); }
 
   // The matrices of which a joined value was made; empty for any other value.
   std::vector<aMatrix*> parts(const Anyval* joined);
 
   // Values that exist now.
-  std::size_t live_values() const { return store_.size(); }
+  std::size_t live_values() const { return base_.store.size(); }
 
  private:
   double* part(const std::vector<double>& elements);
 
-  efi::Store store_;
-  efi::Evaluator evaluator_;
-  EfiCallContext context_;
-  std::vector<std::unique_ptr<Function>> functions_;
+  calls::Host base_;
 };
 
 // --- Reading results. Each fails the test, and gives an empty or NaN result, on another kind. ---
@@ -111,9 +108,6 @@ void expect_error(Anyval* value, const std::string& message, int mark, int arg,
 void expect_fault(Anyval* value, const std::string& word, Where where = Where::here());
 // Expects the host's ready-made value for exhausted memory.
 void expect_out_of_memory(Anyval* value, Where where = Where::here());
-
-// A few words about a value, for messages.
-std::string describe(const Anyval* value);
 
 // The bits of a matrix, to show that a call left its argument alone.
 class Snapshot {

@@ -23,13 +23,14 @@ constexpr bool kSanitized = true;
 constexpr bool kSanitized = false;
 #endif
 
-using Results = std::vector<std::vector<std::uint64_t>>;
+using Results = std::vector<std::uint64_t>;
 
 // The results of all calls of a corpus of its own, and so of a context of its own.
 Results all_results() {
   CallCorpus corpus;
   Results results;
-  for (const Call& call : corpus.calls()) results.push_back(words_of(call.run(), corpus.host));
+  for (const Call& call : corpus.calls())
+    results.push_back(calls::bits_of(corpus.host.store(), call.run()));
   return results;
 }
 
@@ -107,7 +108,7 @@ TEST(Robustness, ThePackMayBeLoadedAndUnloadedAThousandTimes) {
     ASSERT_NE(pack, nullptr) << dlerror();
     const auto* table = static_cast<const FunctionEntry*>(dlsym(pack, "theEfi"));
     ASSERT_NE(table, nullptr);
-    expect_number(apply_row(table[10], host.context(), {square}), 5);
+    expect_number(calls::apply_row(table[10], host.context(), {square}), 5);
     ASSERT_EQ(dlclose(pack), 0);
   }
 }
