@@ -65,6 +65,21 @@ double element(Draft& d, Structure structure, bool imaginary, int i, int j) {
       return where(!imaginary);
     case Structure::triangular:
       return i == j ? i + 1.0 : where(i < j);
+    case Structure::hidden_triangular:
+      i = (5 * i + 2) % d.rows, j = (5 * j + 2) % d.cols;
+      return i == j ? i + 1.0 : where(i < j);
+    case Structure::block_triangular:
+      return where(i <= j || (j >= d.rows / 4 && i < d.rows - d.rows / 4));
+    case Structure::lower:
+      return where(i >= j);
+    case Structure::bidiagonal:
+      return where(i == j || j == i + 1);
+    case Structure::bidiagonal_gaps:
+      return where((i == j && i % 4 != 2) || j == i + 1);
+    case Structure::blocks:
+      return where(i / 3 == j / 3);
+    case Structure::badly_scaled:
+      return d.next() * power_of_two(40 * (j - i) / std::max(d.rows, d.cols));
     case Structure::tridiagonal:
       return where(i <= j + 1 && j <= i + 1);
     case Structure::companion:
@@ -88,6 +103,18 @@ double element(Draft& d, Structure structure, bool imaginary, int i, int j) {
       return i == j ? 2.0 : 1.0;
     case Structure::permutation:
       return (3 * i + 1) % d.rows == j ? 1.0 : 0.0;
+    case Structure::circulant:
+      return 1.0 / (1 + (j - i + d.rows) % d.rows);
+    case Structure::hilbert:
+      return 1.0 / (i + j + 1);
+    case Structure::clement:
+      return j == i + 1 ? i + 1.0 : i == j + 1 ? d.rows - i : 0.0;
+    case Structure::frank:
+      return i > j + 1 ? 0.0 : d.rows - std::max(i, j);
+    case Structure::grcar:
+      return i == j + 1 ? -1.0 : i <= j && j <= i + 3 ? 1.0 : 0.0;
+    case Structure::rotations:
+      return i / 2 != j / 2 ? 0.0 : i == j ? 0.6 : i < j ? -0.8 : 0.8;
     default:
       return d.next();
   }
@@ -162,6 +189,10 @@ double Draft::next() {
       return random.unit() * 0x1p1022;
     case Source::large:
       return random.unit() * 0x1p700;
+    case Source::big:
+      return random.unit() * 0x1p233;
+    case Source::small:
+      return random.unit() * 0x1p-233;
     case Source::tiny:
       return random.unit() * 0x1p-1000;
     case Source::denormal:
@@ -179,6 +210,51 @@ double Draft::next() {
     default:
       return random.unit();
   }
+}
+
+const char* name_of(Source source) {
+  constexpr const char* kNames[kSources] = {
+      "random",       "integers", "zeros",        "-0.0", "all equal", "huge",
+      "large",        "big",      "small",        "tiny", "denormal",  "around 1e104",
+      "around 1e307", "all NaN",  "all infinite", "mixed"};
+  return kNames[static_cast<int>(source)];
+}
+
+const char* name_of(Structure structure) {
+  constexpr const char* kNames[kStructures] = {"",
+                                               "plain",
+                                               "no imaginary part",
+                                               "symmetric",
+                                               "skew",
+                                               "dominant",
+                                               "definite",
+                                               "deficient",
+                                               "triangular",
+                                               "hidden triangular",
+                                               "block triangular",
+                                               "lower triangular",
+                                               "tridiagonal",
+                                               "bidiagonal",
+                                               "bidiagonal with gaps",
+                                               "blocks",
+                                               "companion",
+                                               "graded",
+                                               "steep",
+                                               "badly scaled",
+                                               "with a zero row",
+                                               "with a zero column",
+                                               "identity",
+                                               "Jordan",
+                                               "cyclic",
+                                               "clustered",
+                                               "permutation",
+                                               "circulant",
+                                               "Hilbert",
+                                               "Clement",
+                                               "Frank",
+                                               "Grcar",
+                                               "rotations"};
+  return kNames[static_cast<int>(structure)];
 }
 
 void fill(Draft& draft, Structure structure) {

@@ -22,6 +22,22 @@ bool is_among(std::initializer_list<const char*> names, const std::string& name)
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+// Calls a row's handler with as many arguments as its signature has.
+Anyval* apply_row(const FunctionEntry& row, Context c, const Arguments& a) {
+  const AnyHandler f = row.handler;
+  switch (a.size()) {
+    case 1:
+      return reinterpret_cast<V (*)(Context, V)>(f)(c, a[0]);
+    case 2:
+      return reinterpret_cast<V (*)(Context, V, V)>(f)(c, a[0], a[1]);
+    case 3:
+      return reinterpret_cast<V (*)(Context, V, V, V)>(f)(c, a[0], a[1], a[2]);
+    default:
+      return reinterpret_cast<V (*)(Context, V, V, V, V, V, V)>(f)(c, a[0], a[1], a[2], a[3], a[4],
+                                                                   a[5]);
+  }
+}
+
 // The exports of this form take a matrix, not any value; null stands for the call not made.
 template <class Call>
 Function on_matrix(const char* name, Call call) {
@@ -80,22 +96,13 @@ std::vector<Arguments> odd_arguments(const Function& function, Values& values) {
   return all;
 }
 
-}  // namespace
-
-Anyval* apply_row(const FunctionEntry& row, Context c, const Arguments& a) {
-  const AnyHandler f = row.handler;
-  switch (a.size()) {
-    case 1:
-      return reinterpret_cast<V (*)(Context, V)>(f)(c, a[0]);
-    case 2:
-      return reinterpret_cast<V (*)(Context, V, V)>(f)(c, a[0], a[1]);
-    case 3:
-      return reinterpret_cast<V (*)(Context, V, V, V)>(f)(c, a[0], a[1], a[2]);
-    default:
-      return reinterpret_cast<V (*)(Context, V, V, V, V, V, V)>(f)(c, a[0], a[1], a[2], a[3], a[4],
-                                                                   a[5]);
-  }
+bool is_guarded(const std::string& name) {
+  return is_among({"rows", "cols", "tr", "submatrix", "cond2", "conde", "condi", "eigenvals",
+                   "eigenvecs", "genvals", "genvecs", "norme", "normi", "svd", "inv any"},
+                  name);
 }
+
+}  // namespace
 
 std::vector<Function> functions(EfiCallContext* c) {
   std::vector<Function> all;
@@ -120,6 +127,7 @@ std::vector<Function> functions(EfiCallContext* c) {
   all.push_back(on_matrix("eigenvecs matrix", [c](aMatrix* m) -> V {
     return m->rows == m->cols ? eigenvecs(c, m) : nullptr;
   }));
+  for (Function& function : all) function.is_guarded = is_guarded(function.name);
   return all;
 }
 
@@ -152,12 +160,6 @@ std::vector<Arguments> arguments_with(const std::string& name, Values& values, a
     return all;
   }
   return {{m}};
-}
-
-bool is_guarded(const std::string& name) {
-  return is_among({"rows", "cols", "tr", "submatrix", "cond2", "conde", "condi", "eigenvals",
-                   "eigenvecs", "genvals", "genvecs", "norme", "normi", "svd", "inv any"},
-                  name);
 }
 
 bool moves_elements(const std::string& name) {

@@ -19,17 +19,12 @@ struct Function {
   std::int32_t takes;  // The kind of its first argument; kAnyKind where it takes any.
   std::function<Anyval*(const Arguments&)> call;
   bool reads_variable = false;  // Its last argument is a number of the worksheet's.
+  bool is_guarded = false;      // It runs under the guard: an arithmetic fault is an error value.
 };
 inline constexpr std::int32_t kAnyKind = -1;
 
-// Calls a row's handler with as many arguments as its signature has.
-Anyval* apply_row(const FunctionEntry& row, EfiCallContext* context, const Arguments& arguments);
-
 // The rows of the table through their handlers, then the exports that are not rows.
 std::vector<Function> functions(EfiCallContext* context);
-
-// Whether it runs under the guard, where an arithmetic fault is an error value.
-bool is_guarded(const std::string& name);
 
 // Whether it moves elements whole and does not compute with them: nested ones stay nested.
 bool moves_elements(const std::string& name);

@@ -47,7 +47,7 @@ std::vector<std::string> digest_of(const Function& function, Values& values,
   const Visit add = [&](const std::string& what, const Arguments& arguments) {
     const Anyval* const value = function.call(arguments);
     Hash outcome;
-    const char* const word = is_guarded(function.name) ? fault_word(value) : nullptr;
+    const char* const word = function.is_guarded ? fault_word(value) : nullptr;
     if (word != nullptr) {
       ++faults;
       outcome.text("arithmetic fault");

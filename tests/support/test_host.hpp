@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,10 @@ namespace test {
 
 using calls::describe;
 using Complex = std::complex<double>;
+
+inline constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+inline constexpr double kInf = std::numeric_limits<double>::infinity();
+
 using Rows = std::initializer_list<std::initializer_list<double>>;
 using ComplexRows = std::initializer_list<std::initializer_list<Complex>>;
 
@@ -74,9 +79,16 @@ class TestHost {
   std::size_t live_values() const { return base_.store.size(); }
 
  private:
-  double* part(const std::vector<double>& elements);
+  aMatrix* make(int rows, int cols, const std::vector<double>* re, const std::vector<double>* im);
 
   calls::Host base_;
+};
+
+// A test in a host of its own.
+class InHost : public ::testing::Test {
+ protected:
+  TestHost host;
+  EfiCallContext* const c = host.context();
 };
 
 // --- Reading results. Each fails the test, and gives an empty or NaN result, on another kind. ---
@@ -108,36 +120,5 @@ void expect_error(Anyval* value, const std::string& message, int mark, int arg,
 void expect_fault(Anyval* value, const std::string& word, Where where = Where::here());
 // Expects the host's ready-made value for exhausted memory.
 void expect_out_of_memory(Anyval* value, Where where = Where::here());
-
-// The bits of a matrix, to show that a call left its argument alone.
-class Snapshot {
- public:
-  explicit Snapshot(const aMatrix* matrix);
-  bool unchanged() const;
-
- private:
-  const aMatrix* matrix_;
-  aMatrix record_;
-  std::vector<std::uint64_t> re_, im_;
-};
-
-// Calls `call` again and again, failing its 1st, 2nd, 3rd... allocation, until none fails. `check`
-// receives each result that came about with a failure and the number of the allocation. Returns the
-// result without one.
-template <class Call, class Check>
-auto with_failing_allocations(Call call, Check check, Failing failing = Failing::once) {
-  constexpr int kMost = 100000;
-  for (int nth = 1;; ++nth) {
-    bool happened;
-    auto result = [&] {
-      AllocationFaults faults(nth, failing);
-      auto value = call();
-      happened = faults.happened();
-      return value;
-    }();
-    if (!happened || nth == kMost) return result;
-    check(result, nth);
-  }
-}
 
 }  // namespace test

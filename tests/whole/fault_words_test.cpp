@@ -9,8 +9,6 @@
 //                quotients divide by the larger part of the divisor
 //   eigenvals    divides only by what a test has found not to be zero, or by sums of magnitudes of
 //                which one is not
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <set>
 
@@ -20,8 +18,6 @@ namespace {
 
 using namespace test;
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kDenormal = std::numeric_limits<double>::denorm_min();
 
 constexpr const char* kInvalid = "floating point error";
@@ -41,7 +37,7 @@ const Case kCases[] = {
     {"tr", kInvalid, {{kInf, 0}, {0, -kInf}}},
     {"tr", kOverflow, {{1e308, 0}, {0, 1e308}}},
     {"norme", kOverflow, {{1e200}}},
-    {"normi", kInvalid, {{kNaN}}},
+    {"normi", kInvalid, {{kNan}}},
     {"normi", kOverflow, {{1e308, 1e308}, {0, 1}}},
     {"cond2", kInvalid, {{1e-200, 1e-200}, {0, 1e-308}}},
     {"cond2", kOverflow, {{1e308}}},
@@ -50,9 +46,9 @@ const Case kCases[] = {
     {"conde", kOverflow, {{kDenormal}}},
     {"condi", kInvalid, {{kInf}}},
     {"condi", kOverflow, {{kDenormal}}},
-    {"eigenvals", kInvalid, {{{kNaN, 1}}}, {}, true},
+    {"eigenvals", kInvalid, {{{kNan, 1}}}, {}, true},
     {"eigenvals", kOverflow, {{2e154, 1e308}, {1e308, 1e154}}},
-    {"eigenvecs", kInvalid, {{{kNaN, 1}, 1}, {1, 1}}, {}, true},
+    {"eigenvecs", kInvalid, {{{kNan, 1}, 1}, {1, 1}}, {}, true},
     {"eigenvecs", kOverflow, {{{1.7e308, 1.7e308}}}, {}, true},
     {"eigenvecs", kZeroDivide, {{0, 1e-310}, {0, 0}}},
     {"genvals", kInvalid, {{1e-200, 1e-200}, {0, 1e-308}}, {{1, 0}, {0, 1}}},
@@ -67,12 +63,12 @@ const Case kCases[] = {
     {"inv any", kInvalid, {{kInf}}},
     {"inv any", kOverflow, {{kDenormal}}},
     // Of several rows that fail, the first one counts.
-    {"inv any", kSingular, {{0, 0}, {kNaN, 1}}},
-    {"inv any", kInvalid, {{kNaN, 1}, {0, 0}}},
-    {"inv any", kOverflow, {{kDenormal, 0}, {kNaN, 1}}},
+    {"inv any", kSingular, {{0, 0}, {kNan, 1}}},
+    {"inv any", kInvalid, {{kNan, 1}, {0, 0}}},
+    {"inv any", kOverflow, {{kDenormal, 0}, {kNan, 1}}},
     {"inv any", kSingular, {{0, 0}, {{1e200, 1e200}, 1}}, {}, true},
     {"inv any", kOverflow, {{{1e200, 1e200}, 1}, {0, 0}}, {}, true},
-    {"condi", kSingular, {{1, 0, 0}, {0, 0, 0}, {{kNaN, 1}, 1, 0}}, {}, true},
+    {"condi", kSingular, {{1, 0, 0}, {0, 0, 0}, {{kNan, 1}, 1, 0}}, {}, true},
 };
 
 aMatrix* real_matrix(TestHost& host, ComplexRows rows) {
@@ -95,7 +91,7 @@ TEST(FaultWords, OfEveryFaultThatAGuardedFunctionCanMeet) {
   }
   // A NaN as a bound, and a NaN that signals: squaring a quiet one is no fault.
   calls::Arguments bounds = corpus.arguments_of("submatrix", host.matrix({{1, 2}, {3, 4}}));
-  bounds[2] = host.scalar(kNaN);
+  bounds[2] = host.scalar(kNan);
   expect_fault(corpus.function("submatrix").call(bounds), kInvalid);
   aMatrix* const signalling = host.matrix({{1}});
   const std::uint64_t pattern = 0x7FF0000000000001;

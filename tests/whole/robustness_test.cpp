@@ -1,7 +1,5 @@
 // The pack under conditions of long use: several threads, a small stack, many calls, and being
 // loaded and unloaded again and again.
-#include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -98,19 +96,6 @@ TEST(Robustness, ManyMixedCallsKeepMemoryFlat) {
     EXPECT_LT(resident_bytes() - resident, 1 << 20);
   }
   RecordProperty("calls", std::to_string(made));
-}
-
-TEST(Robustness, ThePackMayBeLoadedAndUnloadedAThousandTimes) {
-  TestHost host;
-  Anyval* square = host.matrix({{1, 2}, {3, 4}});
-  for (int k = 0; k < 1000; ++k) {
-    void* pack = dlopen(MATRIX_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(pack, nullptr) << dlerror();
-    const auto* table = static_cast<const FunctionEntry*>(dlsym(pack, "theEfi"));
-    ASSERT_NE(table, nullptr);
-    expect_number(calls::apply_row(table[10], host.context(), {square}), 5);
-    ASSERT_EQ(dlclose(pack), 0);
-  }
 }
 
 }  // namespace

@@ -5,6 +5,9 @@
 #include <iterator>
 #include <limits>
 
+#include "host/arguments/kinds.hpp"
+#include "host/arguments/numbers.hpp"
+
 namespace packcheck {
 
 namespace {
@@ -23,58 +26,16 @@ constexpr int kMostTried = 8000;
 
 constexpr Form kStoredForms[] = {Form::real, Form::complex, Form::imaginary, Form::lean};
 
-// Numbers at which size, index and tolerance arguments are likely to break.
-constexpr double kNumbers[] = {
-    0.0,       1.0,           2.0,          3.0,          -1.0,          -0.0,         0.5,
-    1.5,       2.99999999999, 1e-9,         1e-300,       5e-324,        100000.0,     100001.0,
-    8000001.0, 1e7,           2147483647.0, 2147483648.0, -2147483649.0, 4294967297.0, 1e18,
-    1e300,     -1e300,        kInfinity,    -kInfinity,   kNan};
-
 constexpr double kSpecials[] = {kNan, kInfinity, -kInfinity};
 
 constexpr Fill kOrdinary = {Source::units, Structure::general};
 constexpr Fill kSymmetric = {Source::units, Structure::symmetric};
 constexpr Fill kDefinite = {Source::units, Structure::dominant};
 
-// What every array of a base is filled with in turn, beside ordinary numbers with a special one at
-// each place.
-constexpr Fill kFills[] = {{},
-                           {Source::integers, Structure::general},
-                           kOrdinary,
-                           kSymmetric,
-                           kDefinite,
-                           {Source::units, Structure::triangular},
-                           {Source::units, Structure::identity},
-                           {Source::zeros, Structure::general},
-                           {Source::negative_zeros, Structure::general},
-                           {Source::repeated, Structure::general},
-                           {Source::units, Structure::zero_row},
-                           {Source::units, Structure::zero_column},
-                           {Source::units, Structure::deficient},
-                           {Source::large, Structure::steep},
-                           {Source::tiny, Structure::general},
-                           {Source::denormal, Structure::general},
-                           {Source::huge, Structure::general},
-                           {Source::edge104, Structure::general},
-                           {Source::edge307, Structure::general},
-                           {Source::nans, Structure::general},
-                           {Source::infinities, Structure::general},
-                           {Source::mixed, Structure::general}};
-
 const char* const kFormNames[kForms] = {
     "real matrix",   "complex matrix", "imaginary matrix", "matrix without part arrays",
     "nested matrix", "scalar",         "string",           "function",
     "function (8)",  "error value",    "identifier",       "value of an unknown kind"};
-
-const char* const kSourceNames[kSources] = {
-    "random", "integers", "zeros",        "-0.0",         "all equal", "huge",         "large",
-    "tiny",   "denormal", "around 1e104", "around 1e307", "all NaN",   "all infinite", "mixed"};
-
-const char* const kStructureNames[kStructures] = {
-    "",          "plain",           "no imaginary part",  "symmetric",   "skew",      "definite",
-    "definite",  "deficient",       "triangular",         "tridiagonal", "companion", "graded",
-    "steep",     "with a zero row", "with a zero column", "identity",    "Jordan",    "cyclic",
-    "clustered", "permutation"};
 
 const char* const kBehaviourNames[kBehaviours] = {
     "i + 10 j",       "complex",        "NaN",    "huge", "a matrix", "a string", "an error",
@@ -94,8 +55,7 @@ std::string describe(const Recipe& recipe) {
   if (structure == Structure::plain || recipe.form == Form::lean || recipe.form == Form::nested)
     return shape;
   if (recipe.special) return fmt::format("{} (one {})", shape, *recipe.special);
-  return fmt::format("{} ({} {})", shape, kSourceNames[static_cast<int>(source)],
-                     kStructureNames[static_cast<int>(structure)]);
+  return fmt::format("{} ({} {})", shape, name_of(source), name_of(structure));
 }
 
 // One of each kind, and the arrays that differ most.
@@ -223,20 +183,20 @@ class CallList {
         add_with(Family::values, place, recipe);
       }
     };
-    for (const Fill& fill : kFills) add_forms(array(Form::real, usual.rows, usual.cols, fill));
-    // The special element is tried at all places of the real and the imaginary part.
-    Recipe recipe = array(Form::real, usual.rows, usual.cols, kOrdinary);
-    const auto places =
-        2 * static_cast<std::size_t>(usual.rows) * static_cast<std::size_t>(usual.cols);
+    for (const arguments::Kind& kind : kinds()) add_forms(recipe(kind, usual.rows, usual.cols));
+    // A special element is tried at all places of the real and the imaginary part.
+    Recipe with_special = array(Form::real, usual.rows, usual.cols, kOrdinary);
     for (const double special : kSpecials)
-      for (recipe.place = 0; recipe.place < places; ++recipe.place) {
-        recipe.special = special;
-        add_forms(recipe);
+      for (with_special.place = 0;
+           with_special.place < 2u * static_cast<unsigned>(usual.rows * usual.cols);
+           ++with_special.place) {
+        with_special.special = special;
+        add_forms(with_special);
       }
   }
 
   void add_numbers(std::size_t place) {
-    for (const double x : kNumbers) {
+    for (const double x : kTroublemakers) {
       add_with(Family::values, place, scalar(x));
       add_with(Family::values, place, scalar(1.0, x));
     }
@@ -267,12 +227,15 @@ class CallList {
   }
 
   Recipe random_array(Form form, int rows, int cols) {
-    Recipe recipe =
-        array(form, rows, cols, kFills[random_.below(std::size(kFills))], random_.next() >> 40);
-    if (!random_.one_in(8)) return recipe;
-    recipe.special = kSpecials[random_.below(std::size(kSpecials))];
-    recipe.place = random_.next() >> 40;
-    return recipe;
+    Recipe made =
+        recipe(kinds()[static_cast<std::size_t>(random_.below(static_cast<int>(kinds().size())))],
+               rows, cols);
+    made.form = form;
+    made.seed = random_.next() >> 40;
+    if (!random_.one_in(8)) return made;
+    made.special = kSpecials[random_.below(std::size(kSpecials))];
+    made.place = random_.next() >> 40;
+    return made;
   }
 
   Recipe random_array(const Recipe& usual, Form form, int n) {
@@ -281,9 +244,9 @@ class CallList {
   }
 
   Recipe random_scalar() {
-    constexpr int kCount = sizeof kNumbers / sizeof kNumbers[0];
-    const double re = random_.one_in(2) ? random_.below(6) : kNumbers[random_.below(kCount)];
-    return scalar(re, random_.one_in(5) ? kNumbers[random_.below(kCount)] : 0.0);
+    constexpr int kCount = std::size(kTroublemakers);
+    const double re = random_.one_in(2) ? random_.below(6) : kTroublemakers[random_.below(kCount)];
+    return scalar(re, random_.one_in(5) ? kTroublemakers[random_.below(kCount)] : 0.0);
   }
 
   Recipe random_recipe() {
