@@ -1,5 +1,5 @@
-// The symmetric eigenproblem in plain loops, every step applied at once: the definition of what the
-// reduction and the rotations compute, to the bit.
+// The symmetric reduction in plain loops, every step applied at once: the definition of what it
+// computes, to the bit.
 #pragma once
 
 #include <cmath>
@@ -68,60 +68,6 @@ inline void tridiagonalize(Square& A, Row& d, Row& e, bool with_vectors) {
   d[0] = e[0] = 0.0;
   if (with_vectors) return accumulate(A, d);
   for (int i = 0; i < A.n; ++i) d[i] = A(i, i);
-}
-
-// Implicit QL; each rotation at once to all of Z. False when an eigenvalue takes more than 30
-// sweeps.
-inline bool tridiagonal_ql(Row& d, Row& e, Square& Z) {
-  const int n = Z.n;
-  for (int i = 1; i < n; ++i) e[i - 1] = e[i];
-  e[n - 1] = 0.0;
-  for (int l = 0; l < n; ++l) {
-    for (int iter = 0;; ++iter) {
-      int m = l;
-      for (; m < n - 1; ++m) {
-        const double dd = std::fabs(d[m]) + std::fabs(d[m + 1]);
-        if (std::fabs(e[m]) + dd == dd) break;
-      }
-      if (m == l) break;
-      if (iter == 30) return false;
-      double g = (d[l + 1] - d[l]) / (2.0 * e[l]);
-      double r = std::sqrt(g * g + 1.0);
-      g = d[m] - d[l] + e[l] / (g + (g >= 0.0 ? r : -r));
-      double s = 1.0, c = 1.0, p = 0.0;
-      for (int i = m - 1; i >= l; --i) {
-        const double f = s * e[i];
-        const double b = c * e[i];
-        if (std::fabs(f) >= std::fabs(g)) {
-          c = g / f;
-          r = std::sqrt(c * c + 1.0);
-          e[i + 1] = f * r;
-          s = 1.0 / r;
-          c *= s;
-        } else {
-          s = f / g;
-          r = std::sqrt(s * s + 1.0);
-          e[i + 1] = g * r;
-          c = 1.0 / r;
-          s *= c;
-        }
-        g = d[i + 1] - p;
-        r = (d[i] - g) * s + 2.0 * c * b;
-        p = s * r;
-        d[i + 1] = g + p;
-        g = c * r - b;
-        for (int k = 0; k < n; ++k) {
-          const double y = Z(k, i + 1);
-          Z(k, i + 1) = s * Z(k, i) + c * y;
-          Z(k, i) = c * Z(k, i) - s * y;
-        }
-      }
-      d[l] -= p;
-      e[l] = g;
-      e[m] = 0.0;
-    }
-  }
-  return true;
 }
 
 }  // namespace matrix_pack::plain

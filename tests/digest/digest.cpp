@@ -21,12 +21,12 @@
 #include "pack/frame/fault_mode.hpp"
 #include "pack/frame/fp_control.hpp"
 #include "pack/numeric/kernel_sets.hpp"
-#include "tests/digest/calls.hpp"
-#include "tests/digest/outcome.hpp"
+#include "tests/calls/calls.hpp"
+#include "tests/calls/outcome.hpp"
 
 namespace {
 
-using namespace digest;
+using namespace calls;
 using matrix_pack::KernelSet;
 
 constexpr KernelSet kSets[] = {KernelSet::baseline, KernelSet::v3, KernelSet::v4};
@@ -38,25 +38,37 @@ std::string hex(const Hash& hash) {
 }
 
 // The line of one function, or two if some call ended with an arithmetic fault.
-std::vector<std::string> digest_of(const Function& function, Values& values, Hash& total,
+std::vector<std::string> digest_of(const Function& function, Values& values,
+                                   const std::vector<Sample>& samples, Hash& total,
                                    bool show_calls) {
+  efi::Store& store = values.host.store;
+  const std::size_t kept = store.size();
   Hash results, words;
   int calls = 0, faults = 0;
-  run_calls(function, values, [&](const std::string& what, const Anyval* value) {
+  const Visit add = [&](const std::string& what, const Arguments& arguments) {
+    const Anyval* const value = function.call(arguments);
     Hash outcome;
-    const char* const word = is_guarded(function.name) ? fault_word(value) : nullptr;
+    const char* const word = function.is_guarded ? fault_word(value) : nullptr;
     if (word != nullptr) {
       ++faults;
       outcome.text("arithmetic fault");
       words.text(word);
     } else {
-      add_value(outcome, values.host, value, moves_elements(function.name));
+      add_value(outcome, store, value, moves_elements(function.name));
     }
     ++calls;
     results.word(outcome.value);
-    if (show_calls)
-      std::printf("%s  %s: %s\n", hex(outcome).c_str(), what.c_str(), describe(value).c_str());
-  });
+    if (!show_calls) return;
+    const std::string text = describe(value);
+    std::printf("%s  %s: %s\n", hex(outcome).c_str(), what.c_str(),
+                text.substr(0, text.find('\n')).c_str());
+  };
+  for_odd_calls(function, values, add);
+  store.collect({}, kept);
+  for (const Sample& sample : samples) {
+    for_calls_with(function, values, sample, add);
+    store.collect({}, kept);
+  }
   total.word(results.value);
   std::vector<std::string> lines = {function.name + " " + std::to_string(calls) + " calls, " +
                                     std::to_string(faults) + " faults " + hex(results)};
@@ -68,11 +80,12 @@ std::vector<std::string> digest_of(const Function& function, Values& values, Has
 std::vector<std::string> digest_lines(const std::string& only) {
   Host host;
   Values values(host);
+  const std::vector<Sample> samples = make_samples(host.store);
   Hash total;
   std::vector<std::string> lines;
-  for (const Function& function : functions(host)) {
+  for (const Function& function : functions(&host.context)) {
     if (!only.empty() && function.name != only) continue;
-    for (std::string& line : digest_of(function, values, total, !only.empty()))
+    for (std::string& line : digest_of(function, values, samples, total, !only.empty()))
       lines.push_back(std::move(line));
   }
   lines.push_back("total " + hex(total));

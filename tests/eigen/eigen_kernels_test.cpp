@@ -1,7 +1,5 @@
-// The reductions and iterations of the eigenproblem give the bits of their plain loops, in every
-// kernel set.
-#include <gtest/gtest.h>
-
+// The reductions of the eigenproblem, the sweeps of its iterations and the loops behind them give
+// the bits of their plain loops, in every kernel set.
 #include "eigen/complex/plain.hpp"
 #include "eigen/complex/qr_sweep.hpp"
 #include "eigen/complex/unitary_reduction.hpp"
@@ -10,7 +8,6 @@
 #include "eigen/general/qr_sweep.hpp"
 #include "eigen/shared/back_transformation_kernels.hpp"
 #include "eigen/symmetric/plain.hpp"
-#include "eigen/symmetric/ql_iteration.hpp"
 #include "eigen/symmetric/tridiagonal.hpp"
 #include "pack/numeric/complex_vector_kernels.hpp"
 #include "tests/support/kernel_sets.hpp"
@@ -19,11 +16,12 @@
 namespace matrix_pack {
 namespace {
 
+using EigenKernels = test::InEveryKernelSet;
+
 using plain::ComplexSquare;
 using plain::Row;
 using plain::Square;
 using test::random_dense;
-using testing::for_each_kernel_set;
 
 // Orders around the widths of vectors, blocks of columns and rows, and windows.
 constexpr int kOrders[] = {1, 2, 3, 4, 5, 7, 8, 9, 12, 17, 31, 33, 64, 67, 129, 150};
@@ -53,52 +51,31 @@ Square symmetric(Square a) {
   return a;
 }
 
-// Dense, with rows that need no reflection, and block diagonal, so that QL meets splits.
-std::vector<Square> symmetric_matrices(int n) {
-  std::vector<Square> all = {symmetric(random_square(n, 1))};
-  Square sparse = all[0];
-  cut(sparse, [](int i, int j) { return i == j || (i % 5 != 3 && j % 5 != 3); });
-  all.push_back(sparse);
-  Square blocks = all[0];
-  cut(blocks, [](int i, int j) { return i / 6 == j / 6; });
-  all.push_back(blocks);
-  return all;
-}
-
-TEST(EigenKernels, SymmetricReductionAndIterationAreThoseOfThePlainLoops) {
+// Dense, and with rows that need no reflection.
+TEST_P(EigenKernels, SymmetricReductionIsThatOfThePlainLoops) {
   for (const int n : kOrders) {
-    for (const Square& a : symmetric_matrices(n)) {
+    for (const bool sparse : {false, true}) {
       SCOPED_TRACE(n);
-      Square reduced = a, q = a;
-      Row d(n), e(n), dv(n), ev(n);
-      plain::tridiagonalize(reduced, d, e, false);
-      plain::tridiagonalize(q, dv, ev, true);
-      Square z = q;
-      Row values = dv, work = ev;
-      ASSERT_TRUE(plain::tridiagonal_ql(values, work, z));
-      for_each_kernel_set([&] {
+      Square a = symmetric(random_square(n, 1));
+      if (sparse) cut(a, [](int i, int j) { return i == j || (i % 5 != 3 && j % 5 != 3); });
+      for (const bool vectors : {false, true}) {
+        Square expected = a;
+        Row d(n), e(n), got_d(n), got_e(n);
+        plain::tridiagonalize(expected, d, e, vectors);
         Square b = a;
-        Row got_d(n), got_e(n);
-        ASSERT_EQ(tridiagonalize(n, {b.a.data(), n}, got_d.a.data(), got_e.a.data()), nullptr);
+        ASSERT_EQ((vectors ? tridiagonalize_with_vectors : tridiagonalize)(
+                      n, {b.a.data(), n}, got_d.a.data(), got_e.a.data()),
+                  nullptr);
         EXPECT_EQ(got_d.a, d.a);
         EXPECT_EQ(got_e.a, e.a);
-        b = a;
-        ASSERT_EQ(tridiagonalize_with_vectors(n, {b.a.data(), n}, got_d.a.data(), got_e.a.data()),
-                  nullptr);
-        EXPECT_EQ(got_d.a, dv.a);
-        EXPECT_EQ(got_e.a, ev.a);
-        EXPECT_TRUE(b.a == q.a);
-        ASSERT_EQ(tridiagonal_ql_with_vectors(n, got_d.a.data(), got_e.a.data(), {b.a.data(), n}),
-                  nullptr);
-        EXPECT_EQ(got_d.a, values.a);
-        EXPECT_TRUE(b.a == z.a);
-      });
+        EXPECT_TRUE(!vectors || b.a == expected.a);
+      }
     }
   }
 }
 
 // Dense and sparse: the multipliers that are zero leave gaps between the rows that take part.
-TEST(EigenKernels, EliminationIsThatOfThePlainLoops) {
+TEST_P(EigenKernels, EliminationIsThatOfThePlainLoops) {
   for (const int n : kOrders) {
     for (const bool sparse : {false, true}) {
       const int low = n / 7, igh = n - 1 - n / 9;
@@ -109,19 +86,17 @@ TEST(EigenKernels, EliminationIsThatOfThePlainLoops) {
       Square expected = a;
       Row expected_pivots(n), pivots(n);
       plain::eliminate_to_hessenberg(expected, low, igh, expected_pivots);
-      for_each_kernel_set([&] {
-        Square b = a;
-        std::vector<std::ptrdiff_t> runs(static_cast<std::size_t>(n) + 1);
-        const Balance range = {n, low, igh, 0, nullptr};
-        eliminate_to_hessenberg({b.a.data(), n}, range, {pivots.a.data(), runs.data()});
-        EXPECT_TRUE(b.a == expected.a);
-        EXPECT_EQ(pivots.a, expected_pivots.a);
-      });
+      Square b = a;
+      std::vector<std::ptrdiff_t> runs(static_cast<std::size_t>(n) + 1);
+      const Balance range = {n, low, igh, 0, nullptr};
+      eliminate_to_hessenberg({b.a.data(), n}, range, {pivots.a.data(), runs.data()});
+      EXPECT_TRUE(b.a == expected.a);
+      EXPECT_EQ(pivots.a, expected_pivots.a);
     }
   }
 }
 
-TEST(EigenKernels, UnitaryReductionIsThatOfThePlainLoops) {
+TEST_P(EigenKernels, UnitaryReductionIsThatOfThePlainLoops) {
   for (const int n : kOrders) {
     for (const bool sparse : {false, true}) {
       const int low = n / 7, igh = n - 1 - n / 9;
@@ -139,28 +114,26 @@ TEST(EigenKernels, UnitaryReductionIsThatOfThePlainLoops) {
       const auto hessenberg = [](int i, int j) { return i <= j + 1; };
       cut(expected.re, hessenberg);
       cut(expected.im, hessenberg);
-      for_each_kernel_set([&] {
-        const Balance range = {n, low, igh, 0, nullptr};
-        for (const bool vectors : {false, true}) {
-          ComplexSquare b = a, q(n);
-          q.re = plain::identity(n);
-          ASSERT_EQ(vectors ? reduce_unitary_with_vectors(range, b.view(), q.view())
-                            : reduce_unitary(range, b.view()),
-                    nullptr);
-          cut(b.re, hessenberg);
-          cut(b.im, hessenberg);
-          EXPECT_TRUE(b.re.a == expected.re.a && b.im.a == expected.im.a);
-          if (!vectors) continue;
-          EXPECT_TRUE(q.re.a == expected_q.re.a && q.im.a == expected_q.im.a);
-        }
-      });
+      const Balance range = {n, low, igh, 0, nullptr};
+      for (const bool vectors : {false, true}) {
+        ComplexSquare b = a, q(n);
+        q.re = plain::identity(n);
+        ASSERT_EQ(vectors ? reduce_unitary_with_vectors(range, b.view(), q.view())
+                          : reduce_unitary(range, b.view()),
+                  nullptr);
+        cut(b.re, hessenberg);
+        cut(b.im, hessenberg);
+        EXPECT_TRUE(b.re.a == expected.re.a && b.im.a == expected.im.a);
+        if (!vectors) continue;
+        EXPECT_TRUE(q.re.a == expected_q.re.a && q.im.a == expected_q.im.a);
+      }
     }
   }
 }
 
 // Blocks of all lengths in matrices of all orders, alone and with what the vectors need; several
 // sweeps, so that those of Z are batched.
-TEST(EigenKernels, RealSweepsAreThoseOfThePlainLoops) {
+TEST_P(EigenKernels, RealSweepsAreThoseOfThePlainLoops) {
   for (const int n : {3, 5, 9, 20, 40, 66, 67, 68, 100, 150}) {
     for (const bool vectors : {false, true}) {
       SCOPED_TRACE(n);
@@ -177,26 +150,24 @@ TEST(EigenKernels, RealSweepsAreThoseOfThePlainLoops) {
             z_begin, vectors ? z_end : z_begin};
         sweep.run(expected, expected_z, 0.5, -0.25, 0.125);
       }
-      for_each_kernel_set([&] {
-        Square b = h, z = random_square(n, 8);
-        const RealView view = {b.a.data(), n};
-        const Balance range = {n, z_begin, z_end - 1, 0, nullptr};
-        SweepWork work;
-        ASSERT_TRUE(vectors ? work.open_with_vectors(range, view, {z.a.data(), n})
-                            : work.open(n, view));
-        for (const int en : ends) {
-          const int l = en > 12 ? n / 10 : 0;
-          work.sweep(l, en, {en > 20 ? l + 3 : l, {0.5, -0.25, 0.125}});
-        }
-        work.finish();
-        EXPECT_TRUE(b.a == expected.a);
-        EXPECT_TRUE(z.a == expected_z.a);
-      });
+      Square b = h, z = random_square(n, 8);
+      const RealView view = {b.a.data(), n};
+      const Balance range = {n, z_begin, z_end - 1, 0, nullptr};
+      SweepWork work;
+      ASSERT_TRUE(vectors ? work.open_with_vectors(range, view, {z.a.data(), n})
+                          : work.open(n, view));
+      for (const int en : ends) {
+        const int l = en > 12 ? n / 10 : 0;
+        work.sweep(l, en, {en > 20 ? l + 3 : l, {0.5, -0.25, 0.125}});
+      }
+      work.finish();
+      EXPECT_TRUE(b.a == expected.a);
+      EXPECT_TRUE(z.a == expected_z.a);
     }
   }
 }
 
-TEST(EigenKernels, ComplexSweepsAreThoseOfThePlainLoops) {
+TEST_P(EigenKernels, ComplexSweepsAreThoseOfThePlainLoops) {
   for (const int n : {2, 3, 5, 9, 20, 33, 34, 40, 66, 100, 150}) {
     for (const bool vectors : {false, true}) {
       SCOPED_TRACE(n);
@@ -212,22 +183,20 @@ TEST(EigenKernels, ComplexSweepsAreThoseOfThePlainLoops) {
             l, en, vectors ? 0 : l, vectors ? n - 1 : en, z_begin, vectors ? z_end : z_begin};
         sweep.run(expected, expected_z);
       }
-      for_each_kernel_set([&] {
-        ComplexSquare b = h, z = random_complex(n, 11);
-        const Balance range = {n, z_begin, z_end - 1, 0, nullptr};
-        ComplexSweepWork work;
-        ASSERT_TRUE(vectors ? work.open_with_vectors(range, b.view(), z.view())
-                            : work.open(n, b.view()));
-        for (const int en : ends) work.sweep(en > 12 ? n / 10 : 0, en);
-        work.finish();
-        EXPECT_TRUE(b.re.a == expected.re.a && b.im.a == expected.im.a);
-        EXPECT_TRUE(z.re.a == expected_z.re.a && z.im.a == expected_z.im.a);
-      });
+      ComplexSquare b = h, z = random_complex(n, 11);
+      const Balance range = {n, z_begin, z_end - 1, 0, nullptr};
+      ComplexSweepWork work;
+      ASSERT_TRUE(vectors ? work.open_with_vectors(range, b.view(), z.view())
+                          : work.open(n, b.view()));
+      for (const int en : ends) work.sweep(en > 12 ? n / 10 : 0, en);
+      work.finish();
+      EXPECT_TRUE(b.re.a == expected.re.a && b.im.a == expected.im.a);
+      EXPECT_TRUE(z.re.a == expected_z.re.a && z.im.a == expected_z.im.a);
     }
   }
 }
 
-TEST(EigenKernels, CombinationsOfColumnsAreSumsInAscendingOrder) {
+TEST_P(EigenKernels, CombinationsOfColumnsAreSumsInAscendingOrder) {
   constexpr int kRows = 50, kLeading = 53, kTerms = 30;
   const std::vector<double> z = random_dense(kLeading, kTerms, 13).a;
   const std::vector<double> x = random_dense(kTerms, 4, 14).a;
@@ -240,17 +209,15 @@ TEST(EigenKernels, CombinationsOfColumnsAreSumsInAscendingOrder) {
           for (int k = 0; k < count[j]; ++k)
             expected[std::size_t(j * kLeading + i)] +=
                 z[std::size_t(k * kLeading + i)] * x[std::size_t(j * kTerms + k)];
-      for_each_kernel_set([&] {
-        std::vector<double> out(expected.size());
-        back_transformation_kernels().combine(rows, {z.data(), kLeading}, cols, {x.data(), kTerms},
-                                              count, out.data());
-        EXPECT_EQ(out, expected) << rows << " " << cols;
-      });
+      std::vector<double> out(expected.size());
+      back_transformation_kernels().combine(rows, {z.data(), kLeading}, cols, {x.data(), kTerms},
+                                            count, out.data());
+      EXPECT_EQ(out, expected) << rows << " " << cols;
     }
   }
 }
 
-TEST(EigenKernels, ComplexVectorsGoElementByElementAndSumInTheOneOrder) {
+TEST_P(EigenKernels, ComplexVectorsGoElementByElementAndSumInTheOneOrder) {
   for (const int n : {0, 1, 7, 8, 9, 31, 64, 129}) {
     const std::vector<double> ur = random_dense(n, 1, 15).a, ui = random_dense(n, 1, 16).a;
     const std::vector<double> xr = random_dense(n, 1, 17).a, xi = random_dense(n, 1, 18).a;
@@ -264,16 +231,16 @@ TEST(EigenKernels, ComplexVectorsGoElementByElementAndSumInTheOneOrder) {
       const auto i = static_cast<std::size_t>(k);
       return xr[i] * xr[i] + xi[i] * xi[i];
     });
-    for_each_kernel_set([&] {
-      EXPECT_EQ(complex_vector_kernels().sum_squares(n, {xr.data(), xi.data()}), squares);
-      std::vector<double> got_re = xr, got_im = xi;
-      complex_vector_kernels().subtract_multiple(n, f, {ur.data(), ui.data()},
-                                                 {got_re.data(), got_im.data()});
-      EXPECT_EQ(got_re, re);
-      EXPECT_EQ(got_im, im);
-    });
+    EXPECT_EQ(complex_vector_kernels().sum_squares(n, {xr.data(), xi.data()}), squares);
+    std::vector<double> got_re = xr, got_im = xi;
+    complex_vector_kernels().subtract_multiple(n, f, {ur.data(), ui.data()},
+                                               {got_re.data(), got_im.data()});
+    EXPECT_EQ(got_re, re);
+    EXPECT_EQ(got_im, im);
   }
 }
+
+IN_EVERY_KERNEL_SET(EigenKernels);
 
 }  // namespace
 }  // namespace matrix_pack

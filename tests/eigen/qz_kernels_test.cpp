@@ -1,6 +1,4 @@
 // The kernels of the QZ method give the bits of their plain loops, in every kernel set.
-#include <gtest/gtest.h>
-
 #include <functional>
 
 #include "eigen/qz/plain.hpp"
@@ -10,6 +8,8 @@
 
 namespace matrix_pack {
 namespace {
+
+using QzLoops = test::InEveryKernelSet;
 
 using namespace test;
 
@@ -39,15 +39,13 @@ void expect_plain_bits(int rows, int cols, const std::string& what, const Body& 
   Dense expected_x = start_x;
   Dense expected_y = start_y;
   body(plain::qz_kernels, expected_x.a.data() + 1, expected_y.a.data() + 1, rows + 3);
-  testing::for_each_kernel_set([&] {
-    Dense x = start_x;
-    Dense y = start_y;
-    body(qz_kernels(), x.a.data() + 1, y.a.data() + 1, rows + 3);
-    EXPECT_TRUE(x.a == expected_x.a && y.a == expected_y.a) << what << " " << rows << "x" << cols;
-  });
+  Dense x = start_x;
+  Dense y = start_y;
+  body(qz_kernels(), x.a.data() + 1, y.a.data() + 1, rows + 3);
+  EXPECT_TRUE(x.a == expected_x.a && y.a == expected_y.a) << what << " " << rows << "x" << cols;
 }
 
-TEST(QzKernels, RowsAreTransformedAsByPlainLoops) {
+TEST_P(QzLoops, RowsAreTransformedAsByPlainLoops) {
   for (const int count : kCounts) {
     const auto h2 = random_reflectors<Reflector2>(count, 3);
     const auto h3 = random_reflectors<Reflector3>(count, 4);
@@ -65,7 +63,7 @@ TEST(QzKernels, RowsAreTransformedAsByPlainLoops) {
   }
 }
 
-TEST(QzKernels, ColumnsAreTransformedAsByPlainLoops) {
+TEST_P(QzLoops, ColumnsAreTransformedAsByPlainLoops) {
   const Reflector3 g = random_reflectors<Reflector3>(1, 5)[0];
   for (const int rows : kCounts) {
     for (const int count : kCounts) {
@@ -82,7 +80,7 @@ TEST(QzKernels, ColumnsAreTransformedAsByPlainLoops) {
   }
 }
 
-TEST(QzKernels, BackSubstitutionIsThatOfPlainLoops) {
+TEST_P(QzLoops, BackSubstitutionIsThatOfPlainLoops) {
   for (const int n : kCounts) {
     expect_plain_bits(n, 4, "pencils", [&](auto& k, auto* x, auto* y, auto ld) {
       k.add_pencil(n, 0.7, 1.3, x, x + ld, 0.9, y);
@@ -93,7 +91,7 @@ TEST(QzKernels, BackSubstitutionIsThatOfPlainLoops) {
 
 // A reflector annihilates all but the first of its numbers and keeps their norm, also where squares
 // overflow or underflow; zeros give the identity.
-TEST(QzKernels, ReflectorsAnnihilate) {
+TEST_P(QzLoops, ReflectorsAnnihilate) {
   for (const double scale : {1.0, 1e-300, 1e-160, 1e160, 1e300}) {
     for (const auto& [p, q, r] : {std::array{3.0, 4.0, 12.0},
                                   {-3.0, 4.0, 12.0},
@@ -113,6 +111,8 @@ TEST(QzKernels, ReflectorsAnnihilate) {
   EXPECT_TRUE(is_identity(reflector(0, 0)) && is_identity(reflector(0, 0, 0)));
   EXPECT_FALSE(is_identity(reflector(0, 1e-320)));
 }
+
+IN_EVERY_KERNEL_SET(QzLoops);
 
 }  // namespace
 }  // namespace matrix_pack

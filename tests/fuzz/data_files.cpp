@@ -3,12 +3,9 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <bit>
-#include <cmath>
-
 #include "fmt/format.h"
 #include "host/worksheet/data/read_data.hpp"
-#include "host/worksheet/engine/machine.hpp"
+#include "tests/calls/outcome.hpp"
 #include "tests/fuzz/targets.hpp"
 #include "tests/support/allocation_faults.hpp"
 
@@ -60,10 +57,6 @@ struct Reading {
   }
 };
 
-double element(const double* part, int k) {
-  return part == nullptr ? 0.0 : part[k];
-}
-
 std::string as_table(const aMatrix& m) {
   std::string text;
   for (int i = 0; i < m.rows; ++i)
@@ -80,21 +73,8 @@ std::string as_matrix_market(const aMatrix& m) {
   std::string text =
       fmt::format("%%MatrixMarket matrix array complex general\n{} {}\n", m.rows, m.cols);
   for (int k = 0; k < m.rows * m.cols; ++k)
-    text += fmt::format("{} {}\n", m.re[k], element(m.im, k));
+    text += fmt::format("{} {}\n", m.re[k], m.im == nullptr ? 0.0 : m.im[k]);
   return text;
-}
-
-bool same_bits(double x, double y) {
-  return std::bit_cast<std::uint64_t>(x) == std::bit_cast<std::uint64_t>(y) ||
-         (std::isnan(x) && std::isnan(y));
-}
-
-bool same(const aMatrix& a, const aMatrix& b) {
-  if (a.rows != b.rows || a.cols != b.cols || (a.im == nullptr) != (b.im == nullptr)) return false;
-  for (int k = 0; k < a.rows * a.cols; ++k)
-    if (!same_bits(a.re[k], b.re[k]) || !same_bits(element(a.im, k), element(b.im, k)))
-      return false;
-  return true;
 }
 
 std::string check(std::string_view content, std::string (*written)(const aMatrix&)) {
@@ -109,7 +89,9 @@ std::string check(std::string_view content, std::string (*written)(const aMatrix
   const std::string text = written(*m);
   const Reading second(text);
   if (second.matrix == nullptr) return "wrote what cannot be read: " + second.error + "\n" + text;
-  return same(*m, *second.matrix) ? "" : "read otherwise what it wrote:\n" + text;
+  const bool same =
+      calls::bits_of(first.machine.store, m) == calls::bits_of(second.machine.store, second.matrix);
+  return same ? "" : "read otherwise what it wrote:\n" + text;
 }
 
 }  // namespace

@@ -1,16 +1,10 @@
 // A call of a row or export on arguments of any kind and shape, in a host's floating-point
 // environment of any kind, with each kernel set, and with an allocation that fails.
-#include <algorithm>
-#include <bit>
-#include <cstring>
-#include <ctime>
-#include <optional>
-
+#include "pack/frame/fp_control.hpp"
 #include "pack/numeric/kernel_sets.hpp"
 #include "tests/fuzz/targets.hpp"
 #include "tests/fuzz/values.hpp"
-#include "tests/support/call_corpus.hpp"
-#include "tests/support/fp_environment.hpp"
+#include "tests/support/checked_call.hpp"
 
 namespace fuzz {
 
@@ -19,14 +13,6 @@ namespace {
 using matrix_pack::KernelSet;
 using test::Call;
 using test::TestHost;
-using Words = std::vector<std::uint64_t>;
-
-// Of processor time; sanitizers slow a call down.
-#if defined(MATRIX_SANITIZED)
-constexpr double kMostSeconds = 20.0;
-#else
-constexpr double kMostSeconds = 1.0;
-#endif
 
 // No result of these arguments is larger: what is, is refused as if memory were exhausted.
 constexpr std::size_t kLargestBlock = 1 << 22;
@@ -56,207 +42,16 @@ Choices read_choices(ByteReader& in) {
   return choices;
 }
 
-Call read_call(int choice, EfiCallContext* context, Values& values, ByteReader& in) {
-  constexpr int kExports = 7;
-  choice %= kRowCount + kExports;
-  if (choice < kRowCount) {
-    const FunctionEntry& row = theEfi[choice];
-    std::vector<Anyval*> a(static_cast<std::size_t>(row.signature->argument_count));
-    for (Anyval*& value : a) value = values.any();
+Call read_call(int choice, const std::vector<calls::Function>& functions, Values& values) {
+  const calls::Function& function = functions[static_cast<std::size_t>(choice) % functions.size()];
+  calls::Arguments a(function.argument_count);
+  a[0] = values.of_kind(function.takes);
+  for (std::size_t k = 1; k < a.size(); ++k) {
     // The host passes numbers for the worksheet variables.
-    if (row.context != nullptr) a.back() = values.scalar();
-    return {row.name->text, a, [=, &row] { return test::apply_row(row, context, a); }};
+    const bool variable = k + 1 == a.size() && function.reads_variable;
+    a[k] = variable ? values.scalar() : values.any();
   }
-  if (choice == kRowCount) {
-    Anyval* a = values.any();
-    return {"inv", {a}, [=] { return inv(context, a); }};
-  }
-  if (choice == kRowCount + 1) {
-    const int n = in.below(50);
-    return {"identity of an order", {}, [=] { return identity(context, n); }};
-  }
-  if (choice == kRowCount + 2) {
-    aComplex* n = values.scalar();
-    return {"identity of a number", {n}, [=] { return identity(context, n); }};
-  }
-  aMatrix* a = values.matrix();
-  if (choice == kRowCount + 3) return {"inv of a matrix", {a}, [=] { return inv(context, a); }};
-  if (choice == kRowCount + 4)
-    return {"eigenvecs of a matrix", {a}, [=] { return eigenvecs(context, a); }};
-  const double number = in.number();
-  if (choice == kRowCount + 5)
-    return {"eigenvals of a matrix", {a}, [=] { return eigenvals(context, a, number); }};
-  const bool relative_test = number != 0.0;
-  return {"cinv", {a}, [=]() -> Anyval* {
-            aMatrix* inverse = nullptr;
-            const char* message = cinv(context, a, &inverse, relative_test);
-            return message == nullptr ? inverse : mkError(context, message, 0);
-          }};
-}
-
-double thread_seconds() {
-  timespec now;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
-struct Outcome {
-  Anyval* value;
-  bool short_of_memory;
-};
-
-// The rules that a single call can break.
-class Checks {
- public:
-  Checks(TestHost& host, const Call& call, const Choices& choices)
-      : host_(host), call_(call), choices_(choices) {
-    for (Anyval* a : call.arguments) before_.push_back(test::words_of(a, host));
-  }
-
-  // Runs the call; the first thing that went wrong, in words, stays in `complaint`.
-  Outcome run(int failing_allocation) {
-    Outcome outcome;
-    const double start = thread_seconds();
-    const auto usual = test::fp_environment();
-    set_control(choices_.host_control);
-    const auto environment = test::fp_environment();
-    {
-      test::AllocationFaults faults(failing_allocation, choices_.failing, kLargestBlock);
-      outcome.value = call_.run();
-      outcome.short_of_memory = faults.happened();
-    }
-    expect(test::fp_environment() == environment, "changed the floating-point environment");
-    set_control(usual.front());
-    const double seconds = thread_seconds() - start;
-    expect(seconds < kMostSeconds, "took " + std::to_string(seconds) + " seconds");
-    expect(host_.evaluator().depth() == 0, "left the evaluator bracket open");
-    for (const std::string& said : host_.evaluator().complaints) expect(false, said);
-    for (std::size_t k = 0; k < before_.size(); ++k)
-      expect(test::words_of(call_.arguments[k], host_) == before_[k],
-             "changed argument " + std::to_string(k + 1));
-    check_result(outcome);
-    return outcome;
-  }
-
-  void expect(bool fulfilled, const std::string& otherwise) {
-    if (!fulfilled && complaint.empty()) complaint = call_.name + " " + otherwise;
-  }
-
-  std::string complaint;
-
- private:
-  static void set_control([[maybe_unused]] std::uint32_t control) {
-#if MATRIX_HAS_MXCSR
-    _mm_setcsr(control);
-#endif
-  }
-
-  bool is_argument(const Anyval* value) const {
-    return std::find(call_.arguments.begin(), call_.arguments.end(), value) !=
-           call_.arguments.end();
-  }
-
-  bool has_matrix_without(double* aMatrix::*part) const {
-    return std::any_of(call_.arguments.begin(), call_.arguments.end(), [&](const Anyval* a) {
-      return a->kind == kMatrixKind && static_cast<const aMatrix*>(a)->*part == nullptr;
-    });
-  }
-
-  // An identity matrix that outgrows the sizes is refused without asking for memory.
-  bool is_identity_beyond_sizes() const {
-    constexpr double kLargest = 23170;  // Its elements take nearly 2^32 bytes.
-    if (call_.name != "identity" && call_.name != "identity of a number") return false;
-    const Anyval* const n = call_.arguments[0];
-    return n->kind == kScalarKind && static_cast<const aComplex*>(n)->re > kLargest;
-  }
-
-  void check_result(const Outcome& outcome) {
-    const Anyval* const value = outcome.value;
-    if (value == nullptr) {
-      // `reverse` has nothing to return where there are no elements to move.
-      const bool nothing = call_.name == "reverse" && has_matrix_without(&aMatrix::re);
-      const bool no_record = call_.name == "submatrix" && outcome.short_of_memory;
-      expect(nothing || no_record, "returned null");
-      return;
-    }
-    if (value == sError_OutOfMemory) {
-      expect(outcome.short_of_memory || is_identity_beyond_sizes(),
-             "was out of memory for no reason");
-      return;
-    }
-    expect(host_.store().owns(value) || is_argument(value), "returned a value of no store");
-    if (value->kind == kErrorKind)
-      check_error(*static_cast<const aError*>(value), outcome.short_of_memory);
-    else if (value->kind == kMatrixKind)
-      check_matrix(*static_cast<const aMatrix*>(value));
-    else
-      expect(value->kind == kScalarKind, "returned kind " + std::to_string(value->kind));
-  }
-
-  void check_error(const aError& error, bool short_of_memory) {
-    const auto arguments = static_cast<int>(call_.arguments.size());
-    const std::string text = error.message->text;
-    expect(!text.empty(), "gave an empty message");
-    expect(error.arg >= 0 && error.arg <= arguments,
-           "blamed argument " + std::to_string(error.arg));
-    expect(error.mark >= 0 && error.mark <= 2, "gave mark " + std::to_string(error.mark));
-    expect(error.value == nullptr || is_argument(error.value), "carries a value of its own");
-    expect(short_of_memory || text != "out of memory", "said out of memory for no reason");
-    // Some cores say this of a matrix without a real array.
-    expect(short_of_memory || text != "Unknown error" || has_matrix_without(&aMatrix::re),
-           "said Unknown error");
-    // The words for faults that no build of ours raises.
-    expect(text.find("EXCEPTION") == std::string::npos, "said " + text);
-  }
-
-  void check_matrix(const aMatrix& m) {
-    expect(m.rows >= 0 && m.cols >= 0, "returned a negative size");
-    expect(m.leading_dimension == m.rows, "returned a leading dimension that is not the rows");
-    expect(m.byte_size == static_cast<std::uint64_t>(m.rows) * static_cast<unsigned>(m.cols) * 8,
-           "returned a wrong byte size");
-    for (const double* part : {m.re, m.im})
-      for (std::size_t k = 0; part != nullptr && k < m.byte_size / 8; ++k) {
-        expect(!efi::is_nested_element(part[k]) || host_.store().owns(efi::nested_value(part[k])),
-               "returned a nested element that is no value");
-        expect(std::bit_cast<std::uint64_t>(part[k]) != efi::kUnwrittenBits,
-               "returned an element that it has not written");
-      }
-  }
-
-  TestHost& host_;
-  const Call& call_;
-  const Choices& choices_;
-  std::vector<Words> before_;
-};
-
-// A digest of a value's words. Which NaN comes of two is the processor's and the compiler's choice.
-std::uint64_t digest(const Words& words) {
-  std::uint64_t hash = 14695981039346656037u;
-  for (std::uint64_t word : words) {
-    const bool nan = (word & 0x7FF0000000000000u) == 0x7FF0000000000000u && word << 12 != 0;
-    hash = (hash ^ (nan ? 0x7FF8000000000000u : word)) * 1099511628211u;
-    hash ^= hash >> 32;
-  }
-  return hash;
-}
-
-// The words of a value in which a nested element is nothing but a NaN. Where two NaNs meet, the
-// result is one of them, and which one is the compiler's choice: a function that computes with
-// nested elements hands on some of them, not everywhere the same.
-Words words_as_numbers(const Anyval* value, TestHost& host) {
-  if (value == nullptr || value->kind != kMatrixKind) return test::words_of(value, host);
-  const auto& m = *static_cast<const aMatrix*>(value);
-  Words words = {static_cast<std::uint64_t>(m.rows), static_cast<std::uint64_t>(m.cols)};
-  for (const double* part : {m.re, m.im}) {
-    words.push_back(part != nullptr);
-    for (std::size_t k = 0; part != nullptr && k < m.byte_size / 8; ++k)
-      words.push_back(std::bit_cast<std::uint64_t>(part[k]));
-  }
-  return words;
-}
-
-bool holds_nested(const Anyval* value) {
-  return value->kind == kMatrixKind && static_cast<const aMatrix*>(value)->flags & kHoldsNested;
+  return {function.name, &function, a};
 }
 
 }  // namespace
@@ -267,42 +62,28 @@ std::string check_handlers(Bytes input) {
   host.scalar(0);  // The host takes memory for its records now, not during the call.
   Values values(host, in);
   const Choices choices = read_choices(in);
-  const Call call = read_call(choices.row, host.context(), values, in);
-  Checks checks(host, call, choices);
-
-  const bool with_nested = std::any_of(call.arguments.begin(), call.arguments.end(), holds_nested);
-  const std::size_t mark = host.live_values();
-  const auto run = [&](KernelSet set, int failing_allocation) -> std::optional<std::uint64_t> {
-    if (!matrix_pack::force_kernel_set(set)) return std::nullopt;
+  const std::vector<calls::Function> functions = calls::functions(host.context());
+  const Call call = read_call(choices.row, functions, values);
+  test::CheckedCall checked(host, call);
+  checked.host_control = choices.host_control;
+  const auto run = [&](int failing_allocation = 0) {
     values.rewind();
-    const long blocks = test::live_blocks();
-    const Outcome outcome = checks.run(failing_allocation);
-    const std::uint64_t bits = digest(with_nested ? words_as_numbers(outcome.value, host)
-                                                  : test::words_of(outcome.value, host));
-    host.store().collect(call.arguments, mark);
-    const long left = test::live_blocks() - blocks;
-    checks.expect(left == 0, "left " + std::to_string(left) + " blocks behind");
-    return bits;
-  };
-
-  const auto described = [&](KernelSet set) {
-    matrix_pack::force_kernel_set(set);
-    values.rewind();
-    return test::describe(call.run()) + " in kernel set " + matrix_pack::kernel_set_name(set);
+    return checked.run(failing_allocation, choices.failing, kLargestBlock);
   };
 
   const KernelSet usual = matrix_pack::kernel_set();
-  const auto first = run(usual, 0);
-  if (choices.failing_allocation != 0) run(usual, choices.failing_allocation);
+  const auto first = run();
+  if (choices.failing_allocation != 0) run(choices.failing_allocation);
   for (const KernelSet set : {KernelSet::baseline, KernelSet::v3}) {
-    const auto again = run(set, 0);
-    if (again && again != first)
-      checks.expect(false, "gave " + described(usual) + " but " + described(set));
+    if (!matrix_pack::force_kernel_set(set)) continue;
+    const auto again = run();
+    checked.expect(again.bits == first.bits, "gave " + first.words + " but " + again.words +
+                                                 " in kernel set " + kernel_set_name(set));
   }
   matrix_pack::force_kernel_set(usual);
   host.evaluator().unwind(0);
   host.evaluator().complaints.clear();
-  return checks.complaint;
+  return checked.complaint;
 }
 
 }  // namespace fuzz

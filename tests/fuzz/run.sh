@@ -20,7 +20,7 @@ targets=("$@")
 
 build fuzz fuzz
 cd "$root/build/fuzz"
-tool=tests/fuzz/fuzz_corpus
+tool=$root/tests/fuzz/corpus.py
 
 for target in "${targets[@]}"; do
   fuzzer=tests/fuzz/fuzz_$target

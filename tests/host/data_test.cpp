@@ -11,21 +11,21 @@ struct Case {
   const char* value;  // Or what follows the file's name in the error.
 };
 
-// Reads each content as a file of its own.
-void expect_matrices(std::initializer_list<Case> cases) {
-  const Directory directory;
-  Sheet sheet;
-  sheet.machine().directory = directory.path("");
-  for (const Case& c : cases) {
-    const std::string path = directory.write("data", c.content);
-    std::string value = sheet.brief("read(\"data\")");
-    if (const std::size_t at = value.find(path); at != std::string::npos)
-      value.erase(at, path.size());
-    EXPECT_EQ(value, c.value) << c.content;
+class Data : public InSheet {
+ protected:
+  // Reads each content as a file of its own.
+  void expect_matrices(std::initializer_list<Case> cases) {
+    for (const Case& c : cases) {
+      const std::string path = directory.write("data", c.content);
+      std::string value = sheet.brief("read(\"data\")");
+      if (const std::size_t at = value.find(path); at != std::string::npos)
+        value.erase(at, path.size());
+      EXPECT_EQ(value, c.value) << c.content;
+    }
   }
-}
+};
 
-TEST(Data, Tables) {
+TEST_F(Data, Tables) {
   expect_matrices({
       {"1,2\n3,4\n", "[1 2; 3 4]"},
       {"1\t-2e3\r\n+.5\t4\r\n", "[1 -2000; 0.5 4]"},
@@ -41,7 +41,7 @@ TEST(Data, Tables) {
   });
 }
 
-TEST(Data, MatrixMarket) {
+TEST_F(Data, MatrixMarket) {
   expect_matrices({
       {"%%MatrixMarket matrix array real general\n% note\n2 2\n1\n2\n3\n4\n", "[1 3; 2 4]"},
       {"%%MatrixMarket matrix coordinate integer general\n2 3 2\n1 3 7\n2 1 -1\n",
@@ -56,7 +56,7 @@ TEST(Data, MatrixMarket) {
   });
 }
 
-TEST(Data, MalformedMatrixMarketNamesTheLine) {
+TEST_F(Data, MalformedMatrixMarketNamesTheLine) {
   expect_matrices({
       {"%%Matrix matrix array real general\n1 1\n1\n",
        "error: , line 1: the first line is not that of a Matrix Market matrix (0, 0)"},
@@ -87,8 +87,7 @@ TEST(Data, MalformedMatrixMarketNamesTheLine) {
   });
 }
 
-TEST(Data, FilesThatCannotBeRead) {
-  Sheet sheet;
+TEST_F(Data, FilesThatCannotBeRead) {
   sheet.machine().directory = "/";
   EXPECT_EQ(sheet.brief("read(\"nonexistent\")"), "error: /nonexistent: cannot be read (0, 0)");
   EXPECT_EQ(sheet.brief("read(\"tmp\")"), "error: /tmp: cannot be read (0, 0)");

@@ -6,28 +6,18 @@
 
 namespace {
 
-struct Case {
-  const char* name;
-  fuzz::Target check;
-  int random_inputs;
-};
-
-std::ostream& operator<<(std::ostream& out, const Case& c) {
-  return out << c.name;
+void fuzz_target(const char* name, fuzz::Target target, int random_inputs) {
+  fuzz::replay(name, target);
+  fuzz::try_random_inputs(name, target, random_inputs);
 }
 
-class HostFuzz : public ::testing::TestWithParam<Case> {};
-
-TEST_P(HostFuzz, TheCorpusAndRandomInputs) {
-  const auto& [name, check, random_inputs] = GetParam();
-  fuzz::replay(name, check);
-  fuzz::try_random_inputs(name, check, random_inputs);
+TEST(HostFuzz, Worksheets) {
+  fuzz_target("worksheet", fuzz::check_worksheet, 1000);
 }
 
-INSTANTIATE_TEST_SUITE_P(, HostFuzz,
-                         ::testing::Values(Case{"worksheet", fuzz::check_worksheet, 1000},
-                                           Case{"table", fuzz::check_table, 5000},
-                                           Case{"matrix_market", fuzz::check_matrix_market, 5000}),
-                         [](const auto& test) { return std::string(test.param.name); });
+TEST(HostFuzz, DataFiles) {
+  fuzz_target("table", fuzz::check_table, 5000);
+  fuzz_target("matrix_market", fuzz::check_matrix_market, 5000);
+}
 
 }  // namespace

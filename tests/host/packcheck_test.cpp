@@ -1,6 +1,5 @@
 // packcheck finds the fault of each broken pack, and nothing in packs that keep their promises.
 #include <fmt/format.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -75,6 +74,7 @@ const Case kCases[] = {
     {"frees_what_it_returns", {"result", "memory"}, "or was freed"},
     {"wraps_a_size", {"result"}, "byte size"},
     {"shares_an_array", {"result", "memory"}, "array of an argument"},
+    {"returns_foreign_value", {"result"}, "is not, or no longer, the host's"},
     {"numbers_no_argument", {"result"}, "is tied to argument 7 of"},
     {"remembers_a_call", {"repeatable"}, "another result"},
     {"reads_new_memory", {"repeatable"}, "another result"},
@@ -86,6 +86,7 @@ const Case kCases[] = {
     {"writes_freed", {"memory", "out-of-memory"}, "byte 8 of a block of 32 bytes that was freed"},
     {"frees_twice", {"memory"}, "freed a block twice"},
     {"modifies_an_argument", {"arguments"}, "changed the real array of argument 1"},
+    {"changes_a_record", {"arguments", "result"}, "4 x 3 matrix with the byte size 72"},
     {"writes_beside_an_argument", {"arguments", "memory"}, "wrote beside an array of argument 1"},
     {"trusts_memory", {"out-of-memory"}, "Segmentation fault"},
     {"leaks_without_memory", {"out-of-memory"}, "keeps 1 block"},
@@ -110,6 +111,7 @@ const Case kCases[] = {
     {"bad_unit_rule", {"unit-rules"}, "names b, which it does not bind"},
     {"too_many_rows", {"exports"}, "numFuncs is 3, and theEfi has room for 2 rows"},
     {"never_unregisters", {"registration"}, "DllUnregisterServer gives 0"},
+    {"cannot_register", {"registration"}, "DllRegisterServer gives 5"},
 };
 
 class BrokenPack : public ::testing::TestWithParam<Case> {};

@@ -23,18 +23,8 @@ std::size_t count_of(const std::string& text, const std::string& what) {
   return count;
 }
 
-std::vector<std::string> names_in(const Directory& directory) {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(directory.path("")))
-    names.push_back(entry.path().filename());
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-// A worksheet whose pictures lie in a directory of its own.
-struct Plots {
-  Plots() { sheet.machine().directory = directory.path(""); }
-
+class Plot : public InSheet {
+ protected:
   // The SVG file that the statement draws.
   std::string svg(const std::string& statements) {
     const Json outcome = sheet.run(statements).back();
@@ -42,28 +32,23 @@ struct Plots {
     EXPECT_EQ(outcome["pictures"], Json({"p.svg"}));
     return directory.read("p.svg");
   }
-
-  Directory directory;
-  Sheet sheet;
 };
 
-TEST(Plot, AxesSayWhatTheyShowAndInWhichUnit) {
-  Plots plots;
-  const std::string svg = plots.svg(
-      "t = [0; 1; 2; 3]{s}\n"
-      "u = [0; 500; 0; -500]{um} in {mm}\n"
-      "plot(\"p.svg\", t, u, \"tip <& 'free'\", t, 2*u, \"title: `id` $HOME {a_b}\")");
+TEST_F(Plot, AxesSayWhatTheyShowAndInWhichUnit) {
+  const std::string axes =
+      svg("t = [0; 1; 2; 3]{s}\n"
+          "u = [0; 500; 0; -500]{um} in {mm}\n"
+          "plot(\"p.svg\", t, u, \"tip <& 'free'\", t, 2*u, \"title: `id` $HOME {a_b}\")");
   for (const char* text :
        {"<text>t in s</text>", "<text>mm</text>", "<text>tip &lt;&amp; 'free'</text>",
         "<text>2*u</text>", "<text>`id` $HOME {a_b}</text>", "−0.5</tspan>"})
-    EXPECT_EQ(count_of(svg, text), 1u) << text;
+    EXPECT_EQ(count_of(axes, text), 1u) << text;
 }
 
-TEST(Plot, PointsThatAreNotFiniteAreGaps) {
-  Plots plots;
+TEST_F(Plot, PointsThatAreNotFiniteAreGaps) {
   const std::string curve = "stroke='rgb( 53, 103, 168)'  d='M";
-  const std::string whole = plots.svg("plot(\"p.svg\", [1, 2, 3, 4, 5])");
-  const std::string gaps = plots.svg("plot(\"p.svg\", [1, 2, 0/0, 4, 5, 1/0, 7])");
+  const std::string whole = svg("plot(\"p.svg\", [1, 2, 3, 4, 5])");
+  const std::string gaps = svg("plot(\"p.svg\", [1, 2, 0/0, 4, 5, 1/0, 7])");
   auto moves = [&](const std::string& svg) {
     const std::size_t at = svg.find(curve);
     return count_of(svg.substr(at, svg.find("/>", at) - at), "M");
@@ -73,31 +58,30 @@ TEST(Plot, PointsThatAreNotFiniteAreGaps) {
   EXPECT_EQ(count_of(gaps, "<use xlink:href='#gpPt6' transform"), 5u);
 }
 
-TEST(Plot, SpectraComeFromThePack) {
-  Plots plots;
+TEST_F(Plot, SpectraComeFromThePack) {
   const std::string dot = "<use xlink:href='#gpPt6' transform";
-  std::string svg = plots.svg("plot_eigenvals(\"p.svg\", [0, 2; -2, 0]*1{Hz}, [3; 1i; 4]*1{Hz})");
-  EXPECT_EQ(count_of(svg, dot), 5u + 2u);  // One more of each in the legend.
-  EXPECT_NE(svg.find("imaginary part in Hz"), std::string::npos);
-  svg = plots.svg("plot_svds(\"p.svg\", [1, 0, 0; 0, 1e-9, 0; 0, 0, 0]*1{kN/m})");
-  EXPECT_NE(svg.find("singular value in kN/m"), std::string::npos);
-  EXPECT_EQ(count_of(svg, dot), 2u);
-  EXPECT_NE(svg.find("index (1 more: zero)"), std::string::npos);
-  svg = plots.svg("ORIGIN = 1\nheatmap(\"p.svg\", [1, 2, 0/0; -4, 5, 6]*1{kN/m}, \"stiffness\")");
-  EXPECT_NE(svg.find("stiffness in kN/m"), std::string::npos);
-  EXPECT_EQ(count_of(svg, " 0</tspan>"), 0u) << "rows and columns count from ORIGIN";
+  std::string picture = svg("plot_eigenvals(\"p.svg\", [0, 2; -2, 0]*1{Hz}, [3; 1i; 4]*1{Hz})");
+  EXPECT_EQ(count_of(picture, dot), 5u + 2u);  // One more of each in the legend.
+  EXPECT_NE(picture.find("imaginary part in Hz"), std::string::npos);
+  picture = svg("plot_svds(\"p.svg\", [1, 0, 0; 0, 1e-9, 0; 0, 0, 0]*1{kN/m})");
+  EXPECT_NE(picture.find("singular value in kN/m"), std::string::npos);
+  EXPECT_EQ(count_of(picture, dot), 2u);
+  EXPECT_NE(picture.find("index (1 more: zero)"), std::string::npos);
+  picture = svg("ORIGIN = 1\nheatmap(\"p.svg\", [1, 2, 0/0; -4, 5, 6]*1{kN/m}, \"stiffness\")");
+  EXPECT_NE(picture.find("stiffness in kN/m"), std::string::npos);
+  EXPECT_EQ(count_of(picture, " 0</tspan>"), 0u) << "rows and columns count from ORIGIN";
   // A single row, column or element is drawn too: as two of half the width.
   const std::pair<const char*, std::size_t> cells[] = {
       {"[1, 2, 4]", 6}, {"[1; 2; 4]", 6}, {"[4]", 4}, {"[1, 2; 0/0, 4]", 3}};
   for (const auto& [matrix, count] : cells) {
     const std::string group = "shape-rendering='crispEdges'";
-    svg = plots.svg(std::string("heatmap(\"p.svg\", ") + matrix + ")");
-    const std::size_t begin = svg.find(group), end = svg.find(group, begin + 1);
-    EXPECT_EQ(count_of(svg.substr(begin, end - begin), "<polygon"), count) << matrix;
+    picture = svg(std::string("heatmap(\"p.svg\", ") + matrix + ")");
+    const std::size_t begin = picture.find(group), end = picture.find(group, begin + 1);
+    EXPECT_EQ(count_of(picture.substr(begin, end - begin), "<polygon"), count) << matrix;
   }
 }
 
-TEST(Plot, WhatCannotBeDrawnIsSaidAtTheArgument) {
+TEST_F(Plot, WhatCannotBeDrawnIsSaidAtTheArgument) {
   struct Case {
     const char* statement;
     const char* at;  // What the carets stand below.
@@ -121,24 +105,21 @@ TEST(Plot, WhatCannotBeDrawnIsSaidAtTheArgument) {
       {"heatmap(3)", "3", "must be a matrix"},
       {"plot_svds([0])", "[0]", "all singular values are zero: a logarithm has no place for them"},
   };
-  Plots plots;
   for (const Case& c : cases)
-    EXPECT_EQ(plots.sheet.shown(c.statement),
+    EXPECT_EQ(sheet.shown(c.statement),
               fmt::format("error: {}\n    1 | {}\n{}{}\n", c.message, c.statement,
                           std::string(8 + std::string(c.statement).find(c.at), ' '),
                           std::string(std::strlen(c.at), '^')));
-  EXPECT_EQ(names_in(plots.directory), std::vector<std::string>());
+  EXPECT_EQ(directory.names(), std::vector<std::string>());
 }
 
-TEST(Plot, PngFilesHoldPictures) {
-  Plots plots;
-  plots.sheet.run("plot(\"p.PNG\", [1, 3, 2])\nplot(\"p.PNG\", [1, 3, 1])");
-  EXPECT_EQ(plots.directory.read("p.PNG").substr(0, 8), "\x89PNG\r\n\x1A\n");
-  EXPECT_EQ(names_in(plots.directory), std::vector<std::string>({"p.PNG"}));
+TEST_F(Plot, PngFilesHoldPictures) {
+  sheet.run("plot(\"p.PNG\", [1, 3, 2])\nplot(\"p.PNG\", [1, 3, 1])");
+  EXPECT_EQ(directory.read("p.PNG").substr(0, 8), "\x89PNG\r\n\x1A\n");
+  EXPECT_EQ(directory.names(), std::vector<std::string>({"p.PNG"}));
 }
 
-TEST(Plot, WithoutGnuplotTheStatementSaysWhatIsMissing) {
-  const Directory directory;
+TEST_F(Plot, WithoutGnuplotTheStatementSaysWhatIsMissing) {
   const std::string sheet = directory.write("s.ws", "plot(\"p.svg\", [1, 2])\nplot([1, 2])\n");
   const std::string path = std::getenv("PATH");
   setenv("PATH", "/nonexistent", 1);
@@ -149,7 +130,7 @@ TEST(Plot, WithoutGnuplotTheStatementSaysWhatIsMissing) {
             "error: there is no gnuplot to draw with: install the Debian package gnuplot-nox\n"
             "    1 | plot(\"p.svg\", [1, 2])\n        ^^^^^^^^^^^^^^^^^^^^^\n"
             "plot([1, 2]) = picture (1 curve)\n");
-  EXPECT_EQ(names_in(directory), std::vector<std::string>({"s.ws"}));
+  EXPECT_EQ(directory.names(), std::vector<std::string>({"s.ws"}));
 }
 
 // A program of its own that evaluates a worksheet, and a gnuplot that never ends.
@@ -196,7 +177,7 @@ class Endless {
   pid_t program_ = -1, gnuplot_ = -1;
 };
 
-TEST(Plot, AnInterruptionKillsGnuplotAndEndsTheReport) {
+TEST_F(Plot, AnInterruptionKillsGnuplotAndEndsTheReport) {
   Endless endless;
   ASSERT_TRUE(endless.gnuplot_runs());
   const int status = endless.end(SIGINT);
@@ -206,16 +187,16 @@ TEST(Plot, AnInterruptionKillsGnuplotAndEndsTheReport) {
   const std::string report = endless.directory.read("r.html");
   EXPECT_NE(report.find("2 statements"), std::string::npos);
   EXPECT_NE(report.find("was interrupted"), std::string::npos);
-  EXPECT_EQ(names_in(endless.directory),
+  EXPECT_EQ(endless.directory.names(),
             std::vector<std::string>({"gnuplot", "pid", "r.html", "s.ws"}));
 }
 
-TEST(Plot, AProgramThatIsKilledLeavesFilesAsTheyWere) {
+TEST_F(Plot, AProgramThatIsKilledLeavesFilesAsTheyWere) {
   Endless endless;
   ASSERT_TRUE(endless.gnuplot_runs());
   EXPECT_TRUE(WIFSIGNALED(endless.end(SIGKILL)));
   EXPECT_EQ(endless.directory.read("r.html"), "the old report");
-  EXPECT_EQ(names_in(endless.directory),
+  EXPECT_EQ(endless.directory.names(),
             std::vector<std::string>({"gnuplot", "pid", "r.html", "s.ws"}));
 }
 

@@ -2,6 +2,7 @@
 
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
@@ -91,6 +92,10 @@ std::string brief_text(const Json& value) {
   return text;
 }
 
+void InSheet::expect(std::initializer_list<std::pair<std::string, const char*>> cases) {
+  for (const auto& [text, value] : cases) EXPECT_EQ(sheet.brief(text), value) << text;
+}
+
 std::vector<Json> ProgramRun::json() const {
   std::vector<Json> lines;
   std::istringstream text(out);
@@ -133,6 +138,13 @@ std::string Directory::write(const std::string& name, const std::string& content
 std::string Directory::read(const std::string& name) const {
   std::ifstream file(path(name), std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<std::string> Directory::names() const {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(path_)) names.push_back(entry.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 }  // namespace test

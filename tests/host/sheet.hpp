@@ -41,6 +41,36 @@ class Sheet {
 
 std::string brief_text(const Json& value);
 
+// A directory of its own for one test, removed at its end.
+class Directory {
+ public:
+  Directory();
+  ~Directory();
+  Directory(const Directory&) = delete;
+  Directory& operator=(const Directory&) = delete;
+
+  std::string path(const std::string& name) const { return (path_ / name).string(); }
+  // Writes a file; gives its path.
+  std::string write(const std::string& name, const std::string& content) const;
+  std::string read(const std::string& name) const;
+  // The names of all files in it, in order.
+  std::vector<std::string> names() const;
+
+ private:
+  std::filesystem::path path_;
+};
+
+// A test with a worksheet of its own, which reads and writes files in a directory of its own.
+class InSheet : public ::testing::Test {
+ protected:
+  InSheet() { sheet.machine().directory = directory.path(""); }
+  // Expects each text to have that value, in brief.
+  void expect(std::initializer_list<std::pair<std::string, const char*>> cases);
+
+  Directory directory;
+  Sheet sheet;
+};
+
 // What a run of the program gave.
 struct ProgramRun {
   std::string out;
@@ -55,22 +85,5 @@ struct ProgramRun {
 // `catalogue`, by default an empty one.
 ProgramRun run_program(const std::vector<std::string>& arguments, const std::string& input = "",
                        const std::string& catalogue = "/nonexistent/packs.json");
-
-// A directory of its own for one test, removed at its end.
-class Directory {
- public:
-  Directory();
-  ~Directory();
-  Directory(const Directory&) = delete;
-  Directory& operator=(const Directory&) = delete;
-
-  std::string path(const std::string& name) const { return (path_ / name).string(); }
-  // Writes a file; gives its path.
-  std::string write(const std::string& name, const std::string& content) const;
-  std::string read(const std::string& name) const;
-
- private:
-  std::filesystem::path path_;
-};
 
 }  // namespace test

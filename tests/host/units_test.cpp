@@ -10,7 +10,10 @@ using worksheet::Unit;
 
 namespace {
 
-TEST(Units, AreReadAndWritten) {
+using Units = InSheet;
+using UnitRules = InSheet;
+
+TEST_F(Units, AreReadAndWritten) {
   const std::pair<const char*, const char*> cases[] = {
       {"kN/m", "kN/m"},       {"N/mm^2", "N/mm^2"},       {"kN m", "kN m"},
       {"kN*m", "kN m"},       {"kN.m", "kN m"},           {"kN\u00B7m\u00B2", "kN m^2"},
@@ -22,7 +25,7 @@ TEST(Units, AreReadAndWritten) {
     EXPECT_EQ(worksheet::unit_text(parse_unit(text)), name) << text;
 }
 
-TEST(Units, WhatIsNoneIsRefusedWithItsPlace) {
+TEST_F(Units, WhatIsNoneIsRefusedWithItsPlace) {
   const std::tuple<const char*, std::size_t, const char*> cases[] = {
       {"foo", 0, "unknown unit: foo"},
       {"kN/KN", 3, "unknown unit: KN"},
@@ -48,9 +51,8 @@ TEST(Units, WhatIsNoneIsRefusedWithItsPlace) {
   EXPECT_THROW(parse_unit(std::string(1000, '(')), worksheet::UnitError);
 }
 
-TEST(Units, CombineInArithmetic) {
-  Sheet sheet;
-  const std::pair<const char*, const char*> cases[] = {
+TEST_F(Units, CombineInArithmetic) {
+  expect({
       {"3{m} + 2{mm}", "3.002 {m}"},
       {"3{m} - 2{kg}", "error: '-' needs values of one unit: m and kg (0, 0)"},
       {"3{m} + 1", "error: '+' needs values of one unit: m and no unit (0, 0)"},
@@ -89,12 +91,10 @@ TEST(Units, CombineInArithmetic) {
       {"f(i, j) = i*1{m}\nmatrix(2, 2, f)",
        "error: f gives a value in m; a plain one is needed (0, 3)"},
       {"TOL = 1{m}\neigenvals([1, 2; 2, 1])", "error: eigenvals needs TOL without a unit (0, 0)"},
-  };
-  for (const auto& [text, value] : cases) EXPECT_EQ(sheet.brief(text), value) << text;
+  });
 }
 
-TEST(Units, AreShownToPeopleAndPrograms) {
-  Sheet sheet;
+TEST_F(Units, AreShownToPeopleAndPrograms) {
   EXPECT_EQ(sheet.shown("(1 + 2i){V}"), "(1 + 2i) V\n");
   EXPECT_EQ(sheet.shown("A = [1, 2]{kN/m}"), "A = 1 x 2 matrix in kN/m\n  1  2\n");
   EXPECT_EQ(sheet.value("3{kN/m}").dump(), R"({"kind":"scalar","re":3.0,"im":0.0,"unit":"kN/m"})");
@@ -156,8 +156,7 @@ const RowCase kRows[] = {
     {"svds", "S", "no unit", "S{m}", "takes plain numbers: argument 1 has m"},
 };
 
-TEST(UnitRules, HoldForEveryRowOfTheLoadedPack) {
-  Sheet sheet;
+TEST_F(UnitRules, HoldForEveryRowOfTheLoadedPack) {
   ASSERT_EQ(std::size(kRows), sheet.machine().packs[0]->rows().size());
   sheet.run(fmt::format("S = {}\nv = [2; 1]\nf(i, j) = i", kS));
   for (const RowCase& row : kRows) {
@@ -171,14 +170,13 @@ TEST(UnitRules, HoldForEveryRowOfTheLoadedPack) {
 }
 
 // The numbers are brought to the unit in which they are meant.
-TEST(UnitRules, ConvertNumbers) {
-  Sheet sheet;
+TEST_F(UnitRules, ConvertNumbers) {
   EXPECT_EQ(sheet.brief("augment([1]{m}, [2]{mm})"), "[1 0.002] {m}");
   EXPECT_EQ(sheet.brief("matrix(200{%}, 1, abs1)\nabs1(i, j) = i"), "function");
   EXPECT_EQ(sheet.brief("matrix(200{%}, 1, abs1)"), "[0; 1]");
 }
 
-TEST(UnitRules, WhatMakesNoSenseIsRefused) {
+TEST_F(UnitRules, WhatMakesNoSenseIsRefused) {
   const Unit* const units[] = {parse_unit("m"), nullptr};
   for (const char* rule :
        {"", "(", "(%lambda (a b) (-EqDims a b)", "(%lambda (a) (-EqDims a))",

@@ -110,17 +110,13 @@ TEST(FunctionTable, KeepsTheThreeConventionsOfLength) {
 }
 
 TEST(FunctionTable, NamesTheContextVariables) {
-  EXPECT_EQ(ORIGINLIST.car, ORIGIN_sUnIdent);
-  EXPECT_EQ(ORIGINLIST.cdr, nullptr);
-  EXPECT_EQ(TOLLIST.car, &identifier_TOL);
-  EXPECT_EQ(TOLLIST.cdr, nullptr);
+  EXPECT_TRUE(ORIGINLIST.car == ORIGIN_sUnIdent && ORIGINLIST.cdr == nullptr);
+  EXPECT_TRUE(TOLLIST.car == &identifier_TOL && TOLLIST.cdr == nullptr);
   EXPECT_EQ(identifier_TOL.kind, 10);
-  EXPECT_EQ(identifier_TOL.word1, 0);
+  EXPECT_TRUE(identifier_TOL.word1 == 0 && identifier_TOL.word3 == 2);
   EXPECT_EQ(identifier_TOL.name, &string_TOL);
-  EXPECT_EQ(identifier_TOL.word3, 2);
   EXPECT_STREQ(string_TOL.text, "TOL");
-  EXPECT_EQ(string_TOL.length, 4);
-  EXPECT_EQ(string_TOL.zero, 0);
+  EXPECT_TRUE(string_TOL.length == 4 && string_TOL.zero == 0);
 }
 
 // Demangled names of the library's dynamic symbols, without versions.

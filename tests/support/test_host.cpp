@@ -1,9 +1,7 @@
 #include "tests/support/test_host.hpp"
 
 #include <cstring>
-#include <limits>
 #include <new>
-#include <sstream>
 
 #include "host/efiutils/fault_translation.hpp"
 #include "pack/frame/fp_control.hpp"
@@ -12,20 +10,12 @@ namespace test {
 
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-
 int to_int(std::size_t n) {
   return static_cast<int>(n);
 }
 
 void fail_at(Where where, const std::string& message) {
   ADD_FAILURE_AT(where.file, where.line) << message;
-}
-
-std::vector<std::uint64_t> bits(const double* part, const aMatrix* m) {
-  std::vector<std::uint64_t> words(part == nullptr ? 0 : m->byte_size / sizeof(double));
-  if (!words.empty()) std::memcpy(words.data(), part, words.size() * sizeof(double));
-  return words;
 }
 
 template <class Element>
@@ -42,34 +32,29 @@ int columns(std::initializer_list<std::initializer_list<Element>> rows) {
   return rows.size() == 0 ? 0 : to_int(rows.begin()->size());
 }
 
-unsigned byte_size(int rows, int cols) {
-  return static_cast<unsigned>(rows) * static_cast<unsigned>(cols) * 8u;
-}
-
 }  // namespace
 
-TestHost::TestHost() : context_{&store_, &evaluator_} {
+TestHost::TestHost() {
   efi::install_fault_translation();
-  store_.refuse = allocation_fails;
-  evaluator_.apply_function = [](Anyval* function, const sCons* arguments) -> Anyval* {
-    const auto& body = *static_cast<Function*>(static_cast<efi::aFunction*>(function)->body);
-    auto value = [](const sCons* cell) {
-      return static_cast<Anyval*>(const_cast<void*>(cell->car));
-    };
-    return body(value(arguments), value(arguments->cdr));
-  };
+  store().refuse = allocation_fails;
 }
 
 TestHost::~TestHost() {
-  EXPECT_EQ(evaluator_.depth(), 0u) << "the pack left evaluator frames open";
-  for (const std::string& complaint : evaluator_.complaints)
+  EXPECT_EQ(evaluator().depth(), 0u) << "the pack left evaluator frames open";
+  for (const std::string& complaint : evaluator().complaints)
     ADD_FAILURE() << "the pack " << complaint;
 }
 
-double* TestHost::part(const std::vector<double>& elements) {
-  auto* const array = static_cast<double*>(::operator new(elements.size() * sizeof(double)));
-  if (!elements.empty()) std::memcpy(array, elements.data(), elements.size() * sizeof(double));
-  return array;
+aMatrix* TestHost::make(int rows, int cols, const std::vector<double>* re,
+                        const std::vector<double>* im) {
+  const std::size_t count = static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols);
+  const auto copy = [&](const std::vector<double>* part) -> double* {
+    if (part == nullptr) return nullptr;
+    EXPECT_EQ(part->size(), count);
+    auto* const array = static_cast<double*>(::operator new(count * sizeof(double)));
+    return std::copy(part->begin(), part->end(), array) - part->size();
+  };
+  return aMatrix::mk(&store(), rows, cols, copy(re), copy(im), static_cast<unsigned>(8 * count));
 }
 
 aMatrix* TestHost::matrix(Rows rows) {
@@ -77,8 +62,7 @@ aMatrix* TestHost::matrix(Rows rows) {
 }
 
 aMatrix* TestHost::matrix(int rows, int cols, const std::vector<double>& column_major) {
-  EXPECT_EQ(column_major.size() * 8, byte_size(rows, cols));
-  return aMatrix::mk(&store_, rows, cols, part(column_major), nullptr, byte_size(rows, cols));
+  return make(rows, cols, &column_major, nullptr);
 }
 
 aMatrix* TestHost::column(const std::vector<double>& elements) {
@@ -90,23 +74,21 @@ aMatrix* TestHost::complex_matrix(ComplexRows rows) {
 }
 
 aMatrix* TestHost::complex_matrix(int rows, int cols, const std::vector<Complex>& column_major) {
-  EXPECT_EQ(column_major.size() * 8, byte_size(rows, cols));
   std::vector<double> re, im;
   for (const Complex& z : column_major) {
     re.push_back(z.real());
     im.push_back(z.imag());
   }
-  return aMatrix::mk(&store_, rows, cols, part(re), part(im), byte_size(rows, cols));
+  return make(rows, cols, &re, &im);
 }
 
 aMatrix* TestHost::imaginary(Rows rows) {
-  const int n = to_int(rows.size());
-  const int cols = columns(rows);
-  return aMatrix::mk(&store_, n, cols, nullptr, part(by_columns(rows)), byte_size(n, cols));
+  const std::vector<double> im = by_columns(rows);
+  return make(to_int(rows.size()), columns(rows), nullptr, &im);
 }
 
 aMatrix* TestHost::lean(int rows, int cols) {
-  return aMatrix::mk(&store_, rows, cols, nullptr, nullptr, byte_size(rows, cols));
+  return make(rows, cols, nullptr, nullptr);
 }
 
 aMatrix* TestHost::nested(int rows, int cols, const std::vector<Anyval*>& column_major) {
@@ -118,20 +100,15 @@ aMatrix* TestHost::nested(int rows, int cols, const std::vector<Anyval*>& column
 }
 
 aComplex* TestHost::scalar(double re, double im) {
-  return store_.new_scalar(re, im);
+  return store().new_scalar(re, im);
 }
 
 aString* TestHost::string(const char* text) {
-  return store_.new_string(text);
-}
-
-Anyval* TestHost::function(Function body) {
-  functions_.push_back(std::make_unique<Function>(std::move(body)));
-  return store_.new_function(functions_.back().get());
+  return store().new_string(text);
 }
 
 std::vector<aMatrix*> TestHost::parts(const Anyval* joined) {
-  const auto span = store_.parts(joined);
+  const auto span = store().parts(joined);
   return {span.begin(), span.end()};
 }
 
@@ -159,27 +136,11 @@ double real_number(Anyval* value, Where where) {
 }
 
 double re(const aMatrix* m, int i, int j) {
-  const auto index = static_cast<std::ptrdiff_t>(j) * m->leading_dimension + i;
-  return m->re == nullptr ? 0.0 : m->re[index];
+  return m->re == nullptr ? 0.0 : m->re[std::ptrdiff_t{j} * m->leading_dimension + i];
 }
 
 double im(const aMatrix* m, int i, int j) {
-  const auto index = static_cast<std::ptrdiff_t>(j) * m->leading_dimension + i;
-  return m->im == nullptr ? 0.0 : m->im[index];
-}
-
-std::vector<double> re_parts(const aMatrix* m) {
-  std::vector<double> parts;
-  for (int j = 0; j < m->cols; ++j)
-    for (int i = 0; i < m->rows; ++i) parts.push_back(re(m, i, j));
-  return parts;
-}
-
-std::vector<double> im_parts(const aMatrix* m) {
-  std::vector<double> parts;
-  for (int j = 0; j < m->cols; ++j)
-    for (int i = 0; i < m->rows; ++i) parts.push_back(im(m, i, j));
-  return parts;
+  return m->im == nullptr ? 0.0 : m->im[std::ptrdiff_t{j} * m->leading_dimension + i];
 }
 
 std::vector<Complex> elements(const aMatrix* m) {
@@ -187,6 +148,18 @@ std::vector<Complex> elements(const aMatrix* m) {
   for (int j = 0; j < m->cols; ++j)
     for (int i = 0; i < m->rows; ++i) all.emplace_back(re(m, i, j), im(m, i, j));
   return all;
+}
+
+std::vector<double> re_parts(const aMatrix* m) {
+  std::vector<double> parts;
+  for (const Complex& z : elements(m)) parts.push_back(z.real());
+  return parts;
+}
+
+std::vector<double> im_parts(const aMatrix* m) {
+  std::vector<double> parts;
+  for (const Complex& z : elements(m)) parts.push_back(z.imag());
+  return parts;
 }
 
 std::vector<double> column_major(Rows rows) {
@@ -229,44 +202,6 @@ void expect_error(Anyval* value, const std::string& message, int mark, int arg,
 void expect_out_of_memory(Anyval* value, Where where) {
   if (value != sError_OutOfMemory)
     fail_at(where, "not the value for exhausted memory: " + describe(value));
-}
-
-std::string describe(const Anyval* value) {
-  if (value == nullptr) return "null";
-  std::ostringstream text;
-  text.precision(17);
-  if (value->kind == kScalarKind) {
-    const auto* z = static_cast<const aComplex*>(value);
-    text << "number (" << z->re << ", " << z->im << ")";
-  } else if (value->kind == kErrorKind) {
-    const auto* e = static_cast<const aError*>(value);
-    text << "error \"" << e->message->text << "\" mark " << e->mark << " argument " << e->arg;
-  } else if (value->kind == kMatrixKind) {
-    const auto* m = static_cast<const aMatrix*>(value);
-    text << m->rows << " x " << m->cols << (m->im != nullptr ? " complex" : "") << " matrix";
-    constexpr int kShown = 12;
-    for (int i = 0; i < m->rows && m->rows <= kShown && m->cols <= kShown; ++i) {
-      text << "\n ";
-      for (int j = 0; j < m->cols; ++j) {
-        text << ' ' << re(m, i, j);
-        if (m->im != nullptr) text << std::showpos << im(m, i, j) << 'i' << std::noshowpos;
-      }
-    }
-  } else {
-    text << "value of kind " << value->kind;
-  }
-  return text.str();
-}
-
-Snapshot::Snapshot(const aMatrix* matrix)
-    : matrix_(matrix),
-      record_(*matrix),
-      re_(bits(matrix->re, matrix)),
-      im_(bits(matrix->im, matrix)) {}
-
-bool Snapshot::unchanged() const {
-  return std::memcmp(&record_, matrix_, sizeof record_) == 0 && bits(matrix_->re, matrix_) == re_ &&
-         bits(matrix_->im, matrix_) == im_;
 }
 
 }  // namespace test

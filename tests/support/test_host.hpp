@@ -12,19 +12,25 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "host/efiutils/evaluator.hpp"
-#include "host/efiutils/store.hpp"
 #include "pack/frame/fault_mode.hpp"
 #include "pack/host_interface.hpp"
+#include "tests/calls/host.hpp"
+#include "tests/calls/outcome.hpp"
 #include "tests/support/allocation_faults.hpp"
 
 namespace test {
 
+using calls::describe;
 using Complex = std::complex<double>;
+
+inline constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+inline constexpr double kInf = std::numeric_limits<double>::infinity();
+
 using Rows = std::initializer_list<std::initializer_list<double>>;
 using ComplexRows = std::initializer_list<std::initializer_list<Complex>>;
 
@@ -45,10 +51,10 @@ class TestHost {
   TestHost(const TestHost&) = delete;
   TestHost& operator=(const TestHost&) = delete;
 
-  EfiCallContext* context() { return &context_; }
-  IqlAllocator* allocator() { return &store_; }
-  efi::Store& store() { return store_; }
-  efi::Evaluator& evaluator() { return evaluator_; }
+  calls::Host& base() { return base_; }
+  EfiCallContext* context() { return &base_.context; }
+  efi::Store& store() { return base_.store; }
+  efi::Evaluator& evaluator() { return base_.evaluator; }
 
   // --- Values. The real array is present in all that do not say otherwise. ---
 
@@ -66,22 +72,25 @@ class TestHost {
   aComplex* scalar(double re, double im = 0.0);
   aString* string(const char* text);
   // A function value; `body` is called with the two indices that `matrix` passes.
-  using Function = std::function<Anyval*(Anyval* i, Anyval* j)>;
-  Anyval* function(Function body);
+  Anyval* function(calls::Host::Body body) { return base_.function(std::move(body)); }
 
   // The matrices of which a joined value was made; empty for any other value.
   std::vector<aMatrix*> parts(const Anyval* joined);
 
   // Values that exist now.
-  std::size_t live_values() const { return store_.size(); }
+  std::size_t live_values() const { return base_.store.size(); }
 
  private:
-  double* part(const std::vector<double>& elements);
+  aMatrix* make(int rows, int cols, const std::vector<double>* re, const std::vector<double>* im);
 
-  efi::Store store_;
-  efi::Evaluator evaluator_;
-  EfiCallContext context_;
-  std::vector<std::unique_ptr<Function>> functions_;
+  calls::Host base_;
+};
+
+// A test in a host of its own.
+class InHost : public ::testing::Test {
+ protected:
+  TestHost host;
+  EfiCallContext* const c = host.context();
 };
 
 // --- Reading results. Each fails the test, and gives an empty or NaN result, on another kind. ---
@@ -121,39 +130,5 @@ inline void expect_fault(Anyval* value, std::string word, Where where = Where::h
 }
 // Expects the host's ready-made value for exhausted memory.
 void expect_out_of_memory(Anyval* value, Where where = Where::here());
-
-// A few words about a value, for messages.
-std::string describe(const Anyval* value);
-
-// The bits of a matrix, to show that a call left its argument alone.
-class Snapshot {
- public:
-  explicit Snapshot(const aMatrix* matrix);
-  bool unchanged() const;
-
- private:
-  const aMatrix* matrix_;
-  aMatrix record_;
-  std::vector<std::uint64_t> re_, im_;
-};
-
-// Calls `call` again and again, failing its 1st, 2nd, 3rd... allocation, until none fails. `check`
-// receives each result that came about with a failure and the number of the allocation. Returns the
-// result without one.
-template <class Call, class Check>
-auto with_failing_allocations(Call call, Check check, Failing failing = Failing::once) {
-  constexpr int kMost = 100000;
-  for (int nth = 1;; ++nth) {
-    bool happened;
-    auto result = [&] {
-      AllocationFaults faults(nth, failing);
-      auto value = call();
-      happened = faults.happened();
-      return value;
-    }();
-    if (!happened || nth == kMost) return result;
-    check(result, nth);
-  }
-}
 
 }  // namespace test

@@ -1,7 +1,4 @@
-// The pack under conditions of long use: several threads, a small stack, many calls, and being
-// loaded and unloaded again and again.
-#include <dlfcn.h>
-#include <gtest/gtest.h>
+// The pack under conditions of long use: several threads, a small stack and many calls.
 #include <pthread.h>
 #include <unistd.h>
 
@@ -12,7 +9,6 @@
 #include <thread>
 
 #include "tests/support/call_corpus.hpp"
-#include "tests/support/matrix_library.hpp"
 
 namespace {
 
@@ -24,13 +20,14 @@ constexpr bool kSanitized = true;
 constexpr bool kSanitized = false;
 #endif
 
-using Results = std::vector<std::vector<std::uint64_t>>;
+using Results = std::vector<std::uint64_t>;
 
 // The results of all calls of a corpus of its own, and so of a context of its own.
 Results all_results() {
   CallCorpus corpus;
   Results results;
-  for (const Call& call : corpus.calls()) results.push_back(words_of(call.run(), corpus.host));
+  for (const Call& call : corpus.calls())
+    results.push_back(calls::bits_of(corpus.host.store(), call.run()));
   return results;
 }
 
@@ -98,19 +95,6 @@ TEST(Robustness, ManyMixedCallsKeepMemoryFlat) {
     EXPECT_LT(resident_bytes() - resident, 1 << 20);
   }
   RecordProperty("calls", std::to_string(made));
-}
-
-TEST(Robustness, ThePackMayBeLoadedAndUnloadedAThousandTimes) {
-  TestHost host;
-  Anyval* square = host.matrix({{1, 2}, {3, 4}});
-  for (int k = 0; k < 1000; ++k) {
-    void* pack = dlopen(test::kMatrixLibrary, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(pack, nullptr) << dlerror();
-    const auto* table = static_cast<const FunctionEntry*>(dlsym(pack, "theEfi"));
-    ASSERT_NE(table, nullptr);
-    expect_number(apply_row(table[10], host.context(), {square}), 5);
-    ASSERT_EQ(dlclose(pack), 0);
-  }
 }
 
 }  // namespace

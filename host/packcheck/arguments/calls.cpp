@@ -1,13 +1,18 @@
 #include "host/packcheck/arguments/calls.hpp"
 
+#include <fmt/format.h>
+
+#include <iterator>
 #include <limits>
 
-#include "host/packcheck/arguments/random.hpp"
+#include "host/arguments/kinds.hpp"
+#include "host/arguments/numbers.hpp"
 
 namespace packcheck {
 
 namespace {
 
+using namespace arguments;
 using Arguments = std::vector<Recipe>;
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
@@ -21,12 +26,37 @@ constexpr int kMostTried = 8000;
 
 constexpr Form kStoredForms[] = {Form::real, Form::complex, Form::imaginary, Form::lean};
 
-// Numbers at which size, index and tolerance arguments are likely to break.
-constexpr double kNumbers[] = {
-    0.0,       1.0,           2.0,          3.0,          -1.0,          -0.0,         0.5,
-    1.5,       2.99999999999, 1e-9,         1e-300,       5e-324,        100000.0,     100001.0,
-    8000001.0, 1e7,           2147483647.0, 2147483648.0, -2147483649.0, 4294967297.0, 1e18,
-    1e300,     -1e300,        kInfinity,    -kInfinity,   kNan};
+constexpr double kSpecials[] = {kNan, kInfinity, -kInfinity};
+
+constexpr Fill kOrdinary = {Source::units, Structure::general};
+constexpr Fill kSymmetric = {Source::units, Structure::symmetric};
+constexpr Fill kDefinite = {Source::units, Structure::dominant};
+
+const char* const kFormNames[kForms] = {
+    "real matrix",   "complex matrix", "imaginary matrix", "matrix without part arrays",
+    "nested matrix", "scalar",         "string",           "function",
+    "function (8)",  "error value",    "identifier",       "value of an unknown kind"};
+
+const char* const kBehaviourNames[kBehaviours] = {
+    "i + 10 j",       "complex",        "NaN",    "huge", "a matrix", "a string", "an error",
+    "an error later", "a matrix later", "nothing"};
+
+// In a few words: "complex matrix 3 x 3 (random symmetric)".
+std::string describe(const Recipe& recipe) {
+  const char* const form = kFormNames[static_cast<int>(recipe.form)];
+  if (recipe.form == Form::scalar)
+    return recipe.im == 0.0 ? fmt::format("{}", recipe.re)
+                            : fmt::format("{}{:+}i", recipe.re, recipe.im);
+  if (recipe.form == Form::function || recipe.form == Form::other_function)
+    return fmt::format("{} giving {}", form, kBehaviourNames[static_cast<int>(recipe.behaviour)]);
+  if (!is_array(recipe.form)) return form;
+  const std::string shape = fmt::format("{} {} x {}", form, recipe.rows, recipe.cols);
+  const auto& [source, structure] = recipe.fill;
+  if (structure == Structure::plain || recipe.form == Form::lean || recipe.form == Form::nested)
+    return shape;
+  if (recipe.special) return fmt::format("{} (one {})", shape, *recipe.special);
+  return fmt::format("{} ({} {})", shape, name_of(source), name_of(structure));
+}
 
 // One of each kind, and the arrays that differ most.
 std::vector<Recipe> one_of_each_kind() {
@@ -78,7 +108,7 @@ class CallList {
   }
 
   // The base with all of its arrays in one form and of one size.
-  Arguments scaled(Form form, int n, Fill fill = Fill::plain) const {
+  Arguments scaled(Form form, int n, Fill fill = {}) const {
     Arguments arguments = usual_;
     for (Recipe& argument : arguments) {
       if (!is_array(argument.form)) continue;
@@ -99,7 +129,7 @@ class CallList {
     if (!has_arrays()) return;
     for (const Form form : {Form::complex, Form::imaginary, Form::lean, Form::nested})
       add(Family::base, scaled(form, kBaseSize));
-    for (const Fill fill : {Fill::symmetric, Fill::definite, Fill::ordinary}) {
+    for (const Fill fill : {kSymmetric, kDefinite, kOrdinary}) {
       add(Family::base, scaled(Form::real, 8, fill));
       add(Family::base, scaled(Form::complex, 5, fill));
     }
@@ -126,14 +156,13 @@ class CallList {
       for (const auto& [rows, cols] : kShapes)
         for (const Form form : kStoredForms)
           if (is_array(usual_[place].form))
-            add_with(Family::shapes, place, array(form, rows, cols, Fill::ordinary, 3));
+            add_with(Family::shapes, place, array(form, rows, cols, kOrdinary, 3));
     std::vector<int> sizes = {0, 1, 2, 4, 7, 8, 9, 16, 17, 33};
     if (full_) sizes.insert(sizes.end(), {31, 32, 63, 64, 65, 100});
     if (!has_arrays()) return;
     for (const int n : sizes)
       for (const Form form : kStoredForms)
-        for (const Fill fill : {Fill::ordinary, Fill::definite})
-          add(Family::shapes, scaled(form, n, fill));
+        for (const Fill fill : {kOrdinary, kDefinite}) add(Family::shapes, scaled(form, n, fill));
   }
 
   void add_values() {
@@ -148,20 +177,26 @@ class CallList {
   }
 
   void add_array_values(std::size_t place, const Recipe& usual) {
-    for (int k = 0; k < kFills; ++k) {
-      const auto fill = static_cast<Fill>(k);
-      // The special element is tried at several places of the real and the imaginary part.
-      const bool placed = fill >= Fill::one_nan && fill <= Fill::one_minus_infinity;
-      const std::uint64_t seeds = placed ? 2u * static_cast<unsigned>(usual.rows * usual.cols) : 1;
-      for (std::uint64_t seed = 0; seed < seeds; ++seed) {
-        for (const Form form : {Form::real, Form::complex})
-          add_with(Family::values, place, array(form, usual.rows, usual.cols, fill, seed));
+    const auto add_forms = [&](Recipe recipe) {
+      for (const Form form : {Form::real, Form::complex}) {
+        recipe.form = form;
+        add_with(Family::values, place, recipe);
       }
-    }
+    };
+    for (const arguments::Kind& kind : kinds()) add_forms(recipe(kind, usual.rows, usual.cols));
+    // A special element is tried at all places of the real and the imaginary part.
+    Recipe with_special = array(Form::real, usual.rows, usual.cols, kOrdinary);
+    for (const double special : kSpecials)
+      for (with_special.place = 0;
+           with_special.place < 2u * static_cast<unsigned>(usual.rows * usual.cols);
+           ++with_special.place) {
+        with_special.special = special;
+        add_forms(with_special);
+      }
   }
 
   void add_numbers(std::size_t place) {
-    for (const double x : kNumbers) {
+    for (const double x : kTroublemakers) {
       add_with(Family::values, place, scalar(x));
       add_with(Family::values, place, scalar(1.0, x));
     }
@@ -191,17 +226,27 @@ class CallList {
     return random_.one_in(2) ? Form::real : kStoredForms[random_.below(4)];
   }
 
-  Fill random_fill() { return static_cast<Fill>(random_.below(kFills)); }
+  Recipe random_array(Form form, int rows, int cols) {
+    Recipe made =
+        recipe(kinds()[static_cast<std::size_t>(random_.below(static_cast<int>(kinds().size())))],
+               rows, cols);
+    made.form = form;
+    made.seed = random_.next() >> 40;
+    if (!random_.one_in(8)) return made;
+    made.special = kSpecials[random_.below(std::size(kSpecials))];
+    made.place = random_.next() >> 40;
+    return made;
+  }
 
   Recipe random_array(const Recipe& usual, Form form, int n) {
     const auto scale = [&](int size) { return size == kBaseSize ? n : size; };
-    return array(form, scale(usual.rows), scale(usual.cols), random_fill(), random_.next() >> 40);
+    return random_array(form, scale(usual.rows), scale(usual.cols));
   }
 
   Recipe random_scalar() {
-    constexpr int kCount = sizeof kNumbers / sizeof kNumbers[0];
-    const double re = random_.one_in(2) ? random_.below(6) : kNumbers[random_.below(kCount)];
-    return scalar(re, random_.one_in(5) ? kNumbers[random_.below(kCount)] : 0.0);
+    constexpr int kCount = std::size(kTroublemakers);
+    const double re = random_.one_in(2) ? random_.below(6) : kTroublemakers[random_.below(kCount)];
+    return scalar(re, random_.one_in(5) ? kTroublemakers[random_.below(kCount)] : 0.0);
   }
 
   Recipe random_recipe() {
@@ -209,7 +254,7 @@ class CallList {
     if (form == Form::scalar) return random_scalar();
     const int rows = random_.below(6);
     const int cols = random_.below(6);
-    if (is_array(form)) return array(form, rows, cols, random_fill(), random_.next() >> 40);
+    if (is_array(form)) return random_array(form, rows, cols);
     return function(static_cast<Behaviour>(random_.below(kBehaviours)), form);
   }
 
@@ -228,7 +273,7 @@ int places_of(const Function& function) {
 std::vector<Arguments> first_attempts(const Function& function) {
   const Recipe kinds[] = {
       array(Form::real, kBaseSize, kBaseSize), scalar(1.0), array(Form::real, kBaseSize, 1),
-      packcheck::function(Behaviour::sum),     scalar(2.0), array(Form::real, 1, kBaseSize)};
+      arguments::function(Behaviour::sum),     scalar(2.0), array(Form::real, 1, kBaseSize)};
   std::vector<Arguments> attempts = {{}};
   for (int place = 0; place < places_of(function); ++place) {
     std::vector<Arguments> longer;

@@ -6,10 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "host/packcheck/arguments/recipe.hpp"
+#include "host/arguments/values.hpp"
 #include "host/packcheck/pack.hpp"
 
 namespace packcheck {
+
+using arguments::Recipe;
 
 // How many calls: a part of those of quick, the usual list, or a longer one.
 enum class Depth { brief, quick, full };

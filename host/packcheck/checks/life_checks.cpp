@@ -70,7 +70,7 @@ void live_once(Session& session) {
   session.load();
   for (const Target& target : session.targets) {
     session.target = &target;
-    const std::vector<Recipe> strings(target.base.size(), Recipe{.form = Form::string});
+    const std::vector<Recipe> strings(target.base.size(), Recipe{.form = arguments::Form::string});
     for (const auto& arguments : {target.base, strings})
       Trial(session, {Family::base, with_context(target.function, arguments)}).invoke();
   }

@@ -24,6 +24,14 @@ constexpr int kBriefStride = 20;
 // An errno that the C library does not use.
 constexpr int kMarkedErrno = 7777;
 
+// Where blocks are fenced, an array ends at its fence.
+double* new_exact_array(std::size_t count) {
+  heap::place_exactly(true);
+  double* const array = arguments::new_array(count);
+  heap::place_exactly(false);
+  return array;
+}
+
 // The exception in hand: its type, and its words if it has any.
 std::string exception_words() {
   std::string words = "an exception";
@@ -54,7 +62,8 @@ Trial::Trial(Session& session, const Call& call, heap::Placement placement)
   for (int k = 0; k < kDecoys; ++k) older_.push_back(store.new_scalar(0.0, 0.0));
   arguments_.reserve(call.arguments.size());
   heap::place(placement);
-  for (const Recipe& recipe : call.arguments) arguments_.push_back(make(store, recipe));
+  for (const Recipe& recipe : call.arguments)
+    arguments_.push_back(make(store, recipe, nullptr, new_exact_array));
   heap::place(heap::Placement::guarded);
   older_.insert(older_.end(), arguments_.begin(), arguments_.end());
   for (const Anyval* value : arguments_) snapshots_.emplace_back(value);
@@ -119,7 +128,7 @@ Session::Session(const Options& session_options, Channel& channel,
       context_{&store_, &evaluator_} {
   store_.refuse = heap::refuses;
   evaluator_.apply_function = [this](Anyval* function, const sCons* arguments) {
-    return apply(store_, function, arguments);
+    return arguments::apply(store_, function, arguments);
   };
   // The store's first memory is its own, not the first call's.
   store_.new_scalar(0.0, 0.0);

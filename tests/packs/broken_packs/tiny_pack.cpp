@@ -116,6 +116,7 @@ void touch_argument(const aMatrix* a, std::size_t count) {
   kept_array = a->re;
   if (kept_array == nullptr) return;
   if (has("modifies_an_argument") && count > 0) kept_array[count / 2] = 0.5;
+  if (has("changes_a_record")) const_cast<aMatrix*>(a)->rows += 1;
   if (has("writes_beside_an_argument")) kept_array[count] = 0.0;
   if (has("reads_behind")) read_back = kept_array[count];
 }
@@ -176,6 +177,8 @@ Anyval* twice(EfiCallContext* context, Anyval* value) {
   touch_argument(a, count);
   not_return();
   if (has("returns_null")) return nullptr;
+  static aComplex foreign = {{kScalarKind}, 0, 1.0, 0.0};
+  if (has("returns_foreign_value")) return &foreign;
   Anyval* result = doubled_matrix(context, a, count);
   if (has("returns_stale_value")) {
     if (kept_value == nullptr) kept_value = result;
@@ -199,7 +202,7 @@ Anyval* pick(EfiCallContext* context, Anyval* vector, Anyval* index, Anyval* ori
   if (made == nullptr) return sError_OutOfMemory;
   made->kind = kScalarKind;
   made->re = v->re == nullptr ? 0.0 : v->re[at];
-  made->im = v->im == nullptr ? 0.0 : v->im[at];
+  if (!has("forgets_a_part")) made->im = v->im == nullptr ? 0.0 : v->im[at];
   return made;
 }
 
@@ -235,7 +238,7 @@ FunctionEntry theEfi[2];
 extern const std::int32_t numFuncs = has("too_many_rows") ? 3 : 2;
 
 std::int32_t DllRegisterServer() {
-  return RegisterEfiFunctionPack(theEfi, &identifier);
+  return has("cannot_register") ? 5 : RegisterEfiFunctionPack(theEfi, &identifier);
 }
 
 std::int32_t DllUnregisterServer() {

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
-#include "tests/digest/corpus.hpp"
+#include "host/efiutils/store.hpp"
 
-namespace digest {
+namespace calls {
 
 // FNV-1a over 64-bit words, taken byte by byte from the low end.
 struct Hash {
@@ -22,13 +22,16 @@ struct Hash {
 // Adds a value of the host's with all that it consists of: kind, shape, which part arrays exist,
 // every bit of them, joined parts, and an error's message, mark and argument. With `nested` an
 // element may be a nested value; else such a pattern is a NaN that arithmetic passed on.
-void add_value(Hash& hash, const Host& host, const Anyval* value, bool nested);
+void add_value(Hash& hash, const efi::Store& store, const Anyval* value, bool nested);
+
+// The hash of one value.
+std::uint64_t bits_of(const efi::Store& store, const Anyval* value, bool nested = true);
 
 // The word with which the guard reports an arithmetic fault, when `value` is such an error; else
 // null.
 const char* fault_word(const Anyval* value);
 
-// A few words about a value, for people.
+// A value for people: a few words; in lines of their own, the elements of a small matrix.
 std::string describe(const Anyval* value);
 
-}  // namespace digest
+}  // namespace calls

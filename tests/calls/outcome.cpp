@@ -1,10 +1,10 @@
-#include "tests/digest/outcome.hpp"
+#include "tests/calls/outcome.hpp"
 
 #include <bit>
-#include <cstdio>
 #include <cstring>
+#include <sstream>
 
-namespace digest {
+namespace calls {
 
 namespace {
 
@@ -12,12 +12,13 @@ namespace {
 constexpr std::uint64_t kNull = 0xA1, kNested = 0xA2, kAbsentPart = 0xA3;
 constexpr std::uint64_t kOneNan = 0x7FF8000000000000u;
 
-void add_part(Hash& hash, const Host& host, const double* part, std::size_t count, bool nested) {
+void add_part(Hash& hash, const efi::Store& store, const double* part, std::size_t count,
+              bool nested) {
   if (part == nullptr) return hash.word(kAbsentPart);
   for (std::size_t k = 0; k < count; ++k) {
-    if (nested && efi::is_nested_element(part[k]) && host.store.owns(efi::nested_value(part[k]))) {
+    if (nested && efi::is_nested_element(part[k]) && store.owns(efi::nested_value(part[k]))) {
       hash.word(kNested);
-      add_value(hash, host, efi::nested_value(part[k]), nested);
+      add_value(hash, store, efi::nested_value(part[k]), nested);
     } else {
       hash.number(part[k]);
     }
@@ -42,7 +43,7 @@ void Hash::number(double x) {
   word(x != x ? kOneNan : std::bit_cast<std::uint64_t>(x));
 }
 
-void add_value(Hash& hash, const Host& host, const Anyval* value, bool nested) {
+void add_value(Hash& hash, const efi::Store& store, const Anyval* value, bool nested) {
   if (value == nullptr) return hash.word(kNull);
   hash.word(static_cast<std::uint64_t>(value->kind));
   if (value->kind == kScalarKind) {
@@ -55,18 +56,24 @@ void add_value(Hash& hash, const Host& host, const Anyval* value, bool nested) {
       hash.word(static_cast<std::uint64_t>(n));
     hash.word(m->byte_size);
     hash.word(m->flags);
-    add_part(hash, host, m->re, m->byte_size / sizeof(double), nested);
-    add_part(hash, host, m->im, m->byte_size / sizeof(double), nested);
-    for (const aMatrix* part : host.store.parts(m)) add_value(hash, host, part, nested);
+    add_part(hash, store, m->re, m->byte_size / sizeof(double), nested);
+    add_part(hash, store, m->im, m->byte_size / sizeof(double), nested);
+    for (const aMatrix* part : store.parts(m)) add_value(hash, store, part, nested);
   } else if (value->kind == kErrorKind) {
     const auto* const e = static_cast<const aError*>(value);
     hash.word(static_cast<std::uint64_t>(e->mark));
     hash.word(static_cast<std::uint64_t>(e->arg));
     hash.text(e->message->text);
-    add_value(hash, host, e->value, nested);
+    add_value(hash, store, e->value, nested);
   } else if (value->kind == kStringKind) {
     hash.text(static_cast<const aString*>(value)->text);
   }
+}
+
+std::uint64_t bits_of(const efi::Store& store, const Anyval* value, bool nested) {
+  Hash hash;
+  add_value(hash, store, value, nested);
+  return hash.value;
 }
 
 const char* fault_word(const Anyval* value) {
@@ -80,23 +87,30 @@ const char* fault_word(const Anyval* value) {
 
 std::string describe(const Anyval* value) {
   if (value == nullptr) return "null";
-  if (value->kind == kErrorKind) {
-    const auto* const e = static_cast<const aError*>(value);
-    return std::string("error \"") + e->message->text + "\" " + std::to_string(e->mark) + " " +
-           std::to_string(e->arg);
-  }
-  if (value->kind == kMatrixKind) {
-    const auto* const m = static_cast<const aMatrix*>(value);
-    return "matrix " + std::to_string(m->rows) + "x" + std::to_string(m->cols) +
-           (m->re != nullptr ? "" : " lean") + (m->im != nullptr ? " complex" : "");
-  }
+  std::ostringstream text;
+  text.precision(17);
   if (value->kind == kScalarKind) {
-    const auto* const z = static_cast<const aComplex*>(value);
-    char text[64];
-    std::snprintf(text, sizeof text, "number %a %a", z->re, z->im);
-    return text;
+    const auto* z = static_cast<const aComplex*>(value);
+    text << "number (" << z->re << ", " << z->im << ")";
+  } else if (value->kind == kErrorKind) {
+    const auto* e = static_cast<const aError*>(value);
+    text << "error \"" << e->message->text << "\" mark " << e->mark << " argument " << e->arg;
+  } else if (value->kind == kMatrixKind) {
+    const auto* m = static_cast<const aMatrix*>(value);
+    text << m->rows << " x " << m->cols << (m->re == nullptr ? " lean" : "")
+         << (m->im != nullptr ? " complex" : "") << " matrix";
+    constexpr int kShown = 12;
+    for (int i = 0; i < m->rows && m->rows <= kShown && m->cols <= kShown; ++i) {
+      text << "\n ";
+      for (int k = i; k < m->rows * m->cols; k += m->rows) {
+        text << ' ' << (m->re != nullptr ? m->re[k] : 0.0);
+        if (m->im != nullptr) text << std::showpos << m->im[k] << 'i' << std::noshowpos;
+      }
+    }
+  } else {
+    text << "value of kind " << value->kind;
   }
-  return "value of kind " + std::to_string(value->kind);
+  return text.str();
 }
 
-}  // namespace digest
+}  // namespace calls
