@@ -7,8 +7,8 @@
 namespace matrix_pack {
 
 // Step m of the elimination. The multipliers y of rows m+1..high are the elements of column m-1;
-// rows whose element was 0 take no part. `runs` lists the others: begin and end of each run of consecutive
-// rows, run_count pairs.
+// rows whose element was 0 take no part. `runs` lists the others: begin and end of each run of
+// consecutive rows, run_count pairs.
 struct EliminationStep {
   Index m;
   Index high;
