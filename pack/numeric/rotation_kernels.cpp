@@ -95,13 +95,6 @@ void rotate_in_place(Index rows, RealView a, const Sweep& sweep) {
   rotate_rest(rows - j, x + j, a.ld, sweep.rotations, sweep.count);
 }
 
-// The first cache line that begins in p or behind.
-double* line_start(double* p) {
-  constexpr __UINTPTR_TYPE__ kLine = 64;
-  const auto address = reinterpret_cast<__UINTPTR_TYPE__>(p);
-  return p + (kLine - address % kLine) % kLine / sizeof(double);
-}
-
 void rotate(Index rows, RealView a, const Sweep* sweeps, Index sweep_count, double* work) {
   if (sweep_count == 1) return rotate_in_place(rows, a, sweeps[0]);
   double* const panel = line_start(work);
