@@ -37,20 +37,21 @@ void copy_out(Index rows, Index cols, const double* panel, RealView to) {
 
 // `count` rotations from column a on, of kVectors vectors of rows. The column that two rotations
 // share stays in registers.
-template <int kVectors>
+template <int kVectors, class V = Vector>
 MATRIX_INLINE void rotate_run(double* a, Index ld, const Rotation* rotations, Index count) {
-  Vector x[kVectors];
-  for (int p = 0; p < kVectors; ++p) x[p] = load_vector(a + p * kWidth);
+  constexpr Index kLanesOfV = sizeof(V) / sizeof(double);
+  V x[kVectors];
+  for (int p = 0; p < kVectors; ++p) x[p] = load<V>(a + p * kLanesOfV);
   for (Index j = 0; j < count; ++j, a += ld) {
     const double c = rotations[j].c;
     const double s = rotations[j].s;
     for (int p = 0; p < kVectors; ++p) {
-      const Vector y = load_vector(a + ld + p * kWidth);
-      store_vector(a + p * kWidth, x[p] * c + y * s);
+      const V y = load<V>(a + ld + p * kLanesOfV);
+      store<V>(a + p * kLanesOfV, x[p] * c + y * s);
       x[p] = y * c - x[p] * s;
     }
   }
-  for (int p = 0; p < kVectors; ++p) store_vector(a + p * kWidth, x[p]);
+  for (int p = 0; p < kVectors; ++p) store<V>(a + p * kLanesOfV, x[p]);
 }
 
 // Columns that are in the first cache while all sweeps pass over them.
@@ -73,26 +74,16 @@ void rotate_panel(double* panel, Index first, Index end, const Sweep* sweeps, In
     }
 }
 
-void rotate_rest(Index rows, double* a, Index ld, const Rotation* rotations, Index count) {
-  for (Index k = 0; k < rows; ++k) {
-    double* at = a + k;
-    double x = *at;
-    for (Index j = 0; j < count; ++j, at += ld) {
-      const double y = at[ld];
-      *at = x * rotations[j].c + y * rotations[j].s;
-      x = y * rotations[j].c - x * rotations[j].s;
-    }
-    *at = x;
-  }
-}
-
 // One sweep where the columns stand.
 void rotate_in_place(Index rows, RealView a, const Sweep& sweep) {
   double* const x = a.column(sweep.first);
   Index j = 0;
   for (; j + kRows <= rows; j += kRows) rotate_run<4>(x + j, a.ld, sweep.rotations, sweep.count);
-  for (; j + kWidth <= rows; j += kWidth) rotate_run<1>(x + j, a.ld, sweep.rotations, sweep.count);
-  rotate_rest(rows - j, x + j, a.ld, sweep.rotations, sweep.count);
+  for (; j + 2 * kWidth <= rows; j += 2 * kWidth)
+    rotate_run<2>(x + j, a.ld, sweep.rotations, sweep.count);
+  over_elements(j, rows, [&]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    rotate_run<1, V>(x + k, a.ld, sweep.rotations, sweep.count);
+  });
 }
 
 void rotate(Index rows, RealView a, const Sweep* sweeps, Index sweep_count, double* work) {
