@@ -52,8 +52,6 @@ class Compiler {
       : machine_(machine), parameters_(parameters) {}
 
   NodePtr node(const Syntax& tree);
-  // An expression, possibly in a wanted unit.
-  NodePtr shown(const Syntax& tree);
 
  private:
   NodePtr number(const Syntax& tree);
@@ -61,6 +59,7 @@ class Compiler {
   NodePtr signed_operand(const Syntax& tree);
   NodePtr power(const Syntax& tree);
   NodePtr postfix(const Syntax& tree);
+  NodePtr conversion(const Syntax& tree);
   NodePtr matrix(const Syntax& tree);
   const Unit* unit(const Syntax& tree);
   NodePtr call(const Syntax& tree);
@@ -88,6 +87,8 @@ NodePtr Compiler::node(const Syntax& tree) {
       return postfix(tree);
     case Kind::power:
       return power(tree);
+    case Kind::conversion:
+      return conversion(tree);
     case Kind::signed_power:
     case Kind::exponent_operand:
       return signed_operand(tree);
@@ -173,11 +174,15 @@ const Unit* Compiler::unit(const Syntax& tree) {
   }
 }
 
-NodePtr Compiler::shown(const Syntax& tree) {
-  NodePtr value = node(tree.children[0]);
-  if (tree.children.size() == 1) return value;
-  const Syntax& wanted = tree.children[1].children[0];
-  return std::make_unique<ConversionNode>(tree.span, std::move(value), unit(wanted));
+// operand (in {unit})*
+NodePtr Compiler::conversion(const Syntax& tree) {
+  NodePtr result = node(tree.children[0]);
+  for (std::size_t k = 1; k < tree.children.size(); ++k) {
+    const Syntax& wanted = tree.children[k].children[0];
+    const Span span = {tree.span.begin, wanted.span.end + 1};
+    result = std::make_unique<ConversionNode>(span, std::move(result), unit(wanted));
+  }
+  return result;
 }
 
 NodePtr Compiler::matrix(const Syntax& tree) {
@@ -229,7 +234,7 @@ Statement definition(const Syntax& tree, const Source& source, Machine& machine)
       fail(tree.children[k], "too many parameters");
     function->parameters.push_back(name);
   }
-  function->body = Compiler(machine, function->parameters).shown(tree.children.back());
+  function->body = Compiler(machine, function->parameters).node(tree.children.back());
   function->source = std::make_unique<Source>(source);
   Statement statement;
   statement.form = Statement::Form::definition;
@@ -249,7 +254,7 @@ Statement statement_of(const Syntax& tree, const Source& source, Machine& machin
       fail(tree.children[k], fmt::format("{} is twice on the left", target->name));
     statement.targets.push_back(target);
   }
-  statement.expression = Compiler(machine, {}).shown(tree.children.back());
+  statement.expression = Compiler(machine, {}).node(tree.children.back());
   return statement;
 }
 

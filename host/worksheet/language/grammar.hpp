@@ -73,11 +73,10 @@ struct sum : seq<product, star<sum_operator, ws, must<product>>> {};
 struct comparison_operator
     : sor<string<'<', '='>, string<'>', '='>, string<'=', '='>, string<'!', '='>, one<'<', '>'>> {};
 struct comparison : seq<sum, star<comparison_operator, ws, must<sum>>> {};
-struct expression : seq<comparison> {};
-
 struct in_keyword : seq<string<'i', 'n'>, not_at<name_character>, ws> {};
 struct wanted_unit : seq<in_keyword, must<unit>, ws> {};
-struct shown : seq<must<operand_expected>, opt<wanted_unit>> {};
+struct conversion : seq<comparison, star<wanted_unit>> {};
+struct expression : seq<conversion> {};
 
 struct assignment_sign : seq<one<'='>, not_at<one<'='>>, ws> {};
 struct target : name {};
@@ -85,10 +84,10 @@ struct targets : list<seq<target, ws>, token<','>> {};
 struct parameter : name {};
 struct parameters : list<seq<parameter, ws>, token<','>> {};
 struct defined_name : name {};
-struct definition
-    : seq<defined_name, ws, token<'('>, parameters, token<')'>, assignment_sign, shown> {};
-struct assignment : seq<targets, assignment_sign, shown> {};
-struct display : seq<shown> {};
+struct definition : seq<defined_name, ws, token<'('>, parameters, token<')'>, assignment_sign,
+                        must<operand_expected>> {};
+struct assignment : seq<targets, assignment_sign, must<operand_expected>> {};
+struct display : seq<must<operand_expected>> {};
 struct end_of_statement : eof {};
 struct statement : seq<ws, sor<definition, assignment, display>, must<end_of_statement>> {};
 

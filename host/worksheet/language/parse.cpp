@@ -37,7 +37,7 @@ KIND_OF_RULE(display);
 KIND_OF_RULE(target);
 KIND_OF_RULE(defined_name);
 KIND_OF_RULE(parameter);
-KIND_OF_RULE(shown);
+KIND_OF_RULE(conversion);
 KIND_OF_RULE(wanted_unit);
 KIND_OF_RULE(comparison);
 KIND_OF_RULE(sum);
@@ -66,8 +66,9 @@ KIND_OF_RULE(variable);
 
 // Whether a piece with a single child stands for that child.
 bool is_folded(Kind kind) {
-  return kind == Kind::comparison || kind == Kind::sum || kind == Kind::product ||
-         kind == Kind::signed_power || kind == Kind::power || kind == Kind::postfix;
+  return kind == Kind::conversion || kind == Kind::comparison || kind == Kind::sum ||
+         kind == Kind::product || kind == Kind::signed_power || kind == Kind::power ||
+         kind == Kind::postfix;
 }
 
 // The pieces found so far, as the parser enters rules and leaves them.

@@ -28,9 +28,9 @@ struct Syntax {
     target,
     defined_name,
     parameter,
-    shown,
-    wanted_unit,
     // Operators around operands; left out around a single operand.
+    conversion,
+    wanted_unit,
     comparison,
     sum,
     product,
