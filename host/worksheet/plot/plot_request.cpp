@@ -83,7 +83,7 @@ PlotRequest read_plot_request(const Machine& machine, const Call& call) {
 }
 
 double factor_to(const PlotRequest::Data& data, const Unit* unit) {
-  const auto factor = conversion(data.value.unit, unit);
+  const auto factor = needs_no_unit(data.value) ? 1.0 : common_conversion(data.value.unit, unit);
   if (!factor)
     throw PlotArgumentError(data.span, fmt::format("one axis has one unit, not {} and {}",
                                                    unit_text(unit), unit_text(data.value.unit)));
