@@ -1,8 +1,10 @@
 #include "host/worksheet/language/parse.hpp"
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
+#include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/language/grammar.hpp"
 
 namespace worksheet {
@@ -12,15 +14,12 @@ namespace {
 namespace pegtl = tao::pegtl;
 using Kind = Syntax::Kind;
 
-// Brackets within brackets beyond this are refused: parsing and evaluation are recursive.
-constexpr int kMostNesting = 100;
-
 void check_nesting(const std::string& text) {
-  int depth = 0;
+  std::size_t depth = 0;
   for (std::size_t at = 0; at < text.size(); ++at) {
     if (text[at] == '(' || text[at] == '[') ++depth;
-    if (text[at] == ')' || text[at] == ']') --depth;
-    if (depth > kMostNesting) throw SyntaxError(at, "brackets are nested too deeply");
+    if (text[at] == ')' || text[at] == ']') depth -= std::min<std::size_t>(depth, 1);
+    if (depth > kNestingLimit.most) throw SyntaxError(at, kNestingLimit.message);
   }
 }
 
