@@ -56,12 +56,25 @@ TEST(Hostile, Sheets) {
   const Case cases[] = {
       {"brackets in a text", "x = [\")))" + repeated(")", 100000) + "\", \"(((\"]", "nested array",
        0},
-      {"brackets", repeated("(", 20000), "brackets are nested too deeply"},
+      {"101 brackets in a text", "\"" + repeated("(", 101) + "\"", "(((", 0},
+      {"brackets", repeated("(", 20000), "column 101: brackets are nested too deeply"},
+      {"mixed brackets", "x = " + repeated("[sin((1)[", 40), "brackets are nested too deeply"},
+      {"a tower", "x = " + repeated("1^", 100000) + "1", "x = 1", 0},
+      {"transposes", "A = [1, 2]\nB = A" + repeated("'", 1000000) + "[0, 1]", "B = 2", 0},
+      {"indices", "A = [1, 2]\nA" + repeated("[0]", 100000), "a number has no elements"},
+      {"units", "x = 1" + repeated("{m}", 100000), "it has a unit already: m"},
+      {"a unit", "x = 1{" + repeated("m ", 501) + "}", "the unit is too long"},
+      {"names on the left", repeated("a, ", 100000) + "b = 1", "a is twice on the left"},
       {"recursion on a small stack",
        "f(n) = f(n + 1) + 1\nf(0)",
        "calls are nested too deeply",
        1,
-       {.stack = 256 << 10}},
+       {.stack = 64 << 10}},
+      {"brackets on a small stack",
+       repeated("sin(", 100) + "1" + repeated(")", 100),
+       "brackets are nested too deeply",
+       1,
+       {.stack = 64 << 10}},
   };
   for (const Case& c : cases) expect(c);
 }
