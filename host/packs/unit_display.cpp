@@ -83,12 +83,11 @@ bool holds(const Factors& factors, const char* name) {
 }
 
 // The power of the length beside a force; nothing if there is something else.
-std::optional<Rational> length_beside_force(const Dimension& dimension) {
-  if (dimension.size() != 3 || !dimension.contains("kg") || !dimension.contains("s") ||
-      !dimension.contains("m"))
-    return std::nullopt;
-  if (dimension.at("kg") != Rational(1) || dimension.at("s") != Rational(-2)) return std::nullopt;
-  return dimension.at("m") + Rational(-1);
+std::optional<Rational> length_beside_force(Dimension dimension) {
+  const Rational length = dimension.contains("m") ? dimension["m"] : Rational(0);
+  dimension.erase("m");
+  const Dimension rest = {{"kg", 1}, {"s", -2}};
+  return dimension == rest ? std::optional(length + Rational(-1)) : std::nullopt;
 }
 
 // N or kN and a power of m.
@@ -124,9 +123,9 @@ UnitProduct as_named(const Unit* unit, double magnitude) {
     const std::size_t force = factors[0].unit->dimension == dimension_of("N") ? 0 : 1;
     return {unit_of({factors[force], factors[1 - force]}), 1.0};
   }
-  if (*length == Rational(1) && !holds(factors, "N") && !holds(factors, "Pa"))
-    return with_prefix(unit, magnitude, "J");
-  return as_force_and_length(unit, magnitude, *length);
+  if (holds(factors, "N") || holds(factors, "Pa"))
+    return as_force_and_length(unit, magnitude, *length);
+  return *length == Rational(1) ? with_prefix(unit, magnitude, "J") : UnitProduct{unit, 1.0};
 }
 
 }  // namespace

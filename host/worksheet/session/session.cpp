@@ -8,7 +8,7 @@
 #include "host/worksheet/language/compile.hpp"
 #include "host/worksheet/language/statement_reader.hpp"
 #include "host/worksheet/session/progress.hpp"
-#include "host/worksheet/session/readable.hpp"
+#include "host/worksheet/engine/readable.hpp"
 
 namespace worksheet {
 

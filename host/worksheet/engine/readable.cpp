@@ -1,4 +1,4 @@
-#include "host/worksheet/session/readable.hpp"
+#include "host/worksheet/engine/readable.hpp"
 
 #include <algorithm>
 #include <cmath>
