@@ -76,8 +76,11 @@ PlotRequest read_plot_request(Machine& machine, const Call& call) {
       throw PlotArgumentError(call.places[k], "must be a number, a matrix or text");
     if (is_matrix(value) && contains_ptrs(matrix(value)))
       throw PlotArgumentError(call.places[k], "may not be nested");
-    request.data.push_back({readable(machine, value), call.places[k],
-                            label_of(machine.text_at(call.places[k])), "", {}});
+    request.data.push_back({readable(machine, value),
+                            call.places[k],
+                            label_of(machine.text_at(call.places[k])),
+                            "",
+                            {}});
   }
   if (request.data.empty()) throw PlotArgumentError(call.span, "there is nothing to draw");
   return request;
