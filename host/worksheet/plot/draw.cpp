@@ -1,12 +1,9 @@
 #include "host/worksheet/plot/draw.hpp"
 
 #include <cmath>
-#include <cstring>
-#include <filesystem>
 #include <numeric>
 
 #include "fmt/format.h"
-#include "host/efiutils/files.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/plot/gnuplot.hpp"
@@ -29,15 +26,16 @@ std::string description_of(const Picture& picture) {
   }
 }
 
-void write_picture(const Machine& machine, const PlotRequest& request, const std::string& content) {
-  const auto path = std::filesystem::path(machine.directory) / request.file;
-  if (const int error = efi::replace_file(path.lexically_normal().string(), content))
-    throw PlotArgumentError(request.file_span, fmt::format("{} cannot be written: {}", request.file,
-                                                           std::strerror(error)));
+void write_picture(Machine& machine, const PlotRequest& request, const std::string& content) {
+  try {
+    machine.files.write(request.file, content);
+  } catch (const FileError& error) {
+    throw PlotArgumentError(request.file_span, error.what());
+  }
 }
 
 // Draws into the file that was asked for, and for a report.
-Drawn drawn(const Machine& machine, const PlotRequest& request, const Picture& picture) {
+Drawn drawn(Machine& machine, const PlotRequest& request, const Picture& picture) {
   Drawn result = {request.file, "", description_of(picture)};
   if (!request.file.empty()) {
     const std::string script = gnuplot_script(picture, request.format);

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -72,7 +71,7 @@ bool run_file(Session& session, const std::string& path, Report* report) {
     return false;
   }
   const auto directory = std::filesystem::path(path).parent_path();
-  session.machine().directory = directory.empty() ? "." : directory.string();
+  session.machine().files.directory = directory.empty() ? "." : directory.string();
   run_text(session, file, report);
   return true;
 }
@@ -91,7 +90,7 @@ std::unique_ptr<Report> wanted_report(const Options& options) {
 bool write_report(const Options& options, const Report& report, bool interrupted) {
   const int error = efi::replace_file(options.html, report.page(interrupted));
   if (error != 0)
-    complain(fmt::format("{}: cannot be written: {}", options.html, std::strerror(error)));
+    complain(fmt::format("{}: cannot be written: {}", options.html, efi::file_error_words(error)));
   return error == 0;
 }
 
@@ -150,6 +149,7 @@ Status run(const Options& options) {
   });
   Machine& machine = session.machine();
   machine.keeps_pictures = report != nullptr;
+  if (!options.sandbox.empty()) machine.files.confine(options.sandbox);
   add_packs(machine, options);
   if (options.list_functions) return show_functions(machine, options, display.width);
   let_interrupt(machine);
