@@ -94,6 +94,7 @@ Value Machine::evaluate(const Node& node, const Source& source) {
   stack_limit_ = static_cast<const char*>(__builtin_frame_address(0)) - stack_budget();
   place_ = {};
   pictures.clear();
+  notes.clear();
   const Activation activation(*this, nullptr, &source);
   return node.evaluate(*this);
 }
@@ -146,6 +147,7 @@ void Machine::assign(Variable& variable, const Value& value) {
 void Machine::collect_all() {
   last_applied_ = nullptr;
   pictures.clear();
+  notes.clear();
   place_ = {};
   // Looking through many variables takes time: not unless something may have become free.
   if (store.size() == kept_ && !replaced_) return;
