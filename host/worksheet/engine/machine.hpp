@@ -120,7 +120,6 @@ class Machine {
   void forget_last_applied();
   Value call_with_units(const Row& row, const Call& call);
   Value call_plain(const Row& row, const Call& call);
-  bool deeply_nested() const;
 
   std::unordered_map<std::string, std::unique_ptr<Variable>> variables_;
   std::vector<std::unique_ptr<Function>> functions_;
@@ -131,7 +130,6 @@ class Machine {
   bool replaced_ = false;           // Whether a variable has lost a value since `collect_all`,
   std::size_t kept_ = 0;            // and the number of values that it kept.
   Anyval* last_applied_ = nullptr;  // The newest value that `apply` gave a pack.
-  const char* stack_limit_ = nullptr;
 };
 
 }  // namespace worksheet
