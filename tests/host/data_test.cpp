@@ -136,7 +136,7 @@ TEST(Numbers, OfAnyLength) {
 // line, and below it what it gives.
 TEST_F(Data, FilesOfOtherPrograms) {
   const std::string folder = MATRIX_SOURCE_DIR "/tests/data/";
-  sheet.machine().directory = folder;
+  sheet.machine().files.directory = folder;
   std::ifstream table(folder + "read.txt");
   std::string given;
   for (std::string line; std::getline(table, line);) {
@@ -201,10 +201,10 @@ TEST_F(Data, WrittenTables) {
 }
 
 TEST_F(Data, FilesThatCannotBeRead) {
-  sheet.machine().directory = "/";
+  sheet.machine().files.directory = "/";
   EXPECT_EQ(sheet.brief("read(\"nonexistent\")"),
-            "error: /nonexistent: cannot be read: no such file (0, 0)");
-  EXPECT_EQ(sheet.brief("read(\"tmp\")"), "error: /tmp: cannot be read: it is a directory (0, 0)");
+            "error: /nonexistent: cannot be read: no such file or directory (0, 0)");
+  EXPECT_EQ(sheet.brief("read(\"tmp\")"), "error: /tmp: cannot be read: Is a directory (0, 0)");
   EXPECT_EQ(sheet.brief("read(\"proc/self/mem\")"),
             "error: /proc/self/mem: cannot be read: Input/output error (0, 0)");
   EXPECT_EQ(sheet.brief("read(3)"), "error: must be text: the name of a file (0, 0)");

@@ -24,8 +24,8 @@ struct WrongArgument : std::runtime_error {
 
 class DataFile {
  public:
-  // Throws DataError when the file cannot be read, is no regular file, or is empty.
-  explicit DataFile(const std::string& path);
+  // Throws DataError for content that is empty or in UTF-16.
+  DataFile(const std::string& path, std::string content);
 
   const std::string& path() const { return path_; }
   // All of it, without a byte-order mark.

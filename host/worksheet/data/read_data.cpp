@@ -1,6 +1,5 @@
 #include "host/worksheet/data/read_data.hpp"
 
-#include <filesystem>
 #include <optional>
 #include <stdexcept>
 
@@ -50,26 +49,30 @@ bool is_matrix_market(const DataFile& file) {
   return file.content().starts_with("%%");
 }
 
-DataMatrix read_file(const std::string& path, const Request& request) {
-  DataFile file(path);
+DataFile opened(const Machine& machine, const std::string& name) {
+  return {machine.files.path(name), machine.files.read(name)};
+}
+
+DataMatrix matrix_of(DataFile& file, const Request& request) {
   if (!is_matrix_market(file)) return read_table(file, request.options, request.column);
   if (request.column) file.fail_whole("a Matrix Market file has no columns by name");
   return read_matrix_market(file);
 }
 
-// What `act` gives for the file; bad files and arguments become error values.
+// What `act` gives for the request; bad files and arguments become error values.
 template <class Act>
-Value with_file(Machine& machine, const Call& call, bool with_column, Act act) {
+Value answer(Machine& machine, const Call& call, bool with_column, Act act) {
   try {
     const Request request = request_of(call, with_column);
-    const std::string path = data_path(machine, request.file);
     try {
-      return act(path, request);
+      return act(request);
     } catch (const std::bad_alloc&) {
-      return machine.fail(call.span, path + ": not enough memory");
+      return machine.fail(call.span, machine.files.path(request.file) + ": not enough memory");
     }
   } catch (const WrongArgument& error) {
     return machine.fail(error.span, error.what());
+  } catch (const FileError& error) {
+    return machine.fail(call.span, error.what());
   } catch (const DataError& error) {
     return machine.fail(call.span, error.what());
   }
@@ -90,25 +93,27 @@ Value text_column(Machine& machine, const std::vector<std::string>& texts) {
 
 }  // namespace
 
-std::string data_path(const Machine& machine, const std::string& name) {
-  return (std::filesystem::path(machine.directory) / name).lexically_normal().string();
-}
-
 aMatrix* read_data(Machine& machine, const std::string& name) {
-  return read_file(data_path(machine, name), {}).matrix.finish(machine.store);
+  try {
+    DataFile file = opened(machine, name);
+    return matrix_of(file, {}).matrix.finish(machine.store);
+  } catch (const std::bad_alloc&) {
+    throw DataError(machine.files.path(name) + ": not enough memory");
+  }
 }
 
 Value read(Machine& machine, const Call& call) {
-  return with_file(machine, call, true, [&](const std::string& path, const Request& request) {
-    DataMatrix data = read_file(path, request);
+  return answer(machine, call, true, [&](const Request& request) {
+    DataFile file = opened(machine, request.file);
+    DataMatrix data = matrix_of(file, request);
     for (std::string& note : data.notes) machine.notes.push_back(std::move(note));
     return object_value(data.matrix.finish(machine.store), data.unit);
   });
 }
 
 Value columns(Machine& machine, const Call& call) {
-  return with_file(machine, call, false, [&](const std::string& path, const Request& request) {
-    const DataFile file(path);
+  return answer(machine, call, false, [&](const Request& request) {
+    const DataFile file = opened(machine, request.file);
     if (is_matrix_market(file)) file.fail_whole("a Matrix Market file has no columns by name");
     return text_column(machine, table_headings(file, request.options));
   });

@@ -10,10 +10,8 @@ namespace worksheet {
 
 class Machine;
 
-// The path of a file that a worksheet names: relative to the machine's directory.
-std::string data_path(const Machine& machine, const std::string& name);
-
-// All numbers of a file. Throws DataError.
+// All numbers of a file, which is named as the machine's files have it. Throws DataError or
+// FileError.
 aMatrix* read_data(Machine& machine, const std::string& name);
 
 // The functions of the language: read("FILE"), read("FILE", "COLUMN", options...) and

@@ -2,17 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <iterator>
 #include <stdexcept>
 
 #include "fmt/format.h"
-#include "host/efiutils/files.hpp"
 #include "host/packs/unit.hpp"
 #include "host/text/numbers.hpp"
 #include "host/text/text.hpp"
+#include "host/worksheet/data/data_file.hpp"
 #include "host/worksheet/data/headings.hpp"
-#include "host/worksheet/data/read_data.hpp"
 #include "host/worksheet/data/table_numbers.hpp"
 #include "host/worksheet/engine/machine.hpp"
 
@@ -197,18 +195,17 @@ std::string file_text(const Machine& machine, const Request& request, Span file_
 Value write(Machine& machine, const Call& call) {
   try {
     const Request request = request_of(call);
-    const std::string path = data_path(machine, request.file);
     const std::string text = file_text(machine, request, call.places[0]);
-    if (const int error = efi::replace_file(path, text))
-      return machine.fail(call.places[0],
-                          fmt::format("{}: cannot be written: {}", path, std::strerror(error)));
+    machine.files.write(request.file, text);
     std::ptrdiff_t cols = 0;
     for (const Value& v : request.values) cols += cols_of(v);
     machine.notes.push_back(
-        fmt::format("{}: {} x {} written", path, rows_of(request.values[0]), cols));
+        fmt::format("{}: {} x {} written", request.file, rows_of(request.values[0]), cols));
     return object_value(&kNoValue);
   } catch (const WrongArgument& error) {
     return machine.fail(error.span, error.what());
+  } catch (const FileError& error) {
+    return machine.fail(call.places[0], error.what());
   }
 }
 

@@ -1,28 +1,18 @@
 #include "host/worksheet/engine/machine.hpp"
 
-#include <sys/resource.h>
-
 #include <algorithm>
 
 #include "fmt/format.h"
 #include "host/efiutils/fault_translation.hpp"
 #include "host/text/text.hpp"
+#include "host/worksheet/engine/limits.hpp"
+#include "host/worksheet/engine/stack.hpp"
 
 namespace worksheet {
 
 namespace {
 
 constexpr double kDefaultTolerance = 1e-9;
-
-// The most stack that an evaluation may take, if the system grants it; a quarter of what there is
-// stays for the functions of packs.
-constexpr std::size_t kUsualStack = 8u << 20;
-
-std::size_t stack_budget() {
-  rlimit limit;
-  if (getrlimit(RLIMIT_STACK, &limit) != 0) return kUsualStack / 2;
-  return std::min<std::size_t>(limit.rlim_cur, kUsualStack) / 4 * 3;
-}
 
 }  // namespace
 
@@ -91,7 +81,6 @@ Function* Machine::keep(std::unique_ptr<Function> function) {
 }
 
 Value Machine::evaluate(const Node& node, const Source& source) {
-  stack_limit_ = static_cast<const char*>(__builtin_frame_address(0)) - stack_budget();
   place_ = {};
   pictures.clear();
   notes.clear();
@@ -118,15 +107,11 @@ Value Machine::fail_with(Span span, Anyval* error) {
   return object_value(error);
 }
 
-bool Machine::deeply_nested() const {
-  return static_cast<const char*>(__builtin_frame_address(0)) < stack_limit_;
-}
-
 Value Machine::call(const Function& function, std::span<const Value> arguments, Span span) {
   const std::size_t wanted = function.parameters.size();
   if (arguments.size() != wanted) return wrong_count(span, function.name, wanted, arguments.size());
   if (interrupted) return fail(span, "interrupted");
-  if (deeply_nested()) return fail(span, "calls are nested too deeply");
+  if (stack_is_low()) return fail(span, kStackLimit.message);
   const Activation activation(*this, arguments.data(), function.source.get());
   return function.body->evaluate(*this);
 }

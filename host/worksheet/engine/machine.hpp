@@ -17,6 +17,7 @@
 #include "host/packs/packs.hpp"
 #include "host/worksheet/engine/call.hpp"
 #include "host/worksheet/engine/drawn.hpp"
+#include "host/worksheet/engine/sheet_files.hpp"
 #include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/value.hpp"
 #include "host/worksheet/engine/variable.hpp"
@@ -35,8 +36,8 @@ class Machine {
   EfiCallContext context = {&store, &evaluator};
   std::vector<std::unique_ptr<Pack>> packs;
 
-  // The directory from which `read` starts.
-  std::string directory = ".";
+  // The files that the worksheet reads and writes.
+  SheetFiles files;
 
   // What the statement under evaluation has drawn, with their SVG if pictures are kept for a
   // report.
@@ -122,7 +123,6 @@ class Machine {
   void forget_last_applied();
   Value call_with_units(const Row& row, const Call& call);
   Value call_plain(const Row& row, const Call& call);
-  bool deeply_nested() const;
 
   std::unordered_map<std::string, std::unique_ptr<Variable>> variables_;
   std::vector<std::unique_ptr<Function>> functions_;
@@ -133,7 +133,6 @@ class Machine {
   bool replaced_ = false;           // Whether a variable has lost a value since `collect_all`,
   std::size_t kept_ = 0;            // and the number of values that it kept.
   Anyval* last_applied_ = nullptr;  // The newest value that `apply` gave a pack.
-  const char* stack_limit_ = nullptr;
 };
 
 }  // namespace worksheet

@@ -5,7 +5,9 @@
 
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
+#include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/matrices.hpp"
+#include "host/worksheet/engine/stack.hpp"
 
 namespace worksheet {
 
@@ -46,16 +48,34 @@ bool combine_reals(Operator op, Value& a, const Value& b) {
 }  // namespace
 
 Value ChainNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
+  const std::size_t since = machine.store.size();
   Value result = first->evaluate(machine);
   if (is_error(result)) return result;
   for (const Term& term : terms) {
     const Value b = term.operand->evaluate(machine);
-    if (is_error(b))
-      result = b;
-    else if (!combine_reals(term.op, result, b))
-      result = binary(machine, term.op, result, b, term.op_span);
-    if (is_error(result)) break;
+    if (is_error(b)) return b;
+    if (combine_reals(term.op, result, b)) continue;
+    result = binary(machine, term.op, result, b, term.op_span);
+    if (is_error(result)) return result;
+    if (machine.interrupted) return machine.fail(span, "interrupted");
+    machine.collect(result, since);
   }
+  return result;
+}
+
+Value PowerNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
+  std::vector<Value> values;
+  values.reserve(operands.size());
+  for (const NodePtr& operand : operands) {
+    values.push_back(operand->evaluate(machine));
+    if (is_error(values.back())) return values.back();
+  }
+  Value result = values.back();
+  for (std::size_t k = values.size() - 1; k-- > 0 && !is_error(result);)
+    result =
+        binary(machine, Operator::power, values[k], result, {operands[k]->span.begin, span.end});
   return result;
 }
 
@@ -64,11 +84,24 @@ Value NegateNode::evaluate(Machine& machine) const {
   return is_error(a) ? a : negate(machine, a, span);
 }
 
-Value TransposeNode::evaluate(Machine& machine) const {
-  const Value a = operand->evaluate(machine);
-  if (is_error(a)) return a;
+Value PostfixNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
+  const std::size_t since = machine.store.size();
+  Value result = operand->evaluate(machine);
+  Span place = operand->span;
+  for (const auto& suffix : suffixes) {
+    if (is_error(result)) break;
+    if (machine.interrupted) return machine.fail(span, "interrupted");
+    result = suffix->apply(machine, result, place);
+    machine.collect(result, since);
+    place = suffix->span;
+  }
+  return result;
+}
+
+Value TransposeSuffix::apply(Machine& machine, const Value& a, Span place) const {
   if (row == nullptr) return machine.fail(span, "no pack gives a transpose");
-  return machine.call(*row, {{&a, 1}, span, {&operand->span, 1}});
+  return machine.call(*row, {{&a, 1}, span, {&place, 1}});
 }
 
 namespace {
@@ -99,11 +132,8 @@ Value element(const aMatrix* m, std::ptrdiff_t k) {
 
 }  // namespace
 
-Value IndexNode::evaluate(Machine& machine) const {
-  const Value a = array->evaluate(machine);
-  if (is_error(a)) return a;
-  if (!is_matrix(a))
-    return machine.fail(array->span, fmt::format("{} has no elements", kind_name(a)));
+Value IndexSuffix::apply(Machine& machine, const Value& a, Span place) const {
+  if (!is_matrix(a)) return machine.fail(place, fmt::format("{} has no elements", kind_name(a)));
   const aMatrix* const m = matrix(a);
   if (!is_plain_real(origin->value)) return machine.fail(span, "ORIGIN must be a real number");
   const double start = origin->value.re;
@@ -129,9 +159,7 @@ bool can_have_unit(const Value& v) {
 
 }  // namespace
 
-Value UnitNode::evaluate(Machine& machine) const {
-  const Value a = operand->evaluate(machine);
-  if (is_error(a)) return a;
+Value UnitSuffix::apply(Machine& machine, const Value& a, Span) const {
   if (!can_have_unit(a)) return machine.fail(span, fmt::format("{} takes no unit", kind_name(a)));
   if (a.unit != nullptr)
     return machine.fail(span, fmt::format("it has a unit already: {}", unit_text(a.unit)));
@@ -161,6 +189,7 @@ Anyval* nested_copy(Machine& machine, const Value& v) {
 }  // namespace
 
 Value MatrixNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
   std::vector<Value> values;
   values.reserve(elements.size());
   bool all_numbers = true;
@@ -209,6 +238,7 @@ Value MatrixNode::nested(Machine& machine, const std::vector<Value>& values) con
 }
 
 Value CallNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
   const std::size_t since = machine.store.size();
   std::array<Value, kMostArguments> values;
   for (std::size_t k = 0; k < arguments.size(); ++k) {
@@ -233,6 +263,7 @@ Value CallNode::value_of(Machine& machine, const Call& call) const {
 }
 
 Value IfNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
   const Value condition = arguments[0]->evaluate(machine);
   if (is_error(condition)) return condition;
   if (!is_plain_real(condition))
