@@ -107,6 +107,8 @@ Outcome Session::outcome_of(const Source& source) {
   outcome.place = machine_.place();
   outcome.pictures = std::move(machine_.pictures);
   machine_.pictures.clear();
+  outcome.notes = std::move(machine_.notes);
+  machine_.notes.clear();
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return outcome;
 }
