@@ -7,6 +7,7 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/catalogue.hpp"
+#include "host/packs/leave.hpp"
 
 namespace worksheet {
 
@@ -25,8 +26,12 @@ std::string name_of(const sString* record) {
 
 std::vector<std::string> context_names(const sCons* list) {
   std::vector<std::string> names;
-  for (; list != nullptr; list = list->cdr)
+  for (; list != nullptr; list = list->cdr) {
+    // A list that leads back into itself has no end.
+    if (names.size() == std::size(sFunctionInfo().arguments))
+      throw PackError("its function table has a row with too long a list of variables");
     names.push_back(name_of(static_cast<const sIdentifier*>(list->car)->name));
+  }
   return names;
 }
 
@@ -49,7 +54,12 @@ std::string loader_path(const std::string& path) {
 }  // namespace
 
 Pack::Pack(const std::string& path) : path_(path), handle_(nullptr) {
-  if (!std::filesystem::exists(path)) throw PackError(fmt::format("{}: no such file", path));
+  std::error_code failed;
+  if (!std::filesystem::exists(path, failed))
+    throw PackError(fmt::format("{}: no such file", path));
+  // The loader would wait for what a pipe has to say.
+  if (!std::filesystem::is_regular_file(path, failed))
+    throw PackError(fmt::format("{}: not a file", path));
   handle_ = dlopen(loader_path(path).c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle_ == nullptr) throw PackError(dlerror());
   try {
@@ -58,9 +68,11 @@ Pack::Pack(const std::string& path) : path_(path), handle_(nullptr) {
     dlclose(handle_);
     throw PackError(fmt::format("{} is not a function pack: {}", path, error.what()));
   }
+  add_pack_code(table_);
 }
 
 Pack::~Pack() {
+  forget_pack_code(table_);
   dlclose(handle_);
 }
 
@@ -68,6 +80,7 @@ void Pack::read_table() {
   const auto* const count = static_cast<const std::int32_t*>(dlsym(handle_, "numFuncs"));
   const auto* const table = static_cast<const FunctionEntry*>(dlsym(handle_, "theEfi"));
   if (count == nullptr || table == nullptr) throw PackError("it has no function table");
+  table_ = table;
   if (*count < 1 || *count > kMostRows) throw PackError("its function count makes no sense");
   for (std::int32_t k = 0; k < *count; ++k) rows_.push_back(read_row(this, table[k]));
   inverse_ = function_at<Inverse>(dlsym(handle_, kInverseSymbol));

@@ -113,7 +113,7 @@ Evaluation evaluate(const std::string& text) {
   Session session(
       [&](const Outcome& outcome) { note(session.machine(), outcome, lines, evaluation); });
   Machine& machine = session.machine();
-  machine.directory = "/nonexistent";
+  machine.files.directory = "/nonexistent";
   machine.add_pack(std::make_unique<worksheet::Pack>(MATRIX_PACK));
   const NoPrograms no_programs;
   const auto environment = control_words();

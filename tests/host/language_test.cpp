@@ -22,6 +22,7 @@ TEST_F(Language, Numbers) {
       {"(1+2i) / (1-2i)", "-0.6+0.8i"},
       {"(-8)^3", "-512"},
       {"1e-400", "0"},
+      {"(3{m} in {mm}) + 1{m}", "4000 {mm}"},
   });
 }
 
@@ -141,6 +142,11 @@ TEST_F(Language, SyntaxErrorsSayWhatAndWhere) {
       {"a, a = lu(1)", "syntax: a is twice on the left (column 4)"},
       {"1e999", "syntax: the number is too large (column 1)"},
       {"3{kN", "syntax: expected '}' (column 5)"},
+      {"(1 in m)", "syntax: expected a unit in braces (column 7)"},
+      {"2 * -", "syntax: expected an operand (column 5)"},
+      {"2 ^ -", "syntax: expected an exponent (column 6)"},
+      {"f(,)", "syntax: expected ')' (column 3)"},
+      {"a, b = 1, 2", "syntax: unexpected text (column 9)"},
   });
 }
 

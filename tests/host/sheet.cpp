@@ -1,6 +1,9 @@
 #include "tests/host/sheet.hpp"
 
+#include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -103,20 +106,47 @@ std::vector<Json> ProgramRun::json() const {
   return lines;
 }
 
+namespace {
+
+void limit(__rlimit_resource resource, rlim_t most) {
+  rlimit limits;
+  getrlimit(resource, &limits);
+  limits.rlim_cur = std::min(most, limits.rlim_max);
+  setrlimit(resource, &limits);
+}
+
+// What the child does until it is the program.
+[[noreturn]] void become_program(const std::vector<std::string>& arguments, const Directory& files,
+                                 const std::string& catalogue, const Limits& limits) {
+  std::vector<char*> words = {const_cast<char*>(WORKSHEET_PROGRAM)};
+  for (const std::string& argument : arguments)
+    words.push_back(const_cast<char*>(argument.c_str()));
+  words.push_back(nullptr);
+  setenv("WORKSHEET_CATALOGUE", catalogue.c_str(), 1);
+  dup2(open(files.path("in").c_str(), O_RDONLY), STDIN_FILENO);
+  dup2(open(files.path("out").c_str(), O_WRONLY | O_CREAT, 0600), STDOUT_FILENO);
+  dup2(open(files.path("err").c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
+  limit(RLIMIT_CPU, limits.seconds);
+  limit(RLIMIT_STACK, limits.stack);
+  limit(RLIMIT_FSIZE, limits.file_size);
+  limit(RLIMIT_CORE, 0);
+  limit(RLIMIT_AS, limits.memory);
+  execv(words[0], words.data());
+  _exit(127);
+}
+
+}  // namespace
+
 ProgramRun run_program(const std::vector<std::string>& arguments, const std::string& input,
-                       const std::string& catalogue) {
+                       const std::string& catalogue, const Limits& limits) {
   const Directory directory;
-  const std::string in = directory.write("in", input);
-  std::string command = fmt::format("WORKSHEET_CATALOGUE='{}' {}", catalogue, WORKSHEET_PROGRAM);
-  for (const std::string& argument : arguments) {
-    std::string quoted;
-    for (const char c : argument) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    command += fmt::format(" '{}'", quoted);
-  }
-  command += fmt::format(" <'{}' >'{}' 2>'{}'", in, directory.path("out"), directory.path("err"));
-  const int status = std::system(command.c_str());
+  directory.write("in", input);
+  const pid_t child = fork();
+  if (child == 0) become_program(arguments, directory, catalogue, limits);
+  int status = 0;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
   return {directory.read("out"), directory.read("err"),
-          WIFEXITED(status) ? WEXITSTATUS(status) : -1};
+          WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status)};
 }
 
 Directory::Directory() {

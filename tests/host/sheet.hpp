@@ -2,6 +2,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -63,7 +64,7 @@ class Directory {
 // A test with a worksheet of its own, which reads and writes files in a directory of its own.
 class InSheet : public ::testing::Test {
  protected:
-  InSheet() { sheet.machine().directory = directory.path(""); }
+  InSheet() { sheet.machine().files.directory = directory.path(""); }
   // Expects each text to have that value, in brief.
   void expect(std::initializer_list<std::pair<std::string, const char*>> cases);
 
@@ -75,15 +76,24 @@ class InSheet : public ::testing::Test {
 struct ProgramRun {
   std::string out;
   std::string err;
-  int status;
+  int status;  // The negated signal that ended it, if one did.
 
   // The lines of standard output as JSON.
   std::vector<Json> json() const;
 };
 
+// What the system lets a run of the program have.
+struct Limits {
+  rlim_t memory = RLIM_INFINITY;  // Bytes of addresses.
+  rlim_t stack = RLIM_INFINITY;   // Bytes.
+  rlim_t file_size = RLIM_INFINITY;
+  rlim_t seconds = 120;  // Of the processor.
+};
+
 // Runs the program with the arguments; `input` is its standard input. Its catalogue is
 // `catalogue`, by default an empty one.
 ProgramRun run_program(const std::vector<std::string>& arguments, const std::string& input = "",
-                       const std::string& catalogue = "/nonexistent/packs.json");
+                       const std::string& catalogue = "/nonexistent/packs.json",
+                       const Limits& limits = {});
 
 }  // namespace test

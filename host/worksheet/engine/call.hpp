@@ -3,13 +3,14 @@
 
 #include <span>
 
+#include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/value.hpp"
 
 namespace worksheet {
 
 // The most arguments of a function.
-inline constexpr std::size_t kMostArguments = 12;
+inline constexpr std::size_t kMostArguments = kArgumentLimit.most;
 
 struct Call {
   std::span<const Value> arguments;

@@ -1,28 +1,18 @@
 #include "host/worksheet/engine/machine.hpp"
 
-#include <sys/resource.h>
-
 #include <algorithm>
 
 #include "fmt/format.h"
 #include "host/efiutils/fault_translation.hpp"
 #include "host/text/text.hpp"
+#include "host/worksheet/engine/limits.hpp"
+#include "host/worksheet/engine/stack.hpp"
 
 namespace worksheet {
 
 namespace {
 
 constexpr double kDefaultTolerance = 1e-9;
-
-// The most stack that an evaluation may take, if the system grants it; a quarter of what there is
-// stays for the functions of packs.
-constexpr std::size_t kUsualStack = 8u << 20;
-
-std::size_t stack_budget() {
-  rlimit limit;
-  if (getrlimit(RLIMIT_STACK, &limit) != 0) return kUsualStack / 2;
-  return std::min<std::size_t>(limit.rlim_cur, kUsualStack) / 4 * 3;
-}
 
 }  // namespace
 
@@ -91,9 +81,9 @@ Function* Machine::keep(std::unique_ptr<Function> function) {
 }
 
 Value Machine::evaluate(const Node& node, const Source& source) {
-  stack_limit_ = static_cast<const char*>(__builtin_frame_address(0)) - stack_budget();
   place_ = {};
   pictures.clear();
+  notes.clear();
   const Activation activation(*this, nullptr, &source);
   return node.evaluate(*this);
 }
@@ -112,20 +102,22 @@ Value Machine::wrong_count(Span span, std::string_view function, std::size_t wan
               fmt::format("{} takes {}, not {}", function, counted(wanted, "argument"), given));
 }
 
+Value Machine::stopped(Span span) {
+  return fail(span, interrupted == kOutOfTime
+                        ? fmt::format("takes longer than the {} s allowed", seconds_allowed)
+                        : "interrupted");
+}
+
 Value Machine::fail_with(Span span, Anyval* error) {
   if (place_.error != error) place_ = {static_cast<const aError*>(error), source_, span};
   return object_value(error);
 }
 
-bool Machine::deeply_nested() const {
-  return static_cast<const char*>(__builtin_frame_address(0)) < stack_limit_;
-}
-
 Value Machine::call(const Function& function, std::span<const Value> arguments, Span span) {
   const std::size_t wanted = function.parameters.size();
   if (arguments.size() != wanted) return wrong_count(span, function.name, wanted, arguments.size());
-  if (interrupted) return fail(span, "interrupted");
-  if (deeply_nested()) return fail(span, "calls are nested too deeply");
+  if (interrupted) return stopped(span);
+  if (stack_is_low()) return fail(span, kStackLimit.message);
   const Activation activation(*this, arguments.data(), function.source.get());
   return function.body->evaluate(*this);
 }
@@ -146,6 +138,7 @@ void Machine::assign(Variable& variable, const Value& value) {
 void Machine::collect_all() {
   last_applied_ = nullptr;
   pictures.clear();
+  notes.clear();
   place_ = {};
   // Looking through many variables takes time: not unless something may have become free.
   if (store.size() == kept_ && !replaced_) return;

@@ -17,6 +17,7 @@
 #include "host/packs/packs.hpp"
 #include "host/worksheet/engine/call.hpp"
 #include "host/worksheet/engine/drawn.hpp"
+#include "host/worksheet/engine/sheet_files.hpp"
 #include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/value.hpp"
 #include "host/worksheet/engine/variable.hpp"
@@ -35,19 +36,25 @@ class Machine {
   EfiCallContext context = {&store, &evaluator};
   std::vector<std::unique_ptr<Pack>> packs;
 
-  // The directory from which `read` starts.
-  std::string directory = ".";
+  // The files that the worksheet reads and writes.
+  SheetFiles files;
 
   // What the statement under evaluation has drawn, with their SVG if pictures are kept for a
   // report.
   std::vector<Drawn> pictures;
   bool keeps_pictures = false;
 
+  // What its author should know about the statement under evaluation: what `read` left out, say.
+  std::vector<std::string> notes;
+
   // How closely packs are watched.
   efi::Care care = efi::Care::records;
 
-  // Set from a signal handler: ends the evaluation at the next call of a function.
-  volatile std::sig_atomic_t interrupted = 0;
+  // Why evaluation is to end at the next call of a function. Set from a signal handler.
+  enum Stop : std::sig_atomic_t { kGoOn = 0, kInterrupted, kOutOfTime };
+  volatile std::sig_atomic_t interrupted = kGoOn;
+  // The seconds that a statement may take; 0: any number.
+  double seconds_allowed = 0.0;
 
   // The variable of that name, made undefined if there is none.
   Variable* variable(std::string_view name);
@@ -84,6 +91,8 @@ class Machine {
   Value fail(Span span, std::string_view message);
   // The same for an error value that a pack or a service made, unless its place is known.
   Value fail_with(Span span, Anyval* error);
+  // The error of an evaluation that was interrupted.
+  Value stopped(Span span);
   Value out_of_memory(Span span) { return fail_with(span, sError_OutOfMemory); }
   // The complaint that a function got `given` arguments, not `wanted`.
   Value wrong_count(Span span, std::string_view function, std::size_t wanted, std::size_t given);
@@ -119,7 +128,6 @@ class Machine {
   void forget_last_applied();
   Value call_with_units(const Row& row, const Call& call);
   Value call_plain(const Row& row, const Call& call);
-  bool deeply_nested() const;
 
   std::unordered_map<std::string, std::unique_ptr<Variable>> variables_;
   std::vector<std::unique_ptr<Function>> functions_;
@@ -130,7 +138,6 @@ class Machine {
   bool replaced_ = false;           // Whether a variable has lost a value since `collect_all`,
   std::size_t kept_ = 0;            // and the number of values that it kept.
   Anyval* last_applied_ = nullptr;  // The newest value that `apply` gave a pack.
-  const char* stack_limit_ = nullptr;
 };
 
 }  // namespace worksheet

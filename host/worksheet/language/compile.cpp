@@ -6,6 +6,8 @@
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
 #include "host/text/numbers.hpp"
+#include "host/worksheet/engine/limits.hpp"
+#include "host/worksheet/engine/stack.hpp"
 #include "host/worksheet/language/expressions.hpp"
 #include "host/worksheet/language/parse.hpp"
 
@@ -16,12 +18,12 @@ namespace {
 using Kind = Syntax::Kind;
 
 [[noreturn]] void fail(const Syntax& at, const std::string& message) {
-  throw SyntaxError(at.span.begin, message);
+  throw SyntaxError(at.span().begin, message);
 }
 
-double number_in(const Syntax& tree, std::string_view digits) {
+double number_in(const Syntax& piece, std::string_view digits) {
   const auto value = parse_real(digits);
-  if (!value) fail(tree, "the number is too large");
+  if (!value) fail(piece, "the number is too large");
   return *value;
 }
 
@@ -39,8 +41,8 @@ std::string unescaped(std::string_view quoted) {
   return text;
 }
 
-Operator operator_of(const Syntax& tree) {
-  const std::string_view text = tree.text;
+Operator operator_of(const Syntax& piece) {
+  const std::string_view text = piece.text();
   for (int k = 0;; ++k)
     if (text == operator_text(static_cast<Operator>(k))) return static_cast<Operator>(k);
 }
@@ -51,54 +53,56 @@ class Compiler {
   Compiler(Machine& machine, const std::vector<std::string>& parameters)
       : machine_(machine), parameters_(parameters) {}
 
-  NodePtr node(const Syntax& tree);
-  // An expression, possibly in a wanted unit.
-  NodePtr shown(const Syntax& tree);
+  NodePtr node(const Syntax& piece);
 
  private:
-  NodePtr number(const Syntax& tree);
-  NodePtr chain(const Syntax& tree);
-  NodePtr signed_operand(const Syntax& tree);
-  NodePtr power(const Syntax& tree);
-  NodePtr postfix(const Syntax& tree);
-  NodePtr matrix(const Syntax& tree);
-  const Unit* unit(const Syntax& tree);
-  NodePtr call(const Syntax& tree);
-  NodePtr variable(const Syntax& tree);
-  std::vector<NodePtr> nodes(const std::vector<Syntax>& trees);
+  NodePtr number(const Syntax& piece);
+  NodePtr chain(const Syntax& piece);
+  NodePtr postfix(const Syntax& piece);
+  std::unique_ptr<Suffix> suffix(const Syntax& piece, Span span);
+  NodePtr matrix(const Syntax& piece);
+  const Unit* unit(const Syntax& piece);
+  NodePtr call(const Syntax& piece);
+  NodePtr variable(const Syntax& piece);
+  // Of `first` and those behind it.
+  std::vector<NodePtr> nodes(const Syntax& first);
   std::optional<std::size_t> parameter(std::string_view name) const;
 
   Machine& machine_;
   const std::vector<std::string>& parameters_;
 };
 
-NodePtr Compiler::node(const Syntax& tree) {
-  switch (tree.kind) {
+NodePtr Compiler::node(const Syntax& piece) {
+  if (stack_is_low()) fail(piece, kNestingLimit.message);
+  switch (piece.kind()) {
     case Kind::number:
-      return number(tree);
+    case Kind::imaginary:
+      return number(piece);
     case Kind::text:
-      return std::make_unique<TextNode>(tree.span, unescaped(tree.text));
+      return std::make_unique<TextNode>(piece.span(), unescaped(piece.text()));
     case Kind::matrix:
-      return matrix(tree);
+      return matrix(piece);
     case Kind::call:
-      return call(tree);
+      return call(piece);
     case Kind::variable:
-      return variable(tree);
+      return variable(piece);
     case Kind::postfix:
-      return postfix(tree);
+      return postfix(piece);
     case Kind::power:
-      return power(tree);
-    case Kind::signed_power:
-    case Kind::exponent_operand:
-      return signed_operand(tree);
+      return std::make_unique<PowerNode>(piece.span(), nodes(piece.child()));
+    case Kind::negation:
+      return std::make_unique<NegateNode>(piece.span(), node(piece.child()));
+    case Kind::conversion:
+      return std::make_unique<ConversionNode>(piece.span(), node(piece.child()),
+                                              unit(piece.child().next()));
     default:
-      return chain(tree);
+      return chain(piece);
   }
 }
 
-std::vector<NodePtr> Compiler::nodes(const std::vector<Syntax>& trees) {
+std::vector<NodePtr> Compiler::nodes(const Syntax& first) {
   std::vector<NodePtr> made;
-  for (const Syntax& tree : trees) made.push_back(node(tree));
+  for (Syntax at = first; at; at = at.next()) made.push_back(node(at));
   return made;
 }
 
@@ -108,99 +112,76 @@ std::optional<std::size_t> Compiler::parameter(std::string_view name) const {
   return static_cast<std::size_t>(at - parameters_.begin());
 }
 
-NodePtr Compiler::number(const Syntax& tree) {
-  std::string_view text = tree.text;
-  const bool imaginary = !tree.children.empty();
+NodePtr Compiler::number(const Syntax& piece) {
+  std::string_view text = piece.text();
+  const bool imaginary = piece.kind() == Kind::imaginary;
   if (imaginary) text.remove_suffix(1);
-  const double value = number_in(tree, text);
-  return std::make_unique<NumberNode>(tree.span, imaginary ? 0.0 : value, imaginary ? value : 0.0);
+  const double value = number_in(piece, text);
+  return std::make_unique<NumberNode>(piece.span(), imaginary ? 0.0 : value,
+                                      imaginary ? value : 0.0);
 }
 
-// operand (operator operand)*
-NodePtr Compiler::chain(const Syntax& tree) {
+NodePtr Compiler::chain(const Syntax& piece) {
+  NodePtr first = node(piece.child());
   std::vector<ChainNode::Term> terms;
-  for (std::size_t k = 1; k + 1 < tree.children.size(); k += 2) {
-    const Syntax& op = tree.children[k];
-    terms.push_back({operator_of(op), op.span, node(tree.children[k + 1])});
+  for (Syntax op = piece.child().next(); op; op = op.next().next())
+    terms.push_back({operator_of(op), op.span(), node(op.next())});
+  return std::make_unique<ChainNode>(piece.span(), std::move(first), std::move(terms));
+}
+
+NodePtr Compiler::postfix(const Syntax& piece) {
+  NodePtr operand = node(piece.child());
+  std::vector<std::unique_ptr<Suffix>> suffixes;
+  for (Syntax at = piece.child().next(); at; at = at.next()) {
+    const std::size_t brace = at.kind() == Kind::unit ? 1 : 0;
+    suffixes.push_back(suffix(at, {piece.span().begin, at.span().end + brace}));
   }
-  return std::make_unique<ChainNode>(tree.span, node(tree.children[0]), std::move(terms));
+  return std::make_unique<PostfixNode>(piece.span(), std::move(operand), std::move(suffixes));
 }
 
-// minus* operand
-NodePtr Compiler::signed_operand(const Syntax& tree) {
-  NodePtr operand = node(tree.children.back());
-  if (tree.children.size() % 2 == 1) return operand;
-  return std::make_unique<NegateNode>(tree.span, std::move(operand));
+std::unique_ptr<Suffix> Compiler::suffix(const Syntax& piece, Span span) {
+  if (piece.kind() == Kind::transpose)
+    return std::make_unique<TransposeSuffix>(span, machine_.find_row(Transpose_sString->text));
+  if (piece.kind() == Kind::unit) return std::make_unique<UnitSuffix>(span, unit(piece));
+  const Syntax second = piece.child().next();
+  if (second && second.next()) fail(second.next(), "a matrix has two indices");
+  return std::make_unique<IndexSuffix>(span, nodes(piece.child()), machine_.variable("ORIGIN"));
 }
 
-// a ^ b ^ c is a ^ (b ^ c).
-NodePtr Compiler::power(const Syntax& tree) {
-  auto k = tree.children.size() - 1;
-  NodePtr result = node(tree.children[k]);
-  while (k-- > 0) {
-    const Span span = {tree.children[k].span.begin, tree.span.end};
-    std::vector<ChainNode::Term> term;
-    term.push_back({Operator::power, span, std::move(result)});
-    result = std::make_unique<ChainNode>(span, node(tree.children[k]), std::move(term));
-  }
-  return result;
-}
-
-NodePtr Compiler::postfix(const Syntax& tree) {
-  NodePtr result = node(tree.children[0]);
-  for (std::size_t k = 1; k < tree.children.size(); ++k) {
-    const Syntax& suffix = tree.children[k];
-    const Span span = {tree.span.begin, suffix.span.end};
-    if (suffix.kind == Kind::transpose) {
-      result = std::make_unique<TransposeNode>(span, std::move(result),
-                                               machine_.find_row(Transpose_sString->text));
-    } else if (suffix.kind == Kind::index) {
-      if (suffix.children.size() > 2) fail(suffix.children[2], "a matrix has two indices");
-      result = std::make_unique<IndexNode>(span, std::move(result), nodes(suffix.children),
-                                           machine_.variable("ORIGIN"));
-    } else {
-      result = std::make_unique<UnitNode>(span, std::move(result), unit(suffix));
-    }
-  }
-  return result;
-}
-
-const Unit* Compiler::unit(const Syntax& tree) {
+const Unit* Compiler::unit(const Syntax& piece) {
   try {
-    return parse_unit(tree.text);
+    return parse_unit(piece.text());
   } catch (const UnitError& error) {
-    throw SyntaxError(tree.span.begin + error.offset, error.what());
+    throw SyntaxError(piece.span().begin + error.offset, error.what());
   }
 }
 
-NodePtr Compiler::shown(const Syntax& tree) {
-  NodePtr value = node(tree.children[0]);
-  if (tree.children.size() == 1) return value;
-  const Syntax& wanted = tree.children[1].children[0];
-  return std::make_unique<ConversionNode>(tree.span, std::move(value), unit(wanted));
-}
-
-NodePtr Compiler::matrix(const Syntax& tree) {
-  const std::size_t cols = tree.children.front().children.size();
+NodePtr Compiler::matrix(const Syntax& piece) {
+  const std::size_t cols = piece.child().child_count();
   std::vector<NodePtr> elements;
-  for (const Syntax& row : tree.children) {
-    if (row.children.size() != cols)
-      fail(row, fmt::format("this row has length {}, the first one {}", row.children.size(), cols));
-    for (const Syntax& element : row.children) elements.push_back(node(element));
+  for (Syntax row = piece.child(); row; row = row.next()) {
+    const std::size_t length = row.child_count();
+    if (length != cols)
+      fail(row, fmt::format("this row has length {}, the first one {}", length, cols));
+    for (Syntax at = row.child(); at; at = at.next()) elements.push_back(node(at));
   }
-  return std::make_unique<MatrixNode>(tree.span, cols, std::move(elements));
+  return std::make_unique<MatrixNode>(piece.span(), cols, std::move(elements));
 }
 
-NodePtr Compiler::call(const Syntax& tree) {
-  const std::string name(tree.children[0].text);
-  const auto& arguments = tree.children[1].children;
-  if (arguments.size() > kMostArguments) fail(arguments[kMostArguments], "too many arguments");
-  if (name == "if") {
-    if (arguments.size() != 3) fail(tree, "if takes a condition and two expressions");
-    return std::make_unique<IfNode>(tree.span, nodes(arguments));
+NodePtr Compiler::call(const Syntax& piece) {
+  const std::string name(piece.child().text());
+  const Syntax first = piece.child().next();
+  std::vector<Span> places;
+  for (Syntax at = first; at; at = at.next()) {
+    if (places.size() == kMostArguments) fail(at, kArgumentLimit.message);
+    places.push_back(at.span());
   }
-  auto made = std::make_unique<CallNode>(tree.span, name, nodes(arguments));
-  for (const Syntax& argument : arguments) made->places.push_back(argument.span);
+  if (name == "if") {
+    if (places.size() != 3) fail(piece, "if takes a condition and two expressions");
+    return std::make_unique<IfNode>(piece.span(), nodes(first));
+  }
+  auto made = std::make_unique<CallNode>(piece.span(), name, nodes(first));
+  made->places = std::move(places);
   if (const auto index = parameter(name))
     made->parameter = *index;
   else
@@ -210,26 +191,34 @@ NodePtr Compiler::call(const Syntax& tree) {
   return made;
 }
 
-NodePtr Compiler::variable(const Syntax& tree) {
-  const std::string_view name = tree.text;
-  if (const auto index = parameter(name)) return std::make_unique<ParameterNode>(tree.span, *index);
-  return std::make_unique<VariableNode>(tree.span, machine_.variable(name), find_constant(name));
+NodePtr Compiler::variable(const Syntax& piece) {
+  const std::string_view name = piece.text();
+  if (const auto index = parameter(name))
+    return std::make_unique<ParameterNode>(piece.span(), *index);
+  return std::make_unique<VariableNode>(piece.span(), machine_.variable(name), find_constant(name));
 }
 
-// name(parameters) = expression
-Statement definition(const Syntax& tree, const Source& source, Machine& machine) {
-  auto function = std::make_unique<Function>();
-  function->name = tree.children.front().text;
-  for (std::size_t k = 1; k + 1 < tree.children.size(); ++k) {
-    const std::string name(tree.children[k].text);
-    if (std::find(function->parameters.begin(), function->parameters.end(), name) !=
-        function->parameters.end())
-      fail(tree.children[k], fmt::format("{} is twice among the parameters", name));
-    if (function->parameters.size() == kMostArguments)
-      fail(tree.children[k], "too many parameters");
-    function->parameters.push_back(name);
+// Takes the names in front of the expression; `at` is then the expression. A second one of a name
+// is refused as being twice `where`.
+std::vector<std::string> names(Syntax& at, const Limit& limit, const char* where) {
+  std::vector<std::string> taken;
+  for (; at.next(); at = at.next()) {
+    std::string name(at.text());
+    if (std::find(taken.begin(), taken.end(), name) != taken.end())
+      fail(at, fmt::format("{} is twice {}", name, where));
+    if (taken.size() == limit.most) fail(at, limit.message);
+    taken.push_back(std::move(name));
   }
-  function->body = Compiler(machine, function->parameters).shown(tree.children.back());
+  return taken;
+}
+
+Statement definition(const Syntax& piece, const Source& source, Machine& machine) {
+  auto function = std::make_unique<Function>();
+  Syntax at = piece.child();
+  function->name = at.text();
+  at = at.next();
+  function->parameters = names(at, kParameterLimit, "among the parameters");
+  function->body = Compiler(machine, function->parameters).node(at);
   function->source = std::make_unique<Source>(source);
   Statement statement;
   statement.form = Statement::Form::definition;
@@ -238,25 +227,22 @@ Statement definition(const Syntax& tree, const Source& source, Machine& machine)
   return statement;
 }
 
-Statement statement_of(const Syntax& tree, const Source& source, Machine& machine) {
-  if (tree.kind == Kind::definition) return definition(tree, source, machine);
+Statement statement_of(const Syntax& piece, const Source& source, Machine& machine) {
+  if (piece.kind() == Kind::definition) return definition(piece, source, machine);
   Statement statement;
-  if (tree.kind == Kind::assignment) statement.form = Statement::Form::assignment;
-  for (std::size_t k = 0; k + 1 < tree.children.size(); ++k) {
-    Variable* const target = machine.variable(tree.children[k].text);
-    if (std::find(statement.targets.begin(), statement.targets.end(), target) !=
-        statement.targets.end())
-      fail(tree.children[k], fmt::format("{} is twice on the left", target->name));
-    statement.targets.push_back(target);
-  }
-  statement.expression = Compiler(machine, {}).shown(tree.children.back());
+  if (piece.kind() == Kind::assignment) statement.form = Statement::Form::assignment;
+  Syntax at = piece.child();
+  for (const std::string& name : names(at, kTargetLimit, "on the left"))
+    statement.targets.push_back(machine.variable(name));
+  statement.expression = Compiler(machine, {}).node(at);
   return statement;
 }
 
 }  // namespace
 
 Statement compile(const Source& source, Machine& machine) {
-  return statement_of(parse(source), source, machine);
+  const SyntaxTree tree = parse(source);
+  return statement_of(tree.root(), source, machine);
 }
 
 }  // namespace worksheet

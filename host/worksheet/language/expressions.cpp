@@ -1,11 +1,14 @@
 #include "host/worksheet/language/expressions.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
+#include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/matrices.hpp"
+#include "host/worksheet/engine/stack.hpp"
 
 namespace worksheet {
 
@@ -46,16 +49,34 @@ bool combine_reals(Operator op, Value& a, const Value& b) {
 }  // namespace
 
 Value ChainNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
+  const std::size_t since = machine.store.size();
   Value result = first->evaluate(machine);
   if (is_error(result)) return result;
   for (const Term& term : terms) {
     const Value b = term.operand->evaluate(machine);
-    if (is_error(b))
-      result = b;
-    else if (!combine_reals(term.op, result, b))
-      result = binary(machine, term.op, result, b, term.op_span);
-    if (is_error(result)) break;
+    if (is_error(b)) return b;
+    if (combine_reals(term.op, result, b)) continue;
+    result = binary(machine, term.op, result, b, term.op_span);
+    if (is_error(result)) return result;
+    if (machine.interrupted) return machine.fail(span, "interrupted");
+    machine.collect(result, since);
   }
+  return result;
+}
+
+Value PowerNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
+  std::vector<Value> values;
+  values.reserve(operands.size());
+  for (const NodePtr& operand : operands) {
+    values.push_back(operand->evaluate(machine));
+    if (is_error(values.back())) return values.back();
+  }
+  Value result = values.back();
+  for (std::size_t k = values.size() - 1; k-- > 0 && !is_error(result);)
+    result =
+        binary(machine, Operator::power, values[k], result, {operands[k]->span.begin, span.end});
   return result;
 }
 
@@ -64,11 +85,24 @@ Value NegateNode::evaluate(Machine& machine) const {
   return is_error(a) ? a : negate(machine, a, span);
 }
 
-Value TransposeNode::evaluate(Machine& machine) const {
-  const Value a = operand->evaluate(machine);
-  if (is_error(a)) return a;
+Value PostfixNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
+  const std::size_t since = machine.store.size();
+  Value result = operand->evaluate(machine);
+  Span place = operand->span;
+  for (const auto& suffix : suffixes) {
+    if (is_error(result)) break;
+    if (machine.interrupted) return machine.fail(span, "interrupted");
+    result = suffix->apply(machine, result, place);
+    machine.collect(result, since);
+    place = suffix->span;
+  }
+  return result;
+}
+
+Value TransposeSuffix::apply(Machine& machine, const Value& a, Span place) const {
   if (row == nullptr) return machine.fail(span, "no pack gives a transpose");
-  return machine.call(*row, {{&a, 1}, span, {&operand->span, 1}});
+  return machine.call(*row, {{&a, 1}, span, {&place, 1}});
 }
 
 namespace {
@@ -77,7 +111,7 @@ namespace {
 // *error otherwise.
 std::ptrdiff_t position(Machine& machine, const Node& node, double origin, std::ptrdiff_t size,
                         Value* error) {
-  const Value v = node.evaluate(machine);
+  const Value v = as_number(node.evaluate(machine));
   if (is_error(v)) {
     *error = v;
   } else if (!is_plain_real(v) || std::floor(v.re) != v.re) {
@@ -99,11 +133,8 @@ Value element(const aMatrix* m, std::ptrdiff_t k) {
 
 }  // namespace
 
-Value IndexNode::evaluate(Machine& machine) const {
-  const Value a = array->evaluate(machine);
-  if (is_error(a)) return a;
-  if (!is_matrix(a))
-    return machine.fail(array->span, fmt::format("{} has no elements", kind_name(a)));
+Value IndexSuffix::apply(Machine& machine, const Value& a, Span place) const {
+  if (!is_matrix(a)) return machine.fail(place, fmt::format("{} has no elements", kind_name(a)));
   const aMatrix* const m = matrix(a);
   if (!is_plain_real(origin->value)) return machine.fail(span, "ORIGIN must be a real number");
   const double start = origin->value.re;
@@ -129,9 +160,7 @@ bool can_have_unit(const Value& v) {
 
 }  // namespace
 
-Value UnitNode::evaluate(Machine& machine) const {
-  const Value a = operand->evaluate(machine);
-  if (is_error(a)) return a;
+Value UnitSuffix::apply(Machine& machine, const Value& a, Span) const {
   if (!can_have_unit(a)) return machine.fail(span, fmt::format("{} takes no unit", kind_name(a)));
   if (a.unit != nullptr)
     return machine.fail(span, fmt::format("it has a unit already: {}", unit_text(a.unit)));
@@ -141,10 +170,11 @@ Value UnitNode::evaluate(Machine& machine) const {
 Value ConversionNode::evaluate(Machine& machine) const {
   const Value a = operand->evaluate(machine);
   if (is_error(a)) return a;
+  if (can_have_unit(a) && needs_no_unit(a)) return with_unit(a, unit);
   const auto factor = can_have_unit(a) ? conversion(a.unit, unit) : std::nullopt;
   if (!factor)
-    return machine.fail(
-        operand->span, fmt::format("{} cannot be shown in {}", unit_text(a.unit), unit_text(unit)));
+    return machine.fail(operand->span, fmt::format("{} cannot be shown in {}{}", unit_text(a.unit),
+                                                   unit_text(unit), conversion_hint(a.unit, unit)));
   return with_unit(scaled(machine, a, *factor), unit);
 }
 
@@ -161,6 +191,7 @@ Anyval* nested_copy(Machine& machine, const Value& v) {
 }  // namespace
 
 Value MatrixNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
   std::vector<Value> values;
   values.reserve(elements.size());
   bool all_numbers = true;
@@ -174,20 +205,24 @@ Value MatrixNode::evaluate(Machine& machine) const {
   return all_numbers ? of_numbers(machine, values) : nested(machine, values);
 }
 
-// A matrix takes one unit as a whole: that of its first element.
+// A matrix takes one unit as a whole: that of its first element that needs one.
 Value MatrixNode::of_numbers(Machine& machine, const std::vector<Value>& values) const {
+  const auto first =
+      std::find_if(values.begin(), values.end(), [](const Value& v) { return !needs_no_unit(v); });
+  const Unit* const unit = first == values.end() ? nullptr : first->unit;
   const std::size_t rows = values.size() / cols;
   MatrixBuilder result(static_cast<std::ptrdiff_t>(rows), static_cast<std::ptrdiff_t>(cols));
   for (std::size_t at = 0; at < values.size(); ++at) {
-    const auto factor = conversion(values[at].unit, values[0].unit);
+    const auto factor = needs_no_unit(values[at]) ? 1.0 : common_conversion(values[at].unit, unit);
     if (!factor)
-      return machine.fail(elements[at]->span,
-                          fmt::format("the elements of a matrix have one unit, not {} and {}",
-                                      unit_text(values[0].unit), unit_text(values[at].unit)));
+      return machine.fail(
+          elements[at]->span,
+          fmt::format("the elements of a matrix have one unit, not {} and {}{}", unit_text(unit),
+                      unit_text(values[at].unit), conversion_hint(values[at].unit, unit)));
     result.set(static_cast<std::ptrdiff_t>(at % cols * rows + at / cols),
                number(values[at]) * *factor);
   }
-  return object_value(result.finish(machine.store), values[0].unit);
+  return object_value(result.finish(machine.store), unit);
 }
 
 Value MatrixNode::nested(Machine& machine, const std::vector<Value>& values) const {
@@ -209,6 +244,7 @@ Value MatrixNode::nested(Machine& machine, const std::vector<Value>& values) con
 }
 
 Value CallNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
   const std::size_t since = machine.store.size();
   std::array<Value, kMostArguments> values;
   for (std::size_t k = 0; k < arguments.size(); ++k) {
@@ -233,7 +269,8 @@ Value CallNode::value_of(Machine& machine, const Call& call) const {
 }
 
 Value IfNode::evaluate(Machine& machine) const {
-  const Value condition = arguments[0]->evaluate(machine);
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
+  const Value condition = as_number(arguments[0]->evaluate(machine));
   if (is_error(condition)) return condition;
   if (!is_plain_real(condition))
     return machine.fail(arguments[0]->span, "a condition must be a plain real number");

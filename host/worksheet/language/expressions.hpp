@@ -60,29 +60,55 @@ struct NegateNode : Node {
   NodePtr operand;
 };
 
-struct TransposeNode : Node {
-  TransposeNode(Span where, NodePtr a, const Row* r) : Node(where), operand(std::move(a)), row(r) {}
+// a ^ b ^ c..., from right to left.
+struct PowerNode : Node {
+  PowerNode(Span where, std::vector<NodePtr> of) : Node(where), operands(std::move(of)) {}
   Value evaluate(Machine& machine) const override;
-  NodePtr operand;
+  std::vector<NodePtr> operands;
+};
+
+// What stands behind an operand; its span begins with the operand's.
+struct Suffix {
+  explicit Suffix(Span where) : span(where) {}
+  virtual ~Suffix() = default;
+  Suffix(const Suffix&) = delete;
+  Suffix& operator=(const Suffix&) = delete;
+
+  // What becomes of the value `a` that stands at `place`, or an error value.
+  virtual Value apply(Machine& machine, const Value& a, Span place) const = 0;
+
+  const Span span;
+};
+
+struct TransposeSuffix : Suffix {
+  TransposeSuffix(Span where, const Row* r) : Suffix(where), row(r) {}
+  Value apply(Machine& machine, const Value& a, Span place) const override;
   const Row* row;
 };
 
 // A[i, j] or v[i].
-struct IndexNode : Node {
-  IndexNode(Span where, NodePtr a, std::vector<NodePtr> subscripts, const Variable* o)
-      : Node(where), array(std::move(a)), indices(std::move(subscripts)), origin(o) {}
-  Value evaluate(Machine& machine) const override;
-  NodePtr array;
+struct IndexSuffix : Suffix {
+  IndexSuffix(Span where, std::vector<NodePtr> subscripts, const Variable* o)
+      : Suffix(where), indices(std::move(subscripts)), origin(o) {}
+  Value apply(Machine& machine, const Value& a, Span place) const override;
   std::vector<NodePtr> indices;
   const Variable* origin;
 };
 
 // a{unit}: a plain value that gets a unit.
-struct UnitNode : Node {
-  UnitNode(Span where, NodePtr a, const Unit* u) : Node(where), operand(std::move(a)), unit(u) {}
+struct UnitSuffix : Suffix {
+  UnitSuffix(Span where, const Unit* u) : Suffix(where), unit(u) {}
+  Value apply(Machine& machine, const Value& a, Span place) const override;
+  const Unit* unit;
+};
+
+// An operand with what stands behind it.
+struct PostfixNode : Node {
+  PostfixNode(Span where, NodePtr a, std::vector<std::unique_ptr<Suffix>> rest)
+      : Node(where), operand(std::move(a)), suffixes(std::move(rest)) {}
   Value evaluate(Machine& machine) const override;
   NodePtr operand;
-  const Unit* unit;
+  std::vector<std::unique_ptr<Suffix>> suffixes;
 };
 
 // a in {unit}: the same quantity in another unit.

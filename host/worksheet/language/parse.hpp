@@ -1,12 +1,23 @@
-// The text of a statement, parsed by the grammar.
+// Reading the text of a statement.
+//
+//   statement   [names "=" | name "(" names ")" "="] expression
+//   expression  comparison ("in" unit)*
+//   comparison  sum (("<" | "<=" | ">" | ">=" | "==" | "!=") sum)*
+//   sum         product (("+" | "-") product)*
+//   product     signed (("*" | "/") signed)*
+//   signed      ("+" | "-")* postfix ("^" ("+" | "-")* postfix)*
+//   postfix     operand (index | "'" | unit)*
+//   operand     number | text | matrix | "(" expression ")" | name "(" [list] ")" | name
+//   matrix      "[" list (";" list)* "]"
+//   index       "[" list "]"
+//   list        expression ("," expression)*
+//   unit        "{" ... "}"
 #pragma once
 
 #include <stdexcept>
 #include <string>
-#include <string_view>
-#include <vector>
 
-#include "host/worksheet/engine/source.hpp"
+#include "host/worksheet/language/syntax.hpp"
 
 namespace worksheet {
 
@@ -16,54 +27,7 @@ struct SyntaxError : std::runtime_error {
   std::size_t offset;
 };
 
-// A piece of a statement and the pieces that it is made of. Those of the grammar's rules that only
-// hold together what is inside of them are left out.
-struct Syntax {
-  enum class Kind {
-    none,
-    // Statements.
-    definition,
-    assignment,
-    display,
-    target,
-    defined_name,
-    parameter,
-    shown,
-    wanted_unit,
-    // Operators around operands; left out around a single operand.
-    comparison,
-    sum,
-    product,
-    signed_power,
-    power,
-    exponent_operand,
-    comparison_operator,
-    sum_operator,
-    product_operator,
-    minus,
-    // Operands, and what stands behind them.
-    postfix,
-    index,
-    transpose,
-    unit_content,
-    number,
-    imaginary_mark,
-    text,
-    matrix,
-    row,
-    call,
-    call_name,
-    arguments,
-    variable,
-  };
-
-  Kind kind = Kind::none;
-  Span span;
-  std::string_view text;  // Of the source, which lives longer.
-  std::vector<Syntax> children;
-};
-
-// A definition, an assignment or a display. Throws SyntaxError.
-Syntax parse(const Source& source);
+// The text of the source must outlive the tree. Throws SyntaxError.
+SyntaxTree parse(const Source& source);
 
 }  // namespace worksheet

@@ -1,0 +1,46 @@
+// The limits of the application: how much the input may decide, and what is said beyond that. Each
+// stands here once, and in the table of docs/worksheet.md.
+#pragma once
+
+#include <cstddef>
+
+namespace worksheet {
+
+struct Limit {
+  std::size_t most;
+  const char* message;  // Of the statement's error; null where the output is cut short instead.
+};
+
+// --- What is read ---
+
+// Bytes of a statement, over all of its lines.
+inline constexpr Limit kStatementLimit = {
+    std::size_t{4} << 20,
+    "the statement is longer than 4 MiB: a table that long belongs in a file"};
+// Brackets within brackets.
+inline constexpr Limit kNestingLimit = {100, "brackets are nested too deeply"};
+// Bytes of a unit.
+inline constexpr Limit kUnitLimit = {1000, "the unit is too long"};
+inline constexpr Limit kArgumentLimit = {12, "too many arguments"};
+inline constexpr Limit kParameterLimit = {12, "too many parameters"};
+inline constexpr Limit kTargetLimit = {12, "too many names on the left"};
+
+// --- What is computed ---
+
+// Bytes of stack, if the system grants as many; a quarter of them is left to the functions of
+// packs.
+inline constexpr Limit kStackLimit = {std::size_t{8} << 20, "calls are nested too deeply"};
+
+// --- What is shown of a statement ---
+
+// Elements that JSON shows of a value, those of nested values included; beyond that none. Nested
+// values count as a few elements each, long texts for what they take.
+inline constexpr Limit kPrintedLimit = {std::size_t{1} << 20, nullptr};
+// Values within values that are shown.
+inline constexpr Limit kPrintedNestingLimit = {100, nullptr};
+// Elements of a value on the page of a report.
+inline constexpr Limit kReportLimit = {4096, nullptr};
+// Characters of a text within an array.
+inline constexpr Limit kCellTextLimit = {60, nullptr};
+
+}  // namespace worksheet
