@@ -140,7 +140,7 @@ Value product(Machine& machine, const aMatrix* a, const aMatrix* b, Span span) {
     add(c.need_im(), 1.0, a->re, b->im);
     add(c.im(), 1.0, a->im, b->re);
   }
-  if (machine.interrupted) return machine.fail(span, "interrupted");
+  if (machine.interrupted) return machine.stopped(span);
   return object_value(c.finish(machine.store));
 }
 

@@ -6,6 +6,7 @@
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
 #include "host/worksheet/data/read_data.hpp"
+#include "host/worksheet/data/write_data.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/functions/elementary.hpp"
@@ -34,7 +35,9 @@ constexpr Builtin kBuiltins[] = {
     {"real_only", 1, UnitUse::keep, real_only},
     {"with_imag", 1, UnitUse::keep, with_imag},
     {"lean", 1, UnitUse::keep, lean},
-    {"read", 1, UnitUse::plain, read},
+    {"read", kAnyCount, UnitUse::own, read},
+    {"columns", kAnyCount, UnitUse::own, columns},
+    {"write", kAnyCount, UnitUse::own, write},
     {"plot", kAnyCount, UnitUse::own, plot},
     {"scatter", kAnyCount, UnitUse::own, scatter},
     {"plot_eigenvals", kAnyCount, UnitUse::own, plot_eigenvals},

@@ -33,10 +33,20 @@ The ratio of a circle's circumference to its diameter.
 
 ## Data
 
-### read("file")
+### read("file"), read("file", "column")
 
-A matrix from a CSV, TSV or Matrix Market file, relative to the worksheet. A first line without numbers
-is taken for the names of the columns.
+A matrix from a table (CSV, TSV, columns apart by blanks) or a Matrix Market file, relative to the
+worksheet; or one column of a table by its heading, with the unit that stands there, as in `F (kN)`.
+"decimal: comma", "separator: tab" and "headings: none" say what the file does not tell.
+
+### columns("file")
+
+The headings of a table's columns, as a nested array.
+
+### write("file", A, B)
+
+Writes numbers and matrices side by side to a .csv or .tsv file, or one matrix to a .mtx file. A text
+"heading: F" names the next column; units stand in the headings.
 
 ### real_only(A), with_imag(A), lean(A)
 

@@ -7,6 +7,7 @@
 #include "fmt/format.h"
 #include "host/worksheet/language/compile.hpp"
 #include "host/worksheet/language/statement_reader.hpp"
+#include "host/worksheet/session/interruption.hpp"
 #include "host/worksheet/session/progress.hpp"
 #include "host/worksheet/engine/readable.hpp"
 
@@ -92,6 +93,7 @@ void Session::evaluate_into(Outcome& outcome, const Source& source) {
 }
 
 Outcome Session::outcome_of(const Source& source) {
+  const TimeLimit limit(machine_);
   const Progress progress(progress_, kPatience, source.text);
   const auto start = std::chrono::steady_clock::now();
   Outcome outcome;
@@ -107,6 +109,8 @@ Outcome Session::outcome_of(const Source& source) {
   outcome.place = machine_.place();
   outcome.pictures = std::move(machine_.pictures);
   machine_.pictures.clear();
+  outcome.notes = std::move(machine_.notes);
+  machine_.notes.clear();
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return outcome;
 }
