@@ -83,6 +83,7 @@ Function* Machine::keep(std::unique_ptr<Function> function) {
 Value Machine::evaluate(const Node& node, const Source& source) {
   place_ = {};
   pictures.clear();
+  notes.clear();
   const Activation activation(*this, nullptr, &source);
   return node.evaluate(*this);
 }
@@ -137,6 +138,7 @@ void Machine::assign(Variable& variable, const Value& value) {
 void Machine::collect_all() {
   last_applied_ = nullptr;
   pictures.clear();
+  notes.clear();
   place_ = {};
   // Looking through many variables takes time: not unless something may have become free.
   if (store.size() == kept_ && !replaced_) return;

@@ -44,6 +44,9 @@ class Machine {
   std::vector<Drawn> pictures;
   bool keeps_pictures = false;
 
+  // What its author should know about the statement under evaluation: what `read` left out, say.
+  std::vector<std::string> notes;
+
   // How closely packs are watched.
   efi::Care care = efi::Care::records;
 

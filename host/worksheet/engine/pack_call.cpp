@@ -56,8 +56,8 @@ Value Machine::call(const Row& row, const Call& call) {
 }
 
 Value Machine::call_with_units(const Row& row, const Call& call) {
-  std::vector<const Unit*> units;
-  for (const Value& value : call.arguments) units.push_back(value.unit);
+  std::vector<UnitArgument> units;
+  for (const Value& value : call.arguments) units.push_back({value.unit, needs_no_unit(value)});
   UnitRuling ruling;
   try {
     ruling = apply_unit_rule(row.unit_rule(), units);
@@ -149,7 +149,7 @@ Anyval* Machine::applied(const Function& function, std::span<const Value> argume
   const std::size_t since = store.size();
   const Value value = call(function, arguments, pack_call_);
   collect(value, since);
-  if (!is_dimensionless(value.unit))
+  if (!conversion(value.unit, nullptr))
     return fail(pack_call_, fmt::format("{} gives a value in {}; a plain one is needed",
                                         function.name, unit_text(value.unit)))
         .object;

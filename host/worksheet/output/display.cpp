@@ -143,10 +143,9 @@ void Printer::print_error() {
 
 }  // namespace
 
-std::string outcome_text(const Outcome& outcome, const DisplayOptions& options) {
-  if (outcome.is_definition && !outcome.failed()) return "";
-  if (outcome.help) return help_text(*outcome.help, options.width);
-  Printer printer(outcome, options);
+namespace {
+
+void print_value(Printer& printer, const Outcome& outcome, const DisplayOptions& options) {
   if (outcome.failed()) {
     printer.print_error();
   } else if (outcome.names.size() > 1) {
@@ -155,12 +154,23 @@ std::string outcome_text(const Outcome& outcome, const DisplayOptions& options) 
       printer.print(outcome.names[k], object_value(parts[k], outcome.value.unit));
   } else if (!outcome.names.empty()) {
     printer.print(outcome.names[0], outcome.value);
-  } else {
+  } else if (!is_none(outcome.value) || outcome.notes.empty()) {
     const std::string& source = outcome.source->text;
     const bool shown = options.show_source && source.find('\n') == std::string::npos;
     printer.print(shown ? source : "", outcome.value);
   }
-  return printer.take();
+}
+
+}  // namespace
+
+std::string outcome_text(const Outcome& outcome, const DisplayOptions& options) {
+  if (outcome.is_definition && !outcome.failed()) return "";
+  if (outcome.help) return help_text(*outcome.help, options.width);
+  Printer printer(outcome, options);
+  print_value(printer, outcome, options);
+  std::string text = printer.take();
+  for (const std::string& note : outcome.notes) text += fmt::format("note: {}\n", note);
+  return text;
 }
 
 }  // namespace worksheet

@@ -130,6 +130,7 @@ Json outcome_json(const Outcome& outcome) {
     json["value"] = ValueWriter(*outcome.store).value(outcome.value);
   for (const Drawn& drawn : outcome.pictures)
     json["pictures"].push_back(drawn.file.empty() ? Json(nullptr) : Json(drawn.file));
+  if (!outcome.notes.empty()) json["notes"] = outcome.notes;
   return json;
 }
 

@@ -23,6 +23,7 @@ struct Outcome {
   bool is_definition = false;
   Place place;                   // Of an error value; without a source where that is not known.
   std::vector<Drawn> pictures;   // In the order in which they were drawn.
+  std::vector<std::string> notes;  // That its author should know, in text of one line.
   std::optional<HelpPage> help;  // Of a statement that asks for help.
   std::string syntax_message;    // Empty unless the text is no statement...
   std::size_t column = 0;        // ... and then the place,

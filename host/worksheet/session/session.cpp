@@ -9,6 +9,7 @@
 #include "host/worksheet/language/statement_reader.hpp"
 #include "host/worksheet/session/interruption.hpp"
 #include "host/worksheet/session/progress.hpp"
+#include "host/worksheet/engine/readable.hpp"
 
 namespace worksheet {
 
@@ -63,8 +64,10 @@ Value define(Machine& machine, Statement& statement) {
 Value evaluate(Machine& machine, const Statement& statement, const Source& source) {
   try {
     const Value value = machine.evaluate(*statement.expression, source);
-    if (is_error(value) || statement.form == Statement::Form::display) return value;
-    return assign_targets(machine, statement.targets, value, statement.expression->span);
+    if (is_error(value)) return value;
+    if (statement.form == Statement::Form::display) return readable(machine, value);
+    return readable(machine,
+                    assign_targets(machine, statement.targets, value, statement.expression->span));
   } catch (const std::bad_alloc&) {
     return machine.out_of_memory(statement.expression->span);
   }
@@ -106,6 +109,8 @@ Outcome Session::outcome_of(const Source& source) {
   outcome.place = machine_.place();
   outcome.pictures = std::move(machine_.pictures);
   machine_.pictures.clear();
+  outcome.notes = std::move(machine_.notes);
+  machine_.notes.clear();
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return outcome;
 }
