@@ -4,6 +4,8 @@
 // they may meet another one first.
 #pragma once
 
+#include <string_view>
+
 #include "pack/frame/faults.hpp"
 #include "pack/frame/fp_scope.hpp"
 
@@ -17,7 +19,8 @@ const char* fast_or_plain(const char* failure, Fast fast, Plain plain) {
   const FpState before;
   try {
     const char* const message = fast();
-    if (message != failure) return message;
+    // By its words: a literal may stand at several addresses.
+    if (message == nullptr || std::string_view(message) != failure) return message;
   } catch (const SE_FPE_Exception&) {
   }
   // A fault leaves all faults masked, and either leaves flags.

@@ -301,7 +301,8 @@ TEST_P(LinsysKernels, OfSeveralFailuresTheOneOfThePlainLoopsIsTold) {
             const bool both_have_values =
                 inverse->kind == kMatrixKind && expected.starts_with("number");
             ASSERT_TRUE(both_have_values || calls::describe(inverse) == expected)
-                << n << complex << ' ' << singular << ' ' << large << ' ' << infinite << expected;
+                << expected << ", not " << calls::describe(inverse) << " for " << n << ' '
+                << singular << ' ' << large << ' ' << infinite;
           }
   EXPECT_GE(words.size(), 3u);
 }
