@@ -79,11 +79,14 @@ struct Evaluation {
 
 void note(const Machine& machine, const Outcome& outcome, int lines, Evaluation& evaluation) {
   const test::AllocationFaults none;
-  const std::string line = worksheet::outcome_line(outcome);
-  evaluation.json += line + '\n';
-  evaluation.expect(line.find('\n') == std::string::npos, "JSON of more than a line");
+  std::ostringstream json, text;
+  worksheet::write_outcome(json, outcome, false);
+  const std::string line = json.str();
+  evaluation.json += line;
+  evaluation.expect(line.find('\n') == line.size() - 1, "JSON of other than a line");
   evaluation.expect(nlohmann::json::accept(line), "no JSON: " + line);
-  const std::string shown = worksheet::outcome_text(outcome, {});
+  worksheet::show_outcome(text, outcome, {});
+  const std::string shown = text.str();
   evaluation.expect(shown.empty() || shown.back() == '\n', "shown without a last newline");
   evaluation.expect(!outcome.failed() || !shown.empty(), "an error that is not shown");
   evaluation.expect(outcome.line >= 1 && outcome.line <= std::max(lines, 1),

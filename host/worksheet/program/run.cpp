@@ -78,14 +78,14 @@ bool run_file(Session& session, const std::string& path, Report* report) {
 }
 
 // The report of a run that is wanted; null if none is. Throws std::runtime_error.
-std::unique_ptr<Report> wanted_report(const Options& options) {
+std::unique_ptr<Report> wanted_report(const Options& options, const DisplayOptions& display) {
   if (options.html.empty()) return nullptr;
   const std::string objection = report_objection(options.html, options.file);
   if (!objection.empty()) throw std::runtime_error(fmt::format("{}: {}", options.html, objection));
   const bool named = !options.file.empty() && options.file != "-";
   const std::string name =
       named ? std::filesystem::path(options.file).filename().string() : "worksheet";
-  return std::make_unique<Report>(name, options.digits);
+  return std::make_unique<Report>(name, display);
 }
 
 bool write_report(const Options& options, const Report& report, bool interrupted) {
@@ -140,12 +140,13 @@ bool run_all(Session& session, const Options& options, Report* report) {
 
 Status run(const Options& options) {
   const DisplayOptions display = display_options(options);
-  const std::unique_ptr<Report> report = wanted_report(options);
+  const std::unique_ptr<Report> report = wanted_report(options, display);
   Session session([&](const Outcome& outcome) {
     if (options.json)
-      std::cout << outcome_line(outcome) << std::endl;
+      write_outcome(std::cout, outcome, options.all);
     else
-      std::cout << outcome_text(outcome, display) << std::flush;
+      show_outcome(std::cout, outcome, display);
+    std::cout << std::flush;
     if (report != nullptr) report->add(outcome);
   });
   Machine& machine = session.machine();
