@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "linsys/linsys.hpp"
+#include "pack/checks.hpp"
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
 #include "pack/memory.hpp"
@@ -166,6 +167,7 @@ Anyval* qr(EfiCallContext* context, Anyval* v) {
     if (!is_matrix(v)) return argument_error(context, 1, kMustBeArray);
     aMatrix* const a = as_matrix(v);
     if (is_complex(a)) return argument_error(context, 1, kMustBeReal);
+    if (a->re != nullptr && !holds_elements(a)) return argument_error(context, 1, kSizeMismatch);
     aMatrix* q = nullptr;
     aMatrix* r = nullptr;
     if (const char* message = qr_core(context, a, &q, &r)) return call_error(context, message);

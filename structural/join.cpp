@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "pack/checks.hpp"
 #include "pack/elements.hpp"
 #include "pack/frame/evaluator_frame.hpp"
 #include "pack/frame/guard.hpp"
@@ -17,6 +18,7 @@ namespace {
 // Copies one part of A to the block of `target` (leading dimension ld) that starts at `target`;
 // an absent part is zero.
 void copy_block(const aMatrix* a, const double* part, double* target, std::int64_t ld) {
+  if (a->rows == 0) return;  // Of which there may be very many columns.
   for (int j = 0; j < a->cols; ++j) {
     double* column = target + j * ld;
     if (part == nullptr)
@@ -30,6 +32,8 @@ void copy_block(const aMatrix* a, const double* part, double* target, std::int64
 // has an imaginary array when one of the two has.
 Anyval* join(EfiCallContext* context, const aMatrix* a, const aMatrix* b, std::int64_t rows,
              std::int64_t cols, std::int64_t offset) {
+  if (!has_extents(a)) return argument_error(context, 1, kInvalidDimension);
+  if (!has_extents(b)) return argument_error(context, 2, kInvalidDimension);
   Doubles re = new_part(rows, cols);
   if (!re) return sError_OutOfMemory;
   copy_block(a, a->re, re.get(), rows);

@@ -56,6 +56,37 @@ double plain_element(int i, int j) {
   return i == j ? 3.0 : i == j + 1 || j == i + 1 ? 0.5 : 0.0;
 }
 
+// Matrices in which nothing is random; of other kinds a random element.
+double known_element(Draft& d, Structure structure, bool imaginary, int i, int j) {
+  switch (structure) {
+    case Structure::identity:
+      return i == j ? 1.0 : 0.0;
+    case Structure::jordan:
+      if (i != j) return j == i + 1 && !imaginary ? 1.0 : 0.0;
+      return d.im == nullptr ? 1.0 + i / 4 : imaginary ? 2.0 : 0.0;
+    case Structure::cyclic:
+      return j == i + 1 ? 1.0 : i == d.rows - 1 && j == 0 ? 0x1p-30 : 0.0;
+    case Structure::clustered:
+      return i == j ? 2.0 : 1.0;
+    case Structure::permutation:
+      return (3 * i + 1) % d.rows == j ? 1.0 : 0.0;
+    case Structure::circulant:
+      return 1.0 / (1 + (j - i + d.rows) % d.rows);
+    case Structure::hilbert:
+      return 1.0 / (i + j + 1);
+    case Structure::clement:
+      return j == i + 1 ? i + 1.0 : i == j + 1 ? d.rows - i : 0.0;
+    case Structure::frank:
+      return i > j + 1 ? 0.0 : d.rows - std::max(i, j);
+    case Structure::grcar:
+      return i == j + 1 ? -1.0 : i <= j && j <= i + 3 ? 1.0 : 0.0;
+    case Structure::rotations:
+      return i / 2 != j / 2 ? 0.0 : i == j ? 0.6 : i < j ? -0.8 : 0.8;
+    default:
+      return d.next();
+  }
+}
+
 double element(Draft& d, Structure structure, bool imaginary, int i, int j) {
   const auto where = [&](bool here) { return here ? d.next() : 0.0; };
   switch (structure) {
@@ -92,31 +123,8 @@ double element(Draft& d, Structure structure, bool imaginary, int i, int j) {
       return where(i != d.rows / 2);
     case Structure::zero_column:
       return where(j != d.cols / 2);
-    case Structure::identity:
-      return i == j ? 1.0 : 0.0;
-    case Structure::jordan:
-      if (i != j) return j == i + 1 && !imaginary ? 1.0 : 0.0;
-      return d.im == nullptr ? 1.0 + i / 4 : imaginary ? 2.0 : 0.0;
-    case Structure::cyclic:
-      return j == i + 1 ? 1.0 : i == d.rows - 1 && j == 0 ? 0x1p-30 : 0.0;
-    case Structure::clustered:
-      return i == j ? 2.0 : 1.0;
-    case Structure::permutation:
-      return (3 * i + 1) % d.rows == j ? 1.0 : 0.0;
-    case Structure::circulant:
-      return 1.0 / (1 + (j - i + d.rows) % d.rows);
-    case Structure::hilbert:
-      return 1.0 / (i + j + 1);
-    case Structure::clement:
-      return j == i + 1 ? i + 1.0 : i == j + 1 ? d.rows - i : 0.0;
-    case Structure::frank:
-      return i > j + 1 ? 0.0 : d.rows - std::max(i, j);
-    case Structure::grcar:
-      return i == j + 1 ? -1.0 : i <= j && j <= i + 3 ? 1.0 : 0.0;
-    case Structure::rotations:
-      return i / 2 != j / 2 ? 0.0 : i == j ? 0.6 : i < j ? -0.8 : 0.8;
     default:
-      return d.next();
+      return known_element(d, structure, imaginary, i, j);
   }
 }
 

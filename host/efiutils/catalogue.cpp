@@ -5,9 +5,9 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -31,7 +31,7 @@ std::string last_failure;
 }
 
 [[noreturn]] void fail_with(int error, const std::string& what) {
-  fail(what + ": " + std::strerror(error));
+  fail(what + ": " + file_error_words(error));
 }
 
 std::vector<CatalogueEntry> entries_of(const Json& json) {
@@ -48,19 +48,15 @@ std::string json_text(const std::vector<CatalogueEntry>& entries) {
   return Json{{"format", kFormat}, {"packs", packs}}.dump(2) + "\n";
 }
 
-// Removes what processes left behind that were killed while they wrote. All write under the lock.
-void remove_leavings(const std::string& path) {
-  constexpr std::size_t kSuffix = sizeof ".XXXXXX" - 1;
-  std::error_code ignored;
-  const fs::path target = fs::weakly_canonical(path, ignored);
-  const std::string start = target.filename().string() + ".";
-  std::vector<fs::path> leavings;
-  for (const auto& entry : fs::directory_iterator(target.parent_path(), ignored)) {
-    const std::string name = entry.path().filename().string();
-    if (name.starts_with(start) && name.size() == start.size() - 1 + kSuffix)
-      leavings.push_back(entry.path());
-  }
-  for (const fs::path& leaving : leavings) fs::remove(leaving, ignored);
+// The lock under which all write; it goes with the program. Only a file of that name is one.
+Descriptor locked(const std::string& path) {
+  constexpr int kFlags = O_CREAT | O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  Descriptor lock(open((path + ".lock").c_str(), kFlags, 0644));
+  const int error = lock.get() < 0 ? errno : file_error(lock.get());
+  if (error != 0) fail_with(error, "its lock cannot be had");
+  while (flock(lock.get(), LOCK_EX) != 0)
+    if (errno != EINTR) fail_with(errno, "cannot be locked");
+  return lock;
 }
 
 // Reads the catalogue, lets `change` work on the entries and writes them, under a lock.
@@ -69,8 +65,7 @@ void update_catalogue(Change change) {
   const std::string path = catalogue_path();
   std::error_code ignored;
   fs::create_directories(fs::path(path).parent_path(), ignored);
-  const Descriptor lock(open((path + ".lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644));
-  if (lock.get() < 0 || flock(lock.get(), LOCK_EX) != 0) fail_with(errno, "cannot be locked");
+  const Descriptor lock = locked(path);
   remove_leavings(path);
   std::vector<CatalogueEntry> entries = read_catalogue();
   change(entries);
@@ -126,11 +121,10 @@ std::string catalogue_path() {
 }
 
 std::vector<CatalogueEntry> read_catalogue() {
-  const std::string path = catalogue_path();
-  std::error_code ignored;
-  if (!fs::exists(path, ignored)) return {};
-  const auto text = read_file(path);
-  if (!text) fail("cannot be read");
+  int error = 0;
+  const auto text = read_file(catalogue_path(), &error);
+  if (error == ENOENT || error == ENOTDIR) return {};
+  if (!text) fail_with(error, "cannot be read");
   try {
     return entries_of(Json::parse(*text));
   } catch (const Json::exception& error) {

@@ -25,8 +25,12 @@ std::string name_of(const sString* record) {
 
 std::vector<std::string> context_names(const sCons* list) {
   std::vector<std::string> names;
-  for (; list != nullptr; list = list->cdr)
+  for (; list != nullptr; list = list->cdr) {
+    // A list that leads back into itself has no end.
+    if (names.size() == std::size(sFunctionInfo().arguments))
+      throw PackError("its function table has a row with too long a list of variables");
     names.push_back(name_of(static_cast<const sIdentifier*>(list->car)->name));
+  }
   return names;
 }
 
@@ -49,7 +53,12 @@ std::string loader_path(const std::string& path) {
 }  // namespace
 
 Pack::Pack(const std::string& path) : path_(path), handle_(nullptr) {
-  if (!std::filesystem::exists(path)) throw PackError(fmt::format("{}: no such file", path));
+  std::error_code failed;
+  if (!std::filesystem::exists(path, failed))
+    throw PackError(fmt::format("{}: no such file", path));
+  // The loader would wait for what a pipe has to say.
+  if (!std::filesystem::is_regular_file(path, failed))
+    throw PackError(fmt::format("{}: not a file", path));
   handle_ = dlopen(loader_path(path).c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle_ == nullptr) throw PackError(dlerror());
   try {

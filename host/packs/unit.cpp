@@ -16,7 +16,9 @@ namespace {
 
 // Denominators of powers that are recognised: square and cube roots of products and the like.
 constexpr int kMostDenominator = 12;
-constexpr double kMostPower = 1000;
+
+// The largest numerator and denominator of a power.
+constexpr std::int64_t kMostPower = 1000;
 
 // Single units that a product of several may stand for. Not the joule: a torque is no energy.
 constexpr const char* kCoherent[] = {"N", "Pa", "W", "V", "A", "Ohm", "C", "F", "H"};
@@ -122,26 +124,30 @@ UnitProduct product(const Unit* a, const Unit* b, const Rational& power) {
 
 }  // namespace
 
-Rational::Rational(int numerator, int denominator) : num(numerator), den(denominator) {
-  const int divisor = std::gcd(num, den) * (den < 0 ? -1 : 1);
-  num /= divisor;
-  den /= divisor;
+// Neither sums nor products of two fractions within the bound overflow 64 bits.
+Rational::Rational(std::int64_t numerator, std::int64_t denominator) {
+  const std::int64_t divisor = std::gcd(numerator, denominator) * (denominator < 0 ? -1 : 1);
+  numerator /= divisor;
+  denominator /= divisor;
+  if (std::abs(numerator) > kMostPower || denominator > kMostPower) throw UnitPowerError();
+  num = static_cast<int>(numerator);
+  den = static_cast<int>(denominator);
 }
 
 Rational operator+(const Rational& a, const Rational& b) {
-  return {a.num * b.den + b.num * a.den, a.den * b.den};
+  return {std::int64_t{a.num} * b.den + std::int64_t{b.num} * a.den, std::int64_t{a.den} * b.den};
 }
 
 Rational operator*(const Rational& a, const Rational& b) {
-  return {a.num * b.num, a.den * b.den};
+  return {std::int64_t{a.num} * b.num, std::int64_t{a.den} * b.den};
 }
 
 std::optional<Rational> to_rational(double x) {
   constexpr double kNear = 1e-9;
-  if (!(std::fabs(x) <= kMostPower)) return std::nullopt;
+  if (std::fabs(x) > static_cast<double>(kMostPower)) throw UnitPowerError();
   for (int den = 1; den <= kMostDenominator; ++den)
     if (std::fabs(x * den - std::round(x * den)) < kNear)
-      return Rational(static_cast<int>(std::lround(x * den)), den);
+      return Rational(std::llround(x * den), den);
   return std::nullopt;
 }
 
@@ -149,7 +155,9 @@ Unit::Unit(std::vector<Factor> factors)
     : factors_(std::move(factors)),
       name_(name_of(factors_)),
       scale_(scale_of(factors_)),
-      dimension_(dimension_of(factors_)) {}
+      dimension_(dimension_of(factors_)) {
+  if (!std::isnormal(scale_)) throw UnitPowerError();
+}
 
 const Unit* unit_of(const Factors& factors) {
   static std::unordered_map<std::string, std::unique_ptr<Unit>> made;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <compare>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -14,18 +15,25 @@
 
 namespace worksheet {
 
-// A fraction in lowest terms with a positive denominator.
+// A power of a unit beyond what is calculated with.
+struct UnitPowerError : std::runtime_error {
+  UnitPowerError() : std::runtime_error("this unit is too large a power") {}
+};
+
+// A fraction in lowest terms with a positive denominator, both of them at most 1000 in magnitude.
 struct Rational {
-  Rational(int numerator = 0, int denominator = 1);
+  // Throws UnitPowerError.
+  Rational(std::int64_t numerator = 0, std::int64_t denominator = 1);
   auto operator<=>(const Rational&) const = default;
   explicit operator double() const { return static_cast<double>(num) / den; }
 
   int num;
   int den;
 };
+// Both throw UnitPowerError.
 Rational operator+(const Rational& a, const Rational& b);
 Rational operator*(const Rational& a, const Rational& b);
-// The fraction with a small denominator that x is, if it is one.
+// The fraction with a small denominator that x is, if it is one. Throws UnitPowerError.
 std::optional<Rational> to_rational(double x);
 
 // Powers of the base units m, kg, s, A, K, mol, cd by name.
@@ -45,6 +53,7 @@ class Unit {
     Rational power;
   };
 
+  // Throws UnitPowerError, also where the scale is beyond the range of numbers.
   explicit Unit(std::vector<Factor> factors);
 
   // As users write it, "kN/m^2".
@@ -61,7 +70,7 @@ class Unit {
   Dimension dimension_;
 };
 
-// The one unit with these factors; null when there are none.
+// The one unit with these factors; null when there are none. Throws UnitPowerError.
 const Unit* unit_of(const std::vector<Unit::Factor>& factors);
 
 // Text that is no unit; `offset` is the place in it.
@@ -82,7 +91,8 @@ std::string unit_text(const Unit* unit);
 std::optional<double> conversion(const Unit* from, const Unit* to);
 bool is_dimensionless(const Unit* unit);
 
-// A product in a unit that reads well; the numbers are to be multiplied by `factor`.
+// A product in a unit that reads well; the numbers are to be multiplied by `factor`. All three
+// throw UnitPowerError.
 struct UnitProduct {
   const Unit* unit;
   double factor;

@@ -21,10 +21,12 @@ class UnitReader {
  public:
   explicit UnitReader(std::string_view text) : text_(text) {}
 
-  const Unit* read() {
+  const Unit* read() try {
     read_product(1, 0);
     if (at_ < text_.size()) fail("unexpected text in a unit");
     return unit_of(merged());
+  } catch (const UnitPowerError& error) {
+    fail(error.what());
   }
 
  private:
@@ -141,7 +143,7 @@ class UnitReader {
     const std::size_t start = at_;
     for (; at_ < text_.size() && text_[at_] >= '0' && text_[at_] <= '9'; ++at_) {
       value = value * 10 + (text_[at_] - '0');
-      if (value > kMostPower) fail("a power of a unit is too large");
+      if (value > kMostPower) throw UnitPowerError();
     }
     if (at_ == start) fail("expected the power of a unit");
     return negative ? -value : value;

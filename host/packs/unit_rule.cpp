@@ -181,9 +181,11 @@ class Ruling {
 
 }  // namespace
 
-UnitRuling apply_unit_rule(const char* rule, std::span<const Unit* const> arguments) {
+UnitRuling apply_unit_rule(const char* rule, std::span<const Unit* const> arguments) try {
   Ruling ruling(arguments);
   return rule == nullptr ? ruling.plain_only() : ruling.apply(RuleReader(rule).read());
+} catch (const UnitPowerError& error) {
+  throw UnitMismatch(0, fmt::format("gives no value: {}", error.what()));
 }
 
 }  // namespace worksheet

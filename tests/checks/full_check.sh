@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # The part of ./check --full that takes long: every further build passes all tests, all builds give
-# the same bits, the pack stands threads, a million calls, memcheck and fuzzing, the reference has no
-# gaps, and the Debian package and ./run work in a fresh system. The digest of a build says what all
-# functions answer on a fixed corpus; see tests/digest/digest.cpp.
+# the same bits, the pack stands threads, a million calls, memcheck and fuzzing, the tests find
+# faults put in at random, the reference has no gaps, and the Debian package and ./run work in a
+# fresh system. The digest of a build says what all functions answer on a fixed corpus; see
+# tests/digest/digest.cpp.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/../../tools/setup.sh"
 
@@ -75,6 +76,7 @@ long_run || failed+=("a million calls")
 tests/checks/memcheck.sh || failed+=("memcheck")
 tests/fuzz/run.sh 30 || failed+=("fuzzing")
 tests/checks/coverage.sh || failed+=("coverage")
+tools/mutants --seeds 1 --count 8 --quick --least 0.75 || failed+=("mutations")
 
 doxygen docs/Doxyfile || failed+=("the reference of the programming interface")
 tests/checks/package_check.sh || failed+=("the Debian package")

@@ -88,9 +88,10 @@ TEST_F(Data, MalformedMatrixMarketNamesTheLine) {
 }
 
 TEST_F(Data, FilesThatCannotBeRead) {
-  sheet.machine().directory = "/";
-  EXPECT_EQ(sheet.brief("read(\"nonexistent\")"), "error: /nonexistent: cannot be read (0, 0)");
-  EXPECT_EQ(sheet.brief("read(\"tmp\")"), "error: /tmp: cannot be read (0, 0)");
+  sheet.machine().files.directory = "/";
+  EXPECT_EQ(sheet.brief("read(\"nonexistent\")"),
+            "error: /nonexistent: cannot be read: No such file or directory (0, 0)");
+  EXPECT_EQ(sheet.brief("read(\"tmp\")"), "error: /tmp: cannot be read: Is a directory (0, 0)");
   EXPECT_EQ(sheet.brief("read(3)"), "error: must be text: the name of a file (0, 0)");
 }
 

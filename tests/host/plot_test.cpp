@@ -1,5 +1,6 @@
 // Pictures: what the functions that draw accept, what stands in the files, and what is left behind.
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -169,6 +170,12 @@ class Endless {
     EXPECT_EQ(waitpid(program_, &status, 0), program_);
     return status;
   }
+  // The status of a gnuplot that the program left behind.
+  int end_of_gnuplot() const {
+    int status = 0;
+    waitpid(gnuplot_, &status, 0);
+    return status;
+  }
   bool gnuplot_runs() const { return gnuplot_ > 1 && kill(gnuplot_, 0) == 0; }
 
   Directory directory;
@@ -191,10 +198,12 @@ TEST_F(Plot, AnInterruptionKillsGnuplotAndEndsTheReport) {
             std::vector<std::string>({"gnuplot", "pid", "r.html", "s.ws"}));
 }
 
-TEST_F(Plot, AProgramThatIsKilledLeavesFilesAsTheyWere) {
+TEST_F(Plot, AProgramThatIsKilledLeavesNothingBehind) {
+  prctl(PR_SET_CHILD_SUBREAPER, 1);  // What it leaves behind becomes ours.
   Endless endless;
   ASSERT_TRUE(endless.gnuplot_runs());
   EXPECT_TRUE(WIFSIGNALED(endless.end(SIGKILL)));
+  EXPECT_TRUE(WIFSIGNALED(endless.end_of_gnuplot()));
   EXPECT_EQ(endless.directory.read("r.html"), "the old report");
   EXPECT_EQ(endless.directory.names(),
             std::vector<std::string>({"gnuplot", "pid", "r.html", "s.ws"}));

@@ -64,7 +64,7 @@ class Directory {
 // A test with a worksheet of its own, which reads and writes files in a directory of its own.
 class InSheet : public ::testing::Test {
  protected:
-  InSheet() { sheet.machine().directory = directory.path(""); }
+  InSheet() { sheet.machine().files.directory = directory.path(""); }
   // Expects each text to have that value, in brief.
   void expect(std::initializer_list<std::pair<std::string, const char*>> cases);
 

@@ -108,6 +108,9 @@ TEST(Qr, ExactFacts) {
 
   expect_error(qr(host.context(), host.scalar(1)), "must be array", 0, 1);
   expect_error(qr(host.context(), host.complex_matrix({{1, 2}})), "must be real", 0, 1);
+  aMatrix* const lying = host.matrix({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
+  lying->byte_size = 71;
+  expect_error(qr(host.context(), lying), "array size mismatch", 0, 1);
 }
 
 }  // namespace

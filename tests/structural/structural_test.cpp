@@ -131,6 +131,16 @@ TEST_F(Structural, AugmentAndStack) {
   // A zero imaginary array counts.
   aMatrix* joined = as_result_matrix(augment(c, a, host.complex_matrix({{1}, {1}})));
   EXPECT_NE(joined->im, nullptr);
+  // A host's records with extents that no array has, and with very many columns of nothing.
+  aMatrix* const lying = host.matrix({{1, 2, 3}});
+  lying->cols = -1;
+  expect_error(augment(c, lying, host.matrix({{1, 2, 3}})), "invalid dimension", 0, 1);
+  expect_error(augment(c, host.matrix({{1, 2, 3}}), lying), "invalid dimension", 0, 2);
+  lying->rows = -1;
+  lying->cols = 1;
+  expect_error(stack(c, a, lying), "invalid dimension", 0, 2);
+  aMatrix* const nothing = host.lean(0, 2147483647);
+  EXPECT_EQ(as_result_matrix(stack(c, nothing, nothing))->cols, 2147483647);
 }
 
 TEST_F(Structural, Reverse) {

@@ -5,9 +5,13 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
+#include <system_error>
 
 #include "host/packcheck/checks/checks.hpp"
 #include "host/packcheck/program/options.hpp"
@@ -47,6 +51,14 @@ void require_functions(const std::vector<Target>& targets, const Selection& sele
       throw worksheet::PackError(fmt::format("it has no function {} that can be called", name));
 }
 
+// Lets `print` write to standard output. Throws std::system_error when something is lost there.
+void tell(const std::function<void()>& print) {
+  std::signal(SIGPIPE, SIG_IGN);  // Not sooner: a pack finds signals as they are everywhere.
+  print();
+  if (std::fflush(stdout) != 0)
+    throw std::system_error(errno, std::generic_category(), "standard output");
+}
+
 Status check_pack(const Options& options, const Selection& selection) {
   const auto start = std::chrono::steady_clock::now();
   const PrivateCatalogue catalogue;
@@ -66,7 +78,7 @@ Status check_pack(const Options& options, const Selection& selection) {
   }
   summary.calls = runner.calls_made();
   summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  (selection.json ? print_json : print_text)(options, runner.findings(), summary);
+  tell([&] { (selection.json ? print_json : print_text)(options, runner.findings(), summary); });
   return runner.findings().empty() ? kNothingFound : kFound;
 }
 
@@ -76,14 +88,13 @@ int main(int argc, char** argv) {
   Options options;
   Selection selection;
   if (const auto status = read_options(argc, argv, options, selection)) return *status;
-  if (selection.list) {
-    (selection.json ? list_json : list_text)();
-    return kNothingFound;
-  }
   try {
-    return check_pack(options, selection);
+    if (!selection.list) return check_pack(options, selection);
+    tell(selection.json ? list_json : list_text);
+    return kNothingFound;
   } catch (const std::exception& error) {
-    fmt::print(stderr, "packcheck: {}: {}\n", options.pack_name, error.what());
+    const std::string subject = selection.list ? "" : options.pack_name + ": ";
+    fmt::print(stderr, "packcheck: {}{}\n", subject, error.what());
     return kNoPack;
   }
 }

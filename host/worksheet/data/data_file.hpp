@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "host/worksheet/engine/matrices.hpp"
 
@@ -10,8 +11,8 @@ namespace worksheet {
 
 class DataFile {
  public:
-  // Throws DataError when the file cannot be read.
-  explicit DataFile(const std::string& path);
+  DataFile(const std::string& path, std::string content)
+      : path_(path), content_(std::move(content)) {}
 
   // The next line, without its newline; null at the end.
   const std::string_view* next_line();

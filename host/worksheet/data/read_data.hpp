@@ -15,7 +15,7 @@ struct DataError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// `name` is relative to the machine's directory. Throws DataError.
+// `name` is as the machine's files have it. Throws DataError or FileError.
 aMatrix* read_data(Machine& machine, const std::string& name);
 
 // The same as a function of the language: read("FILE").

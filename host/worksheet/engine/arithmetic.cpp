@@ -217,11 +217,10 @@ Value power_with_units(Machine& machine, const Value& a, const Value& b, Span sp
     return machine.fail(span,
                         fmt::format("an exponent must be plain; it has {}", unit_text(b.unit)));
   const Value exponent = with_unit(scaled(machine, b, *factor), nullptr);
+  if (a.unit == nullptr) return plain_binary(machine, Operator::power, a, exponent, span);
   const auto power = is_plain_real(exponent) ? to_rational(exponent.re) : std::nullopt;
-  if (a.unit != nullptr && !power)
-    return machine.fail(span, fmt::format("no such power of {}", unit_text(a.unit)));
-  const UnitProduct unit = a.unit == nullptr ? UnitProduct{nullptr, 1.0} : raise(a.unit, *power);
-  return combined(machine, Operator::power, a, exponent, unit, span);
+  if (!power) return machine.fail(span, fmt::format("no such power of {}", unit_text(a.unit)));
+  return combined(machine, Operator::power, a, exponent, raise(a.unit, *power), span);
 }
 
 Value binary_with_units(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
@@ -241,7 +240,11 @@ Value binary_with_units(Machine& machine, Operator op, const Value& a, const Val
 
 Value binary(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
   if (a.unit == nullptr && b.unit == nullptr) return plain_binary(machine, op, a, b, span);
-  return binary_with_units(machine, op, a, b, span);
+  try {
+    return binary_with_units(machine, op, a, b, span);
+  } catch (const UnitPowerError& error) {
+    return machine.fail(span, error.what());
+  }
 }
 
 Value negate(Machine& machine, const Value& a, Span span) {

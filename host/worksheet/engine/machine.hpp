@@ -17,6 +17,7 @@
 #include "host/packs/packs.hpp"
 #include "host/worksheet/engine/call.hpp"
 #include "host/worksheet/engine/drawn.hpp"
+#include "host/worksheet/engine/sheet_files.hpp"
 #include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/value.hpp"
 #include "host/worksheet/engine/variable.hpp"
@@ -35,8 +36,8 @@ class Machine {
   EfiCallContext context = {&store, &evaluator};
   std::vector<std::unique_ptr<Pack>> packs;
 
-  // The directory from which `read` starts.
-  std::string directory = ".";
+  // The files that the worksheet reads and writes.
+  SheetFiles files;
 
   // What the statement under evaluation has drawn, with their SVG if pictures are kept for a
   // report.

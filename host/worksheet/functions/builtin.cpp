@@ -49,7 +49,7 @@ UnitProduct result_unit(UnitUse use, const Unit* unit) {
 }
 
 // Brings all arguments to one unit and gives the result what the function makes of it.
-Value call_with_units(Machine& machine, const Builtin& function, const Call& call) {
+Value call_with_units(Machine& machine, const Builtin& function, const Call& call) try {
   const Unit* const unit = function.units == UnitUse::plain ? nullptr : call.arguments[0].unit;
   std::vector<Value> plain;
   for (std::size_t k = 0; k < call.arguments.size(); ++k) {
@@ -66,6 +66,8 @@ Value call_with_units(Machine& machine, const Builtin& function, const Call& cal
   if (is_error(result)) return result;
   const UnitProduct of_result = result_unit(function.units, unit);
   return with_unit(scaled(machine, result, of_result.factor), of_result.unit);
+} catch (const UnitPowerError& error) {
+  return machine.fail(call.places[0], error.what());
 }
 
 }  // namespace

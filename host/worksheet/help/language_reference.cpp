@@ -76,7 +76,8 @@ in it a nested array.
 
 ### units
 
-3{kN/m} attaches a unit, and x in {mm} shows a value in another one. A matrix has one unit as a whole.
+3{kN/m} attaches a unit, and x in {mm} brings a value to another one: an operator that binds less than
+comparisons, and stands in parentheses and arguments too. A matrix has one unit as a whole.
 Sums, functions and equations whose units do not fit are errors.
 
 ### variables, ORIGIN, TOL

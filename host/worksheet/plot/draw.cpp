@@ -1,12 +1,10 @@
 #include "host/worksheet/plot/draw.hpp"
 
 #include <cmath>
-#include <cstring>
-#include <filesystem>
 #include <numeric>
+#include <string_view>
 
 #include "fmt/format.h"
-#include "host/efiutils/files.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/plot/gnuplot.hpp"
@@ -29,22 +27,34 @@ std::string description_of(const Picture& picture) {
   }
 }
 
-void write_picture(const Machine& machine, const PlotRequest& request, const std::string& content) {
-  const auto path = std::filesystem::path(machine.directory) / request.file;
-  if (const int error = efi::replace_file(path.lexically_normal().string(), content))
-    throw PlotArgumentError(request.file_span, fmt::format("{} cannot be written: {}", request.file,
-                                                           std::strerror(error)));
+void write_picture(Machine& machine, const PlotRequest& request, const std::string& content) {
+  try {
+    machine.files.write(request.file, content);
+  } catch (const FileError& error) {
+    throw PlotArgumentError(request.file_span, error.what());
+  }
+}
+
+// Whether nothing is missing at the end. gnuplot may stop early and say that all is well.
+bool is_whole(std::string_view content, PictureFormat format) {
+  if (format == PictureFormat::png)
+    return content.starts_with("\x89PNG") && content.ends_with("IEND\xAE\x42\x60\x82");
+  return content.starts_with("<?xml") &&
+         content.substr(0, content.find_last_not_of(" \n") + 1).ends_with("</svg>");
+}
+
+std::string drawn_by_gnuplot(const Machine& machine, const Picture& picture, PictureFormat format) {
+  std::string content = run_gnuplot(gnuplot_script(picture, format), &machine.interrupted);
+  if (!is_whole(content, format)) throw PlotError("gnuplot ended without a whole picture");
+  return content;
 }
 
 // Draws into the file that was asked for, and for a report.
-Drawn drawn(const Machine& machine, const PlotRequest& request, const Picture& picture) {
+Drawn drawn(Machine& machine, const PlotRequest& request, const Picture& picture) {
   Drawn result = {request.file, "", description_of(picture)};
-  if (!request.file.empty()) {
-    const std::string script = gnuplot_script(picture, request.format);
-    write_picture(machine, request, run_gnuplot(script, &machine.interrupted));
-  }
-  if (machine.keeps_pictures)
-    result.svg = run_gnuplot(gnuplot_script(picture, PictureFormat::svg), &machine.interrupted);
+  if (!request.file.empty())
+    write_picture(machine, request, drawn_by_gnuplot(machine, picture, request.format));
+  if (machine.keeps_pictures) result.svg = drawn_by_gnuplot(machine, picture, PictureFormat::svg);
   return result;
 }
 

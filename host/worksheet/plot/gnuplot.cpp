@@ -2,12 +2,14 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <string_view>
 #include <vector>
@@ -59,24 +61,46 @@ std::vector<char*> plain_environment() {
   return plain;
 }
 
-// A running gnuplot: killed and waited for on every way out.
+// What gnuplot begins with.
+struct Start {
+  std::array<int, 3> streams;
+  std::vector<char*> environment = plain_environment();
+  pid_t parent = getpid();
+  sigset_t signals = {};   // The mask.
+  volatile int error = 0;  // Why it did not begin.
+};
+
+// In the child, which has the memory of its parent until gnuplot begins: nothing but system calls.
+[[noreturn]] void become_gnuplot(Start& start) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != start.parent) _exit(1);  // It died before that.
+  for (int stream = 0; stream <= 2; ++stream)
+    dup2(start.streams[static_cast<std::size_t>(stream)], stream);
+  for (const int signal : {SIGINT, SIGALRM, SIGPIPE, SIGXFSZ}) ::signal(signal, SIG_DFL);
+  sigprocmask(SIG_SETMASK, &start.signals, nullptr);
+  char program[] = "gnuplot", defaults[] = "--default-settings", from_input[] = "-";
+  char* const arguments[] = {program, defaults, from_input, nullptr};
+  execvpe(program, arguments, start.environment.data());
+  start.error = errno;
+  _exit(1);
+}
+
+// A running gnuplot: killed and waited for on every way out, and when this program is killed.
 class Child {
  public:
   Child(int input, int output, int errors) {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, errors, STDERR_FILENO);
-    char program[] = "gnuplot", defaults[] = "--default-settings", from_input[] = "-";
-    char* const arguments[] = {program, defaults, from_input, nullptr};
-    const int error =
-        posix_spawnp(&pid_, program, &actions, nullptr, arguments, plain_environment().data());
-    posix_spawn_file_actions_destroy(&actions);
-    if (error == 0) return;
-    pid_ = -1;
-    if (error == ENOENT || error == EACCES) throw PlotError(kMissing);
-    fail_with_errno(error);
+    Start start = {{input, output, errors}};
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, &start.signals);
+    pid_ = vfork();
+    if (pid_ == 0) become_gnuplot(start);
+    if (pid_ < 0) start.error = errno;
+    sigprocmask(SIG_SETMASK, &start.signals, nullptr);
+    if (start.error == 0) return;
+    if (pid_ > 0) wait();
+    if (start.error == ENOENT || start.error == EACCES) throw PlotError(kMissing);
+    fail_with_errno(start.error);
   }
   ~Child() {
     if (pid_ < 0) return;

@@ -1,22 +1,39 @@
 // The worksheet application.
-#include <stdexcept>
+#include <exception>
+#include <new>
 
 #include "host/worksheet/program/options.hpp"
 #include "host/worksheet/program/pack_choice.hpp"
 #include "host/worksheet/program/run.hpp"
+#include "host/worksheet/program/standard_output.hpp"
 #include "host/worksheet/program/terminal.hpp"
 
-int main(int argc, char** argv) {
-  using namespace worksheet;
+namespace {
+
+using namespace worksheet;
+
+Status run_program(int argc, char** argv, StandardOutput& output) {
   Options options;
   if (const auto status = read_options(argc, argv, options)) return *status;
+  const bool catalogue =
+      options.list_packs || !options.register_path.empty() || !options.unregister_path.empty();
+  if (!catalogue) return run(options, output);
+  manage_catalogue(options);
+  return kAllWell;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  guard_standard_streams();
+  StandardOutput output;
   try {
-    const bool catalogue =
-        options.list_packs || !options.register_path.empty() || !options.unregister_path.empty();
-    if (!catalogue) return run(options);
-    manage_catalogue(options);
-    return kAllWell;
-  } catch (const std::runtime_error& error) {
+    const Status status = run_program(argc, argv, output);
+    output.flush();
+    return status;
+  } catch (const std::bad_alloc&) {
+    complain("memory exhausted");
+  } catch (const std::exception& error) {
     complain(error.what());
   }
   return kWrongUsage;

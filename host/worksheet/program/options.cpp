@@ -25,6 +25,8 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("--unregister", options.unregister_path, "Remove a pack from the catalogue")
       ->type_name("PATH");
   app.add_flag("--packs", options.list_packs, "List the packs of the catalogue");
+  app.add_option("--sandbox", options.sandbox, "Let worksheets read and write below DIR only")
+      ->type_name("DIR");
   app.add_option("--digits", options.digits, "Show numbers with N significant digits")
       ->type_name("N")
       ->check(CLI::Range(1, 17));

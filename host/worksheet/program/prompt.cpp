@@ -13,6 +13,7 @@
 #include <cstring>
 #include <cwchar>
 #include <filesystem>
+#include <iostream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -195,7 +196,7 @@ void run_prompt(Session& session) {
     if (given_up) {
       given_up = false;
       machine.interrupted = 0;
-      std::putchar('\n');
+      std::cout << std::endl;
       reader = StatementReader();
       continue;
     }
@@ -206,7 +207,7 @@ void run_prompt(Session& session) {
     if (!statements.empty()) machine.interrupted = 0;
   }
   for (const Source& source : reader.finish()) session.run(source);
-  std::putchar('\n');
+  std::cout << std::endl;
 }
 
 }  // namespace worksheet

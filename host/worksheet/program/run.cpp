@@ -1,14 +1,15 @@
 #include "host/worksheet/program/run.hpp"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstring>
+#include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <sstream>
+#include <system_error>
 
 #include "fmt/format.h"
 #include "host/efiutils/files.hpp"
@@ -36,14 +37,11 @@ void run_expressions(Session& session, const std::vector<std::string>& expressio
   }
 }
 
-// Whether the file begins as no text does. Leaves the file as if it had not been looked at.
-bool is_binary(std::ifstream& file) {
+// Whether the file begins as no text does.
+bool is_binary(const efi::Descriptor& file) {
   char start[512];
-  file.read(start, sizeof start);
-  const auto count = static_cast<std::size_t>(file.gcount());
-  file.clear();
-  file.seekg(0);
-  return std::find(start, start + count, '\0') != start + count;
+  const ssize_t count = pread(file.get(), start, sizeof start, 0);
+  return count > 0 && std::find(start, start + count, '\0') != start + count;
 }
 
 // Runs text; a report shows its comments too.
@@ -56,25 +54,40 @@ void run_text(Session& session, std::istream& stream, Report* report) {
   if (!session.machine().interrupted) report->end_text();
 }
 
+bool complain_of_reading(const std::string& name, int error) {
+  complain(fmt::format("{}: cannot be read: {}", name, efi::file_error_words(error)));
+  return false;
+}
+
+// Runs the text behind a descriptor; false, said, when not all of it could be read.
+bool run_descriptor(Session& session, int descriptor, const std::string& name, Report* report) {
+  efi::InputBuffer buffer(descriptor, &session.machine().interrupted);
+  std::istream text(&buffer);
+  try {
+    run_text(session, text, report);
+  } catch (const std::system_error&) {
+    // Said below, as where the stream kept it to itself.
+  }
+  return buffer.error() == 0 || complain_of_reading(name, buffer.error());
+}
+
+bool run_standard_input(Session& session, Report* report) {
+  return run_descriptor(session, STDIN_FILENO, "standard input", report);
+}
+
+// A worksheet may come through a pipe; data may not.
 bool run_file(Session& session, const std::string& path, Report* report) {
-  if (path == "-") {
-    run_text(session, std::cin, report);
-    return true;
-  }
-  std::error_code ignored;
-  std::ifstream file(path);
-  if (!file || std::filesystem::is_directory(path, ignored)) {
-    complain(fmt::format("{}: cannot be read", path));
-    return false;
-  }
-  if (std::filesystem::is_regular_file(path, ignored) && is_binary(file)) {
+  if (path == "-") return run_standard_input(session, report);
+  const efi::Descriptor file(open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
+  const int error = file.get() < 0 ? errno : efi::file_error(file.get());
+  if (error != 0 && error != efi::kNoFile) return complain_of_reading(path, error);
+  if (error == 0 && is_binary(file)) {
     complain(fmt::format("{}: is no text in UTF-8", path));
     return false;
   }
   const auto directory = std::filesystem::path(path).parent_path();
-  session.machine().directory = directory.empty() ? "." : directory.string();
-  run_text(session, file, report);
-  return true;
+  session.machine().files.directory = directory.empty() ? "." : directory.string();
+  return run_descriptor(session, file.get(), path, report);
 }
 
 // The report of a run that is wanted; null if none is. Throws std::runtime_error.
@@ -91,7 +104,7 @@ std::unique_ptr<Report> wanted_report(const Options& options, const DisplayOptio
 bool write_report(const Options& options, const Report& report, bool interrupted) {
   const int error = efi::replace_file(options.html, report.page(interrupted));
   if (error != 0)
-    complain(fmt::format("{}: cannot be written: {}", options.html, std::strerror(error)));
+    complain(fmt::format("{}: cannot be written: {}", options.html, efi::file_error_words(error)));
   return error == 0;
 }
 
@@ -123,41 +136,87 @@ DisplayOptions display_options(const Options& options) {
   return display;
 }
 
+// Whether statements are asked for at a terminal.
+bool is_interactive(const Options& options) {
+  return options.file.empty() && options.expressions.empty() && !options.json &&
+         isatty(STDIN_FILENO);
+}
+
 // Runs the expressions and the file, or what comes from standard input. False when there is no such
 // file.
 bool run_all(Session& session, const Options& options, Report* report) {
   run_expressions(session, options.expressions);
   if (!options.file.empty()) return run_file(session, options.file, report);
   if (!options.expressions.empty()) return true;
-  if (isatty(STDIN_FILENO) && !options.json)
-    run_prompt(session);
-  else
-    run_text(session, std::cin, report);
+  if (!is_interactive(options)) return run_standard_input(session, report);
+  run_prompt(session);
   return true;
+}
+
+// Prints outcomes. A run ends with standard output, unless a report is wanted too; at the prompt
+// Ctrl-C ends the output of one statement.
+class Printer {
+ public:
+  Printer(StandardOutput& output, bool has_report, bool at_prompt)
+      : output_(output), has_report_(has_report), at_prompt_(at_prompt) {}
+
+  // Lets `print` write to std::cout.
+  template <class Print>
+  void print(Print print) {
+    if (lost_) return;
+    output_.resume();
+    print();
+    try {
+      output_.flush();
+    } catch (const OutputError& error) {
+      lost_ = !(at_prompt_ && output_.was_stopped());
+      if (lost_ && !has_report_) throw;
+      complain(error.what());
+      output_.resume();
+    }
+  }
+  bool lost() const { return lost_; }
+
+ private:
+  StandardOutput& output_;
+  const bool has_report_, at_prompt_;
+  bool lost_ = false;
+};
+
+// The status of a run that has come to its end.
+Status status_of(Session& session, bool output_lost) {
+  const Machine& machine = session.machine();
+  if (machine.interrupted) complain("interrupted: the worksheet was not evaluated to its end");
+  if (output_lost || machine.files.output_lost()) return kWrongUsage;
+  return session.failed() || machine.interrupted ? kSomeError : kAllWell;
 }
 
 }  // namespace
 
-Status run(const Options& options) {
+Status run(const Options& options, StandardOutput& output) {
   const DisplayOptions display = display_options(options);
   const std::unique_ptr<Report> report = wanted_report(options, display);
+  Printer printer(output, report != nullptr, is_interactive(options));
   Session session([&](const Outcome& outcome) {
-    if (options.json)
-      write_outcome(std::cout, outcome, options.all);
-    else
-      show_outcome(std::cout, outcome, display);
-    std::cout << std::flush;
+    printer.print([&] {
+      if (options.json)
+        write_outcome(std::cout, outcome, options.all);
+      else
+        show_outcome(std::cout, outcome, display);
+    });
     if (report != nullptr) report->add(outcome);
   });
   Machine& machine = session.machine();
   machine.keeps_pictures = report != nullptr;
+  if (!options.sandbox.empty()) machine.files.confine(options.sandbox);
   add_packs(machine, options);
   if (options.list_functions) return show_functions(machine, options, display.width);
   let_interrupt(machine);
+  output.stop_at(&machine.interrupted);
   if (isatty(STDERR_FILENO)) session.show_progress(STDERR_FILENO);
   if (!run_all(session, options, report.get())) return kWrongUsage;
   if (report != nullptr && !write_report(options, *report, machine.interrupted)) return kWrongUsage;
-  return session.failed() ? kSomeError : kAllWell;
+  return status_of(session, printer.lost());
 }
 
 }  // namespace worksheet

@@ -2,10 +2,11 @@
 #pragma once
 
 #include "host/worksheet/program/options.hpp"
+#include "host/worksheet/program/standard_output.hpp"
 
 namespace worksheet {
 
-// Throws std::runtime_error for what ends the program with wrong usage.
-Status run(const Options& options);
+// Throws std::runtime_error for what ends the program with wrong usage, or without its output.
+Status run(const Options& options, StandardOutput& output);
 
 }  // namespace worksheet

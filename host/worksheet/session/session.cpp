@@ -136,15 +136,15 @@ void Session::run(const Source& source) {
 namespace {
 
 // Takes the next line; of one that is longer than a statement may be, the beginning. False at the
-// end of the text.
-bool take_line(std::istream& text, std::string& line) {
+// end of the text, and after an interruption.
+bool take_line(std::istream& text, std::string& line, const Machine& machine) {
   constexpr int kEnd = std::char_traits<char>::eof();
   line.clear();
   int c = text.rdbuf()->sbumpc();
   if (c == kEnd) return false;
-  for (; c != kEnd && c != '\n'; c = text.rdbuf()->sbumpc())
+  for (; c != kEnd && c != '\n' && !machine.interrupted; c = text.rdbuf()->sbumpc())
     if (line.size() <= kStatementLimit.most) line += static_cast<char>(c);
-  return true;
+  return !machine.interrupted;
 }
 
 }  // namespace
@@ -152,7 +152,7 @@ bool take_line(std::istream& text, std::string& line) {
 void Session::run_text(std::istream& text, int first_line) {
   StatementReader reader(first_line);
   bool at_start = true;
-  for (std::string line; take_line(text, line) && !machine_.interrupted; at_start = false) {
+  for (std::string line; take_line(text, line, machine_); at_start = false) {
     if (at_start && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
     for (const Source& source : reader.add_line(line))
       if (!machine_.interrupted) run(source);
