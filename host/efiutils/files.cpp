@@ -65,6 +65,7 @@ std::string link_of(int descriptor) {
 }  // namespace
 
 std::string file_error_words(int error) {
+  if (error == ENOENT) return "no such file or directory";
   return error == kNoFile ? "a pipe or a device, not a file" : std::strerror(error);
 }
 

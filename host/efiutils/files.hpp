@@ -14,7 +14,7 @@ namespace efi {
 // What stands there is no file: a pipe or a device, which may have no end.
 inline constexpr int kNoFile = -1;
 
-// "No such file or directory", "a pipe or a device, not a file".
+// "no such file or directory", "a pipe or a device, not a file".
 std::string file_error_words(int error);
 
 // A file descriptor, closed on every way out; negative: none.

@@ -1,8 +1,33 @@
 #include "host/text/numbers.hpp"
 
+#include <algorithm>
 #include <charconv>
+#include <cstdint>
 
 namespace worksheet {
+
+namespace {
+
+// Whether a decimal number that no double can hold is too small for one, and not too large: the
+// power of ten of its first significant digit decides.
+bool is_tiny(std::string_view text) {
+  if (text.starts_with('-')) text.remove_prefix(1);
+  const std::size_t mantissa = std::min(text.find_first_of("eE"), text.size());
+  const std::size_t point = std::min(text.find('.'), mantissa);
+  const std::size_t digit = text.find_first_not_of("0.");
+  const auto place = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(digit);
+  if (mantissa == text.size()) return place < 0;
+  std::string_view power = text.substr(mantissa + 1);
+  const bool negative = power.starts_with('-');
+  if (negative || power.starts_with('+')) power.remove_prefix(1);
+  std::int64_t exponent = 0;
+  const auto read = std::from_chars(power.data(), power.data() + power.size(), exponent);
+  constexpr std::int64_t kBeyondAll = std::int64_t{1} << 60;
+  if (read.ec != std::errc() || exponent > kBeyondAll) return negative;
+  return place + (negative ? -exponent : exponent) < 0;
+}
+
+}  // namespace
 
 std::optional<double> parse_real(std::string_view text) {
   if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
@@ -11,12 +36,8 @@ std::optional<double> parse_real(std::string_view text) {
   const auto result = std::from_chars(text.data(), end, value);
   if (result.ptr != end || text.empty()) return std::nullopt;
   if (result.ec == std::errc::result_out_of_range) {
-    // Too small for a double: zero. Too large: no number that can be had.
-    const std::size_t exponent = text.find_first_of("eE");
-    const bool small = exponent == std::string_view::npos
-                           ? text.find('.') < 3
-                           : text.substr(exponent + 1).starts_with('-');
-    return small ? std::optional(0.0) : std::nullopt;
+    if (!is_tiny(text)) return std::nullopt;
+    return text.starts_with('-') ? -0.0 : 0.0;
   }
   if (result.ec != std::errc()) return std::nullopt;
   return value;

@@ -101,7 +101,7 @@ TEST_F(Plot, WhatCannotBeDrawnIsSaidAtTheArgument) {
       {"plot([1, 2], \"a\", \"b\")", "\"b\"", "a name stands behind what it is to name"},
       {"plot([0/0, 1/0])", "[0/0, 1/0]", "has no point that can be drawn"},
       {"plot(\"none/p.svg\", 1)", "\"none/p.svg\"",
-       "none/p.svg cannot be written: No such file or directory"},
+       "none/p.svg cannot be written: no such file or directory"},
       {"plot_eigenvals([1, 2; 3, 4; 5, 6])", "[1, 2; 3, 4; 5, 6]", "must be square"},
       {"heatmap(3)", "3", "must be a matrix"},
       {"plot_svds([0])", "[0]", "all singular values are zero: a logarithm has no place for them"},

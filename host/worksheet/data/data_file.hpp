@@ -1,22 +1,43 @@
-// A data file, read line by line, with complaints that name the line.
+// A data file: its content, read line by line, with complaints that name the line.
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <vector>
 
 #include "host/worksheet/engine/matrices.hpp"
+#include "host/worksheet/engine/source.hpp"
 
 namespace worksheet {
 
+// Why a file gives no matrix, or takes none: names the file and, where there is one, the line.
+struct DataError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// An argument of a call that makes no sense there.
+struct WrongArgument : std::runtime_error {
+  WrongArgument(Span where, const std::string& what) : std::runtime_error(what), span(where) {}
+  Span span;
+};
+
 class DataFile {
  public:
-  DataFile(const std::string& path, std::string content)
-      : path_(path), content_(std::move(content)) {}
+  // Throws DataError for content that is empty or in UTF-16.
+  DataFile(const std::string& path, std::string content);
+
+  const std::string& path() const { return path_; }
+  // All of it, without a byte-order mark.
+  std::string_view content() const { return content_; }
 
   // The next line, without its newline; null at the end.
   const std::string_view* next_line();
-  [[noreturn]] void fail(const std::string& what) const;
+
+  // Throws DataError at the line that was read last, at a certain line, or without one.
+  [[noreturn]] void fail(const std::string& what) const { fail_at(number_, what); }
+  [[noreturn]] void fail_at(int line, const std::string& what) const;
+  [[noreturn]] void fail_whole(const std::string& what) const;
 
  private:
   std::string path_;
@@ -26,8 +47,21 @@ class DataFile {
   int number_ = 0;
 };
 
-// The contents of a file in the format, from its first line on. Throws DataError.
-MatrixBuilder read_matrix_market(DataFile& file, std::string_view banner);
-MatrixBuilder read_table(DataFile& file, std::string_view first_line);
+// What a file holds: a matrix, its unit, and what its reader should know.
+struct DataMatrix {
+  MatrixBuilder matrix;
+  const Unit* unit = nullptr;
+  std::vector<std::string> notes = {};
+};
+
+// Text as a message may show it: short, on one line.
+std::string excerpt(std::string_view text);
+
+// The comment of a Matrix Market file in which the unit of the numbers stands. Other programs pass
+// over it.
+inline constexpr std::string_view kUnitComment = "% unit: ";
+
+// A Matrix Market file, which begins with "%%". Throws DataError.
+DataMatrix read_matrix_market(DataFile& file);
 
 }  // namespace worksheet

@@ -1,10 +1,12 @@
 #include "host/worksheet/functions/builtin.hpp"
 
+#include <algorithm>
 #include <numbers>
 
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
 #include "host/worksheet/data/read_data.hpp"
+#include "host/worksheet/data/write_data.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/functions/elementary.hpp"
@@ -33,7 +35,9 @@ constexpr Builtin kBuiltins[] = {
     {"real_only", 1, UnitUse::keep, real_only},
     {"with_imag", 1, UnitUse::keep, with_imag},
     {"lean", 1, UnitUse::keep, lean},
-    {"read", 1, UnitUse::plain, read},
+    {"read", kAnyCount, UnitUse::own, read},
+    {"columns", kAnyCount, UnitUse::own, columns},
+    {"write", kAnyCount, UnitUse::own, write},
     {"plot", kAnyCount, UnitUse::own, plot},
     {"scatter", kAnyCount, UnitUse::own, scatter},
     {"plot_eigenvals", kAnyCount, UnitUse::own, plot_eigenvals},
@@ -50,11 +54,17 @@ UnitProduct result_unit(UnitUse use, const Unit* unit) {
 
 // Brings all arguments to one unit and gives the result what the function makes of it.
 Value call_with_units(Machine& machine, const Builtin& function, const Call& call) try {
-  const Unit* const unit = function.units == UnitUse::plain ? nullptr : call.arguments[0].unit;
+  // That of the first argument that needs one.
+  const auto given = std::find_if(call.arguments.begin(), call.arguments.end(),
+                                  [](const Value& v) { return !needs_no_unit(v); });
+  const bool plain_only = function.units == UnitUse::plain || given == call.arguments.end();
+  const Unit* const unit = plain_only ? nullptr : given->unit;
   std::vector<Value> plain;
   for (std::size_t k = 0; k < call.arguments.size(); ++k) {
     const Value& argument = call.arguments[k];
-    const auto factor = conversion(argument.unit, unit);
+    const auto factor = needs_no_unit(argument)            ? 1.0
+                        : function.units == UnitUse::plain ? conversion(argument.unit, unit)
+                                                           : common_conversion(argument.unit, unit);
     if (!factor)
       return machine.fail(
           call.places[k],

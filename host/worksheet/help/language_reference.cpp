@@ -33,10 +33,20 @@ The ratio of a circle's circumference to its diameter.
 
 ## Data
 
-### read("file")
+### read("file"), read("file", "column")
 
-A matrix from a CSV, TSV or Matrix Market file, relative to the worksheet. A first line without numbers
-is taken for the names of the columns.
+A matrix from a table (CSV, TSV, columns apart by blanks) or a Matrix Market file, relative to the
+worksheet; or one column of a table by its heading, with the unit that stands there, as in `F (kN)`.
+"decimal: comma", "separator: tab" and "headings: none" say what the file does not tell.
+
+### columns("file")
+
+The headings of a table's columns, as a nested array.
+
+### write("file", A, B)
+
+Writes numbers and matrices side by side to a .csv or .tsv file, or one matrix to a .mtx file. A text
+"heading: F" names the next column; units stand in the headings.
 
 ### real_only(A), with_imag(A), lean(A)
 
@@ -78,7 +88,8 @@ in it a nested array.
 
 3{kN/m} attaches a unit, and x in {mm} brings a value to another one: an operator that binds less than
 comparisons, and stands in parentheses and arguments too. A matrix has one unit as a whole.
-Sums, functions and equations whose units do not fit are errors.
+Sums, functions and equations whose units do not fit are errors; a zero fits every unit. Results are shown
+in units such as mA or kN m, unless one was asked for. Prefixes stand before the units that take them.
 
 ### variables, ORIGIN, TOL
 

@@ -147,13 +147,9 @@ void Printer::print_error() {
 
 }  // namespace
 
-void show_outcome(std::ostream& out, const Outcome& outcome, const DisplayOptions& options) {
-  if (outcome.is_definition && !outcome.failed()) return;
-  if (outcome.help && !outcome.failed()) {
-    out << help_text(*outcome.help, options.width);
-    return;
-  }
-  Printer printer(out, outcome, options);
+namespace {
+
+void print_value(Printer& printer, const Outcome& outcome, const DisplayOptions& options) {
   if (outcome.failed()) {
     printer.print_error();
   } else if (outcome.names.size() > 1) {
@@ -162,11 +158,24 @@ void show_outcome(std::ostream& out, const Outcome& outcome, const DisplayOption
       printer.print(outcome.names[k], object_value(parts[k], outcome.value.unit));
   } else if (!outcome.names.empty()) {
     printer.print(outcome.names[0], outcome.value);
-  } else {
+  } else if (!is_none(outcome.value) || outcome.notes.empty()) {
     const std::string& source = outcome.source->text;
     const bool shown = options.show_source && source.find('\n') == std::string::npos;
     printer.print(shown ? source : "", outcome.value);
   }
+}
+
+}  // namespace
+
+void show_outcome(std::ostream& out, const Outcome& outcome, const DisplayOptions& options) {
+  if (outcome.is_definition && !outcome.failed()) return;
+  if (outcome.help && !outcome.failed()) {
+    out << help_text(*outcome.help, options.width);
+    return;
+  }
+  Printer printer(out, outcome, options);
+  print_value(printer, outcome, options);
+  for (const std::string& note : outcome.notes) out << fmt::format("note: {}\n", note);
 }
 
 }  // namespace worksheet

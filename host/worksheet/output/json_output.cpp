@@ -159,6 +159,10 @@ void ValueWriter::outcome(const Outcome& outcome, bool all) {
     value(outcome.value, 0);
   }
   if (!outcome.pictures.empty()) pictures(outcome.pictures);
+  if (!outcome.notes.empty()) {
+    json_.raw(R"(,"notes":)");
+    strings(outcome.notes);
+  }
   json_.raw("}\n");
   json_.flush();
 }

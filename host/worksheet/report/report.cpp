@@ -39,7 +39,7 @@ std::string marked_markup(const std::string& text, std::size_t begin, std::size_
 }
 
 std::string values_markup(const Outcome& outcome, const DisplayOptions& options) {
-  if (is_none(outcome.value) && !outcome.pictures.empty()) return {};
+  if (is_none(outcome.value) && !(outcome.pictures.empty() && outcome.notes.empty())) return {};
   if (outcome.names.size() < 2)
     return math_markup(*outcome.store, outcome.names.empty() ? "" : outcome.names[0], outcome.value,
                        options);
@@ -169,6 +169,8 @@ void Report::add(const Outcome& outcome) {
     const std::string values = values_markup(outcome, options_);
     if (!values.empty()) body_ += "<div class=\"result\">\n" + values + "</div>\n";
   }
+  for (const std::string& note : outcome.notes)
+    body_ += fmt::format("<p class=\"where\">Note: {}</p>\n", escaped(note));
   body_ += pictures_markup(outcome.pictures) + "</section>\n";
 }
 

@@ -6,8 +6,10 @@
 
 #include "fmt/format.h"
 #include "host/worksheet/engine/limits.hpp"
+#include "host/worksheet/engine/readable.hpp"
 #include "host/worksheet/language/compile.hpp"
 #include "host/worksheet/language/statement_reader.hpp"
+#include "host/worksheet/session/interruption.hpp"
 #include "host/worksheet/session/memory_reserve.hpp"
 #include "host/worksheet/session/progress.hpp"
 
@@ -64,8 +66,10 @@ Value define(Machine& machine, Statement& statement) {
 Value evaluate(Machine& machine, const Statement& statement, const Source& source) {
   try {
     const Value value = machine.evaluate(*statement.expression, source);
-    if (is_error(value) || statement.form == Statement::Form::display) return value;
-    return assign_targets(machine, statement.targets, value, statement.expression->span);
+    if (is_error(value)) return value;
+    if (statement.form == Statement::Form::display) return readable(machine, value);
+    return readable(machine,
+                    assign_targets(machine, statement.targets, value, statement.expression->span));
   } catch (const std::bad_alloc&) {
     return machine.out_of_memory(statement.expression->span);
   }
@@ -104,6 +108,7 @@ void Session::run_into(Outcome& outcome, const Source& source) {
 }
 
 Outcome Session::outcome_of(const Source& source) {
+  const TimeLimit limit(machine_);
   const Progress progress(progress_, kPatience, source.text);
   const auto start = std::chrono::steady_clock::now();
   Outcome outcome;
@@ -114,6 +119,8 @@ Outcome Session::outcome_of(const Source& source) {
   outcome.place = machine_.place();
   outcome.pictures = std::move(machine_.pictures);
   machine_.pictures.clear();
+  outcome.notes = std::move(machine_.notes);
+  machine_.notes.clear();
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return outcome;
 }
