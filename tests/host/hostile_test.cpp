@@ -154,6 +154,8 @@ TEST(Hostile, Size) {
 }
 
 TEST(Hostile, Text) {
+  const Directory directory;
+  const std::string picture = directory.path("p.svg");
   const Case cases[] = {
       {"Latin-1", "x = 1\nt = \"M\xFCller\"", "line 2, column 7: this is not text in UTF-8"},
       {"a Latin-1 comment", "# M\xFCller\nx = 1", "line 1, column 4: this is not text in UTF-8"},
@@ -167,8 +169,11 @@ TEST(Hostile, Text) {
        {},
        {"--json"}},
       {"a byte-order mark", "\uFEFFx = 1", "x = 1", 0},
+      {"markup in a picture", "plot(\"" + picture + "\", [1, 2], \"title: ]]></svg>\")", "picture",
+       0},
   };
   for (const Case& c : cases) expect(c);
+  EXPECT_NE(directory.read("p.svg").find("<text>]]&gt;&lt;/svg></text>"), std::string::npos);
 }
 
 }  // namespace
