@@ -5,6 +5,7 @@
 #include <memory>
 #include <numbers>
 #include <numeric>
+#include <tuple>
 #include <unordered_map>
 
 #include "fmt/format.h"
@@ -160,7 +161,7 @@ Factors counted_factors(const Unit& unit, double* scale, const Rational& power) 
   return factors;
 }
 
-UnitProduct product(const Unit* a, const Unit* b, const Rational& power) {
+UnitProduct new_product(const Unit* a, const Unit* b, const Rational& power) {
   Factors factors;
   double scale = 1.0;
   auto add = [&](const Unit* unit, const Rational& p) {
@@ -187,6 +188,14 @@ UnitProduct product(const Unit* a, const Unit* b, const Rational& power) {
   std::erase_if(factors, [](const Unit::Factor& f) { return f.power == Rational(0); });
   const UnitProduct result = readable(factors);
   return {result.unit, result.factor * scale};
+}
+
+// a b^power. The same few units meet again and again.
+UnitProduct product(const Unit* a, const Unit* b, const Rational& power) {
+  static std::map<std::tuple<const Unit*, const Unit*, Rational>, UnitProduct> made;
+  const auto key = std::make_tuple(a, b, power);
+  if (const auto found = made.find(key); found != made.end()) return found->second;
+  return made[key] = new_product(a, b, power);
 }
 
 // Whether plain numbers may stand for values in the unit: an angle, or a mere factor.

@@ -60,6 +60,9 @@ TEST_F(Units, WhatIsNoneIsRefusedWithItsPlace) {
     }
   }
   EXPECT_THROW(parse_unit(std::string(1000, '(')), worksheet::UnitError);
+  std::string factors = "m";
+  for (int k = 0; k < 100; ++k) factors += "/m";
+  EXPECT_THROW(parse_unit(factors), worksheet::UnitError);
 }
 
 TEST_F(Units, CombineInArithmetic) {
