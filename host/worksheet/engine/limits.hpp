@@ -43,4 +43,14 @@ inline constexpr Limit kReportLimit = {4096, nullptr};
 // Characters of a text within an array.
 inline constexpr Limit kCellTextLimit = {60, nullptr};
 
+// --- What is saved and loaded ---
+
+// Bytes of a state, and its elements and nested values together. Values are nested as deeply as they
+// are shown.
+inline constexpr Limit kStateLimit = {std::size_t{256} << 20, "the state is larger than 256 MiB"};
+inline constexpr Limit kStateElementLimit = {std::size_t{1} << 24,
+                                             "the state has more than 16777216 elements"};
+inline constexpr Limit kStateNestingLimit = {kPrintedNestingLimit.most,
+                                             "values are nested more than 100 deep"};
+
 }  // namespace worksheet
