@@ -10,7 +10,7 @@ M = read("bar_mass.mtx"){kg}
 n = rows(K)
 
 # The eigenvalues are omega^2. K and M are symmetric, M is positive definite: all are real.
-frequencies = sqrt(real_only(genvals(K, M))) / (2 * pi)
+frequencies = sqrt(real_only(genvals(K, M))) / (2 * pi) in {Hz}
 
 # They come in the order in which the method finds them. The place of each is the number of lower ones.
 lower(i, j) = frequencies[i] < frequencies[j]

@@ -39,11 +39,11 @@ norme(shapes'*shapes - identity(n))
 
 # With damping in proportion to the stiffness, c = beta K, the motion has the eigenvalues of a first-order
 # system:
-beta = 1e-3
-S = K/m * 1{s^2}
-state = stack(augment(0*identity(n), identity(n)), augment(-S, -beta*S))
-lambda = eigenvals(state)
-plot_eigenvals(lambda, "x: real part in 1/s", "y: imaginary part in 1/s")
+beta = 1{ms}
+tau = 1{s}            # the unit of time in the matrix, which has only one unit
+state = stack(augment(0*identity(n), identity(n)), augment(-K/m*tau^2, -beta*K/m*tau))
+lambda = eigenvals(state)/tau
+plot_eigenvals(lambda, "x: real part", "y: imaginary part")
 
 # All vibrations die out:
 max(re(lambda)) < 0
@@ -52,11 +52,12 @@ max(re(lambda)) < 0
 
 # Its decay in half a second, and the envelope.
 slow = max(re(lambda))
-w = 2*pi*exact(1)*1{s}
-time(i, j) = i/400
-fall(i, j) = exp(slow*time(i, j))
-swing(i, j) = fall(i, j)*cos(w*time(i, j))
-t = matrix(201, 1, time)*1{s}
+w = 2*pi*exact(1)
+step = 2.5{ms}
+fall(i, j) = exp(slow*i*step)
+swing(i, j) = fall(i, j)*cos(w*i*step)
+count(i, j) = i
+t = matrix(201, 1, count)*step
 plot(t, matrix(201, 1, swing), "displacement", t, matrix(201, 1, fall), "envelope", "x: time")
 
 ## How well the system can be solved

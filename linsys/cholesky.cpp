@@ -8,6 +8,7 @@
 #include "linsys/product_kernels.hpp"
 #include "pack/elements.hpp"
 #include "pack/frame/guard.hpp"
+#include "pack/matrix_views.hpp"
 #include "pack/memory.hpp"
 #include "pack/messages.hpp"
 #include "pack/numeric/vector_kernels.hpp"
@@ -27,9 +28,9 @@ constexpr Index kNarrow = 8;
 // The lower triangle of an n x n array.
 struct Triangle {
   Index n;
-  double* a;
+  RealView a;
 
-  double* at(Index i, Index j) const { return a + (i + j * n); }
+  double* at(Index i, Index j) const { return &a(i, j); }
 };
 
 // Takes the columns k0 to k1 - 1 of L off the columns j0 to j1 - 1, from row j0 down. The corner
@@ -37,7 +38,7 @@ struct Triangle {
 void take_off(const Triangle& t, Index k0, Index k1, Index j0, Index j1) {
   const double* const l = t.at(j0, k0);
   const ConstRealView l_transposed = {l, 1};
-  subtract_product(t.n - j0, j1 - j0, k1 - k0, {l, t.n}, l_transposed, t.n, {t.at(j0, j0), t.n});
+  subtract_product(t.n - j0, j1 - j0, k1 - k0, {l, t.a.ld}, l_transposed, t.a.ld, t.a.from(j0, j0));
 }
 
 // Factors the columns j0 to j1 - 1, up to date but for each other. False at a bad pivot.
@@ -45,7 +46,7 @@ bool factor_columns(const Triangle& t, Index j0, Index j1) {
   for (Index j = j0; j < j1; ++j) {
     double* const column = t.at(j, j);
     const double s = *column;
-    if (!(s > 0.0)) return false;
+    if (s <= 0.0) return false;
     *column = std::sqrt(s);
     const Index below = t.n - j - 1;
     vector_kernels().divide(below, *column, column + 1);
@@ -65,9 +66,10 @@ bool factor_panel(const Triangle& t, Index j0, Index j1) {
 
 // Copies the upper triangle to the lower.
 void mirror(const aMatrix* from, aMatrix* to) {
-  const Index n = to->rows;
-  for (Index j = 0; j < n; ++j)
-    for (Index i = j + 1; i < n; ++i) to->re[i + j * n] = from->re[j + i * n];
+  const RealView upper = real_view(from);
+  const RealView lower = real_view(to);
+  for (Index j = 0; j < to->rows; ++j)
+    for (Index i = j + 1; i < to->rows; ++i) lower(i, j) = upper(j, i);
 }
 
 Anyval* cholesky_worker(EfiCallContext* context, aMatrix* m) {
@@ -85,7 +87,7 @@ Anyval* cholesky_worker(EfiCallContext* context, aMatrix* m) {
 const char* cholesky_core(aMatrix* a) {
   // Without a real array all is zero.
   if (a->re == nullptr) return a->rows > 0 ? kNotDefinite : nullptr;
-  const Triangle t = {a->rows, a->re};
+  const Triangle t = {a->rows, real_view(a)};
   for (Index j0 = 0; j0 < t.n; j0 += kPanel) {
     const Index j1 = std::min(j0 + kPanel, t.n);
     take_off(t, 0, j0, j0, j1);
@@ -107,7 +109,7 @@ const char* cholesky_packed(EfiCallContext* context, const aMatrix* packed, int 
   double largest = 0.0;
   for (Index j = n - 1; j >= 0; --j) {
     double* const uj = column(j);
-    if (!(uj[j] > 0.0)) return kNotDefinite;
+    if (uj[j] <= 0.0) return kNotDefinite;
     uj[j] = std::sqrt(uj[j]);
     vector_kernels().divide(j, uj[j], uj);
     for (Index i = 0; i <= j; ++i) largest = std::max(largest, std::fabs(uj[i]));

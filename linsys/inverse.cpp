@@ -9,10 +9,12 @@
 #include <algorithm>
 
 #include "linsys/lu/ludecomp.hpp"
+#include "linsys/lu/plain_failure.hpp"
 #include "linsys/lu/triangular.hpp"
 #include "pack/checks.hpp"
 #include "pack/elements.hpp"
 #include "pack/exports.hpp"
+#include "pack/frame/fast_path.hpp"
 #include "pack/frame/fault_message.hpp"
 #include "pack/frame/faults.hpp"
 #include "pack/frame/fp_scope.hpp"
@@ -28,6 +30,8 @@ namespace {
 
 // Columns that are solved for together: they stay in cache.
 constexpr Index kBlock = 64;
+
+constexpr const char* kSuccess = nullptr;
 
 void set_to_unit_columns(Index j0, Index j1, RealView y) {
   std::fill(y.column(j0), y.column(j1), 0.0);
@@ -49,13 +53,13 @@ bool is_finite_below_diagonal(Index n, const ComplexView& a) {
 // y := (L U)^-1. Within a block the zeros at the top of a column are not skipped. Their products
 // leave the zeros below as they are, if L is finite; if it is not, there is one column to a block.
 template <class View>
-void invert_factors(Index n, View lu, View y) {
+void invert_factors(Index n, View lu, View y, double* work) {
   const Index block = is_finite_below_diagonal(n, lu) ? kBlock : 1;
   for (Index j0 = 0; j0 < n; j0 += block) {
     const Index j1 = std::min(n, j0 + block);
     set_to_unit_columns(j0, j1, y);
     solve_lower(n - j0, lu.from(j0, j0), j1 - j0, y.from(j0, j0));
-    solve_upper(n, lu, j1 - j0, y.from(0, j0));
+    substitution_kernels_for(lu).solve_upper(n, lu, j1 - j0, y.from(0, j0), work);
   }
 }
 
@@ -74,19 +78,26 @@ const char* inv_core(EfiCallContext* context, aMatrix* m, aMatrix** inverse, boo
   if (const char* message = check_square(m)) return message;
   const int n = m->rows;
   Doubles re = new_part(n, n);
-  const Doubles pivots = new_zeros(n);
-  if (!re || !pivots) return kOutOfMemory;
+  // The pivots first.
+  const Doubles work = new_doubles(n + upper_work(n));
+  if (!re || !work) return kOutOfMemory;
   double* const y = re.get();
+  double* const pivots = work.get();
   *inverse = new_matrix(context, n, n, std::move(re));
   if (*inverse == nullptr) return kOutOfMemory;
 
   aMatrix* lu = nullptr;
   if (const char* message = matrix_copy(context, m, &lu)) return message;
-  double sign;
-  if (const char* message = ludecomp(lu, pivots.get(), &sign, relative_test)) return message;
-  invert_factors(n, real_view(lu), RealView{y, n});
-  exchange_columns(n, pivots.get(), 0.0, y);
-  return nullptr;
+  const auto invert = [&] {
+    double sign;
+    if (const char* message = ludecomp(lu, pivots, &sign, relative_test)) return message;
+    invert_factors(n, real_view(lu), RealView{y, n}, pivots + n);
+    exchange_columns(n, pivots, 0.0, y);
+    return kSuccess;
+  };
+  return fast_or_plain(kSingularMatrix, invert, [&] {
+    return invert_plainly(m, lu, false, pivots, relative_test, y, nullptr);
+  });
 }
 
 const char* cinv_core(EfiCallContext* context, aMatrix* m, aMatrix** inverse, bool relative_test) {
@@ -94,20 +105,26 @@ const char* cinv_core(EfiCallContext* context, aMatrix* m, aMatrix** inverse, bo
   const int n = m->rows;
   Doubles re = new_part(n, n);
   Doubles im = new_part(n, n);
-  const Doubles pivots = new_zeros(n);
-  if (!re || !im || !pivots) return kOutOfMemory;
+  const Doubles work = new_doubles(n + upper_work(n));
+  if (!re || !im || !work) return kOutOfMemory;
   const ComplexView y = {re.get(), im.get(), n};
+  double* const pivots = work.get();
   *inverse = new_matrix(context, n, n, std::move(re), std::move(im));
   if (*inverse == nullptr) return kOutOfMemory;
 
   aMatrix* lu = nullptr;
   if (const char* message = matrix_copy(context, m, &lu)) return message;
-  double sign;
-  if (const char* message = cludecomp(lu, pivots.get(), &sign, relative_test)) return message;
-  invert_factors(n, complex_view(lu), y);
-  exchange_columns(n, pivots.get(), 1.0, y.re);
-  exchange_columns(n, pivots.get(), 1.0, y.im);
-  return nullptr;
+  const auto invert = [&] {
+    double sign;
+    if (const char* message = cludecomp(lu, pivots, &sign, relative_test)) return message;
+    invert_factors(n, complex_view(lu), y, pivots + n);
+    exchange_columns(n, pivots, 1.0, y.re);
+    exchange_columns(n, pivots, 1.0, y.im);
+    return kSuccess;
+  };
+  return fast_or_plain(kSingularMatrix, invert, [&] {
+    return invert_plainly(m, lu, true, pivots, relative_test, y.re, y.im);
+  });
 }
 
 namespace {

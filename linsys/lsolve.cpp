@@ -13,15 +13,13 @@ namespace matrix_pack {
 
 namespace {
 
-// x := M^-1 x, with x as long as M; M becomes its factors.
-const char* solve(aMatrix* m, aMatrix* x, bool complex) {
-  if (const char* message = check_square(m)) return message;
+// x := M^-1 x, with x as long as M; the copy of M becomes its factors.
+const char* solve(const aMatrix* m, aMatrix* copy, aMatrix* x, bool complex) {
+  if (const char* message = check_square(copy)) return message;
   const Doubles pivots = new_doubles(m->rows);
   if (!pivots) return kOutOfMemory;
-  double sign;
-  const auto factor = complex ? cludecomp : ludecomp;
-  if (const char* message = factor(m, pivots.get(), &sign, false)) return message;
-  return complex ? clubacksub(m, pivots.get(), x) : lubacksub(m, pivots.get(), x);
+  if (const char* message = factor_copy(m, copy, complex, pivots.get(), false)) return message;
+  return complex ? clubacksub(copy, pivots.get(), x) : lubacksub(copy, pivots.get(), x);
 }
 
 Anyval* lsolve_worker(EfiCallContext* context, aMatrix* m, aMatrix* v) {
@@ -37,7 +35,7 @@ Anyval* lsolve_worker(EfiCallContext* context, aMatrix* m, aMatrix* v) {
   const auto copy_v = is_complex(m) && !is_complex(v) ? matrix_copy_add_imag : matrix_copy;
   if (matrix_copy(context, m, &lu) != nullptr || copy_v(context, v, &x) != nullptr)
     return call_error(context, kOutOfMemory);
-  const char* const message = solve(lu, x, complex);
+  const char* const message = solve(m, lu, x, complex);
   return message == nullptr ? x : call_error(context, message);
 }
 

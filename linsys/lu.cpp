@@ -21,18 +21,18 @@ std::size_t bytes(Index n) {
 }
 
 // The strict lower triangle of lu, zeros above it, `diagonal` on it.
-void copy_lower(Index n, const double* lu, double diagonal, double* l) {
-  for (Index j = 0; j < n; ++j, lu += n, l += n) {
+void copy_lower(Index n, ConstRealView lu, double diagonal, double* l) {
+  for (Index j = 0; j < n; ++j, l += n) {
     std::memset(l, 0, bytes(j));
     l[j] = diagonal;
-    std::memcpy(l + j + 1, lu + j + 1, bytes(n - j - 1));
+    std::memcpy(l + j + 1, lu.column(j) + j + 1, bytes(n - j - 1));
   }
 }
 
 // The upper triangle of lu, zeros below it.
-void copy_upper(Index n, const double* lu, double* u) {
-  for (Index j = 0; j < n; ++j, lu += n, u += n) {
-    std::memcpy(u, lu, bytes(j + 1));
+void copy_upper(Index n, ConstRealView lu, double* u) {
+  for (Index j = 0; j < n; ++j, u += n) {
+    std::memcpy(u, lu.column(j), bytes(j + 1));
     std::memset(u + j + 1, 0, bytes(n - j - 1));
   }
 }
@@ -89,16 +89,15 @@ Anyval* lu_worker(EfiCallContext* context, aMatrix* m) {
 
   aMatrix* work = nullptr;
   if (const char* message = matrix_copy(context, m, &work)) return call_error(context, message);
-  double sign;
-  const char* const message = complex ? cludecomp(work, pivots.get(), &sign, false)
-                                      : ludecomp(work, pivots.get(), &sign, false);
-  if (message != nullptr) return call_error(context, message);
+  if (const char* message = factor_copy(m, work, complex, pivots.get(), false))
+    return call_error(context, message);
 
-  copy_lower(n, work->re, 1.0, l.re.get());
-  copy_upper(n, work->re, u.re.get());
+  const Index ld = work->leading_dimension;
+  copy_lower(n, {work->re, ld}, 1.0, l.re.get());
+  copy_upper(n, {work->re, ld}, u.re.get());
   if (complex) {
-    copy_lower(n, work->im, 0.0, l.im.get());
-    copy_upper(n, work->im, u.im.get());
+    copy_lower(n, {work->im, ld}, 0.0, l.im.get());
+    copy_upper(n, {work->im, ld}, u.im.get());
     for (Index k = 0; k < n; ++k) pivots[static_cast<std::size_t>(k)] -= 1.0;
   }
   fill_permutation(n, pivots.get(), order.get(), p.re.get());

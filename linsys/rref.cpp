@@ -95,7 +95,8 @@ Anyval* rref_worker(EfiCallContext* context, aMatrix* a) {
   Doubles re = new_part(a->rows, a->cols);
   if (!re) return sError_OutOfMemory;
   const ColumnTable table = {a->rows, a->cols, re.get()};
-  std::copy_n(a->re, table.rows * table.cols, table.elements);
+  for (Index c = 0; c < table.cols; ++c)
+    std::copy_n(a->re + c * a->leading_dimension, table.rows, table.column(c));
   rref_core(table, tolerance(a));
   return matrix_result(new_matrix(context, a->rows, a->cols, std::move(re)));
 }

@@ -70,8 +70,8 @@ struct aComplex : Anyval {
 // part array. A null `re` means that all real parts are 0; the matrix is complex exactly when `im`
 // is not null, whatever it holds.
 struct aMatrix : Anyval {
-  std::int32_t leading_dimension;  // Equal to rows.
-  std::uint32_t byte_size;         // Of one part array: rows * cols * 8.
+  std::int32_t leading_dimension;  // At least rows; equal to rows in what services and packs make.
+  std::uint32_t byte_size;         // Of one part array: leading_dimension * cols * 8.
   std::int32_t host_word1;         // Never touched by a pack.
   double* re;                      // The real parts, or null. Freed by ::operator delete.
   double* im;                      // The imaginary parts, or null. Freed by ::operator delete.

@@ -23,7 +23,10 @@ Anyval* tr(EfiCallContext* context, Anyval* v) {
     if (!is_matrix(v)) return argument_error(context, 1, kMustBeArray);
     const aMatrix* a = as_matrix(v);
     if (a->rows != a->cols) return argument_error(context, 1, kMustBeSquare);
-    return scalar_result(context, trace_part(a, a->re), trace_part(a, a->im));
+    // One after the other: each may end the call.
+    const double re = trace_part(a, a->re);
+    const double im = trace_part(a, a->im);
+    return scalar_result(context, re, im);
   });
 }
 

@@ -20,11 +20,13 @@ namespace {
 aMatrix* copy_real_part(EfiCallContext* context, const aMatrix* a) {
   Doubles re = new_part(a->rows, a->cols);
   if (!re) return nullptr;
-  const std::ptrdiff_t count = std::ptrdiff_t{a->rows} * a->cols;
-  if (a->re != nullptr)
-    std::copy_n(a->re, count, re.get());
-  else
-    std::fill_n(re.get(), count, 0.0);
+  for (int j = 0; j < a->cols; ++j) {
+    double* const column = re.get() + element_index(a->rows, 0, j);
+    if (a->re != nullptr)
+      std::copy_n(a->re + element_index(a->leading_dimension, 0, j), a->rows, column);
+    else
+      std::fill_n(column, a->rows, 0.0);
+  }
   return new_matrix(context, a->rows, a->cols, std::move(re));
 }
 

@@ -29,14 +29,13 @@ void exchange(RealView a, int i, int m, const Balance& b) {
   for (int j = 0; j <= b.high; ++j) std::swap(a(j, i), a(j, m));
 }
 
-// column[i] := column[i] / x for i = m+1..high; lists the runs of rows whose multiplier is not
-// zero.
+// column[i] := column[i] / x for i = m+1..high; lists the runs of rows whose element was not zero.
+// (A multiplier may be: the quotient underflows. Its row still takes part.)
 Index make_multipliers(double* column, int m, int high, double x, Index* runs) {
   Index count = 0;
   for (int i = m + 1; i <= high; ++i) {
     if (column[i] == 0.0) continue;
     column[i] /= x;
-    if (column[i] == 0.0) continue;
     if (count == 0 || runs[2 * count - 1] != i) runs[2 * count++] = i;
     runs[2 * count - 1] = i + 1;
   }

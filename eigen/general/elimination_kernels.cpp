@@ -29,10 +29,12 @@ void eliminate(const EliminationStep& step, RealView a) {
   const Index end = step.high + 1;
   const double* const y = a.column(m - 1);
   double* const pivot_column = a.column(m);
+  Index run = 0;
   for (Index i = m + 1; i < end; ++i) {
     double* const column = a.column(i);
     const double t = column[m];
-    if (y[i] != 0.0) {
+    while (run < step.run_count && step.runs[2 * run + 1] <= i) ++run;
+    if (run < step.run_count && step.runs[2 * run] <= i) {
       pivot_column[i] -= y[i] * pivot_column[m];
       eliminate_rows(step, m + 1, i + 1, t, y, column);
       add_multiple(0, end, y[i], column, pivot_column);

@@ -7,8 +7,8 @@
 namespace matrix_pack {
 
 // Step m of the elimination. The multipliers y of rows m+1..high are the elements of column m-1;
-// rows with y = 0 take no part. `runs` lists the others: begin and end of each run of consecutive
-// rows, run_count pairs.
+// rows whose element was 0 take no part. `runs` lists the others: begin and end of each run of
+// consecutive rows, run_count pairs.
 struct EliminationStep {
   Index m;
   Index high;
@@ -18,7 +18,7 @@ struct EliminationStep {
 };
 
 struct EliminationKernels {
-  // For i = m+1..high with y[i] != 0, in this order: row i of columns m..n-1 becomes
+  // For the rows i of the runs, in this order: row i of columns m..n-1 becomes
   // row i - y[i] row m; then column m, rows 0..high, becomes column m + y[i] column i.
   void (*eliminate)(const EliminationStep& step, RealView a);
 };

@@ -119,7 +119,7 @@ Shifts exceptional_shifts(Iteration& it) {
   it.shifted += x;
   for (int i = it.low; i <= last; ++i) it.h(i, i) -= x;
   const double s = std::fabs(it.h(last, last - 1)) + std::fabs(it.h(last - 1, last - 2));
-  return {0.75 * s, 0.75 * s, -0.4375 * s * s};
+  return {0.75 * s, 0.75 * s, -0.4375 * (s * s)};
 }
 
 // Where the sweep of the block may start, behind two consecutive small subdiagonal elements, and

@@ -99,7 +99,8 @@ void solve_block(const Problem& t, Complex value, int i, const ComplexView& x) {
   if (is_zero(determinant))
     determinant.re = t.tiny * (std::fabs(a.re) + std::fabs(value.im) + std::fabs(b) + std::fabs(c) +
                                std::fabs(d.re));
-  const Complex xi = divide(subtract(scaled(b, lower), multiply(d, upper)), determinant);
+  const Complex from_lower = scaled(b, lower);
+  const Complex xi = divide(subtract(from_lower, multiply(d, upper)), determinant);
   x.set(i, xi);
   if (std::fabs(b) > std::fabs(d.re) + std::fabs(value.im)) {
     const Complex rest = negative(add(upper, multiply(a, xi)));

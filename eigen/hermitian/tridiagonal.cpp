@@ -30,8 +30,10 @@ struct Pending {
   void conjugate_row(Index i, const ComplexView& x) const {
     for (Index k = 0; k < i; ++k) {
       Complex z = a(i, k);
-      if (v.re != nullptr)
-        z = subtract(subtract(z, multiply_conjugate(v[i], q[k])), multiply_conjugate(q[i], v[k]));
+      if (v.re != nullptr) {
+        z = subtract(z, multiply_conjugate(v[i], q[k]));
+        z = subtract(z, multiply_conjugate(q[i], v[k]));
+      }
       x.set(k, {z.re, -z.im});
     }
   }
@@ -65,7 +67,8 @@ void complete_update(Index n, double h, const ComplexView& x, const ComplexView&
   const VectorKernels& kernels = vector_kernels();
   kernels.divide(n, h, w.re);
   kernels.divide(n, h, w.im);
-  const double f = kernels.dot(n, x.re, w.re) + kernels.dot(n, x.im, w.im);
+  const double f_re = kernels.dot(n, x.re, w.re);
+  const double f = f_re + kernels.dot(n, x.im, w.im);
   const double hh = f / (h + h);
   kernels.axpy(n, -hh, x.re, w.re);
   kernels.axpy(n, -hh, x.im, w.im);

@@ -60,9 +60,12 @@ void solve_block(const Substitution& s, Index i) {
   const Complex x = s.element(i, i + 1);
   const Complex y = {s.beta * s.pair.A(i + 1, i), 0.0};
   const Complex z = s.element(i + 1, i + 1);
-  const Complex determinant = subtract(multiply(w, z), multiply(x, y));
+  // Products that may fault are not arguments of one call: their order would be the compiler's.
+  const Complex wz = multiply(w, z);
+  const Complex determinant = subtract(wz, multiply(x, y));
+  const Complex from_upper = multiply(y, s.r(i));
   const Complex lower =
-      divide_safely(subtract(multiply(y, s.r(i)), multiply(w, s.r(i + 1))), determinant, s.epsb);
+      divide_safely(subtract(from_upper, multiply(w, s.r(i + 1))), determinant, s.epsb);
   s.set_x(i + 1, lower);
   const bool from_lower = std::fabs(y.re) > std::fabs(w.re) + std::fabs(w.im);
   const Complex rest =

@@ -26,7 +26,8 @@ inline double reduce_row(Square& A, int i, Row& e, bool keep) {
   e[i] = A(i, l);
   if (scale == 0.0) return 0.0;
   for (int k = 0; k <= l; ++k) A(i, k) /= scale;
-  double h = sum(i, [&](auto k) { return A(i, int(k)) * A(i, int(k)); });
+  double h = 0.0;
+  for (int k = 0; k <= l; ++k) h += A(i, k) * A(i, k);
   double f = A(i, l);
   double g = f >= 0.0 ? -std::sqrt(h) : std::sqrt(h);
   e[i] = scale * g;

@@ -25,10 +25,12 @@ struct Update {
 };
 
 // row[0..l], scaled, becomes the vector v of the reflection that clears it left of row[l].
-// Returns h = v^T v / 2; the subdiagonal element goes to *e.
+// Returns h = v^T v / 2, of squares that are added in ascending order; the subdiagonal element goes
+// to *e.
 double make_reflection(double* row, int l, double scale, double* e) {
   vector_kernels().divide(l + 1, scale, row);
-  const double h = vector_kernels().sum_squares(l + 1, row);
+  double h = 0.0;
+  for (int k = 0; k <= l; ++k) h += row[k] * row[k];
   const double f = row[l];
   const double g = f >= 0.0 ? -std::sqrt(h) : std::sqrt(h);
   *e = scale * g;

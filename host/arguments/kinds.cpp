@@ -45,6 +45,8 @@ const std::vector<Kind>& kinds() {
       {"cyclic", Form::real, {Source::units, Structure::cyclic}, true},
       {"clustered", Form::real, {Source::units, Structure::clustered}, true},
       {"permutation", Form::real, {Source::units, Structure::permutation}, true},
+      {"real_gaps", Form::real, kUnits, false, false, {}, 1, 2},
+      {"complex_gaps", Form::complex, kUnits, false, false, {}, 1, 1},
       // Of one number, or of several so odd that results say little.
       {"zeros", Form::real, {Source::zeros, Structure::general}},
       {"equal", Form::real, {Source::repeated, Structure::general}},
@@ -69,6 +71,7 @@ Recipe recipe(const Kind& kind, int rows, int cols) {
   Recipe recipe = array(kind.form, rows, cols, kind.fill, seed);
   const auto count = static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols);
   recipe.special = kind.special;
+  recipe.gap = kind.gap;
   recipe.place = count / kind.part + (kind.form == Form::complex ? count : 0);
   return recipe;
 }

@@ -1,5 +1,6 @@
 #include "host/arguments/values.hpp"
 
+#include <algorithm>
 #include <limits>
 #include <memory>
 #include <new>
@@ -21,12 +22,22 @@ struct OperatorDelete {
 };
 using Part = std::unique_ptr<double[], OperatorDelete>;
 
+// Moves the columns apart; between them stands what no function may read.
+void open_gaps(const Recipe& recipe, double* part) {
+  const std::ptrdiff_t rows = recipe.rows, ld = rows + recipe.gap;
+  for (std::ptrdiff_t j = recipe.cols - 1; part != nullptr && j >= 0; --j) {
+    std::copy_backward(part + j * rows, part + (j + 1) * rows, part + j * ld + rows);
+    std::fill_n(part + j * ld + rows, recipe.gap, kNan);
+  }
+}
+
 aMatrix* make_array(efi::Store& store, const Recipe& recipe, const std::function<double()>* given,
                     NewPart new_part) {
   const bool has_re = recipe.form == Form::real || recipe.form == Form::complex;
   const bool has_im = recipe.form == Form::imaginary || recipe.form == Form::complex;
   const std::size_t count = std::size_t(recipe.rows) * std::size_t(recipe.cols);
-  Part re(has_re ? new_part(count) : nullptr), im(has_im ? new_part(count) : nullptr);
+  const std::size_t size = count + std::size_t(recipe.gap) * std::size_t(recipe.cols);
+  Part re(has_re ? new_part(size) : nullptr), im(has_im ? new_part(size) : nullptr);
   if ((has_re && !re) || (has_im && !im)) return nullptr;
   Draft draft = {recipe.rows,        recipe.cols,   re.get(), im.get(),
                  recipe.fill.source, {recipe.seed}, given};
@@ -35,9 +46,13 @@ aMatrix* make_array(efi::Store& store, const Recipe& recipe, const std::function
     const bool imaginary = !re || (im && recipe.place / count % 2 != 0);
     (imaginary ? im : re)[recipe.place % count] = *recipe.special;
   }
+  for (double* part : {re.get(), im.get()})
+    if (recipe.gap > 0) open_gaps(recipe, part);
   aMatrix* const made = store.new_matrix(recipe.rows, recipe.cols, re.get(), im.get(),
-                                         static_cast<unsigned>(8 * count));
-  if (made != nullptr) re.release(), im.release();
+                                         static_cast<unsigned>(8 * size));
+  if (made == nullptr) return nullptr;
+  made->leading_dimension += recipe.gap;
+  re.release(), im.release();
   return made;
 }
 

@@ -59,6 +59,7 @@ struct Recipe {
   std::uint64_t seed = 0;
   std::optional<double> special = {};  // Stands at one place of an array, counted through both
   std::size_t place = 0;               // parts and around again.
+  int gap = 0;                         // Elements between the columns of an array.
   double re = 0.0;                     // Of a scalar.
   double im = 0.0;
   Behaviour behaviour = Behaviour::sum;

@@ -27,25 +27,33 @@ Part new_part(std::uint64_t bytes) {
   return Part(static_cast<double*>(::operator new(static_cast<std::size_t>(bytes), std::nothrow)));
 }
 
+// The columns of a part array, without gaps between them.
+void copy_columns(const aMatrix* source, const double* from, double* to) {
+  const auto bytes = static_cast<std::size_t>(source->rows) * sizeof(double);
+  for (std::ptrdiff_t j = 0; j < source->cols; ++j)
+    std::memcpy(to + j * source->rows, from + j * source->leading_dimension, bytes);
+}
+
 // A copy of `source`; with `add_imag` always with an imaginary array.
 const char* copy_matrix(EfiCallContext* context, const aMatrix* source, aMatrix** copy,
                         bool add_imag) {
-  const std::size_t bytes = source->byte_size;
+  const std::uint64_t bytes = static_cast<std::uint64_t>(source->rows) *
+                              static_cast<std::uint64_t>(source->cols) * sizeof(double);
   Part re, im;
   if (source->re != nullptr) {
     if (!(re = new_part(bytes))) return kOutOfMemory;
-    std::memcpy(re.get(), source->re, bytes);
+    copy_columns(source, source->re, re.get());
   }
   if (source->im != nullptr || add_imag) {
     if (!(im = new_part(bytes))) return kOutOfMemory;
     if (source->im != nullptr)
-      std::memcpy(im.get(), source->im, bytes);
+      copy_columns(source, source->im, im.get());
     else
-      std::memset(im.get(), 0, bytes);
+      std::memset(im.get(), 0, static_cast<std::size_t>(bytes));
   }
-  aMatrix* const made =
-      store_of(context->allocator)
-          ->new_matrix(source->rows, source->cols, re.get(), im.get(), source->byte_size);
+  aMatrix* const made = store_of(context->allocator)
+                            ->new_matrix(source->rows, source->cols, re.get(), im.get(),
+                                         static_cast<unsigned>(bytes));
   if (made == nullptr) return kOutOfMemory;
   re.release();
   im.release();

@@ -7,6 +7,7 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/catalogue.hpp"
+#include "host/packs/leave.hpp"
 
 namespace worksheet {
 
@@ -67,9 +68,11 @@ Pack::Pack(const std::string& path) : path_(path), handle_(nullptr) {
     dlclose(handle_);
     throw PackError(fmt::format("{} is not a function pack: {}", path, error.what()));
   }
+  add_pack_code(table_);
 }
 
 Pack::~Pack() {
+  forget_pack_code(table_);
   dlclose(handle_);
 }
 
@@ -77,6 +80,7 @@ void Pack::read_table() {
   const auto* const count = static_cast<const std::int32_t*>(dlsym(handle_, "numFuncs"));
   const auto* const table = static_cast<const FunctionEntry*>(dlsym(handle_, "theEfi"));
   if (count == nullptr || table == nullptr) throw PackError("it has no function table");
+  table_ = table;
   if (*count < 1 || *count > kMostRows) throw PackError("its function count makes no sense");
   for (std::int32_t k = 0; k < *count; ++k) rows_.push_back(read_row(this, table[k]));
   inverse_ = function_at<Inverse>(dlsym(handle_, kInverseSymbol));

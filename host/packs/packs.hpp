@@ -71,6 +71,7 @@ class Pack {
 
   std::string path_;
   void* handle_;
+  const void* table_ = nullptr;
   std::vector<Row> rows_;
   Inverse inverse_ = nullptr;
   Identity identity_ = nullptr;

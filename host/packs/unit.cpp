@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <numbers>
 #include <numeric>
 #include <unordered_map>
 
@@ -20,8 +21,10 @@ constexpr int kMostDenominator = 12;
 // The largest numerator and denominator of a power.
 constexpr std::int64_t kMostPower = 1000;
 
+constexpr const char* kAngle = "rad";
+
 // Single units that a product of several may stand for. Not the joule: a torque is no energy.
-constexpr const char* kCoherent[] = {"N", "Pa", "W", "V", "A", "Ohm", "C", "F", "H"};
+constexpr const char* kCoherent[] = {"N", "Pa", "W", "V", "A", "Ohm", "C", "F", "H", "lm"};
 
 using Factors = std::vector<Unit::Factor>;
 
@@ -46,6 +49,30 @@ double scale_of(const Factors& factors) {
   double scale = 1.0;
   for (const Unit::Factor& factor : factors) scale *= power_of(factor.unit->scale, factor.power);
   return scale;
+}
+
+// Whether angles count in units of that dimension.
+bool counts_angles(const Dimension& dimension) {
+  return dimension.contains("cd") ||
+         std::all_of(dimension.begin(), dimension.end(),
+                     [](const auto& entry) { return entry.first == kAngle || entry.first == "s"; });
+}
+
+Rational angle_in(const Dimension& dimension) {
+  const auto found = dimension.find(kAngle);
+  return found == dimension.end() ? Rational(0) : found->second;
+}
+
+Dimension without_angle(Dimension dimension) {
+  dimension.erase(kAngle);
+  return dimension;
+}
+
+Rational turns_of(const Factors& factors) {
+  Rational turns;
+  for (const Unit::Factor& factor : factors)
+    turns = turns + Rational(factor.unit->turns) * factor.power;
+  return turns;
 }
 
 std::string power_text(const Unit::Factor& factor, const Rational& power) {
@@ -104,12 +131,37 @@ UnitProduct readable(const Factors& factors) {
   return {unit_of(factors), 1.0};
 }
 
+// Takes angles out of a product in which they do not count; gives what the numbers are to be
+// multiplied by.
+double drop_angles(Factors& factors) {
+  double scale = 1.0;
+  Factors kept;
+  for (const Unit::Factor& factor : factors) {
+    if (angle_in(factor.unit->dimension) == Rational(0)) {
+      scale *= take_in(kept, factor);
+      continue;
+    }
+    scale *= power_of(factor.unit->scale, factor.power);
+    for (const Unit::Factor& base : base_factors(without_angle(factor.unit->dimension)))
+      scale *= take_in(kept, {base.unit, base.power * factor.power});
+  }
+  factors = std::move(kept);
+  return scale;
+}
+
+// The factors of a unit without the angles that do not count in it.
+Factors counted_factors(const Unit& unit, double* scale, const Rational& power) {
+  Factors factors = unit.factors();
+  if (!counts_angles(unit.dimension())) *scale *= power_of(drop_angles(factors), power);
+  return factors;
+}
+
 UnitProduct product(const Unit* a, const Unit* b, const Rational& power) {
   Factors factors;
   double scale = 1.0;
   auto add = [&](const Unit* unit, const Rational& p) {
     if (unit == nullptr) return;
-    for (const Unit::Factor& factor : unit->factors()) {
+    for (const Unit::Factor& factor : counted_factors(*unit, &scale, p)) {
       const Unit::Factor raised = {factor.unit, factor.power * p};
       scale *= factor.unit->dimension.empty() ? power_of(factor.unit->scale, raised.power)
                                               : take_in(factors, raised);
@@ -117,9 +169,23 @@ UnitProduct product(const Unit* a, const Unit* b, const Rational& power) {
   };
   add(a, 1);
   add(b, power);
+  if (!counts_angles(dimension_of(factors))) scale *= drop_angles(factors);
   std::erase_if(factors, [](const Unit::Factor& f) { return f.power == Rational(0); });
   const UnitProduct result = readable(factors);
   return {result.unit, result.factor * scale};
+}
+
+// Whether plain numbers may stand for values in the unit: an angle, or a mere factor.
+bool is_near_plain(const Unit& unit) {
+  return without_angle(unit.dimension()).empty();
+}
+
+const Unit* made_unit(const Factors& factors, bool written) {
+  static std::unordered_map<std::string, std::unique_ptr<Unit>> made[2];
+  if (factors.empty()) return nullptr;
+  std::unique_ptr<Unit>& unit = made[written ? 1 : 0][name_of(factors)];
+  if (unit == nullptr) unit = std::make_unique<Unit>(factors, written);
+  return unit.get();
 }
 
 }  // namespace
@@ -151,20 +217,22 @@ std::optional<Rational> to_rational(double x) {
   return std::nullopt;
 }
 
-Unit::Unit(std::vector<Factor> factors)
+Unit::Unit(std::vector<Factor> factors, bool written)
     : factors_(std::move(factors)),
       name_(name_of(factors_)),
       scale_(scale_of(factors_)),
-      dimension_(dimension_of(factors_)) {
+      dimension_(dimension_of(factors_)),
+      turns_(turns_of(factors_)),
+      written_(written) {
   if (!std::isnormal(scale_)) throw UnitPowerError();
 }
 
 const Unit* unit_of(const Factors& factors) {
-  static std::unordered_map<std::string, std::unique_ptr<Unit>> made;
-  if (factors.empty()) return nullptr;
-  std::unique_ptr<Unit>& unit = made[name_of(factors)];
-  if (unit == nullptr) unit = std::make_unique<Unit>(factors);
-  return unit.get();
+  return made_unit(factors, false);
+}
+
+const Unit* written_unit(const Factors& factors) {
+  return made_unit(factors, true);
 }
 
 std::string unit_text(const Unit* unit) {
@@ -173,27 +241,52 @@ std::string unit_text(const Unit* unit) {
 
 std::optional<double> conversion(const Unit* from, const Unit* to) {
   if (from == to) return 1.0;
-  static const Dimension kNone;
-  const Dimension& have = from == nullptr ? kNone : from->dimension();
-  const Dimension& want = to == nullptr ? kNone : to->dimension();
-  if (have != want) return std::nullopt;
-  return (from == nullptr ? 1.0 : from->scale()) / (to == nullptr ? 1.0 : to->scale());
+  if (from == nullptr || to == nullptr) {
+    const Unit* const unit = from == nullptr ? to : from;
+    if (!is_near_plain(*unit)) return std::nullopt;
+    return from == nullptr ? 1.0 / unit->scale() : unit->scale();
+  }
+  if (without_angle(from->dimension()) != without_angle(to->dimension())) return std::nullopt;
+  const double factor = from->scale() / to->scale();
+  const Rational angle = angle_in(from->dimension()) + angle_in(to->dimension()) * Rational(-1);
+  if (angle == Rational(0) || !counts_angles(from->dimension())) return factor;
+  // Turns are the same, whether they are given as an angle or are counted.
+  const bool same_turns =
+      from->turns() == to->turns() && (angle == to->turns() || angle == to->turns() * Rational(-1));
+  if (!same_turns) return std::nullopt;
+  return factor / power_of(2.0 * std::numbers::pi, angle);
 }
 
-bool is_dimensionless(const Unit* unit) {
-  return unit == nullptr || unit->dimension().empty();
+std::optional<double> common_conversion(const Unit* from, const Unit* to) {
+  const Unit* const only = from == nullptr ? to : to == nullptr ? from : nullptr;
+  if (only != nullptr && !only->dimension().empty() && only->scale() != 1.0) return std::nullopt;
+  return conversion(from, to);
+}
+
+std::string conversion_hint(const Unit* from, const Unit* to) {
+  if (from == nullptr || to == nullptr || conversion(from, to)) return {};
+  const Dimension& have = from->dimension();
+  const Dimension& want = to->dimension();
+  if (without_angle(have) != without_angle(want) || is_near_plain(*from)) return {};
+  const bool too_much = (angle_in(have) + angle_in(want) * Rational(-1)).num > 0;
+  const std::string start =
+      fmt::format("; {} has an angle: {} by ", (have.contains(kAngle) ? from : to)->name(),
+                  too_much ? "divide" : "multiply");
+  if (have.contains("cd")) return start + "1{sr}";
+  return start + "1{turn} if turns are counted, by 1{rad} if radians are";
 }
 
 UnitProduct multiply(const Unit* a, const Unit* b) {
+  if (a == nullptr || b == nullptr) return {a == nullptr ? b : a, 1.0};
   return product(a, b, 1);
 }
 
 UnitProduct divide(const Unit* a, const Unit* b) {
-  return product(a, b, -1);
+  return b == nullptr ? UnitProduct{a, 1.0} : product(a, b, -1);
 }
 
 UnitProduct raise(const Unit* a, const Rational& power) {
-  return product(nullptr, a, power);
+  return power == Rational(1) ? UnitProduct{a, 1.0} : product(nullptr, a, power);
 }
 
 }  // namespace worksheet

@@ -1,7 +1,10 @@
 // Units of physical quantities: products of named units with rational powers.
 //
-// Names, prefixes and definitions come from UDUNITS-2. A unit is made once and lives as long as the
-// program; the null pointer stands for a plain number.
+// A unit is made once and lives as long as the program; the null pointer stands for a plain number.
+//
+// Angles: the radian is a base unit of its own beside those of the SI, so that rad/s, Hz and 1/s
+// are three things. It counts in units of time and of light only. Everywhere else an angle is the
+// plain number of its radians: rad m/s is m/s, N m/rad is N m.
 #pragma once
 
 #include <compare>
@@ -36,7 +39,7 @@ Rational operator*(const Rational& a, const Rational& b);
 // The fraction with a small denominator that x is, if it is one. Throws UnitPowerError.
 std::optional<Rational> to_rational(double x);
 
-// Powers of the base units m, kg, s, A, K, mol, cd by name.
+// Powers of the base units m, kg, s, A, K, mol, cd, rad and bit by name.
 using Dimension = std::map<std::string, Rational>;
 
 // A name such as "kN": `scale` base units of its dimension.
@@ -44,6 +47,8 @@ struct NamedUnit {
   std::string name;
   double scale;
   Dimension dimension;
+  int turns = 0;       // The power of the turns that it counts: 1 for Hz, rpm and a turn.
+  std::string metric;  // Of one that takes every prefix: the symbol without one, "N".
 };
 
 class Unit {
@@ -54,7 +59,7 @@ class Unit {
   };
 
   // Throws UnitPowerError, also where the scale is beyond the range of numbers.
-  explicit Unit(std::vector<Factor> factors);
+  explicit Unit(std::vector<Factor> factors, bool written = false);
 
   // As users write it, "kN/m^2".
   const std::string& name() const { return name_; }
@@ -62,16 +67,23 @@ class Unit {
   // The number of coherent base units that it is.
   double scale() const { return scale_; }
   const Dimension& dimension() const { return dimension_; }
+  Rational turns() const { return turns_; }
+  // Whether someone wrote it down: values that have it are shown in it.
+  bool is_written() const { return written_; }
 
  private:
   std::vector<Factor> factors_;
   std::string name_;
   double scale_ = 1.0;
   Dimension dimension_;
+  Rational turns_;
+  bool written_;
 };
 
 // The one unit with these factors; null when there are none. Throws UnitPowerError.
 const Unit* unit_of(const std::vector<Unit::Factor>& factors);
+// The same for a unit that someone wrote down.
+const Unit* written_unit(const std::vector<Unit::Factor>& factors);
 
 // Text that is no unit; `offset` is the place in it.
 struct UnitError : std::runtime_error {
@@ -87,9 +99,15 @@ const Unit* parse_unit(std::string_view text);
 std::string unit_text(const Unit* unit);
 
 // What the numbers in unit `from` are to be multiplied by to be in unit `to`; nothing when the two
-// are not of one dimension.
+// are not of one dimension. Plain numbers are angles in radians, and turns over time are the same
+// number of Hz.
 std::optional<double> conversion(const Unit* from, const Unit* to);
-bool is_dimensionless(const Unit* unit);
+// The same for two values that meet in a sum, a comparison or a matrix: a plain number is not taken
+// for an angle then, unless in radians.
+std::optional<double> common_conversion(const Unit* from, const Unit* to);
+// How to convert by hand where an angle alone stands against it: "; rad/s has an angle..."; else
+// empty.
+std::string conversion_hint(const Unit* from, const Unit* to);
 
 // A product in a unit that reads well; the numbers are to be multiplied by `factor`. All three
 // throw UnitPowerError.

@@ -1,109 +1,137 @@
 #include "host/packs/unit_names.hpp"
 
-#include <udunits2.h>
-
-#include <map>
-#include <memory>
+#include <algorithm>
+#include <cctype>
 #include <optional>
+#include <set>
+#include <unordered_map>
+
+#include "host/packs/unit_database.hpp"
+#include "host/text/text.hpp"
 
 namespace worksheet {
 
 namespace {
 
-struct UnitFree {
-  void operator()(ut_unit* unit) const { ut_free(unit); }
+// Names that mean different things to different people, or no unit at all.
+constexpr const char* kRefused[][2] = {
+    {"kt", "kt may be a knot or 1000 t; write kn or kilotonne"},
+    {"ton", "ton has several meanings; write t, short_ton or long_ton"},
+    {"cwt", "cwt has two meanings; write short_hundredweight or long_hundredweight"},
+    {"tonf", "tonf has several meanings; write tf or short_ton_force"},
+    {"pt", "pt may be a pint or a point; write pint or point"},
+    {"ppt", "ppt may be 1e-3 or 1e-12; write the number"},
+    {"sqft", "write ft^2 for sqft"},
+    {"cuft", "write ft^3 for cuft"},
+    {"sqm", "write m^2 for sqm"},
+    {"cbm", "write m^3 for cbm"},
+    {"Np", "Np is a logarithmic scale; write the ratio, exp(x)"},
+    {"dB", "dB is a logarithmic scale; write the ratio, 10^(x/20) or 10^(x/10)"},
+    {"dBm", "dBm is a logarithmic scale; write the power, 10^(x/10)*1{mW}"},
+    {"psig", "psig counts from the air's pressure; write psi and add 1{atm}"},
+    {"barg", "barg counts from the air's pressure; write bar and add 1{atm}"},
 };
-using UnitHandle = std::unique_ptr<ut_unit, UnitFree>;
 
-// What the database lacks, in its own words.
-constexpr const char* kFurtherUnits[][2] = {{"Wh", "W hour"}, {"deg", "degree"}};
+// An entry under one of its names.
+struct Known {
+  const UnitEntry* entry;
+  bool is_symbol;
+};
 
-ut_system* open_system() {
-  ut_set_error_message_handler(ut_ignore);
-  ut_system* const system = ut_read_xml(nullptr);
-  if (system == nullptr) throw std::runtime_error("the database of units cannot be read");
-  for (const auto& [symbol, definition] : kFurtherUnits) {
-    const UnitHandle unit(ut_parse(system, definition, UT_ASCII));
-    ut_map_symbol_to_unit(symbol, UT_ASCII, unit.get());
+using Names = std::unordered_map<std::string, Known>;
+
+Names all_names() {
+  Names names;
+  for (const UnitEntry& entry : unit_database().entries) {
+    for (const std::string& symbol : entry.symbols) names.insert({symbol, {&entry, true}});
+    for (const auto* list : {&entry.names, &entry.plurals})
+      for (const std::string& name : *list) names.insert({name, {&entry, false}});
   }
-  return system;
+  return names;
 }
 
-// Read when the first unit is met: many worksheets have none.
-ut_system* unit_system() {
-  static ut_system* const system = open_system();
-  return system;
+const Names& known_names() {
+  static const Names names = all_names();
+  return names;
 }
 
-// What a visit to a unit gathers.
-struct Definition {
-  double scale = 1.0;
-  Dimension dimension;
-  bool proportional = true;  // Neither offset nor logarithm.
+bool takes(const UnitEntry& entry, const UnitPrefix& prefix) {
+  const auto& list = entry.prefixes;
+  // "u" stands for the letters, too.
+  const std::string symbol = prefix.factor == 1e-6 ? "u" : prefix.symbol;
+  return entry.takes_all || std::find(list.begin(), list.end(), symbol) != list.end();
+}
+
+struct Found {
+  const UnitEntry* entry;
+  double factor;
 };
 
-ut_status visit(const ut_unit* unit, Definition* definition);
-
-void add_basic(const ut_unit* unit, int power, Definition* definition) {
-  if (ut_is_dimensionless(unit)) return;
-  definition->dimension[ut_get_symbol(unit, UT_ASCII)] = power;
+std::optional<Found> look_up(const std::string& name) {
+  const Names& names = known_names();
+  if (const auto whole = names.find(name); whole != names.end())
+    return Found{whole->second.entry, 1.0};
+  for (const UnitPrefix& prefix : kUnitPrefixes)
+    for (const bool is_symbol : {true, false}) {
+      const std::string_view start = is_symbol ? prefix.symbol : prefix.name;
+      if (!name.starts_with(start)) continue;
+      const auto rest = names.find(name.substr(start.size()));
+      if (rest != names.end() && rest->second.is_symbol == is_symbol &&
+          takes(*rest->second.entry, prefix))
+        return Found{rest->second.entry, prefix.factor};
+    }
+  return std::nullopt;
 }
 
-ut_status visit_basic(const ut_unit* unit, void* definition) {
-  add_basic(unit, 1, static_cast<Definition*>(definition));
-  return UT_SUCCESS;
+NamedUnit named(const std::string& name, const Found& found) {
+  const UnitEntry& entry = *found.entry;
+  // Powers of ten above 1 are exact: 0.001 kg times 1e3 is 1 kg, and so is it divided by 1e-3.
+  const double scale =
+      found.factor < 1.0 ? entry.scale / (1.0 / found.factor) : entry.scale * found.factor;
+  return {name, scale, entry.dimension, entry.turns,
+          entry.takes_all ? entry.symbols.front() : std::string()};
 }
 
-ut_status visit_product(const ut_unit*, int count, const ut_unit* const* units, const int* powers,
-                        void* definition) {
-  for (int k = 0; k < count; ++k)
-    add_basic(units[k], powers[k], static_cast<Definition*>(definition));
-  return UT_SUCCESS;
-}
-
-ut_status visit_galilean(const ut_unit*, double scale, const ut_unit* underlying, double offset,
-                         void* definition) {
-  auto* const d = static_cast<Definition*>(definition);
-  d->scale *= scale;
-  d->proportional = d->proportional && offset == 0.0;
-  return visit(underlying, d);
-}
-
-ut_status visit_timestamp(const ut_unit*, const ut_unit*, double, void* definition) {
-  static_cast<Definition*>(definition)->proportional = false;
-  return UT_SUCCESS;
-}
-
-ut_status visit_logarithmic(const ut_unit*, double, const ut_unit*, void* definition) {
-  static_cast<Definition*>(definition)->proportional = false;
-  return UT_SUCCESS;
-}
-
-ut_status visit(const ut_unit* unit, Definition* definition) {
-  constexpr ut_visitor kVisitor = {visit_basic, visit_product, visit_galilean, visit_timestamp,
-                                   visit_logarithmic};
-  return ut_accept_visitor(unit, &kVisitor, definition);
-}
-
-std::optional<Definition> look_up(const std::string& name) {
-  const UnitHandle unit(ut_parse(unit_system(), name.c_str(), UT_UTF8));
-  if (unit == nullptr) return std::nullopt;
-  Definition definition;
-  visit(unit.get(), &definition);
-  return definition;
+// The same letters, whatever case they are in.
+bool same_letters(const std::string& a, const std::string& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
+    return std::tolower(x) == std::tolower(y);
+  });
 }
 
 }  // namespace
 
 const NamedUnit* find_named_unit(const std::string& name) {
-  static std::map<std::string, NamedUnit> known;
+  static std::unordered_map<std::string, NamedUnit> known;
   if (const auto found = known.find(name); found != known.end()) return &found->second;
-  const auto definition = look_up(name);
-  if (!definition) return nullptr;
-  if (!definition->proportional)
-    throw std::runtime_error(name + " has an offset or a logarithmic scale; use a unit without");
-  return &known.emplace(name, NamedUnit{name, definition->scale, definition->dimension})
-              .first->second;
+  for (const auto& [refused, reason] : kRefused)
+    if (name == refused) throw std::runtime_error(reason);
+  const auto found = look_up(name);
+  if (!found) return nullptr;
+  if (!found->entry->proportional)
+    throw std::runtime_error(name +
+                             " has a zero of its own; use K, or delta_degC and delta_degF "
+                             "for differences");
+  return &known.emplace(name, named(name, *found)).first->second;
+}
+
+std::string likely_unit(const std::string& name) {
+  constexpr std::size_t kLongest = 20;
+  if (name.size() > kLongest) return {};
+  std::set<std::string> near;
+  for (const auto& [other, known] : known_names()) {
+    if (same_letters(name, other)) near.insert(other);
+    for (const UnitPrefix& prefix : kUnitPrefixes) {
+      const std::string whole = (known.is_symbol ? prefix.symbol : prefix.name) + other;
+      if (same_letters(name, whole) && takes(*known.entry, prefix)) near.insert(whole);
+    }
+  }
+  if (!near.empty()) return joined(std::vector<std::string>(near.begin(), near.end()), " or ");
+  for (std::size_t at = name.size(); at-- > 1;) {
+    const std::string left = name.substr(0, at), right = name.substr(at);
+    if (look_up(left) && look_up(right)) return left + " " + right;
+  }
+  return {};
 }
 
 }  // namespace worksheet

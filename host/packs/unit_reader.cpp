@@ -24,7 +24,7 @@ class UnitReader {
   const Unit* read() try {
     read_product(1, 0);
     if (at_ < text_.size()) fail("unexpected text in a unit");
-    return unit_of(merged());
+    return written_unit(merged());
   } catch (const UnitPowerError& error) {
     fail(error.what());
   }
@@ -98,21 +98,41 @@ class UnitReader {
     } catch (const std::runtime_error& error) {
       throw UnitError(start, error.what());
     }
-    if (unit == nullptr) throw UnitError(start, "unknown unit: " + name);
-    factors_.push_back({unit, read_power() * power});
+    if (unit == nullptr) {
+      const std::string likely = likely_unit(name);
+      throw UnitError(start, "unknown unit: " + name +
+                                 (likely.empty() ? "" : "; did you mean " + likely + "?"));
+    }
+    const Rational own = read_power();
+    if (own == Rational(0)) throw UnitError(start, "the power 0 leaves no unit");
+    factors_.push_back({unit, own * power});
   }
 
-  // Letters, "%" and what lies beyond ASCII, up to a sign that means something else.
+  // Letters, "%" and what lies beyond ASCII, up to a sign that means something else; with digits
+  // among them where that is a name, as in "inH2O".
   std::string read_name() {
     const std::size_t start = at_;
-    while (at_ < text_.size()) {
+    skip_letters(false);
+    std::size_t end = at_;
+    skip_letters(true);
+    if (at_ > end && is_unit(text_.substr(start, at_ - start))) end = at_;
+    at_ = end;
+    return std::string(text_.substr(start, end - start));
+  }
+
+  void skip_letters(bool digits) {
+    for (; at_ < text_.size() && !at_raised_or_sign(); ++at_) {
       const char c = text_[at_];
       const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '%' ||
                           c == '_' || static_cast<unsigned char>(c) >= 0x80;
-      if (!letter || at_raised_or_sign()) break;
-      ++at_;
+      if (!letter && !(digits && c >= '0' && c <= '9')) return;
     }
-    return std::string(text_.substr(start, at_ - start));
+  }
+
+  static bool is_unit(std::string_view name) try {
+    return find_named_unit(std::string(name)) != nullptr;
+  } catch (const std::runtime_error&) {
+    return false;
   }
 
   bool at_raised_or_sign() const {

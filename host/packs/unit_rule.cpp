@@ -66,7 +66,7 @@ class RuleReader {
 // A rule at work on the units of one call.
 class Ruling {
  public:
-  explicit Ruling(std::span<const Unit* const> units) : units_(units) {
+  explicit Ruling(std::span<const UnitArgument> units) : units_(units) {
     for (std::size_t k = 0; k < units.size(); ++k) all_.push_back(k);
     ruling_.factors.assign(units.size(), 1.0);
     ruling_.result = {nullptr, 1.0};
@@ -125,10 +125,9 @@ class Ruling {
 
   void check(const std::string& name, const Indices& arguments, int number) {
     if (arguments.empty()) throw UnitRuleError("its unit rule checks nothing");
-    const Unit* const first = units_[arguments[0]];
+    const Unit* const first = units_[arguments[0]].unit;
     if (name == "-EqDims") {
-      need_equal(arguments);
-      ruling_.result = {first, 1.0};
+      ruling_.result = {need_equal(arguments), 1.0};
     } else if (name == "-EqDimsDimless") {
       need_equal(arguments);
       ruling_.result = {nullptr, 1.0};
@@ -136,7 +135,7 @@ class Ruling {
       need_plain(arguments);
       ruling_.result = {nullptr, 1.0};
     } else if (name == "-DimsLikeDiv" && arguments.size() == 2) {
-      ruling_.result = divide(first, units_[arguments[1]]);
+      ruling_.result = divide(first, units_[arguments[1]].unit);
     } else if (name == "-DimsLikeRoot" && number > 0) {
       ruling_.result = raise(first, {1, number});
     } else if (name == "-DimsLikePower") {
@@ -148,18 +147,24 @@ class Ruling {
     }
   }
 
-  void need_equal(const Indices& arguments) {
+  // Gives the unit of all of them.
+  const Unit* need_equal(const Indices& arguments) {
+    const auto given = std::find_if(arguments.begin(), arguments.end(),
+                                    [this](std::size_t k) { return !units_[k].fits_any; });
+    const Unit* const unit = given == arguments.end() ? nullptr : units_[*given].unit;
     for (const std::size_t k : arguments) {
-      const auto factor = conversion(units_[k], units_[arguments[0]]);
+      const auto factor = units_[k].fits_any ? 1.0 : common_conversion(units_[k].unit, unit);
       if (!factor)
-        throw UnitMismatch(k, fmt::format("needs arguments with one unit: {}", listing(arguments)));
+        throw UnitMismatch(k, fmt::format("needs arguments with one unit: {}{}", listing(arguments),
+                                          conversion_hint(units_[k].unit, unit)));
       ruling_.factors[k] = *factor;
     }
+    return unit;
   }
 
   void need_plain(const Indices& arguments) {
     for (const std::size_t k : arguments) {
-      const auto factor = conversion(units_[k], nullptr);
+      const auto factor = conversion(units_[k].unit, nullptr);
       if (!factor) throw UnitMismatch(k, fmt::format("takes plain numbers: {}", listing({k})));
       ruling_.factors[k] = *factor;
     }
@@ -169,11 +174,11 @@ class Ruling {
   std::string listing(const Indices& arguments) const {
     std::vector<std::string> parts;
     for (const std::size_t k : arguments)
-      parts.push_back(fmt::format("argument {} has {}", k + 1, unit_text(units_[k])));
+      parts.push_back(fmt::format("argument {} has {}", k + 1, unit_text(units_[k].unit)));
     return joined(parts, ", ");
   }
 
-  std::span<const Unit* const> units_;
+  std::span<const UnitArgument> units_;
   Indices all_;
   std::vector<std::string> names_;
   UnitRuling ruling_;
@@ -181,7 +186,7 @@ class Ruling {
 
 }  // namespace
 
-UnitRuling apply_unit_rule(const char* rule, std::span<const Unit* const> arguments) try {
+UnitRuling apply_unit_rule(const char* rule, std::span<const UnitArgument> arguments) try {
   Ruling ruling(arguments);
   return rule == nullptr ? ruling.plain_only() : ruling.apply(RuleReader(rule).read());
 } catch (const UnitPowerError& error) {

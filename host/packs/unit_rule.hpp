@@ -1,7 +1,9 @@
 // The unit rules of packs' rows: small expressions over the units of a call's arguments.
 //
 //   (%lambda (a b) EXPRESSION)    names the arguments, in order
-//   (-EqDims a ...)               one unit for all, which the result has
+//   (-EqDims a ...)               one unit for all, which the result has: that of the first
+//   argument
+//                                 that is not zero
 //   (-EqDimsDimless a ...)        one unit for all; the result is plain
 //   (-VDimless a ...)             plain numbers only; the result is plain
 //   (-DimsLikeDiv a b)            the result has the unit of a divided by that of b
@@ -42,7 +44,13 @@ struct UnitRuleError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// What is known of an argument: its unit, and whether it is a zero without one, which fits any.
+struct UnitArgument {
+  const Unit* unit = nullptr;
+  bool fits_any = false;
+};
+
 // Throws UnitMismatch or UnitRuleError. `rule` may be null: no rule.
-UnitRuling apply_unit_rule(const char* rule, std::span<const Unit* const> arguments);
+UnitRuling apply_unit_rule(const char* rule, std::span<const UnitArgument> arguments);
 
 }  // namespace worksheet

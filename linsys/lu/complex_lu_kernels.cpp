@@ -2,6 +2,7 @@
 
 #include "linsys/lu/pivot_search.hpp"
 #include "pack/numeric/complex_arithmetic.hpp"
+#include "pack/numeric/lanes/quotients.hpp"
 #include "pack/numeric/lanes/runs.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
@@ -98,6 +99,13 @@ double row_bound(Index n, const ConstComplexView& row, double factor) {
   return bound;
 }
 
+// Not by the moduli: squares underflow.
+bool row_is_zero(Index n, const ConstComplexView& row) {
+  for (Index j = 0; j < n; ++j)
+    if (!is_zero(row(0, j))) return false;
+  return true;
+}
+
 Pivoting scale_rows(Index n, const ConstComplexView& a, double* scale) {
   const bool safe = parts_are_safe(n, n, a);
   for (Index i = 0; i < n; ++i) scale[i] = 0.0;
@@ -105,7 +113,7 @@ Pivoting scale_rows(Index n, const ConstComplexView& a, double* scale) {
   for (Index i = 0; i < n; ++i) {
     if (!safe) scale[i] = row_bound(n, a.from(i, 0), 1.0);
     if (is_marked(scale[i])) return Pivoting::modulus_overflow;
-    if (scale[i] == 0.0) return Pivoting::zero_pivot;
+    if (scale[i] == 0.0 && row_is_zero(n, a.from(i, 0))) return Pivoting::zero_pivot;
     scale[i] = 1.0 / scale[i];
   }
   return Pivoting::done;
@@ -124,25 +132,13 @@ Index find_pivot(Index k, Index n, const ConstComplexView& column, const double*
   return best.row;
 }
 
-// Divides by the pivot d: Smith's quotient, see pack/numeric/complex_arithmetic.hpp.
-void divide_by_pivot(Index n, double* __restrict re, double* __restrict im, Complex d) {
-  if (__builtin_fabs(d.im) <= __builtin_fabs(d.re)) {
-    const double r = d.im / d.re;
-    const double den = d.re + r * d.im;
-    for (Index i = 0; i < n; ++i) {
-      const double x = re[i];
-      re[i] = (x + r * im[i]) / den;
-      im[i] = (im[i] - r * x) / den;
-    }
-  } else {
-    const double r = d.re / d.im;
-    const double den = d.im + r * d.re;
-    for (Index i = 0; i < n; ++i) {
-      const double x = re[i];
-      re[i] = (r * x + im[i]) / den;
-      im[i] = (r * im[i] - x) / den;
-    }
-  }
+MATRIX_INLINE void divide_by_pivot(Index n, const ComplexView& x, Complex pivot) {
+  const Divisor d = divisor(pivot);
+  over_elements(0, n, [=]<class V>(Index i, V) MATRIX_INLINE_LAMBDA {
+    const auto y = quotient(load<V>(x.re + i), load<V>(x.im + i), d);
+    store(x.re + i, y.re);
+    store(x.im + i, y.im);
+  });
 }
 
 // The largest modulus, at least 1; marked when one is out of range.
@@ -183,7 +179,7 @@ Elimination eliminate(Index n, const ComplexView& a, Index k0, Index k1, double*
     // rows below := rows below - multipliers * row k
     const Index below = n - k - 1;
     const ComplexView multipliers = column + (k + 1);
-    divide_by_pivot(below, multipliers.re, multipliers.im, pivot);
+    divide_by_pivot(below, multipliers, pivot);
     scale[k] = growth_bound(below, multipliers);
     if (is_marked(scale[k])) return {k + 1 - k0, Pivoting::modulus_overflow};
     subtract_rank_one(below, k1 - k - 1, multipliers, a.from(k, k + 1), a.from(k + 1, k + 1));

@@ -1,4 +1,6 @@
+#include "linsys/lu/column_groups.hpp"
 #include "linsys/lu/substitution_kernels.hpp"
+#include "pack/numeric/lanes/quotients.hpp"
 #include "pack/numeric/lanes/runs.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
@@ -53,42 +55,57 @@ void solve_lower(Index n, const ConstComplexView& l, Index cols, const ComplexVi
   }
 }
 
-void solve_upper(Index n, const ConstComplexView& u, Index cols, const ComplexView& x) {
-  for (Index j = 0; j < cols; j += kLanes) {
-    Rows rows;
-    gather(n, cols - j, x.column(j), rows);
-    for (Index t = n - 1; t >= 0; --t) {
-      const Complex diagonal = u(t, t);
-      for (Index q = 0; q < kLanes; ++q) {
-        const Complex y = divide({rows.re[t][q], rows.im[t][q]}, diagonal);
-        rows.re[t][q] = y.re;
-        rows.im[t][q] = y.im;
-      }
-      const ComplexOf<Row> xt = load<Row>(rows.row(t));
-      for (Index i = 0; i < t; ++i) subtract_multiple(rows.row(i), u(i, t), xt);
+// As in the real kernels; of each row the real parts stand first.
+template <int G>
+void solve_upper_group(Index n, const ConstComplexView& u, Index cols, const ComplexView& x,
+                       double* work) {
+  constexpr Index kGroup = G * kWidth;
+  using R = Run<kGroup>;
+  const auto row = [=](Index i) MATRIX_INLINE_LAMBDA {
+    double* const re = work + 2 * i * kGroup;
+    return ComplexView{re, re + kGroup};
+  };
+  for (Index q = 0; q < kGroup; ++q) {
+    const ConstComplexView column = x.column(smaller(q, cols - 1));
+    for (Index i = 0; i < n; ++i) row(i).set(q, column[i]);
+  }
+  for (Index i = n - 1; i >= 0; --i) {
+    ComplexOf<R> s = load<R>(row(i));
+    for (Index j = i + 1; j < n; ++j) s = minus_multiple(s, load<R>(row(j)), u(i, j));
+    const Divisor d = divisor(u(i, i));
+    MATRIX_UNROLL
+    for (int v = 0; v < R::kVectors; ++v) {
+      const auto y = quotient(s.re.part[v], s.im.part[v], d);
+      s.re.part[v] = y.re;
+      s.im.part[v] = y.im;
     }
-    scatter(n, cols - j, rows, x.column(j));
+    store(row(i), s);
+  }
+  for (Index q = 0; q < smaller(kGroup, cols); ++q) {
+    const ComplexView column = x.column(q);
+    for (Index i = 0; i < n; ++i) column.set(i, row(i)[q]);
   }
 }
 
-// --- One right-hand side: four columns of the triangle at a time. ---
+void solve_upper(Index n, const ConstComplexView& u, Index cols, const ComplexView& x,
+                 double* work) {
+  over_groups<4>(cols, [&]<int G>(Index j, Vectors<G>) {
+    solve_upper_group<G>(n, u, cols - j, x.column(j), work);
+  });
+}
+
+// --- One right-hand side: forward, four columns of the triangle at a time. ---
 
 constexpr Index kColumns = 4;
 
-// x[i] -= a factor
-MATRIX_INLINE void subtract_product(const ComplexView& x, Index i, Complex a, Complex factor) {
-  x.set(i, subtract(x[i], multiply(a, factor)));
-}
-
-template <int step>
 void subtract_columns(Index m, const ConstComplexView& a, const ConstComplexView& x,
                       double* __restrict re, double* __restrict im) {
   Complex factors[kColumns];
-  for (Index t = 0; t < kColumns; ++t) factors[t] = x[step * t];
+  for (Index t = 0; t < kColumns; ++t) factors[t] = x[t];
   for (Index i = 0; i < m; ++i) {
     Complex s = {re[i], im[i]};
     MATRIX_UNROLL
-    for (Index t = 0; t < kColumns; ++t) s = subtract(s, multiply(a(i, step * t), factors[t]));
+    for (Index t = 0; t < kColumns; ++t) s = subtract(s, multiply(a(i, t), factors[t]));
     re[i] = s.re;
     im[i] = s.im;
   }
@@ -98,20 +115,16 @@ void forward(Index n, const ConstComplexView& l, const ComplexView& x) {
   for (Index k = 0; k < n; k += kColumns) {
     const Index end = smaller(k + kColumns, n);
     for (Index t = k; t < end; ++t)
-      for (Index i = t + 1; i < end; ++i) subtract_product(x, i, l(i, t), x[t]);
-    if (end < n) subtract_columns<1>(n - end, l.from(end, k), x + k, x.re + end, x.im + end);
+      for (Index i = t + 1; i < end; ++i) x.set(i, subtract(x[i], multiply(l(i, t), x[t])));
+    if (end < n) subtract_columns(n - end, l.from(end, k), x + k, x.re + end, x.im + end);
   }
 }
 
 void backward(Index n, const ConstComplexView& u, const ComplexView& x) {
-  for (Index end = n; end > 0; end -= kColumns) {
-    const Index k = larger(end - kColumns, 0);
-    for (Index t = end - 1; t >= k; --t) {
-      const Complex xt = divide(x[t], u(t, t));
-      x.set(t, xt);
-      for (Index i = k; i < t; ++i) subtract_product(x, i, u(i, t), xt);
-    }
-    if (k > 0) subtract_columns<-1>(k, u.column(end - 1), x + (end - 1), x.re, x.im);
+  for (Index i = n - 1; i >= 0; --i) {
+    Complex s = x[i];
+    for (Index j = i + 1; j < n; ++j) s = subtract(s, multiply(u(i, j), x[j]));
+    x.set(i, divide(s, u(i, i)));
   }
 }
 

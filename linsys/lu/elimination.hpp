@@ -3,9 +3,9 @@
 // Right-looking elimination with implicitly scaled partial pivoting. Large matrices are taken in
 // panels: a panel of columns is eliminated by splitting it in two, then the rows of U beside it are
 // completed, then its product is taken off the rest. Every element sees the operations of
-// elimination one column at a time, in their order, and every decision the same values. Only where
-// several failures are due within one panel (say a singular pivot and an overflow further right)
-// may another one of them be the first to be met.
+// elimination one column at a time, in their order, and every decision the same values. Where
+// several failures are due (say a singular pivot and an overflow further right), another one of
+// them may be the first to be met: factor_copy asks the plain algorithm.
 //   cost     2 n^3 / 3 flops (complex: four times that)
 //   source   Wilkinson, The Algebraic Eigenvalue Problem (1965), for the scaled pivoting;
 //            Toledo, Locality of reference in LU decomposition with partial pivoting,

@@ -2,8 +2,8 @@
 //
 //   forward  x_i = b_i - L(i,first) x_first - ... - L(i,i-1) x_(i-1), one product after the other,
 //            in ascending order; b_first is the first element that is not zero
-//   back     x_i = (x_i - U(i,n-1) x_(n-1) - ... - U(i,i+1) x_(i+1)) / U(i,i), one product after
-//            the other, in descending order: the order in which the columns of U are passed
+//   back     x_i = (x_i - U(i,i+1) x_(i+1) - ... - U(i,n-1) x_(n-1)) / U(i,i), one product after
+//            the other, in ascending order
 #pragma once
 
 #include "pack/host_interface.hpp"

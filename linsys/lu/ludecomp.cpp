@@ -3,7 +3,9 @@
 #include <limits>
 
 #include "linsys/lu/elimination.hpp"
+#include "linsys/lu/plain_failure.hpp"
 #include "pack/checks.hpp"
+#include "pack/frame/fast_path.hpp"
 #include "pack/frame/faults.hpp"
 #include "pack/matrix_views.hpp"
 #include "pack/memory.hpp"
@@ -61,6 +63,15 @@ const char* cludecomp(aMatrix* a, double* pivots, double* sign, bool relative_te
   if (message == nullptr && pivots != nullptr)
     for (Index k = 0; k < a->rows; ++k) pivots[k] += 1.0;
   return message;
+}
+
+const char* factor_copy(const aMatrix* m, aMatrix* lu, bool complex, double* pivots,
+                        bool relative_test) {
+  double sign;
+  return fast_or_plain(
+      kSingularMatrix,
+      [&] { return (complex ? cludecomp : ludecomp)(lu, pivots, &sign, relative_test); },
+      [&] { return factor_plainly(m, lu, complex, pivots, relative_test); });
 }
 
 }  // namespace matrix_pack

@@ -13,12 +13,17 @@ namespace matrix_pack {
 //   relative_test   also refuses a pivot below 2^-52 times the growth of the elimination
 //   returns  null, "PPnullPtr" (no real array), "invalid dimension", "must be square",
 //            "out of memory", or "singular matrix" for a zero row, a zero pivot, or one refused
-// Of equal pivot candidates the last row wins: documented.
+// Of equal pivot candidates the last row wins: documented. On failure pivots may hold anything.
 const char* ludecomp(aMatrix* a, double* pivots, double* sign, bool relative_test);
 
 // The same for a complex matrix, an absent part array standing for zeros. Three differences are
 // deliberate: the pivots are counted from 1, the first of equal candidates wins, and the relative
 // test compares with 2^-104. Throws SE_FPEOverflow_Exception when a modulus exceeds 1e307.
 const char* cludecomp(aMatrix* a, double* pivots, double* sign, bool relative_test);
+
+// The factors of m in `lu`, a copy of it, by cludecomp if `complex`, else by ludecomp. They tell
+// the first failure that they meet; here it is the one that is due first, as by plain elimination.
+const char* factor_copy(const aMatrix* m, aMatrix* lu, bool complex, double* pivots,
+                        bool relative_test);
 
 }  // namespace matrix_pack

@@ -1,5 +1,6 @@
 #include "linsys/lu/substitution_kernels.hpp"
 
+#include "linsys/lu/column_groups.hpp"
 #include "pack/numeric/lanes/runs.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
@@ -40,33 +41,46 @@ void solve_lower(Index n, ConstRealView l, Index cols, RealView x) {
   }
 }
 
-void solve_upper(Index n, ConstRealView u, Index cols, RealView x) {
-  for (Index j = 0; j < cols; j += kLanes) {
-    double rows[kTriangle][kLanes];
-    gather(n, cols - j, x.from(0, j), rows);
-    for (Index t = n - 1; t >= 0; --t) {
-      const Row xt = quotient(load<Row>(rows[t]), u(t, t));
-      store(rows[t], xt);
-      for (Index i = 0; i < t; ++i) subtract_multiple(rows[i], u(i, t), xt);
-    }
-    scatter(n, cols - j, rows, x.from(0, j));
+// G vectors of columns side by side, row after row in `work`; lanes left over are filled as above.
+// Each row waits for the one below it: the columns are what goes on at the same time.
+template <int G>
+void solve_upper_group(Index n, ConstRealView u, Index cols, RealView x, double* work) {
+  constexpr Index kGroup = G * kWidth;
+  for (Index q = 0; q < kGroup; ++q) {
+    const double* const column = x.column(smaller(q, cols - 1));
+    for (Index i = 0; i < n; ++i) work[i * kGroup + q] = column[i];
+  }
+  for (Index i = n - 1; i >= 0; --i) {
+    using R = Run<kGroup>;
+    double* const row = work + i * kGroup;
+    R s = load<R>(row);
+    for (Index j = i + 1; j < n; ++j) s = minus_multiple(s, load<R>(work + j * kGroup), u(i, j));
+    store(row, quotient(s, u(i, i)));
+  }
+  for (Index q = 0; q < smaller(kGroup, cols); ++q) {
+    double* const column = x.column(q);
+    for (Index i = 0; i < n; ++i) column[i] = work[i * kGroup + q];
   }
 }
 
-// --- One right-hand side: eight columns of the triangle at a time. ---
+void solve_upper(Index n, ConstRealView u, Index cols, RealView x, double* work) {
+  over_groups<8>(cols, [=]<int G>(Index j, Vectors<G>) {
+    solve_upper_group<G>(n, u, cols - j, x.from(0, j), work);
+  });
+}
+
+// --- One right-hand side: forward, eight columns of the triangle at a time. ---
 
 constexpr Index kColumns = 8;
 
-// y := ((y - a_0 x_0) - a_1 x_1) - ... for eight columns of A, taken from left to right, or from
-// right to left with step = -1.
-template <int step>
+// y := ((y - a_0 x_0) - a_1 x_1) - ... for eight columns of A.
 void subtract_columns(Index m, ConstRealView a, const double* x, double* __restrict y) {
   double factors[kColumns];
-  for (Index t = 0; t < kColumns; ++t) factors[t] = x[step * t];
+  for (Index t = 0; t < kColumns; ++t) factors[t] = x[t];
   for (Index i = 0; i < m; ++i) {
     double s = y[i];
     MATRIX_UNROLL
-    for (Index t = 0; t < kColumns; ++t) s -= a(i, step * t) * factors[t];
+    for (Index t = 0; t < kColumns; ++t) s -= a(i, t) * factors[t];
     y[i] = s;
   }
 }
@@ -76,18 +90,16 @@ void forward(Index n, ConstRealView l, double* x) {
     const Index end = smaller(k + kColumns, n);
     for (Index t = k; t < end; ++t)
       for (Index i = t + 1; i < end; ++i) x[i] -= l(i, t) * x[t];
-    if (end < n) subtract_columns<1>(n - end, l.from(end, k), x + k, x + end);
+    if (end < n) subtract_columns(n - end, l.from(end, k), x + k, x + end);
   }
 }
 
+// Row by row: each one waits for the one below it.
 void backward(Index n, ConstRealView u, double* x) {
-  for (Index end = n; end > 0; end -= kColumns) {
-    const Index k = larger(end - kColumns, 0);
-    for (Index t = end - 1; t >= k; --t) {
-      x[t] = x[t] / u(t, t);
-      for (Index i = k; i < t; ++i) x[i] -= u(i, t) * x[t];
-    }
-    if (k > 0) subtract_columns<-1>(k, u.from(0, end - 1), x + end - 1, x);
+  for (Index i = n - 1; i >= 0; --i) {
+    double s = x[i];
+    for (Index j = i + 1; j < n; ++j) s -= u(i, j) * x[j];
+    x[i] = s / u(i, i);
   }
 }
 

@@ -6,18 +6,24 @@
 
 namespace matrix_pack {
 
-// The largest triangle that solve_lower and solve_upper take.
+// The largest triangle that solve_lower takes.
 inline constexpr Index kTriangle = 16;
+
+// Doubles of work that solve_upper needs for a triangle of order n, real or complex.
+constexpr Index upper_work(Index n) {
+  return 64 * n;
+}
 
 struct SubstitutionKernels {
   // X := L^-1 X for the unit lower triangle of the n x n array l; X is n x cols. Element x_i sees
   //   ((x_i - l(i,0) x_0) - l(i,1) x_1) - ... - l(i,i-1) x_(i-1).
   void (*solve_lower)(Index n, ConstRealView l, Index cols, RealView x);
-  // X := U^-1 X for the upper triangle of u. Element x_i sees
-  //   (((x_i - u(i,n-1) x_(n-1)) - u(i,n-2) x_(n-2)) - ... - u(i,i+1) x_(i+1)) / u(i,i).
-  void (*solve_upper)(Index n, ConstRealView u, Index cols, RealView x);
+  // X := U^-1 X for the upper triangle of u, of any order. Element x_i sees
+  //   (((x_i - u(i,i+1) x_(i+1)) - u(i,i+2) x_(i+2)) - ... - u(i,n-1) x_(n-1)) / u(i,i).
+  // (The first product needs x_(i+1) whole: rows cannot be taken together, columns of X can.)
+  void (*solve_upper)(Index n, ConstRealView u, Index cols, RealView x, double* work);
 
-  // The same two for one right-hand side and any n.
+  // The same two for one right-hand side and any order.
   void (*forward)(Index n, ConstRealView l, double* x);
   void (*backward)(Index n, ConstRealView u, double* x);
 
@@ -29,7 +35,8 @@ MATRIX_SELECT_KERNELS(SubstitutionKernels, substitution_kernels)
 // The same for complex matrices; divisions are Smith's.
 struct ComplexSubstitutionKernels {
   void (*solve_lower)(Index n, const ConstComplexView& l, Index cols, const ComplexView& x);
-  void (*solve_upper)(Index n, const ConstComplexView& u, Index cols, const ComplexView& x);
+  void (*solve_upper)(Index n, const ConstComplexView& u, Index cols, const ComplexView& x,
+                      double* work);
   void (*forward)(Index n, const ConstComplexView& l, const ComplexView& x);
   void (*backward)(Index n, const ConstComplexView& u, const ComplexView& x);
 };

@@ -1,9 +1,8 @@
-// Triangular systems with many right-hand sides, in place: X := L^-1 X and X := U^-1 X.
+// A triangular system with many right-hand sides, in place: X := L^-1 X.
 //
 // Split in two until the triangle is small; the rest is one matrix product. Each element of X sees
-// the operations of forward (backward) substitution by columns, in their order.
-//   l, u     n x n; of l the strict lower triangle is used, its diagonal being 1, of u the upper
-//            triangle
+// the operations of forward substitution by columns, in their order.
+//   l        n x n; the strict lower triangle is used, its diagonal being 1
 //   x        n x cols
 //   cost     n^2 cols flops
 #pragma once
@@ -33,18 +32,6 @@ void solve_lower(Index n, View l, Index cols, View x) {
   // lower rows := lower rows - (lower left block of L) * upper rows
   subtract_product(n - h, cols, h, l.from(h, 0), x, 1, x.from(h, 0));
   solve_lower(n - h, l.from(h, h), cols, x.from(h, 0));
-}
-
-template <class View>
-void solve_upper(Index n, View u, Index cols, View x) {
-  if (n <= kTriangle) return substitution_kernels_for(x).solve_upper(n, u, cols, x);
-  const Index h = first_half(n);
-  solve_upper(n - h, u.from(h, h), cols, x.from(h, 0));
-  // upper rows := upper rows - (upper right block of U) * lower rows, from the last of these up
-  View last_column = u.from(0, n - 1);
-  last_column.ld = -u.ld;
-  subtract_product(h, cols, n - h, last_column, x.from(n - 1, 0), -1, x);
-  solve_upper(h, u, cols, x);
 }
 
 }  // namespace matrix_pack

@@ -1,5 +1,6 @@
 // Stretches of floating-point arithmetic, entered on construction and left on destruction: FpKeeper
-// leaves the environment as it was found, FpScope also sets up guarded arithmetic.
+// leaves the environment as it was found, FpScope also sets up guarded arithmetic. FpState is the
+// environment as it was at a point to which a computation may have to go back.
 #pragma once
 
 #include "pack/frame/fault_mode.hpp"
@@ -10,12 +11,10 @@ namespace matrix_pack {
 
 #if MATRIX_HAS_MXCSR
 
-// Puts the control word and the status flags back as they were.
-struct FpKeeper {
-  FpKeeper() : saved(_mm_getcsr()) {}
-  ~FpKeeper() { _mm_setcsr(saved); }
-  FpKeeper(const FpKeeper&) = delete;
-  FpKeeper& operator=(const FpKeeper&) = delete;
+// The control word and the status flags.
+struct FpState {
+  FpState() : saved(_mm_getcsr()) {}
+  void restore() const { _mm_setcsr(saved); }
 
   std::uint32_t saved;
 };
@@ -51,11 +50,9 @@ inline std::uint32_t pending_fault() {
 
 #else
 
-struct FpKeeper {
-  FpKeeper() { std::fegetenv(&saved); }
-  ~FpKeeper() { std::fesetenv(&saved); }
-  FpKeeper(const FpKeeper&) = delete;
-  FpKeeper& operator=(const FpKeeper&) = delete;
+struct FpState {
+  FpState() { std::fegetenv(&saved); }
+  void restore() const { std::fesetenv(&saved); }
 
   std::fenv_t saved;
 };
@@ -81,5 +78,15 @@ inline std::uint32_t pending_fault() {
 }
 
 #endif
+
+// Puts the environment back as it was.
+struct FpKeeper {
+  FpKeeper() = default;
+  ~FpKeeper() { state.restore(); }
+  FpKeeper(const FpKeeper&) = delete;
+  FpKeeper& operator=(const FpKeeper&) = delete;
+
+  FpState state;
+};
 
 }  // namespace matrix_pack

@@ -52,7 +52,8 @@ answers 7.07107 \
   "$prefix/bin/worksheet" --pack by_cmake/examples/minimal_pack/libminimal_pack.so -e 'rms([6; 8])'
 "$prefix/bin/packcheck" --depth brief by_cmake/examples/minimal_pack/libminimal_pack.so >>log ||
   { cat log >&2; fail 'the pack of the example breaks a rule'; }
-# The program finds the pack that was installed with it.
+# The program finds the units and the pack that were installed with it.
+answers '1 Hz' "$prefix/bin/worksheet" -e '60{rpm} in {Hz}'
 answers 1 \
   env WORKSHEET_CATALOGUE="$scratch/none" "$prefix/bin/worksheet" -e 'rank([1, 2; 2, 4])'
 

@@ -24,7 +24,8 @@ using plain::Square;
 using test::random_dense;
 
 // Orders around the widths of vectors, blocks of columns and rows, and windows.
-constexpr int kOrders[] = {1, 2, 3, 4, 5, 7, 8, 9, 12, 17, 31, 33, 64, 67, 129, 150};
+const std::vector<int> kOrders =
+    test::orders({1, 2, 3, 4, 5, 7, 8, 9, 12, 17, 31, 33, 64, 67, 129, 150});
 
 Square random_square(int n, unsigned seed) {
   return {n, random_dense(n, n, seed).a};
@@ -94,6 +95,12 @@ TEST_P(EigenKernels, EliminationIsThatOfThePlainLoops) {
       EXPECT_EQ(pivots.a, expected_pivots.a);
     }
   }
+  // A multiplier that underflows still takes part: 0 times infinity.
+  Square a = {3, {1, 1e300, 1e-300, 1, HUGE_VAL, 1, 1, 1, 1}};
+  double pivots[3];
+  std::ptrdiff_t runs[4];
+  eliminate_to_hessenberg({a.a.data(), 3}, {3, 0, 2, 0, nullptr}, {pivots, runs});
+  EXPECT_TRUE(a(2, 0) == 0.0 && std::isnan(a(2, 1)) && a(2, 2) == 1.0);
 }
 
 TEST_P(EigenKernels, UnitaryReductionIsThatOfThePlainLoops) {

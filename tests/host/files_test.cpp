@@ -6,9 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 
-#include "fmt/format.h"
 #include "tests/host/sheet.hpp"
 
 using namespace test;
@@ -117,44 +115,6 @@ TEST(Files, AConfinedWorksheetStaysBelowItsDirectory) {
   EXPECT_TRUE(files.output_lost());
   files.directory = root + "/sub";  // Of a worksheet inside.
   EXPECT_EQ(sheet.brief("read(\"in.csv\")"), "[2]");
-}
-
-// --- Output ---
-
-struct Command {
-  const char* line;  // For the shell; $W is the program.
-  const char* said;  // On standard output or standard error.
-  int status = 2;
-};
-
-TEST(Files, NoOutputIsLostInSilence) {
-  const Directory directory;
-  directory.write("s.ws", "plot(\"p.svg\", [1, 2])\n1\n");
-  const std::string idle = directory.write("gnuplot", "#!/bin/sh\nexit 0\n");
-  fs::permissions(idle, fs::perms::owner_all);
-  const Command commands[] = {
-      {"$W -e 1 >/dev/full", "standard output: No space left on device"},
-      {"$W --json -e 1 >/dev/full", "standard output: No space left on device"},
-      {"$W --functions >/dev/full", "standard output: No space left on device"},
-      {"$W --help >/dev/full", "standard output: No space left on device"},
-      {"$W -e 1 >&-", "standard output: Bad file descriptor"},
-      {"{ $W --functions --json; echo $? >st; } | :; exit $(cat st)", "output: Broken pipe"},
-      {"$W - <&-", "standard input: cannot be read: Bad file descriptor"},
-      {"$W --html r.html s.ws >/dev/full", "standard output: No space left on device"},
-      {"grep -q '</html>' r.html && echo whole", "whole", 0},
-      {"ulimit -f 10; $W --html r.html -e 1", "r.html: cannot be written: File too large"},
-      {"ulimit -f 10; $W s.ws", "p.svg cannot be written: File too large"},
-      {"PATH=.:$PATH $W s.ws", "gnuplot ended without a whole picture", 1},
-  };
-  for (const Command& command : commands) {
-    const std::string line =
-        fmt::format("cd '{}'; export WORKSHEET_CATALOGUE=none; W='{}'; {{ {} ; }} >out 2>err",
-                    directory.path("."), WORKSHEET_PROGRAM, command.line);
-    const int status = std::system(line.c_str());
-    EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, command.status) << command.line;
-    const std::string printed = directory.read("out") + directory.read("err");
-    EXPECT_NE(printed.find(command.said), std::string::npos) << command.line << "\n" << printed;
-  }
 }
 
 }  // namespace

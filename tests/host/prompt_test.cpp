@@ -143,6 +143,12 @@ TEST(Prompt, CtrlCGivesUpALineOrAnEvaluation) {
   terminal.type(kCtrlC);
   ASSERT_TRUE(terminal.shows("error: interrupted")) << terminal.seen();
   ASSERT_TRUE(terminal.asks());
+  // The pack's own work is left at once, too.
+  terminal.type("svd(identity(2000) + 1)\r");
+  ASSERT_TRUE(terminal.shows("+ 1)\r\n"));
+  terminal.type(kCtrlC);
+  ASSERT_TRUE(terminal.shows("error: interrupted")) << terminal.seen();
+  ASSERT_TRUE(terminal.asks());
   terminal.type("g(7, 1) + 1\r");
   EXPECT_TRUE(terminal.shows("\n8")) << "the session is as it was: " << terminal.seen();
   ASSERT_TRUE(terminal.asks());

@@ -1,7 +1,11 @@
 // Units: reading them, calculating with them, and the unit rules of the pack's rows.
+#include <fstream>
+
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
+#include "host/packs/unit_list.hpp"
 #include "host/packs/unit_rule.hpp"
+#include "host/text/text.hpp"
 #include "tests/host/sheet.hpp"
 
 using namespace test;
@@ -28,7 +32,11 @@ TEST_F(Units, AreReadAndWritten) {
 TEST_F(Units, WhatIsNoneIsRefusedWithItsPlace) {
   const std::tuple<const char*, std::size_t, const char*> cases[] = {
       {"foo", 0, "unknown unit: foo"},
-      {"kN/KN", 3, "unknown unit: KN"},
+      {"kN/KN", 3, "unknown unit: KN; did you mean kN or kn?"},
+      {"Mpa", 0, "unknown unit: Mpa; did you mean MPa or mPa?"},
+      {"kNm", 0, "unknown unit: kNm; did you mean kN m?"},
+      {"m g0^2/kt", 7, "kt may be a knot or 1000 t; write kn or kilotonne"},
+      {"m/s0", 2, "the power 0 leaves no unit"},
       {"", 0, "expected a unit"},
       {"m/", 2, "expected a unit"},
       {"5 m", 0, "expected a unit"},
@@ -39,7 +47,8 @@ TEST_F(Units, WhatIsNoneIsRefusedWithItsPlace) {
       {"km^1000", 7, "this unit is too large a power"},
       {"(m", 2, "expected ')' in a unit"},
       {"m)", 1, "unexpected text in a unit"},
-      {"degC", 0, "degC has an offset or a logarithmic scale; use a unit without"},
+      {"degC", 0,
+       "degC has a zero of its own; use K, or delta_degC and delta_degF for differences"},
   };
   for (const auto& [text, offset, message] : cases) {
     try {
@@ -65,8 +74,8 @@ TEST_F(Units, CombineInArithmetic) {
       {"2{A} * 3{Ohm}", "6 {V}"},
       {"2{kN} * 3{m}", "6 {kN m}"},
       {"2{m} * 3{1/m}", "6"},
-      {"3{%} * 5{kN}", "0.15 {kN}"},
-      {"6{kN} / (2{m})^2", "1.5 {kN/m^2}"},
+      {"3{%} * 5{kN}", "150 {N}"},
+      {"6{kN} / (2{m})^2", "1.5 {kPa}"},
       {"9{m^2}^(1/2)", "3 {m}"},
       {"2{m}^0.123", "error: no such power of m (0, 0)"},
       {"2^(3{m})", "error: an exponent must be plain; it has m (0, 0)"},
@@ -97,7 +106,7 @@ TEST_F(Units, CombineInArithmetic) {
       {"[1{m}, 2]", "error: the elements of a matrix have one unit, not m and no unit (0, 0)"},
       {"[1{m}, \"t\"]", "error: the elements of a nested array have no units (0, 0)"},
       {"[[1], 2]{m}", "error: a matrix takes no unit (0, 0)"},
-      {"[1, 2]{m} * [3; 4]{N}", "[11] {m N}"},
+      {"[1, 2]{m} * [3; 4]{N}", "[11] {N m}"},
       {"sqrt(4{m^2})", "2 {m}"},
       {"sqrt(4{m})", "2 {m^(1/2)}"},
       {"abs(sin(30{deg}) - 0.5) < 1e-15", "1"},
@@ -115,6 +124,169 @@ TEST_F(Units, AreShownToPeopleAndPrograms) {
   EXPECT_EQ(sheet.shown("(1 + 2i){V}"), "(1 + 2i) V\n");
   EXPECT_EQ(sheet.shown("A = [1, 2]{kN/m}"), "A = 1 x 2 matrix in kN/m\n  1  2\n");
   EXPECT_EQ(sheet.value("3{kN/m}").dump(), R"({"kind":"scalar","re":3.0,"im":0.0,"unit":"kN/m"})");
+}
+
+// Zeros, angles, 1 x 1 matrices, and units in which results read well.
+TEST_F(Units, MeanWhatTheySay) {
+  sheet.run("r = [3; 4]{m}");
+  expect({
+      {"[4{m}, 0; 0, 4{mm}]", "[4 0; 0 0.004] {m}"},
+      {"[0, 0; 0, 4{mm}]", "[0 0; 0 4] {mm}"},
+      {"0 + 3{kN} - 0", "3 {kN}"},
+      {"[0, 0] + [1, 2]{kN}", "[1 2] {kN}"},
+      {"3{kN} > 0", "1"},
+      {"3{kN} > 0*(1/0)", "error: '>' needs values of one unit: kN and no unit (0, 0)"},
+      {"0 in {mm}", "0 {mm}"},
+      {"mod(0, 2{m})", "0 {m}"},
+      {"stack([0, 0], [1, 2]{m})", "[0 0; 1 2] {m}"},
+      {"augment([1]{m}, [0])", "[1 0] {m}"},
+      {"(r'*r)*r", "[75; 100] {m^3}"},
+      {"[1, 2; 3, 4] + r'*r/1{m^2}", "[26 27; 28 29]"},
+      {"r/(r'*r)", "[0.12; 0.16] {1/m}"},
+      {"2^([1]*[2])", "[4]"},
+      {"[2]^2", "[4]"},
+      {"if([0]*[1], 1, 2)", "2"},
+      {"r[[1]*[1]]", "4 {m}"},
+      {"[1, 2]*[1, 2]",
+       "error: cannot multiply 1 x 2 by 1 x 2: the columns of the first are not as many "
+       "as the rows of the second (0, 0)"},
+      {"60{rpm} in {Hz}", "1 {Hz}"},
+      {"1{Hz} + 60{rpm}", "2 {Hz}"},
+      {"1{rad/s} in {Hz}",
+       "error: rad/s cannot be shown in Hz; rad/s has an angle: divide by 1{turn} if "
+       "turns are counted, by 1{rad} if radians are (0, 0)"},
+      {"1{1/s} > 1{rpm}",
+       "error: '>' needs values of one unit: 1/s and rpm; rpm has an angle: divide by "
+       "1{turn} if turns are counted, by 1{rad} if radians are (0, 0)"},
+      {"360{deg/s}/1{turn} in {Hz}", "1 {Hz}"},
+      {"1{lm} in {cd}", "error: lm cannot be shown in cd; lm has an angle: divide by 1{sr} (0, 0)"},
+      {"100{rad/s}*2{m}", "200 {m/s}"},
+      {"100{rad/s}*2{s} + 1", "201 {rad}"},
+      {"60{rpm}*10{N m}/pi", "20 {W}"},
+      {"20{N m/rad}*0.5{rad} - 1{N m}", "9 {N m}"},
+      {"30{deg} + 45", "error: '+' needs values of one unit: deg and no unit (0, 0)"},
+      {"5{%} in {deg}", "error: % cannot be shown in deg (0, 0)"},
+      {"180{deg} in {rad} in {turn}", "0.5 {turn}"},
+      {"1{g0}*2{kg} in {N}", "19.6133 {N}"},
+      {"10{V}/2{kOhm}", "5 {mA}"},
+      {"-[1, 2000]{V}/2{kOhm}", "[-0.0005 -1] {A}"},
+      {"0{V}/2{kOhm}", "0 {A}"},
+      {"1e-30{V}/2{kOhm}", "5e-22 {pA}"},
+      {"999.9999999999{V}*1{A}", "0.9999999999999 {kW}"},
+      {"5{V}/2{kOhm} in {A}", "0.0025 {A}"},
+      {"x = 5{V}/2{kOhm}\nx + 1{A}", "1.0025 {A}"},
+      {"200{GPa}*8000{cm^4}", "16000 {kN m^2}"},
+      {"3{MPa}*2{cm^3}", "6 {N m}"},
+      {"200{GPa}*8000{cm^4}/(4{m})^3", "250 {kN/m}"},
+      {"6{J}/2{m^2}", "3 {J/m^2}"},
+      {"5{N}*3{mm}", "15 {N mm}"},
+      {"0.5*4{kg}*(3{m/s})^2", "18 {J}"},
+      {"2{kW}*3{h}", "6 {kWh}"},
+      {"2{watt}*3{h}", "21.6 {kJ}"},
+      {"1/1{kOhm}", "1 {mS}"},
+      {"1/20{Hz}", "50 {ms}"},
+      {"2000{kg/m^3}*3{m^3}", "6000 {kg}"},
+      {"4{kN}/2{in^2}", "2 {kN/in^2}"},
+  });
+}
+
+// The lines of a file without those that begin with '#'.
+std::vector<std::string> lines_of(const std::string& path) {
+  std::ifstream file(MATRIX_SOURCE_DIR "/" + path);
+  EXPECT_TRUE(file) << path;
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(file, line);)
+    if (!line.starts_with("# ")) lines.push_back(line);
+  return lines;
+}
+
+TEST_F(Units, ConvertByTheirDefinitions) {
+  int count = 0;
+  for (const std::string& line : lines_of("tests/data/conversions.csv")) {
+    const std::size_t first = line.find(','), second = line.find(',', first + 1);
+    const std::string from = line.substr(0, first);
+    const std::string to = line.substr(first + 1, second - first - 1);
+    if (from == "from") continue;
+    const double exact = std::stod(line.substr(second + 1));
+    for (const bool back : {false, true}) {
+      const auto factor =
+          worksheet::conversion(parse_unit(back ? to : from), parse_unit(back ? from : to));
+      ASSERT_TRUE(factor) << line;
+      EXPECT_NEAR((back ? 1 / *factor : *factor) / exact, 1.0, 1e-12) << line;
+    }
+    ++count;
+  }
+  EXPECT_GE(count, 150);
+}
+
+// A unit of the list in docs/units.md.
+struct ListedUnit {
+  std::string kind;
+  std::vector<std::string> names;
+  std::string value;
+};
+
+std::vector<ListedUnit> listed_units() {
+  std::vector<ListedUnit> units;
+  std::string kind;
+  for (const std::string& line : lines_of("docs/units.md")) {
+    if (line.starts_with("### ")) kind = line.substr(4);
+    if (kind.empty() || !line.starts_with("| ") || line.starts_with("| symbol")) continue;
+    ListedUnit unit = {kind, {}, ""};
+    std::size_t end = line.rfind('|', line.size() - 2);
+    const std::size_t start = line.rfind('|', end - 1) + 1;
+    unit.value = worksheet::trimmed(line.substr(start, end - start));
+    for (std::size_t at = line.find('`'); at < start; at = line.find('`', end + 1)) {
+      end = line.find('`', at + 1);
+      unit.names.push_back(line.substr(at + 1, end - at - 1));
+    }
+    if (unit.value != "has a zero of its own") units.push_back(unit);
+  }
+  return units;
+}
+
+const Unit* unit_of_kind(const std::string& kind) {
+  const std::size_t at = kind.rfind(" in ");
+  return at == std::string::npos ? nullptr : parse_unit(kind.substr(at + 4));
+}
+
+TEST_F(Units, AreListedWithTheirValues) {
+  std::string text;
+  for (const std::string& line : lines_of("docs/units.md")) text += line + "\n";
+  const std::string list = worksheet::unit_list(true);
+  if (!text.ends_with(list)) std::ofstream("units.md") << list;
+  ASSERT_TRUE(text.ends_with(list))
+      << "the list of units in docs/units.md should be that of units.md, here";
+  const std::vector<ListedUnit> units = listed_units();
+  EXPECT_GE(units.size(), 200u);
+  for (const ListedUnit& unit : units)
+    for (const std::string& name : unit.names) {
+      const auto there = worksheet::conversion(parse_unit(name), unit_of_kind(unit.kind));
+      const auto back = worksheet::conversion(unit_of_kind(unit.kind), parse_unit(name));
+      ASSERT_TRUE(there && back) << name;
+      EXPECT_NEAR(*there / std::stod(unit.value), 1.0, 1e-14) << name;
+      EXPECT_NEAR(*there * *back, 1.0, 1e-15) << name;
+    }
+}
+
+// Conversion works exactly within a kind: each has a dimension of its own, but for these two, and
+// for what counts turns.
+TEST_F(Units, ConvertWithinTheirKindOnly) {
+  const std::vector<ListedUnit> units = listed_units();
+  const auto is = [](const ListedUnit& unit, std::initializer_list<const char*> names) {
+    return std::find(names.begin(), names.end(), unit.names.front()) != names.end();
+  };
+  for (const ListedUnit& a : units)
+    for (const ListedUnit& b : units) {
+      const bool of_surfaces = (a.kind == "Force per length, in N/m" && is(b, {"langley"})) ||
+                               (b.kind == "Force per length, in N/m" && is(a, {"langley"}));
+      const bool of_turns =
+          (is(a, {"Hz"}) && is(b, {"rpm", "rps"})) || (is(b, {"Hz"}) && is(a, {"rpm", "rps"}));
+      const auto factor =
+          worksheet::conversion(parse_unit(a.names.front()), parse_unit(b.names.front()));
+      EXPECT_EQ(factor.has_value(), a.kind == b.kind || of_surfaces || of_turns)
+          << a.names.front() << " to " << b.names.front();
+    }
 }
 
 // For every row: arguments with units and the unit of the result, or the refusal; then arguments
@@ -160,7 +332,7 @@ const RowCase kRows[] = {
     {"genvals", "S{N/m}, S{kg}", "1/s^2", nullptr, nullptr},
     {"genvecs", "S{N/m}, S{kg}", "no unit", nullptr, nullptr},
     {"geninv", "S{m}", "1/m", nullptr, nullptr},
-    {"lsolve", "S{N/m}, v{N}", "m", nullptr, nullptr},
+    {"lsolve", "S{N/m}, v{N}", "mm", nullptr, nullptr},
     {"lu", "S", "no unit", "S{m}", "takes plain numbers: argument 1 has m"},
     {"norm1", "S{m}", "m", nullptr, nullptr},
     {"norm2", "S{m}", "m", nullptr, nullptr},
@@ -194,7 +366,7 @@ TEST_F(UnitRules, ConvertNumbers) {
 }
 
 TEST_F(UnitRules, WhatMakesNoSenseIsRefused) {
-  const Unit* const units[] = {parse_unit("m"), nullptr};
+  const worksheet::UnitArgument units[] = {{parse_unit("m")}, {}};
   for (const char* rule :
        {"", "(", "(%lambda (a b) (-EqDims a b)", "(%lambda (a) (-EqDims a))",
         "(%lambda (a b) (-EqDims c))", "(%lambda (a b) (-NoCheck a))", "(%lambda (a b) a)",

@@ -65,6 +65,12 @@ TEST_F(Lu, EveryMessageMarkAndArgument) {
     expect_error(lsolve(c, singular, v), "singular matrix", 0, 0);
   }
   expect_error(lu(c, host.imaginary({{1, 2}, {2, 4}})), "singular matrix", 0, 0);
+  // The parts count, not the modulus, which underflows.
+  aMatrix* const tiny = host.complex_matrix({{{1e-170, 1e-170}}});
+  EXPECT_EQ(re(factors(tiny).u, 0, 0), 1e-170);
+  aMatrix* inverse = nullptr;
+  ASSERT_EQ(::cinv(c, tiny, &inverse, true), nullptr);
+  EXPECT_EQ(re(inverse, 0, 0), 5e169);
   expect_error(lu(c, overflowing), "overflow", 0, 0);
   expect_error(::inv(c, static_cast<Anyval*>(overflowing)), "overflow", 0, 0);
   expect_error(lsolve(c, overflowing, host.column({1})), "overflow", 0, 0);

@@ -62,6 +62,9 @@ class CallCorpus {
                                      {"real", 3, 1},
                                      {"imaginary", 3, 3},
                                      {"lean", 3, 3},
+                                     {"real_gaps", 3, 3},
+                                     {"complex_gaps", 3, 3},
+                                     {"real_gaps", 3, 2},
                                      {"real", 37, 37},
                                      {"complex", 37, 37}})
       all.push_back({kind, calls::make_matrix(host.store(), kind, m, n)});

@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <numeric>
+#include <vector>
+
 #include "pack/numeric/kernel_sets.hpp"
 
 namespace test {
@@ -18,6 +22,15 @@ class InEveryKernelSet : public ::testing::TestWithParam<matrix_pack::KernelSet>
  private:
   const matrix_pack::KernelSet usual_ = matrix_pack::kernel_set();
 };
+
+// Orders of matrices for comparisons with plain loops: the usual ones, or, with MATRIX_EVERY_ORDER
+// in the environment, all from 1 to 300.
+inline std::vector<int> orders(std::vector<int> usual) {
+  if (std::getenv("MATRIX_EVERY_ORDER") == nullptr) return usual;
+  usual.resize(300);
+  std::iota(usual.begin(), usual.end(), 1);
+  return usual;
+}
 
 }  // namespace test
 

@@ -5,13 +5,13 @@
 //   tr, norme, submatrix   divide nothing. The bounds of submatrix are compared before they are
 //                subtracted, so that nothing overflows; a NaN fails the first comparison
 //   normi        divides only by the larger of two parts, which is not zero
-//   inv, conde, condi   divide by pivots, and a pivot of zero is "singular matrix"; complex
-//                quotients divide by the larger part of the divisor
+//   inv, conde, condi of real matrices   divide by pivots, and a pivot of zero is "singular matrix"
 //   eigenvals    divides only by what a test has found not to be zero, or by sums of magnitudes of
 //                which one is not
 #include <cstring>
 #include <set>
 
+#include "pack/frame/fault_mode.hpp"
 #include "tests/support/call_corpus.hpp"
 
 namespace {
@@ -62,6 +62,8 @@ const Case kCases[] = {
     {"svd", kZeroDivide, {{0, 1e-200}, {0, kDenormal}}},
     {"inv any", kInvalid, {{kInf}}},
     {"inv any", kOverflow, {{kDenormal}}},
+    // The row is not zero, but the moduli of its elements are.
+    {"inv any", kZeroDivide, {{{1e-170, 1e-170}}}, {}, true},
     // Of several rows that fail, the first one counts.
     {"inv any", kSingular, {{0, 0}, {kNan, 1}}},
     {"inv any", kInvalid, {{kNan, 1}, {0, 0}}},
@@ -89,6 +91,10 @@ TEST(FaultWords, OfEveryFaultThatAGuardedFunctionCanMeet) {
     if (c.second.size() != 0) arguments[1] = real_matrix(host, c.second);
     expect_fault(corpus.function(c.function).call(arguments), c.word);
   }
+  // The real parts are added up first. (The flags tell the more severe fault.)
+  expect_fault(corpus.function("tr").call(
+                   {host.complex_matrix({{{1.7e308, kInf}, 0}, {0, {1.7e308, -kInf}}})}),
+               matrix_pack::faults_trap() ? kOverflow : kInvalid);
   // A NaN as a bound, and a NaN that signals: squaring a quiet one is no fault.
   calls::Arguments bounds = corpus.arguments_of("submatrix", host.matrix({{1, 2}, {3, 4}}));
   bounds[2] = host.scalar(kNan);

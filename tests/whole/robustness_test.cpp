@@ -31,6 +31,32 @@ Results all_results() {
   return results;
 }
 
+// Gaps between the columns of an argument change nothing.
+TEST(Robustness, AnyLeadingDimensionGivesTheSameBits) {
+  CallCorpus corpus;
+  const auto outcome = [&](const Anyval* value) {
+    return calls::bits_of(corpus.host.store(), value);
+  };
+  for (const calls::Function& function : corpus.functions)
+    for (const char* name : {"real", "complex", "definite"})
+      for (const auto& [rows, cols] :
+           {std::pair{2, 2}, {5, 5}, {19, 19}, {70, 70}, {5, 3}, {3, 5}}) {
+        if (function.name == "matrix" || function.name.starts_with("identity")) continue;
+        const auto kind =
+            std::ranges::find(arguments::kinds(), std::string_view(name), &arguments::Kind::name);
+        if (kind->square && rows != cols) continue;
+        arguments::Recipe recipe = arguments::recipe(*kind, rows, cols);
+        const auto make = [&] {
+          return static_cast<aMatrix*>(arguments::make(corpus.host.store(), recipe));
+        };
+        calls::Arguments arguments = corpus.arguments_of(function.name, make());
+        const auto expected = outcome(function.call(arguments));
+        recipe.gap = 3;
+        arguments[0] = make();
+        EXPECT_EQ(outcome(function.call(arguments)), expected) << function.name << ' ' << name;
+      }
+}
+
 TEST(Robustness, ThreadsWithContextsOfTheirOwnGetTheSameBits) {
   const Results serial = all_results();
   constexpr int kThreads = 4;

@@ -174,7 +174,7 @@ void check_unit_rules(Session& session) {
     const auto context = context_names(memory, row.context);
     if (!context || !is_host_signature(row.signature)) return;
     const auto arguments = static_cast<std::size_t>(row.signature->argument_count);
-    const std::vector<const worksheet::Unit*> plain(arguments - context->size(), nullptr);
+    const std::vector<worksheet::UnitArgument> plain(arguments - context->size());
     try {
       worksheet::apply_unit_rule(text->c_str(), plain);
     } catch (const worksheet::UnitRuleError& error) {

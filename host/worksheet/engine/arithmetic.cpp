@@ -140,7 +140,7 @@ Value product(Machine& machine, const aMatrix* a, const aMatrix* b, Span span) {
     add(c.need_im(), 1.0, a->re, b->im);
     add(c.im(), 1.0, a->im, b->re);
   }
-  if (machine.interrupted) return machine.fail(span, "interrupted");
+  if (machine.interrupted) return machine.stopped(span);
   return object_value(c.finish(machine.store));
 }
 
@@ -181,10 +181,19 @@ Number power(const Number& a, const Number& b) {
 
 namespace {
 
+// Whether the operator takes two matrices of these shapes.
+bool fit(Operator op, const aMatrix* a, const aMatrix* b) {
+  return op == Operator::multiply ? a->cols == b->rows : op != Operator::power && same_shape(a, b);
+}
+
 Value plain_binary(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
+  if (is_matrix(a) && is_matrix(b) && !fit(op, matrix(a), matrix(b))) {
+    if (is_number(as_number(b))) return plain_binary(machine, op, a, as_number(b), span);
+    if (is_number(as_number(a))) return plain_binary(machine, op, as_number(a), b, span);
+  }
   if (is_text(a) && is_text(b)) return compare_texts(machine, op, a, b, span);
-  if (op == Operator::power && is_matrix(a) && is_number(b))
-    return matrix_power(machine, a, number(b), span);
+  if (op == Operator::power && is_matrix(a) && is_number(as_number(b)))
+    return matrix_power(machine, a, number(as_number(b)), span);
   for (const Value* v : {&a, &b}) {
     if (is_operand(*v)) continue;
     return machine.fail(span, fmt::format("'{}' does not take {}", operator_text(op),
@@ -216,7 +225,7 @@ Value power_with_units(Machine& machine, const Value& a, const Value& b, Span sp
   if (!factor)
     return machine.fail(span,
                         fmt::format("an exponent must be plain; it has {}", unit_text(b.unit)));
-  const Value exponent = with_unit(scaled(machine, b, *factor), nullptr);
+  const Value exponent = with_unit(scaled(machine, as_number(b), *factor), nullptr);
   if (a.unit == nullptr) return plain_binary(machine, Operator::power, a, exponent, span);
   const auto power = is_plain_real(exponent) ? to_rational(exponent.re) : std::nullopt;
   if (!power) return machine.fail(span, fmt::format("no such power of {}", unit_text(a.unit)));
@@ -227,13 +236,15 @@ Value binary_with_units(Machine& machine, Operator op, const Value& a, const Val
   if (op == Operator::multiply) return combined(machine, op, a, b, multiply(a.unit, b.unit), span);
   if (op == Operator::divide) return combined(machine, op, a, b, divide(a.unit, b.unit), span);
   if (op == Operator::power) return power_with_units(machine, a, b, span);
-  const auto factor = conversion(b.unit, a.unit);
+  const Unit* const unit = needs_no_unit(a) ? b.unit : a.unit;
+  const auto factor = needs_no_unit(b) ? 1.0 : common_conversion(b.unit, unit);
   if (!factor)
-    return machine.fail(span, fmt::format("'{}' needs values of one unit: {} and {}",
-                                          operator_text(op), unit_text(a.unit), unit_text(b.unit)));
+    return machine.fail(
+        span, fmt::format("'{}' needs values of one unit: {} and {}{}", operator_text(op),
+                          unit_text(a.unit), unit_text(b.unit), conversion_hint(b.unit, unit)));
   const Value same = with_unit(scaled(machine, b, *factor), nullptr);
   const Value result = plain_binary(machine, op, without_unit(a), same, span);
-  return is_comparison(op) || is_error(result) ? result : with_unit(result, a.unit);
+  return is_comparison(op) || is_error(result) ? result : with_unit(result, unit);
 }
 
 }  // namespace

@@ -102,6 +102,12 @@ Value Machine::wrong_count(Span span, std::string_view function, std::size_t wan
               fmt::format("{} takes {}, not {}", function, counted(wanted, "argument"), given));
 }
 
+Value Machine::stopped(Span span) {
+  return fail(span, interrupted == kOutOfTime
+                        ? fmt::format("takes longer than the {} s allowed", seconds_allowed)
+                        : "interrupted");
+}
+
 Value Machine::fail_with(Span span, Anyval* error) {
   if (place_.error != error) place_ = {static_cast<const aError*>(error), source_, span};
   return object_value(error);
@@ -110,7 +116,7 @@ Value Machine::fail_with(Span span, Anyval* error) {
 Value Machine::call(const Function& function, std::span<const Value> arguments, Span span) {
   const std::size_t wanted = function.parameters.size();
   if (arguments.size() != wanted) return wrong_count(span, function.name, wanted, arguments.size());
-  if (interrupted) return fail(span, "interrupted");
+  if (interrupted) return stopped(span);
   if (stack_is_low()) return fail(span, kStackLimit.message);
   const Activation activation(*this, arguments.data(), function.source.get());
   return function.body->evaluate(*this);

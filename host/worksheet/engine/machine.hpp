@@ -50,8 +50,11 @@ class Machine {
   // How closely packs are watched.
   efi::Care care = efi::Care::records;
 
-  // Set from a signal handler: ends the evaluation at the next call of a function.
-  volatile std::sig_atomic_t interrupted = 0;
+  // Why evaluation is to end at the next call of a function. Set from a signal handler.
+  enum Stop : std::sig_atomic_t { kGoOn = 0, kInterrupted, kOutOfTime };
+  volatile std::sig_atomic_t interrupted = kGoOn;
+  // The seconds that a statement may take; 0: any number.
+  double seconds_allowed = 0.0;
 
   // The variable of that name, made undefined if there is none.
   Variable* variable(std::string_view name);
@@ -88,6 +91,8 @@ class Machine {
   Value fail(Span span, std::string_view message);
   // The same for an error value that a pack or a service made, unless its place is known.
   Value fail_with(Span span, Anyval* error);
+  // The error of an evaluation that was interrupted.
+  Value stopped(Span span);
   Value out_of_memory(Span span) { return fail_with(span, sError_OutOfMemory); }
   // The complaint that a function got `given` arguments, not `wanted`.
   Value wrong_count(Span span, std::string_view function, std::size_t wanted, std::size_t given);

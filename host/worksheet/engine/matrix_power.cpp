@@ -58,7 +58,7 @@ Value matrix_power(Machine& machine, const Value& base, const Number& exponent, 
       started = true;
     }
     if (bits == 1 || is_error(result)) return result;
-    if (machine.interrupted) return machine.fail(span, "interrupted");
+    if (machine.interrupted) return machine.stopped(span);
     square = binary(machine, Operator::multiply, square, square, span);
   }
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "fmt/format.h"
+#include "host/packs/leave.hpp"
 #include "host/packs/unit_rule.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/matrices.hpp"
@@ -46,6 +47,7 @@ bool holds_bare_matrix(std::span<Anyval* const> boxes) {
 }  // namespace
 
 Value Machine::call(const Row& row, const Call& call) {
+  if (interrupted) return stopped(call.span);
   if (call.arguments.size() != row.argument_count)
     return wrong_count(call.span, row.name, row.argument_count, call.arguments.size());
   for (const Value& value : call.arguments)
@@ -54,8 +56,8 @@ Value Machine::call(const Row& row, const Call& call) {
 }
 
 Value Machine::call_with_units(const Row& row, const Call& call) {
-  std::vector<const Unit*> units;
-  for (const Value& value : call.arguments) units.push_back(value.unit);
+  std::vector<UnitArgument> units;
+  for (const Value& value : call.arguments) units.push_back({value.unit, needs_no_unit(value)});
   UnitRuling ruling;
   try {
     ruling = apply_unit_rule(row.unit_rule(), units);
@@ -94,15 +96,16 @@ Value Machine::call_pack(const std::string& name, const std::function<Anyval*()>
   const Span outer = std::exchange(pack_call_, call.span);
   efi::PackWatch watch(store, evaluator, boxes, care);
   Anyval* result = nullptr;
-  bool threw = false;
+  bool threw = false, left = false;
   try {
-    result = entry();
+    left = !run_to_leave(entry, &result);
   } catch (...) {
     threw = true;
   }
   const std::string verdict = watch.verdict(result);
   pack_call_ = outer;
   last_applied_ = nullptr;
+  if (left) return stopped(call.span);
   if (threw) return fail(call.span, name + ": the pack let an exception escape");
   if (!verdict.empty()) return fail(call.span, fmt::format("{}: the pack {}", name, verdict));
   if (result == nullptr)
@@ -146,7 +149,7 @@ Anyval* Machine::applied(const Function& function, std::span<const Value> argume
   const std::size_t since = store.size();
   const Value value = call(function, arguments, pack_call_);
   collect(value, since);
-  if (!is_dimensionless(value.unit))
+  if (!conversion(value.unit, nullptr))
     return fail(pack_call_, fmt::format("{} gives a value in {}; a plain one is needed",
                                         function.name, unit_text(value.unit)))
         .object;

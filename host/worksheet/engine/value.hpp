@@ -91,6 +91,12 @@ inline bool same_shape(const aMatrix* a, const aMatrix* b) {
   return a->rows == b->rows && a->cols == b->cols;
 }
 
+// A 1 x 1 matrix of numbers as its element, where a number is due; any other value as it is.
+Value as_number(const Value& v);
+
+// Whether a value fits any unit: a zero without one, or a matrix of them.
+bool needs_no_unit(const Value& v);
+
 // The value that a value of the host's stands for, and the one that a nested element holds.
 Value unboxed(Anyval* object);
 inline Value nested(double element) {

@@ -1,5 +1,6 @@
 #include "host/worksheet/functions/builtin.hpp"
 
+#include <algorithm>
 #include <numbers>
 
 #include "fmt/format.h"
@@ -53,11 +54,17 @@ UnitProduct result_unit(UnitUse use, const Unit* unit) {
 
 // Brings all arguments to one unit and gives the result what the function makes of it.
 Value call_with_units(Machine& machine, const Builtin& function, const Call& call) try {
-  const Unit* const unit = function.units == UnitUse::plain ? nullptr : call.arguments[0].unit;
+  // That of the first argument that needs one.
+  const auto given = std::find_if(call.arguments.begin(), call.arguments.end(),
+                                  [](const Value& v) { return !needs_no_unit(v); });
+  const bool plain_only = function.units == UnitUse::plain || given == call.arguments.end();
+  const Unit* const unit = plain_only ? nullptr : given->unit;
   std::vector<Value> plain;
   for (std::size_t k = 0; k < call.arguments.size(); ++k) {
     const Value& argument = call.arguments[k];
-    const auto factor = conversion(argument.unit, unit);
+    const auto factor = needs_no_unit(argument)            ? 1.0
+                        : function.units == UnitUse::plain ? conversion(argument.unit, unit)
+                                                           : common_conversion(argument.unit, unit);
     if (!factor)
       return machine.fail(
           call.places[k],

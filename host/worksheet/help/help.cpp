@@ -1,5 +1,8 @@
 #include "host/worksheet/help/help.hpp"
 
+#include "fmt/format.h"
+#include "host/packs/unit_database.hpp"
+#include "host/packs/unit_list.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/machine.hpp"
 
@@ -12,6 +15,16 @@ const Function* defined_function(const Machine& machine, const std::string& name
   const Variable* const variable = machine.find_variable(name);
   const bool found = variable != nullptr && has_kind(variable->value, kFunctionKind);
   return found ? &function_of(variable->value) : nullptr;
+}
+
+// All units, and where they come from.
+std::string units_text() try {
+  const UnitDatabase& database = unit_database();
+  return fmt::format(
+      "\nThe units of the SI are those of UDUNITS-2 ({}); all others are defined in {}.\n\n{}",
+      database.udunits, database.file, unit_list(false));
+} catch (const std::runtime_error& error) {
+  return fmt::format("\n{}\n", error.what());
 }
 
 }  // namespace
@@ -41,6 +54,7 @@ std::optional<HelpPage> help_page(const Machine& machine, const std::string& top
   if (entry == nullptr) return std::nullopt;
   page.kind = HelpPage::Kind::entry;
   page.entries = {ReferenceEntry(*entry)};
+  if (topic == "units") page.entries[0].text += units_text();
   for (const std::string& name : page.entries[0].names)
     if (const Row* row = machine.find_row(name)) page.rows.push_back(row);
   return page;

@@ -88,7 +88,8 @@ in it a nested array.
 
 3{kN/m} attaches a unit, and x in {mm} brings a value to another one: an operator that binds less than
 comparisons, and stands in parentheses and arguments too. A matrix has one unit as a whole.
-Sums, functions and equations whose units do not fit are errors.
+Sums, functions and equations whose units do not fit are errors; a zero fits every unit. Results are shown
+in units such as mA or kN m, unless one was asked for. Prefixes stand before the units that take them.
 
 ### variables, ORIGIN, TOL
 

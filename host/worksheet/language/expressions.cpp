@@ -1,5 +1,6 @@
 #include "host/worksheet/language/expressions.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -110,7 +111,7 @@ namespace {
 // *error otherwise.
 std::ptrdiff_t position(Machine& machine, const Node& node, double origin, std::ptrdiff_t size,
                         Value* error) {
-  const Value v = node.evaluate(machine);
+  const Value v = as_number(node.evaluate(machine));
   if (is_error(v)) {
     *error = v;
   } else if (!is_plain_real(v) || std::floor(v.re) != v.re) {
@@ -169,10 +170,11 @@ Value UnitSuffix::apply(Machine& machine, const Value& a, Span) const {
 Value ConversionNode::evaluate(Machine& machine) const {
   const Value a = operand->evaluate(machine);
   if (is_error(a)) return a;
+  if (can_have_unit(a) && needs_no_unit(a)) return with_unit(a, unit);
   const auto factor = can_have_unit(a) ? conversion(a.unit, unit) : std::nullopt;
   if (!factor)
-    return machine.fail(
-        operand->span, fmt::format("{} cannot be shown in {}", unit_text(a.unit), unit_text(unit)));
+    return machine.fail(operand->span, fmt::format("{} cannot be shown in {}{}", unit_text(a.unit),
+                                                   unit_text(unit), conversion_hint(a.unit, unit)));
   return with_unit(scaled(machine, a, *factor), unit);
 }
 
@@ -203,20 +205,24 @@ Value MatrixNode::evaluate(Machine& machine) const {
   return all_numbers ? of_numbers(machine, values) : nested(machine, values);
 }
 
-// A matrix takes one unit as a whole: that of its first element.
+// A matrix takes one unit as a whole: that of its first element that needs one.
 Value MatrixNode::of_numbers(Machine& machine, const std::vector<Value>& values) const {
+  const auto first =
+      std::find_if(values.begin(), values.end(), [](const Value& v) { return !needs_no_unit(v); });
+  const Unit* const unit = first == values.end() ? nullptr : first->unit;
   const std::size_t rows = values.size() / cols;
   MatrixBuilder result(static_cast<std::ptrdiff_t>(rows), static_cast<std::ptrdiff_t>(cols));
   for (std::size_t at = 0; at < values.size(); ++at) {
-    const auto factor = conversion(values[at].unit, values[0].unit);
+    const auto factor = needs_no_unit(values[at]) ? 1.0 : common_conversion(values[at].unit, unit);
     if (!factor)
-      return machine.fail(elements[at]->span,
-                          fmt::format("the elements of a matrix have one unit, not {} and {}",
-                                      unit_text(values[0].unit), unit_text(values[at].unit)));
+      return machine.fail(
+          elements[at]->span,
+          fmt::format("the elements of a matrix have one unit, not {} and {}{}", unit_text(unit),
+                      unit_text(values[at].unit), conversion_hint(values[at].unit, unit)));
     result.set(static_cast<std::ptrdiff_t>(at % cols * rows + at / cols),
                number(values[at]) * *factor);
   }
-  return object_value(result.finish(machine.store), values[0].unit);
+  return object_value(result.finish(machine.store), unit);
 }
 
 Value MatrixNode::nested(Machine& machine, const std::vector<Value>& values) const {
@@ -264,7 +270,7 @@ Value CallNode::value_of(Machine& machine, const Call& call) const {
 
 Value IfNode::evaluate(Machine& machine) const {
   if (stack_is_low()) return machine.fail(span, kStackLimit.message);
-  const Value condition = arguments[0]->evaluate(machine);
+  const Value condition = as_number(arguments[0]->evaluate(machine));
   if (is_error(condition)) return condition;
   if (!is_plain_real(condition))
     return machine.fail(arguments[0]->span, "a condition must be a plain real number");

@@ -80,6 +80,7 @@ Value draw(Machine& machine, const Call& call, const Fill& fill) {
   } catch (const PlotArgumentError& error) {
     return machine.fail(error.span, error.what());
   } catch (const PlotError& error) {
+    if (machine.interrupted) return machine.stopped(call.span);
     return machine.fail(call.span, error.what());
   }
 }

@@ -8,6 +8,7 @@
 #include "host/packs/unit.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/machine.hpp"
+#include "host/worksheet/engine/readable.hpp"
 
 namespace worksheet {
 
@@ -63,7 +64,7 @@ void take_text(PlotRequest& request, const char* words, Span span, bool first) {
 
 }  // namespace
 
-PlotRequest read_plot_request(const Machine& machine, const Call& call) {
+PlotRequest read_plot_request(Machine& machine, const Call& call) {
   PlotRequest request;
   for (std::size_t k = 0; k < call.arguments.size(); ++k) {
     const Value& value = call.arguments[k];
@@ -75,15 +76,18 @@ PlotRequest read_plot_request(const Machine& machine, const Call& call) {
       throw PlotArgumentError(call.places[k], "must be a number, a matrix or text");
     if (is_matrix(value) && contains_ptrs(matrix(value)))
       throw PlotArgumentError(call.places[k], "may not be nested");
-    request.data.push_back(
-        {value, call.places[k], label_of(machine.text_at(call.places[k])), "", {}});
+    request.data.push_back({readable(machine, value),
+                            call.places[k],
+                            label_of(machine.text_at(call.places[k])),
+                            "",
+                            {}});
   }
   if (request.data.empty()) throw PlotArgumentError(call.span, "there is nothing to draw");
   return request;
 }
 
 double factor_to(const PlotRequest::Data& data, const Unit* unit) {
-  const auto factor = conversion(data.value.unit, unit);
+  const auto factor = needs_no_unit(data.value) ? 1.0 : common_conversion(data.value.unit, unit);
   if (!factor)
     throw PlotArgumentError(data.span, fmt::format("one axis has one unit, not {} and {}",
                                                    unit_text(unit), unit_text(data.value.unit)));

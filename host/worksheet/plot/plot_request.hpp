@@ -35,7 +35,7 @@ struct PlotRequest {
 };
 
 // Throws PlotArgumentError.
-PlotRequest read_plot_request(const Machine& machine, const Call& call);
+PlotRequest read_plot_request(Machine& machine, const Call& call);
 
 // What the data's numbers are to be multiplied by to be in the unit of their axis. Throws
 // PlotArgumentError.

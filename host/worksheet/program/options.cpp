@@ -6,6 +6,11 @@ namespace worksheet {
 
 namespace {
 
+constexpr double kLeastTimeout = 0.001, kMostTimeout = 1e6;
+// With less the program cannot begin.
+constexpr std::uint64_t kLeastMemory = std::uint64_t{16} << 20,
+                        kMostMemory = std::uint64_t{1} << 62;
+
 void declare(CLI::App& app, Options& options) {
   app.add_option("FILE", options.file, "The worksheet; - is standard input; none: interactive");
   app.add_option("-e", options.expressions, "Evaluate EXPR, before FILE's statements")
@@ -31,6 +36,14 @@ void declare(CLI::App& app, Options& options) {
   app.add_flag("--packs", options.list_packs, "List the packs of the catalogue");
   app.add_option("--sandbox", options.sandbox, "Let worksheets read and write below DIR only")
       ->type_name("DIR");
+  app.add_option("--timeout", options.timeout, "Let a statement take SECONDS at most")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(kLeastTimeout, kMostTimeout));
+  app.add_option("--max-memory", options.max_memory,
+                 "Let the program take SIZE bytes at most (100M, 2G)")
+      ->type_name("SIZE")
+      ->transform(CLI::AsSizeValue(false))
+      ->check(CLI::Range(kLeastMemory, kMostMemory));
   app.add_option("--digits", options.digits, "Show numbers with N significant digits")
       ->type_name("N")
       ->check(CLI::Range(1, 17));

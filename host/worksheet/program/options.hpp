@@ -1,6 +1,7 @@
 // The command line.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,6 +18,8 @@ struct Options {
   std::string sandbox;  // The directory to which the worksheet's files are confined; empty: none.
   std::vector<std::string> packs;
   std::string register_path, unregister_path;
+  double timeout = 0.0;          // Seconds for a statement; 0: any number.
+  std::uint64_t max_memory = 0;  // Bytes for the program; 0: any number.
   bool json = false;
   bool all = false;
   bool list_functions = false;

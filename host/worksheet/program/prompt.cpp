@@ -172,7 +172,10 @@ std::optional<std::string> next_line(const char* prompt) {
   held = &guard;
   rl_prep_terminal(1);  // Before the prompt shows: a Ctrl-D typed sooner would be lost.
   const std::unique_ptr<char, Freed> line(readline(prompt));
-  if (given_up) return std::string();
+  if (given_up) {
+    machine_at_prompt->interrupted = Machine::kGoOn;  // Before another Ctrl-C comes through.
+    return std::string();
+  }
   if (line != nullptr) return std::string(line.get());
   return std::nullopt;
 }
@@ -195,7 +198,6 @@ void run_prompt(Session& session) {
   while (const auto line = next_line(reader.pending() ? kContinuation : kPrompt)) {
     if (given_up) {
       given_up = false;
-      machine.interrupted = 0;
       std::cout << std::endl;
       reader = StatementReader();
       continue;
@@ -204,7 +206,7 @@ void run_prompt(Session& session) {
     const std::vector<Source> statements = reader.add_line(*line);
     for (const Source& source : statements) session.run(source);
     // Pressed behind a line that has to go on, Ctrl-C gives up the next one.
-    if (!statements.empty()) machine.interrupted = 0;
+    if (!statements.empty()) machine.interrupted = Machine::kGoOn;
   }
   for (const Source& source : reader.finish()) session.run(source);
   std::cout << std::endl;

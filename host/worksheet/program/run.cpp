@@ -1,10 +1,12 @@
 #include "host/worksheet/program/run.hpp"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <iterator>
@@ -189,6 +191,13 @@ bool is_interactive(const Options& options) {
          isatty(STDIN_FILENO);
 }
 
+// From now on memory beyond that cannot be had, but for stack and what only reads from files.
+void limit_memory(std::uint64_t bytes) {
+  const rlimit limit = {static_cast<rlim_t>(bytes), static_cast<rlim_t>(bytes)};
+  if (setrlimit(RLIMIT_DATA, &limit) != 0)
+    throw std::runtime_error(fmt::format("--max-memory: {}", std::strerror(errno)));
+}
+
 // Runs the expressions and the file, or what comes from standard input. False when there is no such
 // file.
 bool run_all(Session& session, const Options& options, Report* report) {
@@ -252,7 +261,9 @@ Status run(const Options& options, StandardOutput& output) {
   });
   Machine& machine = session.machine();
   machine.keeps_pictures = report != nullptr;
+  machine.seconds_allowed = options.timeout;
   if (!options.sandbox.empty()) machine.files.confine(options.sandbox);
+  if (options.max_memory != 0) limit_memory(options.max_memory);
   add_packs(machine, options);
   check_state_file(options);
   if (!options.load.empty()) load_variables(machine, options.load);

@@ -7,7 +7,9 @@
 #include "fmt/format.h"
 #include "host/worksheet/language/compile.hpp"
 #include "host/worksheet/language/statement_reader.hpp"
+#include "host/worksheet/session/interruption.hpp"
 #include "host/worksheet/session/progress.hpp"
+#include "host/worksheet/engine/readable.hpp"
 
 namespace worksheet {
 
@@ -61,8 +63,10 @@ Value define(Machine& machine, Statement& statement) {
 Value evaluate(Machine& machine, const Statement& statement, const Source& source) {
   try {
     const Value value = machine.evaluate(*statement.expression, source);
-    if (is_error(value) || statement.form == Statement::Form::display) return value;
-    return assign_targets(machine, statement.targets, value, statement.expression->span);
+    if (is_error(value)) return value;
+    if (statement.form == Statement::Form::display) return readable(machine, value);
+    return readable(machine,
+                    assign_targets(machine, statement.targets, value, statement.expression->span));
   } catch (const std::bad_alloc&) {
     return machine.out_of_memory(statement.expression->span);
   }
@@ -88,6 +92,7 @@ void Session::evaluate_into(Outcome& outcome, const Source& source) {
 }
 
 Outcome Session::outcome_of(const Source& source) {
+  const TimeLimit limit(machine_);
   const Progress progress(progress_, kPatience, source.text);
   const auto start = std::chrono::steady_clock::now();
   Outcome outcome;

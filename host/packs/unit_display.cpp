@@ -1,0 +1,144 @@
+#include "host/packs/unit_display.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "host/packs/unit_names.hpp"
+
+namespace worksheet {
+
+namespace {
+
+using Factors = std::vector<Unit::Factor>;
+
+// Units with names that results are shown in. No two are of one dimension.
+constexpr const char* kNamed[] = {"N", "Pa", "W", "V",  "A",  "Ohm", "S", "C", "F",
+                                  "H", "Wb", "T", "lm", "lx", "m",   "g", "s"};
+
+constexpr std::array<const char*, 9> kPrefixes = {"p", "n", "u", "m", "", "k", "M", "G", "T"};
+constexpr std::ptrdiff_t kNoPrefix = 4;
+
+const Dimension& dimension_of(const char* name) {
+  return find_named_unit(name)->dimension;
+}
+
+// The prefixes in use with a unit: nobody writes Mg, ks or Mm.
+std::pair<std::ptrdiff_t, std::ptrdiff_t> prefixes_of(const std::string& symbol) {
+  if (symbol == "s") return {0, kNoPrefix};
+  if (symbol == "m" || symbol == "g" || symbol == "mol") return {0, kNoPrefix + 1};
+  if (symbol == "L" || symbol == "K") return {2, kNoPrefix};
+  return {0, static_cast<std::ptrdiff_t>(kPrefixes.size()) - 1};
+}
+
+// Whether the unit is a multiple of SI units by a power of ten, or that of an hour or a minute.
+bool is_metric(const NamedUnit& unit) {
+  for (const double time : {1.0, 60.0, 3600.0}) {
+    const double power = std::log10(unit.scale / time);
+    if (std::fabs(power - std::round(power)) < 1e-12) return true;
+  }
+  return false;
+}
+
+UnitProduct converted(const Unit* from, const Factors& to) {
+  const Unit* const unit = unit_of(to);
+  return {unit, conversion(from, unit).value_or(1.0)};
+}
+
+// Numbers as they are printed: what would be rounded to 1000 counts as 1000.
+bool reads_well(double magnitude) {
+  const double rounded = magnitude * (1.0 + 1e-9);
+  return rounded >= 1.0 && rounded < 1000.0;
+}
+
+// In the unit of that symbol, with the prefix that suits the magnitude.
+UnitProduct with_prefix(const Unit* unit, double magnitude, const std::string& symbol) {
+  const UnitProduct plain = converted(unit, {{find_named_unit(symbol), 1}});
+  if (magnitude == 0.0 || !std::isfinite(magnitude)) return plain;
+  const auto [least, most] = prefixes_of(symbol);
+  for (std::ptrdiff_t k = least; k <= most; ++k) {
+    const std::string name = kPrefixes[static_cast<std::size_t>(k)] + symbol;
+    const UnitProduct prefixed = converted(unit, {{find_named_unit(name), 1}});
+    if (k == most || magnitude * prefixed.factor * (1.0 + 1e-9) < 1000.0) return prefixed;
+  }
+  return plain;
+}
+
+// A force times a power of a length, and nothing else.
+bool is_force_and_length(const Factors& factors) {
+  int forces = 0, others = 0;
+  for (const Unit::Factor& factor : factors) {
+    if (factor.unit->dimension == dimension_of("N") && factor.power == Rational(1))
+      ++forces;
+    else if (factor.unit->dimension != dimension_of("m"))
+      ++others;
+  }
+  return forces == 1 && others == 0 && factors.size() == 2;
+}
+
+bool holds(const Factors& factors, const char* name) {
+  return std::any_of(factors.begin(), factors.end(), [&](const Unit::Factor& factor) {
+    return factor.unit->dimension == dimension_of(name);
+  });
+}
+
+// The power of the length beside a force; nothing if there is something else.
+std::optional<Rational> length_beside_force(Dimension dimension) {
+  const Rational length = dimension.contains("m") ? dimension["m"] : Rational(0);
+  dimension.erase("m");
+  const Dimension rest = {{"kg", 1}, {"s", -2}};
+  return dimension == rest ? std::optional(length + Rational(-1)) : std::nullopt;
+}
+
+// N or kN and a power of m.
+UnitProduct as_force_and_length(const Unit* unit, double magnitude, const Rational& power) {
+  const NamedUnit* const metre = find_named_unit("m");
+  const UnitProduct plain = converted(unit, {{find_named_unit("N"), 1}, {metre, power}});
+  if (reads_well(magnitude * plain.factor) || !(magnitude * plain.factor > 1.0)) return plain;
+  return converted(unit, {{find_named_unit("kN"), 1}, {metre, power}});
+}
+
+// A power or a current times hours as kWh or Ah; null if it is neither.
+const NamedUnit* over_hours(const Factors& factors) {
+  const auto is = [](const Unit::Factor& factor, const char* name) {
+    return factor.unit->name.ends_with(name) && factor.power == Rational(1);
+  };
+  if (factors.size() != 2) return nullptr;
+  const bool hour_first = is(factors[0], "h");
+  const Unit::Factor& rate = factors[hour_first ? 1 : 0];
+  const bool known = is(rate, "W") || is(rate, "A");
+  if (!known || factors[hour_first ? 0 : 1].unit->name != "h") return nullptr;
+  return find_named_unit(rate.unit->name + "h");
+}
+
+UnitProduct as_named(const Unit* unit, double magnitude) {
+  const Factors& factors = unit->factors();
+  if (const NamedUnit* whole = over_hours(factors)) return converted(unit, {{whole, 1}});
+  for (const char* name : kNamed)
+    if (unit->dimension() == dimension_of(name)) return with_prefix(unit, magnitude, name);
+  if (factors.size() == 1) return {unit, 1.0};
+  const auto length = length_beside_force(unit->dimension());
+  if (!length) return {unit, 1.0};
+  if (is_force_and_length(factors)) {
+    const std::size_t force = factors[0].unit->dimension == dimension_of("N") ? 0 : 1;
+    return {unit_of({factors[force], factors[1 - force]}), 1.0};
+  }
+  if (holds(factors, "N") || holds(factors, "Pa"))
+    return as_force_and_length(unit, magnitude, *length);
+  return *length == Rational(1) ? with_prefix(unit, magnitude, "J") : UnitProduct{unit, 1.0};
+}
+
+}  // namespace
+
+UnitProduct readable_unit(const Unit* unit, double magnitude) {
+  if (unit == nullptr || unit->is_written()) return {unit, 1.0};
+  const Factors& factors = unit->factors();
+  const auto metric = [](const Unit::Factor& factor) { return is_metric(*factor.unit); };
+  if (!std::all_of(factors.begin(), factors.end(), metric)) return {unit, 1.0};
+  if (factors.size() > 1 || factors[0].power != Rational(1)) return as_named(unit, magnitude);
+  const std::string& symbol = factors[0].unit->metric;
+  if (symbol.empty() || reads_well(magnitude)) return {unit, 1.0};
+  return with_prefix(unit, magnitude, symbol);
+}
+
+}  // namespace worksheet
