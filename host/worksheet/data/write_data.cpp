@@ -123,7 +123,7 @@ std::string heading_text(const Machine& machine, const Request& request, std::si
       name += fmt::format("{}{}", is_name ? "" : " ", is_name ? col + 1 : at + 1);
   }
   const Unit* const named = heading_of(name).unit;
-  if (v.unit == nullptr || named == v.unit) return name;
+  if (v.unit == nullptr || (named != nullptr && named->name() == v.unit->name())) return name;
   if (named != nullptr)
     throw WrongArgument(
         place, fmt::format("has the unit {}, its heading says {}", v.unit->name(), named->name()));

@@ -1,6 +1,7 @@
 #include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <vector>
 
 #include "fmt/format.h"
@@ -197,14 +198,17 @@ Variable& variable_of(Machine& machine, const std::string& name) {
   fail(fmt::format("\"{}\" is no name", name.substr(0, 40)));
 }
 
-void load_statement(Machine& machine, const Json& statement) {
+void load_statement(Machine& machine, const Json& statement,
+                    const std::set<std::string>& computed) {
   const std::string name = text_member(statement, "name");
   Variable& variable = variable_of(machine, name);
   try {
     const auto line = member(statement, "line", &Json::is_number_integer).get<std::int64_t>();
-    const Value value = Maker(machine).value(
-        member(statement, "value", &Json::is_object), text_member(statement, "source"),
-        line > 0 && line < 1 << 30 ? static_cast<int>(line) : 1);
+    Value value = Maker(machine).value(member(statement, "value", &Json::is_object),
+                                       text_member(statement, "source"),
+                                       line > 0 && line < 1 << 30 ? static_cast<int>(line) : 1);
+    if (value.unit != nullptr && computed.contains(name))
+      value.unit = unit_of(value.unit->factors());
     if (const char* reason = assignment_objection(variable, value)) fail(reason);
     machine.assign(variable, value);
   } catch (const StateError& error) {
@@ -219,8 +223,11 @@ void load_state(Machine& machine, const std::string& text) {
   const Json state = bounded_json(text);
   if (!state.is_object() || !state.contains("worksheet_state")) fail("is no state of a worksheet");
   if (state["worksheet_state"] != 1) fail("is the state of a newer program");
+  std::set<std::string> computed;
+  for (const Json& name : member(state, "computed_units", &Json::is_array))
+    if (name.is_string()) computed.insert(name.get<std::string>());
   for (const Json& statement : member(state, "variables", &Json::is_array))
-    load_statement(machine, statement);
+    load_statement(machine, statement, computed);
 }
 
 }  // namespace worksheet

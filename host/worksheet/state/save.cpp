@@ -2,6 +2,8 @@
 #include <vector>
 
 #include "fmt/format.h"
+#include "host/packs/unit.hpp"
+#include "host/text/text.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/output/json_output.hpp"
@@ -60,7 +62,13 @@ std::string state_text(const Machine& machine) {
     if (variable->defined) variables.push_back(variable.get());
   std::sort(variables.begin(), variables.end(),
             [](const Variable* a, const Variable* b) { return a->name < b->name; });
-  std::string text = "{\"worksheet_state\":1,\"variables\":[";
+  std::vector<std::string> computed;
+  for (const Variable* variable : variables) {
+    const Unit* const unit = variable->value.unit;
+    if (unit != nullptr && !unit->is_written()) computed.push_back("\"" + variable->name + "\"");
+  }
+  std::string text = fmt::format("{{\"worksheet_state\":1,\"computed_units\":[{}],\"variables\":[",
+                                 joined(computed, ","));
   Measure measure;
   for (const Variable* variable : variables) {
     try {

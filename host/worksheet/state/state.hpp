@@ -1,9 +1,10 @@
 // A session's variables and functions in a file, from which another session goes on.
 //
-//   {"worksheet_state": 1, "variables": [STATEMENT, ...]}
+//   {"worksheet_state": 1, "computed_units": [NAME, ...], "variables": [STATEMENT, ...]}
 //
 // Each STATEMENT is the object that --json prints for one: its name and its value. The source of a
-// function is its definition; no other source is read.
+// function is its definition; no other source is read. A unit that a calculation gave, and nobody
+// wrote, is still to be shown as a person reads it: the variables that have one are listed.
 #pragma once
 
 #include <stdexcept>
