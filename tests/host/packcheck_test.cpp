@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -157,6 +158,30 @@ TEST(Packcheck, makes_a_call_again_by_its_number) {
   EXPECT_EQ(again.findings[0]["times"], 1);
   for (const char* what : {"call", "arguments", "message"})
     EXPECT_EQ(again.findings[0][what], report.findings[0][what]);
+}
+
+TEST(Packcheck, ends_each_check_in_its_time) {
+  const Report report = check("--check-limit 0.3 --time-limit 100 " + tiny_pack("spins"));
+  EXPECT_EQ(report.status, 1);
+  EXPECT_EQ(report.checks(), std::set<std::string>{"survives"});
+  EXPECT_EQ(report.findings.at(0)["message"], "was not done when the check had had its 0.3 s");
+  EXPECT_EQ(report.findings.back()["rule"], "time") << "the other function is left out";
+  EXPECT_EQ(report.summary["check_limit"], 0.3);
+  // A library that somebody damaged.
+  const Directory directory;
+  for (std::size_t seed = 1; seed <= 6; ++seed) {
+    const std::string path = directory.path("damaged.so");
+    std::filesystem::copy_file(tiny_pack("none"), path,
+                               std::filesystem::copy_options::overwrite_existing);
+    std::string content = directory.read("damaged.so");
+    for (std::size_t k = 1; k <= 16; ++k)
+      content[k * seed * 7919 % content.size()] = static_cast<char>(k * 37);
+    directory.write("damaged.so", content);
+    const auto start = std::chrono::steady_clock::now();
+    const test::ProgramRun damaged = run("--depth brief --check-limit 1 " + path);
+    EXPECT_TRUE(damaged.status >= 0 && damaged.status <= 2) << seed;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(25)) << seed;
+  }
 }
 
 TEST(Packcheck, is_strict_about_null_when_told_to_be) {

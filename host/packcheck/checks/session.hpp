@@ -26,8 +26,9 @@ struct Options {
   std::uint64_t seed = 1;
   Depth depth = Depth::quick;
   bool strict = false;
-  double time_limit = 2.0;  // Seconds of processor time for one call.
-  int only_call = -1;       // If not negative, the one call to make.
+  double time_limit = 2.0;   // Seconds of processor time for one call.
+  double check_limit = 0.0;  // Seconds by the clock for one check; 0: as the depth has it.
+  int only_call = -1;        // If not negative, the one call to make.
 };
 
 class Session;

@@ -122,9 +122,10 @@ class LineReader {
     fcntl(descriptor, F_SETFL, O_NONBLOCK);
   }
 
-  // Takes what has come so far.
+  // Takes what has come so far; not for ever, should more come all the time.
   void read_all() {
-    while (read_some()) {
+    constexpr int kMostPieces = 256;
+    for (int k = 0; k < kMostPieces && read_some(); ++k) {
     }
   }
 
@@ -161,11 +162,11 @@ std::string place_words(const Progress& progress) {
   }
 }
 
-End end_of(int status, bool hung, const Progress& progress) {
-  End end = {End::done, 0, progress.call, progress.doing, progress.inside, place_words(progress)};
-  if (hung) {
-    end.how = End::hung;
-  } else if (WIFSIGNALED(status)) {
+// `killed` tells why the process was killed; done: it was not.
+End end_of(int status, decltype(End::how) killed, const Progress& progress) {
+  End end = {killed, 0, progress.call, progress.doing, progress.inside, place_words(progress)};
+  if (killed != End::done) return end;
+  if (WIFSIGNALED(status)) {
     end.how = End::crashed;
     end.status = WTERMSIG(status);
   } else if (WEXITSTATUS(status) != kDone) {
@@ -178,28 +179,30 @@ End end_of(int status, bool hung, const Progress& progress) {
 }  // namespace
 
 End run_in_process(const std::function<void(Channel&)>& work,
-                   const std::function<void(const Message&)>& receive, double time_limit) {
+                   const std::function<void(const Message&)>& receive, const TimeLimits& limits) {
   Channel channel;
   const pid_t child = fork();
   if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
   if (child == 0) be_child(channel, work);
   channel.become_reader();
   LineReader reader(channel.descriptor(), receive);
-  Watchdog watchdog(child, channel.progress, time_limit);
+  Watchdog watchdog(child, channel.progress, limits.call);
   int status = 0;
-  bool hung = false;
+  auto killed = End::done;
   // A process that the pack left behind may hold the pipe open: the child's end is the end.
   while (waitpid(child, &status, WNOHANG) != child) {
     pollfd ready = {channel.descriptor(), POLLIN, 0};
     poll(&ready, 1, kTickMilliseconds);
     reader.read_all();
-    if (!hung && watchdog.expired()) {
-      hung = true;
-      kill(child, SIGKILL);
-    }
+    if (killed != End::done) continue;
+    if (TimeLimits::Clock::now() >= limits.end)
+      killed = End::late;
+    else if (watchdog.expired())
+      killed = End::hung;
+    if (killed != End::done) kill(child, SIGKILL);
   }
   reader.read_all();
-  return end_of(status, hung, *channel.progress);
+  return end_of(status, killed, *channel.progress);
 }
 
 }  // namespace packcheck

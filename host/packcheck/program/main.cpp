@@ -72,6 +72,7 @@ Status check_pack(const Options& options, const Selection& selection) {
   for (const Check& check : all_checks()) {
     if (!selection.takes(check)) continue;
     ++summary.checks;
+    runner.begin_check();
     if (check.scope == Scope::pack) runner.run(check, nullptr);
     for (const Target& target : targets)
       if (check.scope == Scope::function && selection.takes(target)) runner.run(check, &target);

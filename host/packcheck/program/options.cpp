@@ -20,6 +20,11 @@ std::vector<std::string> check_names() {
   return names;
 }
 
+// Many times what a pack of some forty functions takes.
+double check_limit_of(Depth depth) {
+  return depth == Depth::brief ? 30.0 : depth == Depth::quick ? 120.0 : 3600.0;
+}
+
 void declare(CLI::App& app, Options& options, Selection& selection) {
   app.option_defaults()->take_last();
   app.set_version_flag("--version", PACKCHECK_VERSION);
@@ -39,6 +44,10 @@ void declare(CLI::App& app, Options& options, Selection& selection) {
   app.add_option("--depth", options.depth, "how much: brief, quick (the default) or full")
       ->transform(CLI::CheckedTransformer(depths));
   app.add_option("--time-limit", options.time_limit, "seconds for one call (2)")
+      ->check(CLI::PositiveNumber);
+  app.add_option(
+         "--check-limit", options.check_limit,
+         "seconds by the clock for one check of all functions (brief 30, quick 120, full 3600)")
       ->check(CLI::PositiveNumber);
   app.add_flag("--strict", options.strict, "accept no null, and no export that no host asks for");
   app.add_flag("--json", selection.json, "one JSON object a line");
@@ -68,6 +77,7 @@ std::optional<Status> read_options(int argc, char** argv, Options& options, Sele
     std::fputs("packcheck: which pack? See packcheck --help.\n", stderr);
     return kNoPack;
   }
+  if (options.check_limit == 0.0) options.check_limit = check_limit_of(options.depth);
   options.pack_name = options.pack;
   options.pack = std::filesystem::absolute(options.pack).string();
   return std::nullopt;

@@ -46,12 +46,13 @@ void print_text(const Options& options, const std::vector<Finding>& findings,
   }
   for (const std::string& name : summary.refusing)
     fmt::print("{} gave an error for all arguments tried: only that was checked.\n", name);
-  fmt::print("{}: {} functions, {} checks, {} calls, {:.1f} s, seed {}, depth {}: {}\n",
-             options.pack_name, summary.functions, summary.checks, summary.calls, summary.seconds,
-             options.seed, depth_name(options.depth),
-             findings.empty()       ? "nothing found"
-             : findings.size() == 1 ? "1 finding"
-                                    : fmt::format("{} findings", findings.size()));
+  fmt::print(
+      "{}: {} functions, {} checks of at most {} s, {} calls, {:.1f} s, seed {}, depth {}: {}\n",
+      options.pack_name, summary.functions, summary.checks, options.check_limit, summary.calls,
+      summary.seconds, options.seed, depth_name(options.depth),
+      findings.empty()       ? "nothing found"
+      : findings.size() == 1 ? "1 finding"
+                             : fmt::format("{} findings", findings.size()));
 }
 
 void print_json(const Options& options, const std::vector<Finding>& findings,
@@ -77,7 +78,9 @@ void print_json(const Options& options, const std::vector<Finding>& findings,
               {"seconds", summary.seconds},
               {"seed", options.seed},
               {"depth", depth_name(options.depth)},
-              {"strict", options.strict}});
+              {"strict", options.strict},
+              {"time_limit", options.time_limit},
+              {"check_limit", options.check_limit}});
 }
 
 void list_text() {

@@ -17,12 +17,17 @@ constexpr int kMostDeaths = 3;
 // The check under which the survey's crashes are reported: it makes sure of them.
 constexpr const char* kSurvives = "survives";
 
-std::string end_words(const End& end, double time_limit) {
+// The rule of what was given up because the check had had its time.
+constexpr const char* kTime = "time";
+
+std::string end_words(const End& end, const Options& options) {
   std::string words;
   switch (end.how) {
     case End::hung:
-      words = fmt::format("did not return within {} s", time_limit);
+      words = fmt::format("did not return within {} s", options.time_limit);
       break;
+    case End::late:
+      return fmt::format("was not done when the check had had its {} s", options.check_limit);
     case End::exited:
       words = fmt::format("ended the process with status {}", end.status);
       break;
@@ -36,7 +41,16 @@ std::string end_words(const End& end, double time_limit) {
 }
 
 const char* end_rule(const End& end) {
-  return end.how == End::hung ? "hang" : end.how == End::exited ? "exit" : "crash";
+  switch (end.how) {
+    case End::hung:
+      return "hang";
+    case End::late:
+      return kTime;
+    case End::exited:
+      return "exit";
+    default:
+      return "crash";
+  }
 }
 
 }  // namespace
@@ -61,7 +75,7 @@ void Runner::add(const std::string& check, Finding finding) {
 void Runner::add_end(const std::string& check, const Target* target, const End& end, int call) {
   add(check, {.function = target == nullptr ? "" : target->function.name,
               .rule = end_rule(end),
-              .message = end_words(end, options_.time_limit),
+              .message = end_words(end, options_),
               .arguments = end.call < 0 ? "" : end.doing,
               .call = call});
 }
@@ -85,10 +99,10 @@ std::vector<End> Runner::run_work(const std::string& check, const Target* target
           if (message.kind == Message::calls) calls_made_ += message.number;
           receive(message);
         },
-        options_.time_limit);
+        {options_.time_limit, end_of_check_});
     if (end.how == End::done) break;
     deaths.push_back(end);
-    if (end.call < 0) break;
+    if (end.call < 0 || end.how == End::late) break;
     first_call = end.call + 1;
   }
   return deaths;
@@ -103,7 +117,24 @@ std::vector<Target> Runner::harmless() const {
   return found;
 }
 
+void Runner::begin_check() {
+  end_of_check_ =
+      TimeLimits::Clock::now() + std::chrono::duration_cast<TimeLimits::Clock::duration>(
+                                     std::chrono::duration<double>(options_.check_limit));
+}
+
+// Whether the check has had its time; then the function is left out, which is said.
+bool Runner::is_left_out(const std::string& check, const Target& target) {
+  if (TimeLimits::Clock::now() < end_of_check_) return false;
+  add(check, {.rule = kTime,
+              .message = fmt::format("a function is left out: the check has had its {} s",
+                                     options_.check_limit)});
+  if (check == kSurvives) given_up_.insert(target.function.name);
+  return true;
+}
+
 void Runner::survey() {
+  begin_check();
   std::string failure;
   const auto load = [&](const Message& message) {
     if (message.kind == Message::failed) failure = message.text;
@@ -114,6 +145,7 @@ void Runner::survey() {
   if (!failure.empty()) throw worksheet::PackError(failure);
   for (Target& target : targets_) {
     target.base = fallback_base(target.function);
+    if (is_left_out(kSurvives, target)) continue;
     const auto find = [&](const Message& message) {
       if (message.kind != Message::taken) return;
       target.base = first_attempts(target.function)[static_cast<std::size_t>(message.number)];
@@ -127,6 +159,7 @@ void Runner::survey() {
 
 void Runner::run(const Check& check, const Target* target) {
   if (target != nullptr && given_up_.contains(target->function.name)) return;
+  if (target != nullptr && is_left_out(check.name, *target)) return;
   const auto failed = [&](const Message& message) {
     if (message.kind == Message::failed)
       add(check.name, {.rule = "unchecked", .message = message.text});
@@ -136,7 +169,9 @@ void Runner::run(const Check& check, const Target* target) {
     add_end(check.name, target, end, end.call);
     if (target != nullptr) lethal_[target->function.name].insert(end.call);
   }
-  if (target != nullptr && check.name == std::string(kSurvives) && deaths.size() == kMostDeaths)
+  const bool ended_too_many =
+      deaths.size() == kMostDeaths || (!deaths.empty() && deaths.back().how == End::late);
+  if (target != nullptr && check.name == std::string(kSurvives) && ended_too_many)
     given_up_.insert(target->function.name);
 }
 

@@ -16,6 +16,9 @@ class Runner {
  public:
   explicit Runner(const Options& options) : options_(options) {}
 
+  // Begins a check: what it runs from now on may take the options' time.
+  void begin_check();
+
   // Loads the pack and finds its functions, and for each of them arguments for which it gives a
   // value. Throws worksheet::PackError when the pack cannot be loaded.
   void survey();
@@ -34,6 +37,8 @@ class Runner {
   // The functions that have not ended any process.
   std::vector<Target> harmless() const;
 
+  bool is_left_out(const std::string& check, const Target& target);
+
   // Runs the work from its first call on, and again behind each call that ended the process, a few
   // times. The ends that came too early.
   std::vector<End> run_work(const std::string& check, const Target* target, Work work,
@@ -45,9 +50,10 @@ class Runner {
   std::vector<Target> targets_;
   std::vector<Finding> findings_;
   int calls_made_ = 0;
+  TimeLimits::Clock::time_point end_of_check_;
 
   // By function: the calls that ended a process, which are left out from then on. A function that
-  // ended too many is given up.
+  // ended too many, or for which there was no time, is given up.
   std::map<std::string, std::set<int>> lethal_;
   std::set<std::string> given_up_;
 };

@@ -47,7 +47,7 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("--digits", options.digits, "Show numbers with N significant digits")
       ->type_name("N")
       ->check(CLI::Range(1, 17));
-  app.add_flag("--all", options.all, "Show every row and column of long matrices");
+  app.add_flag("--all", options.all, "Show values whole, however large");
   app.set_version_flag("--version", "worksheet " WORKSHEET_VERSION);
 }
 

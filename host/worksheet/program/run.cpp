@@ -95,14 +95,14 @@ bool run_file(Session& session, const std::string& path, Report* report) {
 }
 
 // The report of a run that is wanted; null if none is. Throws std::runtime_error.
-std::unique_ptr<Report> wanted_report(const Options& options) {
+std::unique_ptr<Report> wanted_report(const Options& options, const DisplayOptions& display) {
   if (options.html.empty()) return nullptr;
   const std::string objection = report_objection(options.html, options.file);
   if (!objection.empty()) throw std::runtime_error(fmt::format("{}: {}", options.html, objection));
   const bool named = !options.file.empty() && options.file != "-";
   const std::string name =
       named ? std::filesystem::path(options.file).filename().string() : "worksheet";
-  return std::make_unique<Report>(name, options.digits);
+  return std::make_unique<Report>(name, display);
 }
 
 bool write_report(const Options& options, const Report& report, bool interrupted) {
@@ -251,11 +251,14 @@ Status status_of(Session& session, bool output_lost) {
 
 Status run(const Options& options, StandardOutput& output) {
   const DisplayOptions display = display_options(options);
-  const std::unique_ptr<Report> report = wanted_report(options);
+  const std::unique_ptr<Report> report = wanted_report(options, display);
   Printer printer(output, report != nullptr, is_interactive(options));
   Session session([&](const Outcome& outcome) {
     printer.print([&] {
-      std::cout << (options.json ? outcome_line(outcome) + '\n' : outcome_text(outcome, display));
+      if (options.json)
+        write_outcome(std::cout, outcome, options.all);
+      else
+        show_outcome(std::cout, outcome, display);
     });
     if (report != nullptr) report->add(outcome);
   });
