@@ -19,6 +19,10 @@ void declare(CLI::App& app, Options& options) {
   app.add_flag("--json", options.json, "Print one JSON object per statement");
   app.add_option("--html", options.html, "Write a report of the worksheet to this file as well")
       ->type_name("FILE");
+  app.add_option("--load", options.load, "Begin with the variables that --save kept")
+      ->type_name("FILE");
+  app.add_option("--save", options.save, "Keep the variables in this file at the end")
+      ->type_name("FILE");
   app.add_option("--pack", options.packs, "Load this pack")
       ->type_name("PATH")
       ->allow_extra_args(false);

@@ -15,6 +15,11 @@
 
 namespace worksheet {
 
+const char* assignment_objection(const Variable& variable, const Value& value) {
+  const bool wrong = variable.name == ORIGIN_sUnIdent->name->text && !is_plain_real(value);
+  return wrong ? "ORIGIN must be a plain real number" : nullptr;
+}
+
 namespace {
 
 // A statement that takes longer shows that it is at work.
@@ -25,18 +30,12 @@ constexpr const char* kNoHelp = "there is no help on that; help alone lists ever
 // Some editors put it in front of a text.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-// Null, or why the variable cannot have the value: packs read the index origin as a number without
-// looking at its kind.
-const char* objection(const Variable& variable, const Value& value) {
-  const bool wrong = variable.name == ORIGIN_sUnIdent->name->text && !is_plain_real(value);
-  return wrong ? "ORIGIN must be a plain real number" : nullptr;
-}
-
 // Gives the targets the value, or each a part of a joined value.
 Value assign_targets(Machine& machine, const std::vector<Variable*>& targets, const Value& value,
                      Span span) {
   if (targets.size() == 1) {
-    if (const char* reason = objection(*targets[0], value)) return machine.fail(span, reason);
+    if (const char* reason = assignment_objection(*targets[0], value))
+      return machine.fail(span, reason);
     machine.assign(*targets[0], value);
     return value;
   }
@@ -46,7 +45,7 @@ Value assign_targets(Machine& machine, const std::vector<Variable*>& targets, co
                                             : fmt::format("the value has {} parts, not {}",
                                                           parts.size(), targets.size()));
   for (std::size_t k = 0; k < targets.size(); ++k)
-    if (const char* reason = objection(*targets[k], object_value(parts[k])))
+    if (const char* reason = assignment_objection(*targets[k], object_value(parts[k])))
       return machine.fail(span, reason);
   for (std::size_t k = 0; k < targets.size(); ++k)
     machine.assign(*targets[k], object_value(parts[k], value.unit));
@@ -57,7 +56,7 @@ Value define(Machine& machine, Statement& statement) {
   const Function* const function = machine.keep(std::move(statement.function));
   efi::aFunction* const made = machine.store.new_function(const_cast<Function*>(function));
   if (made == nullptr) return object_value(sError_OutOfMemory);
-  if (const char* reason = objection(*statement.targets[0], object_value(made)))
+  if (const char* reason = assignment_objection(*statement.targets[0], object_value(made)))
     return machine.fail({}, reason);
   machine.assign(*statement.targets[0], object_value(made));
   return object_value(made);
