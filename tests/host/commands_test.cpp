@@ -58,6 +58,7 @@ TEST(Commands, NoOutputIsLostInSilence) {
       {"$W --help >/dev/full", "standard output: No space left on device"},
       {"$W -e 1 >&-", "standard output: Bad file descriptor"},
       {"{ $W --functions --json; echo $? >st; } | :; exit $(cat st)", "output: Broken pipe"},
+      {"$W --unknown >&- 2>&-; $W -e 1 >&- 2>&-", ""},
       {"$W - <&-", "standard input: cannot be read: Bad file descriptor"},
       {"$W --html r.html s.ws >/dev/full", "standard output: No space left on device"},
       {"grep -q '</html>' r.html && echo whole", "whole", 0},
