@@ -1,6 +1,4 @@
 // Linear systems and factorizations.
-#include <lapacke.h>
-
 #include <cmath>
 #include <complex>
 #include <memory>
@@ -8,6 +6,7 @@
 
 #include "bench/bench.hpp"
 #include "bench/eigen_peers.hpp"
+#include "bench/lapack.hpp"
 #include "linsys/cholesky.hpp"
 #include "linsys/inverse.hpp"
 #include "linsys/linsys.hpp"
@@ -167,9 +166,9 @@ Contest lu_contest(int n, bool is_complex) {
       s->beside(),
       [=](double* a) {
         if (is_complex)
-          LAPACKE_zgetrf_work(LAPACK_COL_MAJOR, n, n, lapack_complex(a), n, exchanged->data());
+          lapack().zgetrf_work(LAPACK_COL_MAJOR, n, n, lapack_complex(a), n, exchanged->data());
         else
-          LAPACKE_dgetrf_work(LAPACK_COL_MAJOR, n, n, a, n, exchanged->data());
+          lapack().dgetrf_work(LAPACK_COL_MAJOR, n, n, a, n, exchanged->data());
       },
       [=](const double* a) {
         return factors_times(n, beside_as_complex(*s, a), positions(n, exchanged->data(), 1));
@@ -213,12 +212,12 @@ Contest inv_contest(int n, bool is_complex) {
       [=](double* a) {
         const int size = static_cast<int>(work->size());
         if (is_complex) {
-          LAPACKE_zgetrf_work(LAPACK_COL_MAJOR, n, n, lapack_complex(a), n, exchanged->data());
-          LAPACKE_zgetri_work(LAPACK_COL_MAJOR, n, lapack_complex(a), n, exchanged->data(),
-                              lapack_complex(work->data()), size / 2);
+          lapack().zgetrf_work(LAPACK_COL_MAJOR, n, n, lapack_complex(a), n, exchanged->data());
+          lapack().zgetri_work(LAPACK_COL_MAJOR, n, lapack_complex(a), n, exchanged->data(),
+                               lapack_complex(work->data()), size / 2);
         } else {
-          LAPACKE_dgetrf_work(LAPACK_COL_MAJOR, n, n, a, n, exchanged->data());
-          LAPACKE_dgetri_work(LAPACK_COL_MAJOR, n, a, n, exchanged->data(), work->data(), size);
+          lapack().dgetrf_work(LAPACK_COL_MAJOR, n, n, a, n, exchanged->data());
+          lapack().dgetri_work(LAPACK_COL_MAJOR, n, a, n, exchanged->data(), work->data(), size);
         }
       },
       beside);
@@ -273,10 +272,10 @@ Contest lsolve_contest(int n, bool is_complex) {
       [=](double* a) {
         double* const b = a + s->size();
         if (is_complex)
-          LAPACKE_zgesv_work(LAPACK_COL_MAJOR, n, 1, lapack_complex(a), n, exchanged->data(),
-                             lapack_complex(b), n);
+          lapack().zgesv_work(LAPACK_COL_MAJOR, n, 1, lapack_complex(a), n, exchanged->data(),
+                              lapack_complex(b), n);
         else
-          LAPACKE_dgesv_work(LAPACK_COL_MAJOR, n, 1, a, n, exchanged->data(), b, n);
+          lapack().dgesv_work(LAPACK_COL_MAJOR, n, 1, a, n, exchanged->data(), b, n);
       },
       beside);
   c.eigen = in_place(
@@ -316,7 +315,7 @@ Contest cholesky_contest(int n) {
       [](EfiCallContext* context, const auto& v) { return matrix_pack::cholesky(context, v[0]); },
       [=](Host&, Anyval* l) { return lower_triangle(n, static_cast<aMatrix*>(l)->re); });
   c.lapack = in_place(
-      a, [=](double* x) { LAPACKE_dpotrf_work(LAPACK_COL_MAJOR, 'L', n, x, n); }, triangle);
+      a, [=](double* x) { lapack().dpotrf_work(LAPACK_COL_MAJOR, 'L', n, x, n); }, triangle);
   c.eigen = in_place(
       a, [=](double* x) { eigen::cholesky(n, x); }, triangle);
   return c;
@@ -365,10 +364,10 @@ Contest qr_contest(int n) {
       a,
       [=](double* x) {
         const int size = static_cast<int>(work->size());
-        LAPACKE_dgeqrf_work(LAPACK_COL_MAJOR, n, n, x, n, tau->data(), work->data(), size);
+        lapack().dgeqrf_work(LAPACK_COL_MAJOR, n, n, x, n, tau->data(), work->data(), size);
         *q = Numbers(x, x + square(n));
-        LAPACKE_dorgqr_work(LAPACK_COL_MAJOR, n, n, n, q->data(), n, tau->data(), work->data(),
-                            size);
+        lapack().dorgqr_work(LAPACK_COL_MAJOR, n, n, n, q->data(), n, tau->data(), work->data(),
+                             size);
       },
       [=](const double* x) { return qr_numbers(n, q->data(), x); });
   c.eigen = in_place(

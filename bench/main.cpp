@@ -10,6 +10,8 @@
 #include <regex>
 
 #include "bench/bench.hpp"
+#include "bench/lapack.hpp"
+#include "bench/limit.hpp"
 #include "bench/peers.hpp"
 #include "host/efiutils/fault_translation.hpp"
 #include "pack/numeric/kernel_sets.hpp"
@@ -42,19 +44,24 @@ constexpr int kQuickRounds = 3;
 constexpr int kMostRounds = 200;
 constexpr int kQuickLargest = 300;
 
-constexpr const char* kNames[] = {"core", "handler", "LAPACK", "Eigen"};
+constexpr const char* kNames[] = {"core", "handler", "OpenBLAS", "BLIS", "Eigen"};
 constexpr std::size_t kContenders = std::size(kNames);
+constexpr std::size_t kFirstPeer = 2;
+constexpr std::size_t kBlis = 3;
 
 struct Timing {
-  explicit Timing(Contender* c) : contender(c) {}
+  explicit Timing(Contender* c, Blas b = Blas::openblas) : contender(c), blas(b) {}
 
   Contender* contender;
+  Blas blas;  // Which one LAPACK uses.
+  bool absent = false;
   int batch = 1;
   std::vector<double> seconds;  // Of one call, in each round.
 
-  bool takes_part() const { return contender->run != nullptr; }
+  bool takes_part() const { return contender->run != nullptr && !absent; }
 
   double once() {
+    use(blas);
     contender->prepare(batch);
     const auto start = Clock::now();
     for (int i = 0; i < batch; ++i) contender->run(i);
@@ -75,12 +82,15 @@ struct Row {
   std::optional<double> seconds[kContenders];
   std::string mistake;  // Empty when the contenders agree.
 
-  // Ours by the time of the faster peer.
+  std::optional<double> least;  // What the machine's limits allow.
+
+  // Ours by the time of the fastest peer.
   std::optional<double> ratio(std::size_t ours) const {
-    const auto& lapack = seconds[2];
-    const auto& eigen = seconds[3];
-    if (!seconds[ours] || (!lapack && !eigen)) return std::nullopt;
-    return *seconds[ours] / std::min(lapack.value_or(HUGE_VAL), eigen.value_or(HUGE_VAL));
+    double fastest = HUGE_VAL;
+    for (std::size_t c = kFirstPeer; c < kContenders; ++c)
+      fastest = std::min(fastest, seconds[c].value_or(HUGE_VAL));
+    if (!seconds[ours] || fastest == HUGE_VAL) return std::nullopt;
+    return *seconds[ours] / fastest;
   }
 };
 
@@ -90,6 +100,7 @@ std::string disagreement(Timing (&timings)[kContenders], double tolerance) {
   const char* by = nullptr;
   for (std::size_t c = 0; c < kContenders; ++c) {
     if (!timings[c].takes_part()) continue;
+    timings[c].once();  // Two of the contenders share their arrays.
     const Numbers found = timings[c].contender->result();
     if (by == nullptr) {
       expected = found;
@@ -112,11 +123,13 @@ std::string disagreement(Timing (&timings)[kContenders], double tolerance) {
   return "";
 }
 
-Row hold(const Family& family, int n, bool quick) {
-  Row row = {family.function, n, {}, ""};
+Row hold(const Family& family, int n, bool quick, bool with_blis) {
+  Row row = {family.function, n, {}, "", {}};
   Contest contest = family.make(n);
   Timing timings[kContenders] = {Timing(&contest.core), Timing(&contest.handler),
-                                 Timing(&contest.lapack), Timing(&contest.eigen)};
+                                 Timing(&contest.lapack), Timing(&contest.lapack, Blas::blis),
+                                 Timing(&contest.eigen)};
+  timings[kBlis].absent = !with_blis;
   double slowest = 0;
   for (Timing& t : timings) {
     if (!t.takes_part()) continue;
@@ -151,7 +164,8 @@ std::string readable_ratio(std::optional<double> ratio) {
 void print(const Row& row) {
   fmt::print("{:<18} {:>5}", row.function, row.n);
   for (const auto& seconds : row.seconds) fmt::print(" {:>10}", readable(seconds));
-  fmt::print(" {:>8} {:>8}\n", readable_ratio(row.ratio(0)), readable_ratio(row.ratio(1)));
+  fmt::print(" {:>10} {:>8} {:>8}\n", readable(row.least), readable_ratio(row.ratio(0)),
+             readable_ratio(row.ratio(1)));
   if (!row.mistake.empty()) fmt::print("  WRONG: {}\n", row.mistake);
   std::fflush(stdout);
 }
@@ -164,6 +178,7 @@ nlohmann::json as_json(const Row& row) {
     const auto ratio = row.ratio(ours);
     j[std::string(kNames[ours]) + " ratio"] = ratio ? nlohmann::json(*ratio) : nlohmann::json();
   }
+  j["limit"] = row.least ? nlohmann::json(*row.least) : nlohmann::json();
   if (!row.mistake.empty()) j["mistake"] = row.mistake;
   return j;
 }
@@ -186,14 +201,21 @@ bool choose_set(const std::string& name) {
 // Exit status 1 when some contenders disagree.
 int run(const Options& options) {
   const char* const set = matrix_pack::kernel_set_name(matrix_pack::kernel_set());
-  nlohmann::json report = {{"kernel set", set}, {"peers", peers()}};
+  const bool with_blis = load_blis();
+  const Machine machine = measure_machine();
+  nlohmann::json report = {{"kernel set", set},
+                           {"peers", peers(with_blis)},
+                           {"operations a second", machine.operations},
+                           {"bytes a second", machine.bandwidth}};
   report["rows"] = nlohmann::json::array();
   if (!options.json) {
-    fmt::print("Kernel set {}. Peers: {}. One thread. Medians; ratios to the faster peer.\n", set,
-               peers());
+    fmt::print("Kernel set {}. Peers: {}. One thread. Medians; ratios to the fastest peer.\n", set,
+               peers(with_blis));
+    fmt::print("Limits: {:.1f} billion operations and {:.1f} GB a second.\n",
+               machine.operations / 1e9, machine.bandwidth / 1e9);
     fmt::print("{:<18} {:>5}", "function", "n");
     for (const char* name : kNames) fmt::print(" {:>10}", name);
-    fmt::print(" {:>8} {:>8}\n", "core", "handler");
+    fmt::print(" {:>10} {:>8} {:>8}\n", "limit", "core", "handler");
   }
   int status = 0;
   const std::regex filter(options.filter);
@@ -201,7 +223,8 @@ int run(const Options& options) {
     if (!std::regex_search(family.function, filter)) continue;
     for (const int n : options.sizes.empty() ? family.sizes : options.sizes) {
       if (options.quick && options.sizes.empty() && n > kQuickLargest) continue;
-      const Row row = hold(family, n, options.quick);
+      Row row = hold(family, n, options.quick, with_blis);
+      row.least = limit(machine, family.function, n);
       if (!row.mistake.empty()) status = 1;
       if (options.json)
         report["rows"].push_back(as_json(row));
@@ -223,7 +246,9 @@ bool add(std::string function, std::function<Contest(int)> make, std::vector<int
 }  // namespace bench
 
 int main(int argc, char** argv) {
-  CLI::App app("Times the pack beside LAPACK on OpenBLAS and Eigen, on one thread.");
+  if (argc == 2 && std::string(argv[1]) == "--probe") return bench::probe();
+  bench::choose_core_type(argv);
+  CLI::App app("Times the pack beside LAPACK on OpenBLAS and on BLIS, and Eigen, on one thread.");
   bench::Options options;
   app.add_flag("--json", options.json, "Print JSON, times in seconds");
   app.add_flag("--quick", options.quick, "Fewer rounds, and sizes up to 300");

@@ -1,11 +1,10 @@
 // Norms, condition numbers and the Hermitian eigenvalues under the complex 2-norm.
-#include <lapacke.h>
-
 #include <algorithm>
 #include <memory>
 
 #include "bench/bench.hpp"
 #include "bench/eigen_peers.hpp"
+#include "bench/lapack.hpp"
 #include "eigen/hermitian/eigenvalues.hpp"
 #include "norms/norm_cores.hpp"
 #include "norms/norms.hpp"
@@ -65,9 +64,10 @@ Contender handler_number(const Shared& p, Handler handler) {
 }
 
 double lapack_norm(Problem& p, char which, double* a) {
-  return p.complex ? LAPACKE_zlange_work(LAPACK_COL_MAJOR, which, p.n, p.n, lapack_complex(a), p.n,
-                                         p.reals.data())
-                   : LAPACKE_dlange_work(LAPACK_COL_MAJOR, which, p.n, p.n, a, p.n, p.reals.data());
+  return p.complex
+             ? lapack().zlange_work(LAPACK_COL_MAJOR, which, p.n, p.n, lapack_complex(a), p.n,
+                                    p.reals.data())
+             : lapack().dlange_work(LAPACK_COL_MAJOR, which, p.n, p.n, a, p.n, p.reals.data());
 }
 
 // --- norm1, normi, norme ---
@@ -94,12 +94,12 @@ Contest norm_contest(int n, bool complex, char which, matrix_pack::NormCore core
 // The singular values, the largest first.
 const Numbers& lapack_values(Problem& p, double* a) {
   if (p.complex)
-    LAPACKE_zgesdd_work(LAPACK_COL_MAJOR, 'N', p.n, p.n, lapack_complex(a), p.n, p.s.data(),
-                        nullptr, p.n, nullptr, p.n, lapack_complex(p.work.data()), p.work_size(),
-                        p.reals.data(), p.integers.data());
+    lapack().zgesdd_work(LAPACK_COL_MAJOR, 'N', p.n, p.n, lapack_complex(a), p.n, p.s.data(),
+                         nullptr, p.n, nullptr, p.n, lapack_complex(p.work.data()), p.work_size(),
+                         p.reals.data(), p.integers.data());
   else
-    LAPACKE_dgesdd_work(LAPACK_COL_MAJOR, 'N', p.n, p.n, a, p.n, p.s.data(), nullptr, p.n, nullptr,
-                        p.n, p.work.data(), p.work_size(), p.integers.data());
+    lapack().dgesdd_work(LAPACK_COL_MAJOR, 'N', p.n, p.n, a, p.n, p.s.data(), nullptr, p.n, nullptr,
+                         p.n, p.work.data(), p.work_size(), p.integers.data());
   return p.s;
 }
 
@@ -149,12 +149,12 @@ Contest cond1_contest(int n, bool complex) {
     const double norm = lapack_norm(*p, '1', a);
     int* const pivots = p->integers.data();
     if (complex) {
-      LAPACKE_zgetrf_work(LAPACK_COL_MAJOR, n, n, lapack_complex(a), n, pivots);
-      LAPACKE_zgetri_work(LAPACK_COL_MAJOR, n, lapack_complex(a), n, pivots,
-                          lapack_complex(p->work.data()), p->work_size());
+      lapack().zgetrf_work(LAPACK_COL_MAJOR, n, n, lapack_complex(a), n, pivots);
+      lapack().zgetri_work(LAPACK_COL_MAJOR, n, lapack_complex(a), n, pivots,
+                           lapack_complex(p->work.data()), p->work_size());
     } else {
-      LAPACKE_dgetrf_work(LAPACK_COL_MAJOR, n, n, a, n, pivots);
-      LAPACKE_dgetri_work(LAPACK_COL_MAJOR, n, a, n, pivots, p->work.data(), p->work_size());
+      lapack().dgetrf_work(LAPACK_COL_MAJOR, n, n, a, n, pivots);
+      lapack().dgetri_work(LAPACK_COL_MAJOR, n, a, n, pivots, p->work.data(), p->work_size());
     }
     return norm * lapack_norm(*p, '1', a);
   });
@@ -188,8 +188,8 @@ Contest hermitian_contest(int n) {
     matrix_pack::hermitian_eigenvalues(&m, d);
   });
   c.lapack = from(p->beside, [=](double* a, double* d) {
-    LAPACKE_zheev_work(LAPACK_COL_MAJOR, 'N', 'L', n, lapack_complex(a), n, d,
-                       lapack_complex(p->work.data()), p->work_size(), p->reals.data());
+    lapack().zheev_work(LAPACK_COL_MAJOR, 'N', 'L', n, lapack_complex(a), n, d,
+                        lapack_complex(p->work.data()), p->work_size(), p->reals.data());
   });
   c.eigen = from(p->beside, [=](double* a, double* d) { eigen::hermitian_eigenvalues(n, a, d); });
   return c;

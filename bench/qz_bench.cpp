@@ -1,11 +1,10 @@
 // The generalized eigenproblem.
-#include <lapacke.h>
-
 #include <algorithm>
 #include <complex>
 #include <memory>
 
 #include "bench/bench.hpp"
+#include "bench/lapack.hpp"
 #include "bench/qz_eigen.hpp"
 #include "eigen/eigen.hpp"
 #include "eigen/qz/stages.hpp"
@@ -26,8 +25,8 @@ struct Problem {
         a(random_numbers(square, 1)),
         b(random_numbers(square, 2)) {
     double most = 0;
-    LAPACKE_dggev_work(LAPACK_COL_MAJOR, 'N', job(), n, nullptr, n, nullptr, n, nullptr, nullptr,
-                       nullptr, nullptr, 1, nullptr, n, &most, -1);
+    lapack().dggev_work(LAPACK_COL_MAJOR, 'N', job(), n, nullptr, n, nullptr, n, nullptr, nullptr,
+                        nullptr, nullptr, 1, nullptr, n, &most, -1);
     work = std::max(static_cast<std::size_t>(most), 2 * square + 8 * line);
   }
 
@@ -124,9 +123,9 @@ void solve_by_core(const Problem& p, double* all) {
 }
 
 void solve_by_lapack(const Problem& p, double* all) {
-  LAPACKE_dggev_work(LAPACK_COL_MAJOR, 'N', p.job(), p.n, all, p.n, all + p.square, p.n,
-                     p.alfr(all), p.alfi(all), p.beta(all), nullptr, 1, p.x(all), p.n, p.free(all),
-                     static_cast<lapack_int>(p.work));
+  lapack().dggev_work(LAPACK_COL_MAJOR, 'N', p.job(), p.n, all, p.n, all + p.square, p.n,
+                      p.alfr(all), p.alfi(all), p.beta(all), nullptr, 1, p.x(all), p.n, p.free(all),
+                      static_cast<lapack_int>(p.work));
 }
 
 Contest contest(int n, bool vectors) {

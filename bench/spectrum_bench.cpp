@@ -1,10 +1,9 @@
 // Eigenvalues and eigenvectors of symmetric, general and complex matrices.
-#include <lapacke.h>
-
 #include <complex>
 #include <memory>
 
 #include "bench/bench.hpp"
+#include "bench/lapack.hpp"
 #include "bench/spectrum_eigen.hpp"
 #include "pack/exports.hpp"
 

@@ -1,11 +1,11 @@
 // The singular value decomposition and what rests on it.
 #include <cblas.h>
-#include <lapacke.h>
 
 #include <memory>
 
 #include "bench/bench.hpp"
 #include "bench/eigen_peers.hpp"
+#include "bench/lapack.hpp"
 #include "linsys/linsys.hpp"
 #include "pack/elements.hpp"
 #include "svd/svd.hpp"
@@ -70,8 +70,8 @@ Contest svds_contest(int m, int n) {
       [](EfiCallContext* context, const auto& v) { return matrix_pack::svds(context, v[0]); },
       [](Host&, Anyval* s) { return parts_of(static_cast<aMatrix*>(s)); });
   c.lapack = values_by(p, [](Problem& q, double* a) {
-    LAPACKE_dgesdd_work(LAPACK_COL_MAJOR, 'N', q.m, q.n, a, q.m, q.s.data(), nullptr, q.m, nullptr,
-                        q.n, q.work.data(), q.work_size(), q.integers.data());
+    lapack().dgesdd_work(LAPACK_COL_MAJOR, 'N', q.m, q.n, a, q.m, q.s.data(), nullptr, q.m, nullptr,
+                         q.n, q.work.data(), q.work_size(), q.integers.data());
   });
   c.eigen = values_by(std::make_shared<Problem>(m, n), [](Problem& q, double* a) {
     eigen::svd(q.m, q.n, a, q.s.data(), nullptr, nullptr);
@@ -101,12 +101,12 @@ Numbers transposed(int n, const Numbers& a) {
 
 // The decomposition by LAPACK: V^T goes to p.v.
 void divide_and_conquer(Problem& p, double* a) {
-  LAPACKE_dgesdd_work(LAPACK_COL_MAJOR, 'S', p.m, p.n, a, p.m, p.s.data(), p.u.data(), p.m,
-                      p.v.data(), p.n, p.work.data(), p.work_size(), p.integers.data());
+  lapack().dgesdd_work(LAPACK_COL_MAJOR, 'S', p.m, p.n, a, p.m, p.s.data(), p.u.data(), p.m,
+                       p.v.data(), p.n, p.work.data(), p.work_size(), p.integers.data());
 }
 void qr_iteration(Problem& p, double* a) {
-  LAPACKE_dgesvd_work(LAPACK_COL_MAJOR, 'S', 'S', p.m, p.n, a, p.m, p.s.data(), p.u.data(), p.m,
-                      p.v.data(), p.n, p.work.data(), p.work_size());
+  lapack().dgesvd_work(LAPACK_COL_MAJOR, 'S', 'S', p.m, p.n, a, p.m, p.s.data(), p.u.data(), p.m,
+                       p.v.data(), p.n, p.work.data(), p.work_size());
 }
 
 Contest svd_contest(int m, int n, void (*lapack)(Problem&, double*)) {
@@ -164,9 +164,9 @@ Contest geninv_contest(int n) {
       [=](double* a) {
         divide_and_conquer(*p, a);
         for (int k = 0; k < n; ++k)
-          cblas_dscal(n, 1 / p->s[product(k, 1)], p->u.data() + product(n, k), 1);
-        cblas_dgemm(CblasColMajor, CblasTrans, CblasTrans, n, n, n, 1, p->v.data(), n, p->u.data(),
-                    n, 0, a, n);
+          lapack().dscal(n, 1 / p->s[product(k, 1)], p->u.data() + product(n, k), 1);
+        lapack().dgemm(CblasColMajor, CblasTrans, CblasTrans, n, n, n, 1, p->v.data(), n,
+                       p->u.data(), n, 0, a, n);
       },
       [=](const double* a) { return Numbers(a, a + product(n, n)); });
   return c;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "linsys/cholesky_kernels.hpp"
 #include "linsys/linsys.hpp"
 #include "linsys/product_kernels.hpp"
 #include "pack/elements.hpp"
@@ -24,6 +25,8 @@ constexpr double kSqrtEps = 0x1p-26;  // sqrt(kEps)
 // Columns of a panel, and of the parts in which it is factored column by column. Measured.
 constexpr Index kPanel = 64;
 constexpr Index kNarrow = 8;
+// Matrices up to this order are factored column by column. Measured.
+constexpr Index kSmallOrder = 16;
 
 // The lower triangle of an n x n array.
 struct Triangle {
@@ -41,23 +44,9 @@ void take_off(const Triangle& t, Index k0, Index k1, Index j0, Index j1) {
   subtract_product(t.n - j0, j1 - j0, k1 - k0, {l, t.a.ld}, l_transposed, t.a.ld, t.a.from(j0, j0));
 }
 
-// Factors the columns j0 to j1 - 1, up to date but for each other. False at a bad pivot.
-bool factor_columns(const Triangle& t, Index j0, Index j1) {
-  for (Index j = j0; j < j1; ++j) {
-    double* const column = t.at(j, j);
-    const double s = *column;
-    if (s <= 0.0) return false;
-    *column = std::sqrt(s);
-    const Index below = t.n - j - 1;
-    vector_kernels().divide(below, *column, column + 1);
-    for (Index k = j + 1; k < j1; ++k)
-      vector_kernels().axpy(t.n - k, -*t.at(k, j), t.at(k, j), t.at(k, k));
-  }
-  return true;
-}
-
 bool factor_panel(const Triangle& t, Index j0, Index j1) {
-  if (j1 - j0 <= kNarrow) return factor_columns(t, j0, j1);
+  if (j1 - j0 <= kNarrow || t.n <= kSmallOrder)
+    return cholesky_kernels().factor_columns(t.n - j0, t.a.from(j0, j0), j1 - j0);
   const Index middle = j0 + (j1 - j0) / 2;
   if (!factor_panel(t, j0, middle)) return false;
   take_off(t, j0, middle, middle, j1);
@@ -90,7 +79,7 @@ const char* cholesky_core(aMatrix* a) {
   const Triangle t = {a->rows, real_view(a)};
   for (Index j0 = 0; j0 < t.n; j0 += kPanel) {
     const Index j1 = std::min(j0 + kPanel, t.n);
-    take_off(t, 0, j0, j0, j1);
+    if (j0 > 0) take_off(t, 0, j0, j0, j1);
     if (!factor_panel(t, j0, j1)) return kNotDefinite;
   }
   for (Index j = 1; j < t.n; ++j) std::fill_n(t.at(0, j), j, 0.0);

@@ -28,8 +28,15 @@ namespace matrix_pack {
 
 namespace {
 
-// Columns that are solved for together: they stay in cache.
-constexpr Index kBlock = 64;
+// The most columns that are solved for together: they stay in cache.
+constexpr Index kBlock = kUpperColumns;
+
+// Blocks of equal size, in whole vectors.
+Index block_size(Index n) {
+  constexpr Index kVector = 8;
+  const Index blocks = (n + kBlock - 1) / kBlock;
+  return (n + blocks * kVector - 1) / (blocks * kVector) * kVector;
+}
 
 constexpr const char* kSuccess = nullptr;
 
@@ -54,7 +61,7 @@ bool is_finite_below_diagonal(Index n, const ComplexView& a) {
 // leave the zeros below as they are, if L is finite; if it is not, there is one column to a block.
 template <class View>
 void invert_factors(Index n, View lu, View y, double* work) {
-  const Index block = is_finite_below_diagonal(n, lu) ? kBlock : 1;
+  const Index block = is_finite_below_diagonal(n, lu) ? block_size(n) : 1;
   for (Index j0 = 0; j0 < n; j0 += block) {
     const Index j1 = std::min(n, j0 + block);
     set_to_unit_columns(j0, j1, y);

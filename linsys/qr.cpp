@@ -34,11 +34,37 @@ struct Reduction {
   RotationBatch beyond;  // For the rows of R, in the columns beyond the block.
   RotationBatch all_of_q;
   int unclear;  // The first column that may not stay zero below its pivot row.
+  Edge*
+      rows;  // Of each row of Q^T, which begins as a unit vector; null where they are stored whole.
+  Edge* edges;  // Of the rotations that are kept back for Q, one more for each sweep.
 };
+
+// Smaller accumulators are one panel of rows: nothing can be left out.
+constexpr int kSmallestWithEdges = 65;
 
 // Outside the open interval (-tol, tol); so is a NaN.
 bool counts(double x, double tol) {
   return !(-tol < x && x < tol);
+}
+
+// Notes the edges of the rows of Q^T that the last sweep rotates, `last` + 1 being the first of
+// them. What stands left of them, zeros of either sign, goes through the rotations as any element
+// does.
+void note_edges(Reduction& d, int last, int count, const Rotation* rotations) {
+  auto& kept = d.all_of_q.kept;
+  Edge* edge = d.edges + (rotations - kept.room) + (kept.count - 1);
+  kept.sweeps[kept.count - 1].edges = edge;
+  for (int t = 0; t < count; ++t) {
+    Edge& lower = d.rows[last + 1 - t];
+    Edge& upper = d.rows[last - t];
+    *edge++ = lower;
+    const auto [c, s] = rotations[t];
+    const double x = lower.above;
+    const double y = upper.above;
+    lower = {upper.reach, x * c + y * s};
+    upper.above = y * c - x * s;
+  }
+  *edge = d.rows[last + 1 - count];
 }
 
 // Rotates rows first...last + 1 of R, from the last one up, in the columns around c up to end - 1,
@@ -54,7 +80,9 @@ void rotate_rows(Reduction& d, int first, int last, int c, int end) {
   rotate(c + 1, end);
   const int from_last = d.m - 2 - last;
   if (end < d.n) std::copy_n(d.rotations, count, d.beyond.sweep(from_last, count));
-  std::copy_n(d.rotations, count, d.all_of_q.sweep(from_last, count));
+  Rotation* const for_q = d.all_of_q.sweep(from_last, count);
+  std::copy_n(d.rotations, count, for_q);
+  if (d.edges != nullptr) note_edges(d, last, count, for_q);
 }
 
 // Clears v below row p from the bottom up, leaving out what is negligible; every run of rotations
@@ -141,7 +169,10 @@ const char* qr_core(EfiCallContext* context, aMatrix* a, aMatrix** q, aMatrix** 
     const Doubles rt_part = new_part(n, m);
     const Doubles work = new_doubles(m + panel_size(m));
     const Array<Rotation> rotations = new_array<Rotation>(m + 2 * kept_rotations(m));
-    if (!rt_part || !work || !rotations) return kOutOfMemory;
+    const bool edged = m >= kSmallestWithEdges;
+    const Array<Edge> edges = new_array<Edge>(edged ? m + kept_rotations(m) + kMostEdgedSweeps : 0);
+    if (!rt_part || !work || !rotations || !edges) return kOutOfMemory;
+    for (Index k = 0; edged && k < m; ++k) edges[k] = {k, 0.0};
     double* const panel = work.get() + m;
     Rotation* const kept = rotations.get() + m;
     const RealView rt = {rt_part.get(), n};
@@ -153,9 +184,13 @@ const char* qr_core(EfiCallContext* context, aMatrix* a, aMatrix** q, aMatrix** 
                    rotations.get(),
                    {n, {nullptr, -rt.ld}, m, kept, panel},
                    {m, {q_view.column(m - 1), -q_view.ld}, m, kept + kept_rotations(m), panel},
-                   n};
+                   n,
+                   edged ? edges.get() : nullptr,
+                   edged ? edges.get() + m : nullptr};
     transpose_kernels().transpose(m, n, (*r)->re, m, rt.x);
     reduce(d);
+    for (Index k = 0; edged && k < m; ++k)
+      std::fill_n(q_view.column(k), edges[k].reach, edges[k].above);
     transpose_kernels().transpose(n, m, rt.x, n, (*r)->re);
   }
   *q = new_matrix(context, m, m, std::move(q_part));

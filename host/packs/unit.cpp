@@ -23,8 +23,11 @@ constexpr std::int64_t kMostPower = 1000;
 
 constexpr const char* kAngle = "rad";
 
-// Single units that a product of several may stand for. Not the joule: a torque is no energy.
-constexpr const char* kCoherent[] = {"N", "Pa", "W", "V", "A", "Ohm", "C", "F", "H", "lm"};
+// Single units that a product of several may stand for: coherent ones of the SI, and what customary
+// units make. Not the joule: a torque is no energy.
+constexpr const char* kSingle[] = {"N",   "Pa", "W",   "V",   "A",   "Ohm", "C",
+                                   "F",   "H",  "lm",  "lbf", "kip", "psi", "ksi",
+                                   "psf", "mi", "nmi", "ft",  "gal", "lb"};
 
 using Factors = std::vector<Unit::Factor>;
 
@@ -122,10 +125,11 @@ UnitProduct readable(const Factors& factors) {
   const double scale = scale_of(factors);
   if (dimension.empty()) return {nullptr, scale};
   if (factors.size() < 2) return {unit_of(factors), 1.0};
-  for (const char* name : kCoherent) {
+  constexpr double kNear = 1e-14;
+  for (const char* name : kSingle) {
     const NamedUnit* const single = find_named_unit(name);
-    if (single->dimension == dimension && single->scale == scale)
-      return {unit_of({{single, 1}}), 1.0};
+    if (std::fabs(single->scale - scale) <= kNear * scale && single->dimension == dimension)
+      return {unit_of({{single, 1}}), scale / single->scale};
   }
   if (dimension.size() < factors.size()) return {unit_of(base_factors(dimension)), scale};
   return {unit_of(factors), 1.0};
@@ -169,7 +173,17 @@ UnitProduct product(const Unit* a, const Unit* b, const Rational& power) {
   };
   add(a, 1);
   add(b, power);
-  if (!counts_angles(dimension_of(factors))) scale *= drop_angles(factors);
+  if (!counts_angles(dimension_of(factors))) {
+    const Rational angle = angle_in(dimension_of(factors));
+    scale *= drop_angles(factors);
+    // Power over a rotational speed is a torque.
+    const NamedUnit *const force = find_named_unit("N"), *const length = find_named_unit("m");
+    const Factors torque = {{force, 1}, {length, 1}};
+    if (angle == Rational(-1) && dimension_of(factors) == dimension_of(torque)) {
+      scale *= scale_of(factors);
+      factors = torque;
+    }
+  }
   std::erase_if(factors, [](const Unit::Factor& f) { return f.power == Rational(0); });
   const UnitProduct result = readable(factors);
   return {result.unit, result.factor * scale};
@@ -180,12 +194,10 @@ bool is_near_plain(const Unit& unit) {
   return without_angle(unit.dimension()).empty();
 }
 
-const Unit* made_unit(const Factors& factors, bool written) {
-  static std::unordered_map<std::string, std::unique_ptr<Unit>> made[2];
-  if (factors.empty()) return nullptr;
-  std::unique_ptr<Unit>& unit = made[written ? 1 : 0][name_of(factors)];
-  if (unit == nullptr) unit = std::make_unique<Unit>(factors, written);
-  return unit.get();
+// The unit of a multiple of a value.
+const Unit* unit_of_multiple(const Unit* unit) {
+  if (unit == nullptr || unit->origin() != Unit::Origin::written) return unit;
+  return unit_of(unit->factors());
 }
 
 }  // namespace
@@ -217,22 +229,22 @@ std::optional<Rational> to_rational(double x) {
   return std::nullopt;
 }
 
-Unit::Unit(std::vector<Factor> factors, bool written)
+Unit::Unit(std::vector<Factor> factors, Origin origin)
     : factors_(std::move(factors)),
       name_(name_of(factors_)),
       scale_(scale_of(factors_)),
       dimension_(dimension_of(factors_)),
       turns_(turns_of(factors_)),
-      written_(written) {
+      origin_(origin) {
   if (!std::isnormal(scale_)) throw UnitPowerError();
 }
 
-const Unit* unit_of(const Factors& factors) {
-  return made_unit(factors, false);
-}
-
-const Unit* written_unit(const Factors& factors) {
-  return made_unit(factors, true);
+const Unit* unit_of(const Factors& factors, Unit::Origin origin) {
+  static std::unordered_map<std::string, std::unique_ptr<Unit>> made[3];
+  if (factors.empty()) return nullptr;
+  std::unique_ptr<Unit>& unit = made[static_cast<int>(origin)][name_of(factors)];
+  if (unit == nullptr) unit = std::make_unique<Unit>(factors, origin);
+  return unit.get();
 }
 
 std::string unit_text(const Unit* unit) {
@@ -277,12 +289,12 @@ std::string conversion_hint(const Unit* from, const Unit* to) {
 }
 
 UnitProduct multiply(const Unit* a, const Unit* b) {
-  if (a == nullptr || b == nullptr) return {a == nullptr ? b : a, 1.0};
+  if (a == nullptr || b == nullptr) return {unit_of_multiple(a == nullptr ? b : a), 1.0};
   return product(a, b, 1);
 }
 
 UnitProduct divide(const Unit* a, const Unit* b) {
-  return b == nullptr ? UnitProduct{a, 1.0} : product(a, b, -1);
+  return b == nullptr ? UnitProduct{unit_of_multiple(a), 1.0} : product(a, b, -1);
 }
 
 UnitProduct raise(const Unit* a, const Rational& power) {

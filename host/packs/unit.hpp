@@ -58,8 +58,15 @@ class Unit {
     Rational power;
   };
 
+  // How a value came to have the unit.
+  enum class Origin {
+    calculated,
+    written,  // Someone wrote it behind a number: the value is shown in it.
+    asked,    // Someone asked for it with "in": multiples of the value are shown in it, too.
+  };
+
   // Throws UnitPowerError, also where the scale is beyond the range of numbers.
-  explicit Unit(std::vector<Factor> factors, bool written = false);
+  Unit(std::vector<Factor> factors, Origin origin);
 
   // As users write it, "kN/m^2".
   const std::string& name() const { return name_; }
@@ -68,8 +75,7 @@ class Unit {
   double scale() const { return scale_; }
   const Dimension& dimension() const { return dimension_; }
   Rational turns() const { return turns_; }
-  // Whether someone wrote it down: values that have it are shown in it.
-  bool is_written() const { return written_; }
+  Origin origin() const { return origin_; }
 
  private:
   std::vector<Factor> factors_;
@@ -77,13 +83,12 @@ class Unit {
   double scale_ = 1.0;
   Dimension dimension_;
   Rational turns_;
-  bool written_;
+  Origin origin_;
 };
 
-// The one unit with these factors; null when there are none. Throws UnitPowerError.
-const Unit* unit_of(const std::vector<Unit::Factor>& factors);
-// The same for a unit that someone wrote down.
-const Unit* written_unit(const std::vector<Unit::Factor>& factors);
+// The one unit with these factors and that origin; null when there are none. Throws UnitPowerError.
+const Unit* unit_of(const std::vector<Unit::Factor>& factors,
+                    Unit::Origin origin = Unit::Origin::calculated);
 
 // Text that is no unit; `offset` is the place in it.
 struct UnitError : std::runtime_error {
@@ -93,7 +98,7 @@ struct UnitError : std::runtime_error {
 
 // The unit that the text says: factors apart by blanks, "*", "." or "·"; "/" divides by the factor
 // that follows it; powers as "m^2", "m2", "m²", "m^-1" or "m^(1/2)". Throws UnitError.
-const Unit* parse_unit(std::string_view text);
+const Unit* parse_unit(std::string_view text, Unit::Origin origin = Unit::Origin::written);
 
 // "kN", or "no unit".
 std::string unit_text(const Unit* unit);

@@ -31,8 +31,10 @@ std::pair<std::ptrdiff_t, std::ptrdiff_t> prefixes_of(const std::string& symbol)
   return {0, static_cast<std::ptrdiff_t>(kPrefixes.size()) - 1};
 }
 
-// Whether the unit is a multiple of SI units by a power of ten, or that of an hour or a minute.
+// Whether the unit is a multiple of SI units by a power of ten, or that of an hour or a minute; the
+// acceleration of gravity stands for its number.
 bool is_metric(const NamedUnit& unit) {
+  if (unit.name == "g0") return true;
   for (const double time : {1.0, 60.0, 3600.0}) {
     const double power = std::log10(unit.scale / time);
     if (std::fabs(power - std::round(power)) < 1e-12) return true;
@@ -57,8 +59,9 @@ UnitProduct with_prefix(const Unit* unit, double magnitude, const std::string& s
   if (magnitude == 0.0 || !std::isfinite(magnitude)) return plain;
   const auto [least, most] = prefixes_of(symbol);
   for (std::ptrdiff_t k = least; k <= most; ++k) {
-    const std::string name = kPrefixes[static_cast<std::size_t>(k)] + symbol;
-    const UnitProduct prefixed = converted(unit, {{find_named_unit(name), 1}});
+    const NamedUnit* const named = find_named_unit(kPrefixes[static_cast<std::size_t>(k)] + symbol);
+    if (named == nullptr) continue;
+    const UnitProduct prefixed = converted(unit, {{named, 1}});
     if (k == most || magnitude * prefixed.factor * (1.0 + 1e-9) < 1000.0) return prefixed;
   }
   return plain;
@@ -76,9 +79,12 @@ bool is_force_and_length(const Factors& factors) {
   return forces == 1 && others == 0 && factors.size() == 2;
 }
 
-bool holds(const Factors& factors, const char* name) {
+// Whether one of the factors has the dimension of one of these units.
+bool holds(const Factors& factors, std::initializer_list<const char*> names) {
   return std::any_of(factors.begin(), factors.end(), [&](const Unit::Factor& factor) {
-    return factor.unit->dimension == dimension_of(name);
+    return std::any_of(names.begin(), names.end(), [&](const char* name) {
+      return factor.unit->dimension == dimension_of(name);
+    });
   });
 }
 
@@ -98,22 +104,19 @@ UnitProduct as_force_and_length(const Unit* unit, double magnitude, const Ration
   return converted(unit, {{find_named_unit("kN"), 1}, {metre, power}});
 }
 
-// A power or a current times hours as kWh or Ah; null if it is neither.
-const NamedUnit* over_hours(const Factors& factors) {
-  const auto is = [](const Unit::Factor& factor, const char* name) {
-    return factor.unit->name.ends_with(name) && factor.power == Rational(1);
-  };
+// A power or a current times hours: "Wh" or "Ah"; null if it is neither.
+const char* over_hours(const Factors& factors) {
   if (factors.size() != 2) return nullptr;
-  const bool hour_first = is(factors[0], "h");
-  const Unit::Factor& rate = factors[hour_first ? 1 : 0];
-  const bool known = is(rate, "W") || is(rate, "A");
-  if (!known || factors[hour_first ? 0 : 1].unit->name != "h") return nullptr;
-  return find_named_unit(rate.unit->name + "h");
+  const std::size_t hour = factors[0].unit->name == "h" ? 0 : 1;
+  const bool once = factors[0].power == Rational(1) && factors[1].power == Rational(1);
+  if (factors[hour].unit->name != "h" || !once) return nullptr;
+  const std::string& rate = factors[1 - hour].unit->metric;
+  return rate == "W" ? "Wh" : rate == "A" ? "Ah" : nullptr;
 }
 
 UnitProduct as_named(const Unit* unit, double magnitude) {
   const Factors& factors = unit->factors();
-  if (const NamedUnit* whole = over_hours(factors)) return converted(unit, {{whole, 1}});
+  if (const char* name = over_hours(factors)) return with_prefix(unit, magnitude, name);
   for (const char* name : kNamed)
     if (unit->dimension() == dimension_of(name)) return with_prefix(unit, magnitude, name);
   if (factors.size() == 1) return {unit, 1.0};
@@ -123,7 +126,9 @@ UnitProduct as_named(const Unit* unit, double magnitude) {
     const std::size_t force = factors[0].unit->dimension == dimension_of("N") ? 0 : 1;
     return {unit_of({factors[force], factors[1 - force]}), 1.0};
   }
-  if (holds(factors, "N") || holds(factors, "Pa"))
+  const bool of_gas = holds(factors, {"Pa"}) && holds(factors, {"L"});
+  const bool of_bases = !holds(factors, {"J", "W"}) && *length == Rational(-1);
+  if ((holds(factors, {"N", "Pa"}) && !of_gas) || of_bases)
     return as_force_and_length(unit, magnitude, *length);
   return *length == Rational(1) ? with_prefix(unit, magnitude, "J") : UnitProduct{unit, 1.0};
 }
@@ -131,7 +136,7 @@ UnitProduct as_named(const Unit* unit, double magnitude) {
 }  // namespace
 
 UnitProduct readable_unit(const Unit* unit, double magnitude) {
-  if (unit == nullptr || unit->is_written()) return {unit, 1.0};
+  if (unit == nullptr || unit->origin() != Unit::Origin::calculated) return {unit, 1.0};
   const Factors& factors = unit->factors();
   const auto metric = [](const Unit::Factor& factor) { return is_metric(*factor.unit); };
   if (!std::all_of(factors.begin(), factors.end(), metric)) return {unit, 1.0};

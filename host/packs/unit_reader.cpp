@@ -21,10 +21,10 @@ class UnitReader {
  public:
   explicit UnitReader(std::string_view text) : text_(text) {}
 
-  const Unit* read() try {
+  const Unit* read(Unit::Origin origin) try {
     read_product(1, 0);
     if (at_ < text_.size()) fail("unexpected text in a unit");
-    return written_unit(merged());
+    return unit_of(merged(), origin);
   } catch (const UnitPowerError& error) {
     fail(error.what());
   }
@@ -191,8 +191,8 @@ class UnitReader {
 
 }  // namespace
 
-const Unit* parse_unit(std::string_view text) {
-  return UnitReader(text).read();
+const Unit* parse_unit(std::string_view text, Unit::Origin origin) {
+  return UnitReader(text).read(origin);
 }
 
 }  // namespace worksheet

@@ -13,25 +13,15 @@ template <int G>
 struct Vectors {};
 
 // Calls body(j, Vectors<G>()) for groups of columns from j on that cover 0...cols - 1: of kMost
-// vectors (eight or four), the last one of the least power of two that holds the rest.
+// vectors as long as there are so many columns, then of as many as hold the rest.
 template <int kMost, class Body>
 MATRIX_INLINE void over_groups(Index cols, Body body) {
-  for (Index j = 0; j < cols;) {
-    const Index left = cols - j;
-    if (kMost > 4 && left > 4 * kWidth) {
-      body(j, Vectors<kMost>());
-      j += kMost * kWidth;
-    } else if (left > 2 * kWidth) {
-      body(j, Vectors<4>());
-      j += 4 * kWidth;
-    } else if (left > kWidth) {
-      body(j, Vectors<2>());
-      j += 2 * kWidth;
-    } else {
-      body(j, Vectors<1>());
-      j += kWidth;
-    }
-  }
+  Index j = 0;
+  for (; cols - j > (kMost - 1) * kWidth; j += kMost * kWidth) body(j, Vectors<kMost>());
+  if constexpr (kMost > 1)
+    if (j < cols)
+      over_groups<kMost - 1>(cols - j,
+                             [=](Index k, auto v) MATRIX_INLINE_LAMBDA { body(j + k, v); });
 }
 
 }  // namespace

@@ -42,10 +42,13 @@ bool parts_are_safe(Index rows, Index cols, const ConstComplexView& a) {
   return safe;
 }
 
+// Of so few elements the moduli are computed one by one.
+constexpr Index kFew = 4;
+
 // Sets out[i] to the modulus of element i, by the rules of cmodulus, or to kOutOfRange; true when
 // all are in range.
 bool moduli(Index n, const ConstComplexView& x, double* __restrict out) {
-  if (parts_are_safe(n, 1, x)) {
+  if (n > kFew && parts_are_safe(n, 1, x)) {
     for (Index i = 0; i < n; ++i) {
       const double re = __builtin_fabs(x.re[i]);
       const double im = __builtin_fabs(x.im[i]);
@@ -107,7 +110,7 @@ bool row_is_zero(Index n, const ConstComplexView& row) {
 }
 
 Pivoting scale_rows(Index n, const ConstComplexView& a, double* scale) {
-  const bool safe = parts_are_safe(n, n, a);
+  const bool safe = n > kFew && parts_are_safe(n, n, a);
   for (Index i = 0; i < n; ++i) scale[i] = 0.0;
   for (Index j = 0; j < n && safe; ++j) raise_to_moduli(n, a.column(j), nullptr, scale);
   for (Index i = 0; i < n; ++i) {

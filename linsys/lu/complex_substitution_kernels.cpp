@@ -89,6 +89,8 @@ void solve_upper_group(Index n, const ConstComplexView& u, Index cols, const Com
 
 void solve_upper(Index n, const ConstComplexView& u, Index cols, const ComplexView& x,
                  double* work) {
+  alignas(64) double small[kTriangle * kUpperColumns];
+  work = n <= kTriangle ? small : line_start(work);
   over_groups<4>(cols, [&]<int G>(Index j, Vectors<G>) {
     solve_upper_group<G>(n, u, cols - j, x.column(j), work);
   });

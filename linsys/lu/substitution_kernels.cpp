@@ -64,6 +64,8 @@ void solve_upper_group(Index n, ConstRealView u, Index cols, RealView x, double*
 }
 
 void solve_upper(Index n, ConstRealView u, Index cols, RealView x, double* work) {
+  alignas(64) double small[kTriangle * kUpperColumns];
+  work = n <= kTriangle ? small : line_start(work);
   over_groups<8>(cols, [=]<int G>(Index j, Vectors<G>) {
     solve_upper_group<G>(n, u, cols - j, x.from(0, j), work);
   });

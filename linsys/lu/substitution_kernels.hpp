@@ -9,9 +9,12 @@ namespace matrix_pack {
 // The largest triangle that solve_lower takes.
 inline constexpr Index kTriangle = 16;
 
-// Doubles of work that solve_upper needs for a triangle of order n, real or complex.
+// Columns, real or complex, that solve_upper takes side by side where vectors are widest.
+inline constexpr Index kUpperColumns = 64;
+// Doubles of work that it needs for a triangle of order n, those before the beginning of a cache
+// line included. (Those of a small one stand on the stack.)
 constexpr Index upper_work(Index n) {
-  return 64 * n;
+  return n <= kTriangle ? 0 : kUpperColumns * n + 8;
 }
 
 struct SubstitutionKernels {

@@ -37,20 +37,21 @@ void copy_out(Index rows, Index cols, const double* panel, RealView to) {
 
 // `count` rotations from column a on, of kVectors vectors of rows. The column that two rotations
 // share stays in registers.
-template <int kVectors>
+template <int kVectors, class V = Vector>
 MATRIX_INLINE void rotate_run(double* a, Index ld, const Rotation* rotations, Index count) {
-  Vector x[kVectors];
-  for (int p = 0; p < kVectors; ++p) x[p] = load_vector(a + p * kWidth);
+  constexpr Index kLanesOfV = sizeof(V) / sizeof(double);
+  V x[kVectors];
+  for (int p = 0; p < kVectors; ++p) x[p] = load<V>(a + p * kLanesOfV);
   for (Index j = 0; j < count; ++j, a += ld) {
     const double c = rotations[j].c;
     const double s = rotations[j].s;
     for (int p = 0; p < kVectors; ++p) {
-      const Vector y = load_vector(a + ld + p * kWidth);
-      store_vector(a + p * kWidth, x[p] * c + y * s);
+      const V y = load<V>(a + ld + p * kLanesOfV);
+      store<V>(a + p * kLanesOfV, x[p] * c + y * s);
       x[p] = y * c - x[p] * s;
     }
   }
-  for (int p = 0; p < kVectors; ++p) store_vector(a + p * kWidth, x[p]);
+  for (int p = 0; p < kVectors; ++p) store<V>(a + p * kLanesOfV, x[p]);
 }
 
 // Columns that are in the first cache while all sweeps pass over them.
@@ -60,12 +61,14 @@ constexpr Index kTile = 32;
 // with j + i in the first tile, sweep by sweep, then those in the second tile... A sweep lags one
 // column behind the sweep before it, so that each rotation finds its columns as if the
 // sweeps came one after the other.
+//   from_column   where each sweep begins in this panel, if not with its first column
 template <int kVectors>
-void rotate_panel(double* panel, Index first, Index end, const Sweep* sweeps, Index sweep_count) {
+void rotate_panel(double* panel, Index first, Index end, const Sweep* sweeps, Index sweep_count,
+                  const Index* from_column) {
   for (Index tile = first; tile < end + sweep_count; tile += kTile)
     for (Index i = 0; i < sweep_count; ++i) {
       const Sweep& sweep = sweeps[i];
-      const Index from = larger(tile - i, sweep.first);
+      const Index from = larger(tile - i, from_column == nullptr ? sweep.first : from_column[i]);
       const Index to = smaller(tile - i + kTile, sweep.first + sweep.count);
       if (from < to)
         rotate_run<kVectors>(panel + (from - first) * kRows, kRows,
@@ -73,37 +76,49 @@ void rotate_panel(double* panel, Index first, Index end, const Sweep* sweeps, In
     }
 }
 
-void rotate_rest(Index rows, double* a, Index ld, const Rotation* rotations, Index count) {
-  for (Index k = 0; k < rows; ++k) {
-    double* at = a + k;
-    double x = *at;
-    for (Index j = 0; j < count; ++j, at += ld) {
-      const double y = at[ld];
-      *at = x * rotations[j].c + y * rotations[j].s;
-      x = y * rotations[j].c - x * rotations[j].s;
-    }
-    *at = x;
-  }
-}
-
 // One sweep where the columns stand.
 void rotate_in_place(Index rows, RealView a, const Sweep& sweep) {
   double* const x = a.column(sweep.first);
   Index j = 0;
   for (; j + kRows <= rows; j += kRows) rotate_run<4>(x + j, a.ld, sweep.rotations, sweep.count);
-  for (; j + kWidth <= rows; j += kWidth) rotate_run<1>(x + j, a.ld, sweep.rotations, sweep.count);
-  rotate_rest(rows - j, x + j, a.ld, sweep.rotations, sweep.count);
+  for (; j + 2 * kWidth <= rows; j += 2 * kWidth)
+    rotate_run<2>(x + j, a.ld, sweep.rotations, sweep.count);
+  over_elements(j, rows, [&]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    rotate_run<1, V>(x + k, a.ld, sweep.rotations, sweep.count);
+  });
 }
 
-// The first cache line that begins in p or behind.
-double* line_start(double* p) {
-  constexpr __UINTPTR_TYPE__ kLine = 64;
-  const auto address = reinterpret_cast<__UINTPTR_TYPE__>(p);
-  return p + (kLine - address % kLine) % kLine / sizeof(double);
+// How many rotations of the sweep find nothing stored in the rows before `end`.
+Index unstored(const Sweep& sweep, Index end) {
+  Index low = 0;
+  Index high = sweep.count;
+  while (low < high) {
+    const Index middle = low + (high - low) / 2;
+    if (sweep.edges[middle + 1].reach >= end)
+      low = middle + 1;
+    else
+      high = middle;
+  }
+  return low;
+}
+
+// Where the sweeps begin in the panel of the rows before `end`, whose first column is `first`. The
+// first column that a sweep meets there is stored now, if it has not been.
+void begin_sweeps(double* panel, Index first, Index end, const Sweep* sweeps, Index sweep_count,
+                  Index* from_column) {
+  for (Index i = 0; i < sweep_count; ++i) {
+    const Sweep& sweep = sweeps[i];
+    const Index skipped = unstored(sweep, end);
+    from_column[i] = sweep.first + skipped;
+    if (skipped == sweep.count || sweep.edges[skipped].reach < end) continue;
+    double* const column = panel + (from_column[i] - first) * kRows;
+    for (Index k = 0; k < kRows; ++k) column[k] = sweep.edges[skipped].above;
+  }
 }
 
 void rotate(Index rows, RealView a, const Sweep* sweeps, Index sweep_count, double* work) {
-  if (sweep_count == 1) return rotate_in_place(rows, a, sweeps[0]);
+  const bool edged = sweeps[0].edges != nullptr;
+  if (sweep_count == 1 && !edged) return rotate_in_place(rows, a, sweeps[0]);
   double* const panel = line_start(work);
   Index first = sweeps[0].first;
   Index end = first;
@@ -116,12 +131,15 @@ void rotate(Index rows, RealView a, const Sweep* sweeps, Index sweep_count, doub
     const Index count = smaller(kRows, rows - j);
     const RealView block = a.from(j, first);
     copy_in(count, cols, block, panel);
+    Index begins[kMostEdgedSweeps];
+    if (edged) begin_sweeps(panel, first, j + count, sweeps, sweep_count, begins);
+    const Index* const from = edged ? begins : nullptr;
     if (count <= kWidth)
-      rotate_panel<1>(panel, first, end, sweeps, sweep_count);
+      rotate_panel<1>(panel, first, end, sweeps, sweep_count, from);
     else if (count <= 2 * kWidth)
-      rotate_panel<2>(panel, first, end, sweeps, sweep_count);
+      rotate_panel<2>(panel, first, end, sweeps, sweep_count, from);
     else
-      rotate_panel<4>(panel, first, end, sweeps, sweep_count);
+      rotate_panel<4>(panel, first, end, sweeps, sweep_count, from);
     copy_out(count, cols, panel, block);
   }
 }

@@ -12,13 +12,25 @@ struct Rotation {
   double s;
 };
 
+// Where a column begins: above row `reach` all elements are equal to `above`, and are not stored.
+struct Edge {
+  Index reach;
+  double above;
+};
+
 // The rotations of one sweep, in order: rotations[j - first] is that of columns j and j + 1, for
-// first <= j < first + count.
+// first <= j < first + count. Where columns are not stored whole, `edges` holds the edges of the
+// columns from `first` on, count + 1 of them: that of column j as it is when its rotation with
+// column j + 1 comes. Their reaches do not increase. A rotation gives both of its columns the
+// lesser reach; what is above is the owner's to keep, and at last to store.
 struct Sweep {
   Index first;
   Index count;
   const Rotation* rotations;
+  const Edge* edges = nullptr;
 };
+// The most sweeps in one call when columns are not stored whole.
+inline constexpr Index kMostEdgedSweeps = 64;
 
 // The doubles of work that `rotate` needs for sweeps over so many columns: a panel of rows, which
 // begins with a cache line.

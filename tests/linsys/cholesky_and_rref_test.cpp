@@ -37,7 +37,7 @@ std::optional<Dense> plain_cholesky(const Dense& a) {
 
 TEST_P(CholeskyKernels, HasTheBitsOfThePlainSumsAndASmallResidual) {
   WorstRatio worst("cholesky residual", 1);
-  for (const int n : orders({1, 2, 3, 7, 8, 9, 17, 33, 63, 64, 65, 130, 200})) {
+  for (const int n : orders({1, 2, 3, 7, 8, 9, 16, 17, 33, 63, 64, 65, 130, 200})) {
     // A definite one, and with something else in the middle and in the corner.
     for (const double odd : {1.0, kNan, kInf, -kInf, -1e9}) {
       TestHost host;

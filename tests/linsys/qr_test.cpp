@@ -1,6 +1,7 @@
 // qr: residuals, the staircase, exact facts, messages, and the bits of the plain loops.
 #include "linsys/qr.hpp"
 
+#include <bit>
 #include <limits>
 
 #include "linsys/linsys.hpp"
@@ -62,6 +63,33 @@ TEST_P(QrKernels, ResidualsAreSmallAndTheBitsThoseOfThePlainLoops) {
     for (const auto& [name, a, imaginary] : zoo(m, n, 21)) {
       check(name, a);
       if (m != n) check(name + " transposed", transposed(a));
+    }
+}
+
+// The accumulator of a large matrix begins as the identity, and what is left of its rows is not
+// stored: zeros of either sign, or no numbers.
+TEST_P(QrKernels, RowsThatBeginAsUnitVectorsHaveThePlainBits) {
+  const auto bits = [](const Dense& a) {
+    std::vector<std::uint64_t> all;
+    for (const double x : a.a)
+      all.push_back(std::bit_cast<std::uint64_t>(std::isnan(x) ? kNan : x));
+    return all;
+  };
+  for (const auto& [m, n] :
+       {std::pair{65, 65}, {66, 3}, {97, 40}, {130, 130}, {160, 20}, {200, 90}})
+    for (const int kind : {0, 1, 2, 3, 4}) {
+      Dense a = random_dense(m, n, 17);
+      for (int j = 0; j < n; ++j)
+        for (int i = 0; i < m; ++i) {
+          if (kind == 1 && (i * 7 + j * 5) % 6 != 0) a(i, j) = 0;
+          if (kind == 2) a(i, j) = (i * 37 + 11) % m == j ? -1.0 : 0.0;
+          if (kind == 3 && j % 3 == 1) a(i, j) = a(i, j - 1) * (j % 2 == 0 ? -2 : 1);
+          if (kind == 4 && i == m / 2 && j == n / 3) a(i, j) = kNan;
+        }
+      Dense r = a;
+      Dense qt(m, m);
+      plain::qr(m, n, r.a.data(), qt.a.data());
+      EXPECT_EQ(bits(factors_of(a).q), bits(transposed(qt))) << m << ' ' << n << ' ' << kind;
     }
 }
 

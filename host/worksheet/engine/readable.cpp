@@ -26,7 +26,7 @@ double largest(const Value& value) {
 }  // namespace
 
 Value readable(Machine& machine, const Value& value) {
-  if (value.unit == nullptr || value.unit->is_written()) return value;
+  if (value.unit == nullptr || value.unit->origin() != Unit::Origin::calculated) return value;
   // A copy would lose the parts of a joined value.
   if (!machine.store.parts(value.object).empty()) return value;
   const UnitProduct shown = readable_unit(value.unit, largest(value));

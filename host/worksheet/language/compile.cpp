@@ -61,7 +61,7 @@ class Compiler {
   NodePtr postfix(const Syntax& piece);
   std::unique_ptr<Suffix> suffix(const Syntax& piece, Span span);
   NodePtr matrix(const Syntax& piece);
-  const Unit* unit(const Syntax& piece);
+  const Unit* unit(const Syntax& piece, Unit::Origin origin = Unit::Origin::written);
   NodePtr call(const Syntax& piece);
   NodePtr variable(const Syntax& piece);
   // Of `first` and those behind it.
@@ -94,7 +94,7 @@ NodePtr Compiler::node(const Syntax& piece) {
       return std::make_unique<NegateNode>(piece.span(), node(piece.child()));
     case Kind::conversion:
       return std::make_unique<ConversionNode>(piece.span(), node(piece.child()),
-                                              unit(piece.child().next()));
+                                              unit(piece.child().next(), Unit::Origin::asked));
     default:
       return chain(piece);
   }
@@ -148,9 +148,9 @@ std::unique_ptr<Suffix> Compiler::suffix(const Syntax& piece, Span span) {
   return std::make_unique<IndexSuffix>(span, nodes(piece.child()), machine_.variable("ORIGIN"));
 }
 
-const Unit* Compiler::unit(const Syntax& piece) {
+const Unit* Compiler::unit(const Syntax& piece, Unit::Origin origin) {
   try {
-    return parse_unit(piece.text());
+    return parse_unit(piece.text(), origin);
   } catch (const UnitError& error) {
     throw SyntaxError(piece.span().begin + error.offset, error.what());
   }

@@ -21,14 +21,14 @@ struct Outcome {
   Value value = {};                   // A function value for a definition.
   const efi::Store* store = nullptr;  // Of the value: it knows the parts of a joined one.
   bool is_definition = false;
-  Place place;                   // Of an error value; without a source where that is not known.
-  std::vector<Drawn> pictures;   // In the order in which they were drawn.
+  Place place;                     // Of an error value; without a source where that is not known.
+  std::vector<Drawn> pictures;     // In the order in which they were drawn.
   std::vector<std::string> notes;  // That its author should know, in text of one line.
-  std::optional<HelpPage> help;  // Of a statement that asks for help.
-  std::string syntax_message;    // Empty unless the text is no statement...
-  std::size_t column = 0;        // ... and then the place,
-  std::size_t offset = 0;        // also as an offset in the statement's text.
-  double seconds = 0.0;          // That it took.
+  std::optional<HelpPage> help;    // Of a statement that asks for help.
+  std::string syntax_message;      // Empty unless the text is no statement...
+  std::size_t column = 0;          // ... and then the place,
+  std::size_t offset = 0;          // also as an offset in the statement's text.
+  double seconds = 0.0;            // That it took.
 
   bool is_syntax_error() const { return !syntax_message.empty(); }
   bool failed() const { return is_syntax_error() || is_error(value); }

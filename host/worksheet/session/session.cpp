@@ -5,11 +5,11 @@
 #include <new>
 
 #include "fmt/format.h"
+#include "host/worksheet/engine/readable.hpp"
 #include "host/worksheet/language/compile.hpp"
 #include "host/worksheet/language/statement_reader.hpp"
 #include "host/worksheet/session/interruption.hpp"
 #include "host/worksheet/session/progress.hpp"
-#include "host/worksheet/engine/readable.hpp"
 
 namespace worksheet {
 

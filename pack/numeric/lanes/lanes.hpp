@@ -54,6 +54,13 @@ MATRIX_INLINE Index larger(Index a, Index b) {
   return a > b ? a : b;
 }
 
+// The first cache line that begins in p or behind.
+MATRIX_INLINE double* line_start(double* p) {
+  constexpr __UINTPTR_TYPE__ kLine = 64;
+  const auto address = reinterpret_cast<__UINTPTR_TYPE__>(p);
+  return p + (kLine - address % kLine) % kLine / sizeof(double);
+}
+
 struct Lanes {
   Vector part[kParts];
 };

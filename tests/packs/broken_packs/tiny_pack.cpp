@@ -129,30 +129,37 @@ Anyval* error(EfiCallContext* context, const char* message, int arg) {
   return made != nullptr ? made : sError_OutOfMemory;
 }
 
-// One doubled part array; null without memory.
-double* doubled(const double* part, std::size_t count) {
+std::size_t element_count(const aMatrix* a) {
+  return static_cast<std::size_t>(a->rows) * static_cast<std::size_t>(a->cols);
+}
+
+// One doubled part array, without the gaps between its columns; null without memory.
+double* doubled(const aMatrix* a, const double* part) {
+  const std::size_t count = element_count(a), rows = static_cast<std::size_t>(a->rows),
+                    step = static_cast<std::size_t>(a->leading_dimension);
   double* const array = new_array(count);
   if (array == nullptr) return nullptr;
-  for (std::size_t k = has("reads_new_memory") ? 1 : 0; k < count; ++k) array[k] = 2.0 * part[k];
+  for (std::size_t k = has("reads_new_memory") ? 1 : 0; k < count; ++k)
+    array[k] = 2.0 * part[k / rows * step + k % rows];
   if (has("remembers_a_call") && count > 0) array[0] += calls;
   return array;
 }
 
 aMatrix* new_matrix(EfiCallContext* context, const aMatrix* shape, double* re, double* im) {
-  unsigned bytes = shape->byte_size;
+  auto bytes = static_cast<unsigned>(element_count(shape) * sizeof(double));
   if (has("wraps_a_size")) bytes = static_cast<std::uint8_t>(bytes + 200);
   return aMatrix::mk(context->allocator, shape->rows, shape->cols, re, im, bytes);
 }
 
-Anyval* doubled_matrix(EfiCallContext* context, const aMatrix* a, std::size_t count) {
+Anyval* doubled_matrix(EfiCallContext* context, const aMatrix* a) {
   double* re = nullptr;
   double* im = nullptr;
-  if (a->re != nullptr && (re = doubled(a->re, count)) == nullptr) return sError_OutOfMemory;
-  if (a->im != nullptr && (im = doubled(a->im, count)) == nullptr) {
+  if (a->re != nullptr && (re = doubled(a, a->re)) == nullptr) return sError_OutOfMemory;
+  if (a->im != nullptr && (im = doubled(a, a->im)) == nullptr) {
     if (!has("leaks_without_memory")) ::operator delete(re);
     return sError_OutOfMemory;
   }
-  if (re != nullptr) touch_memory(re, count);
+  if (re != nullptr) touch_memory(re, element_count(a));
   if (has("shares_an_array")) ::operator delete(std::exchange(re, a->re));
   aMatrix* const made = new_matrix(context, a, re, im);
   if (made == nullptr) {
@@ -179,7 +186,7 @@ Anyval* twice(EfiCallContext* context, Anyval* value) {
   if (has("returns_null")) return nullptr;
   static aComplex foreign = {{kScalarKind}, 0, 1.0, 0.0};
   if (has("returns_foreign_value")) return &foreign;
-  Anyval* result = doubled_matrix(context, a, count);
+  Anyval* result = doubled_matrix(context, a);
   if (has("returns_stale_value")) {
     if (kept_value == nullptr) kept_value = result;
     result = kept_value;
