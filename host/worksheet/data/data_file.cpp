@@ -26,6 +26,7 @@ DataFile::DataFile(const std::string& path, std::string content)
 }
 
 const std::string_view* DataFile::next_line() {
+  check_stop();
   if (at_ >= content_.size()) return nullptr;
   const std::size_t end = std::min(content_.find('\n', at_), content_.size());
   line_ = std::string_view(content_).substr(at_, end - at_);

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/efiutils/streams.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/engine/source.hpp"
 
@@ -22,6 +23,9 @@ struct WrongArgument : std::runtime_error {
   Span span;
 };
 
+// Reading that was interrupted.
+struct ReadingStopped {};
+
 class DataFile {
  public:
   // Throws DataError for content that is empty or in UTF-16.
@@ -30,6 +34,12 @@ class DataFile {
   const std::string& path() const { return path_; }
   // All of it, without a byte-order mark.
   std::string_view content() const { return content_; }
+
+  // Once the flag is set, lines are read no further: ReadingStopped is thrown.
+  void stop_at(efi::StopFlag stop) { stop_ = stop; }
+  void check_stop() const {
+    if (stop_ != nullptr && *stop_ != 0) throw ReadingStopped();
+  }
 
   // The next line, without its newline; null at the end.
   const std::string_view* next_line();
@@ -42,6 +52,7 @@ class DataFile {
  private:
   std::string path_;
   std::string content_;
+  efi::StopFlag stop_ = nullptr;
   std::size_t at_ = 0;
   std::string_view line_;
   int number_ = 0;

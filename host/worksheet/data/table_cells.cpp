@@ -13,6 +13,7 @@ std::string_view separator_named_in(std::string_view line) {
 }
 
 bool CellReader::next() {
+  file_.check_stop();
   cells_.clear();
   unescaped_.clear();
   if (!skip_to_cells()) return false;
