@@ -99,6 +99,7 @@ bool Store::add_chunk() {
   try {
     chunks_.reserve(chunks_.size() + 1);
     live_.reserve((chunks_.size() + 1) * kSlotsPerChunk);
+    pending_.reserve(live_.capacity());  // To collect takes no memory: there may be none.
   } catch (const std::bad_alloc&) {
     return false;
   }
@@ -227,41 +228,34 @@ bool Store::owns(const Anyval* value) const {
   return false;
 }
 
-// The values that are reached but whose references are not followed yet, and how far back to look.
-struct Store::Marking {
-  std::vector<Slot*> pending;
-  std::uint32_t since;
-};
-
-void Store::mark(const Anyval* value, Marking& marking) {
+void Store::mark(const Anyval* value, std::size_t since) {
   if (!owns(value)) return;
   Slot* const slot = slot_of(value);
-  if (slot->marked || slot->position < marking.since) return;
+  if (slot->marked || slot->position < since) return;
   slot->marked = true;
-  marking.pending.push_back(slot);
+  pending_.push_back(slot);
 }
 
-void Store::mark_children(Slot* slot, Marking& marking) {
+void Store::mark_children(Slot* slot, std::size_t since) {
   if (slot->value.kind == kErrorKind) {
-    mark(slot->error.message, marking);
-    mark(slot->error.value, marking);
+    mark(slot->error.message, since);
+    mark(slot->error.value, since);
   } else if (slot->value.kind == kMatrixKind) {
-    if (slot->link != 0) mark(&slot->linked()->value, marking);
+    if (slot->link != 0) mark(&slot->linked()->value, since);
     const std::size_t count = slot->matrix.re == nullptr ? 0 : slot->matrix.byte_size / 8;
     for (std::size_t k = 0; k < count; ++k)
-      if (is_nested_element(slot->matrix.re[k])) mark(nested_value(slot->matrix.re[k]), marking);
+      if (is_nested_element(slot->matrix.re[k])) mark(nested_value(slot->matrix.re[k]), since);
   } else if (slot->value.kind == kPartList) {
-    for (int k = 0; k < slot->list.count; ++k) mark(slot->list.parts[k], marking);
+    for (int k = 0; k < slot->list.count; ++k) mark(slot->list.parts[k], since);
   }
 }
 
 void Store::collect(std::span<Anyval* const> roots, std::size_t since) {
-  Marking marking = {{}, static_cast<std::uint32_t>(since)};
-  for (const Anyval* root : roots) mark(root, marking);
-  while (!marking.pending.empty()) {
-    Slot* const slot = marking.pending.back();
-    marking.pending.pop_back();
-    mark_children(slot, marking);
+  for (const Anyval* root : roots) mark(root, since);
+  while (!pending_.empty()) {
+    Slot* const slot = pending_.back();
+    pending_.pop_back();
+    mark_children(slot, since);
   }
   std::size_t kept = since;
   for (std::size_t k = since; k < live_.size(); ++k) {

@@ -95,13 +95,13 @@ class Store final : public IqlAllocator {
   Slot* free_slot();
   bool add_chunk();
   void reclaim(Slot* slot);
-  struct Marking;
-  void mark(const Anyval* value, Marking& marking);
-  void mark_children(Slot* slot, Marking& marking);
+  void mark(const Anyval* value, std::size_t since);
+  void mark_children(Slot* slot, std::size_t since);
   static Slot* slot_of(const Anyval* value);
 
   std::vector<Slot*> chunks_;
-  std::vector<Slot*> live_;  // In the order in which they were made.
+  std::vector<Slot*> live_;     // In the order in which they were made.
+  std::vector<Slot*> pending_;  // Reached, but their references are not followed yet.
   Slot* free_ = nullptr;
   std::size_t touched_ = 0;  // Slots of the newest chunk that have ever been used.
 };

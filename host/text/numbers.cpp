@@ -48,13 +48,13 @@ std::optional<std::complex<double>> parse_number(std::string_view text) {
   if (text.empty() || (text.back() != 'i' && text.back() != 'j')) return std::nullopt;
   text.remove_suffix(1);
   if (const auto imaginary = parse_real(text)) return std::complex<double>(0.0, *imaginary);
-  // The sign between the parts: the last one that is not an exponent's.
+  // The sign between the parts: the last one that is not an exponent's; no other can be it.
   for (std::size_t at = text.size(); at-- > 1;) {
     if ((text[at] != '+' && text[at] != '-') || text[at - 1] == 'e' || text[at - 1] == 'E')
       continue;
     const auto re = parse_real(text.substr(0, at));
     const auto im = parse_real(text.substr(at));
-    if (re && im) return std::complex<double>(*re, *im);
+    return re && im ? std::optional(std::complex<double>(*re, *im)) : std::nullopt;
   }
   return std::nullopt;
 }

@@ -1,5 +1,6 @@
 #include "tests/fuzz/corpus.hpp"
 
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
@@ -55,6 +56,29 @@ std::vector<Input> read_corpus(const std::string& path) {
   for (std::string line; std::getline(file, line);)
     if (!line.empty() && line[0] != '#') corpus.push_back(unescaped(line));
   return corpus;
+}
+
+std::vector<Input> read_worksheets() {
+  std::vector<Input> worksheets;
+  for (const char* folder : {"examples", "docs"})
+    for (const auto& entry :
+         std::filesystem::directory_iterator(std::filesystem::path(MATRIX_SOURCE_DIR) / folder)) {
+      const bool document = entry.path().extension() == ".md";
+      if (!document && entry.path().extension() != ".ws") continue;
+      std::ifstream file(entry.path());
+      bool inside = !document;
+      if (inside) worksheets.emplace_back();
+      for (std::string line; std::getline(file, line);) {
+        if (line == "```worksheet") worksheets.emplace_back();
+        if (document && line.starts_with("```"))
+          inside = line == "```worksheet";
+        else if (inside) {
+          worksheets.back().insert(worksheets.back().end(), line.begin(), line.end());
+          worksheets.back().push_back('\n');
+        }
+      }
+    }
+  return worksheets;
 }
 
 }  // namespace fuzz

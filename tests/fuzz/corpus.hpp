@@ -18,4 +18,7 @@ Input unescaped(const std::string& line);
 // The inputs of a corpus file; throws std::runtime_error when it cannot be read.
 std::vector<Input> read_corpus(const std::string& path);
 
+// The examples, and the worksheets in the documents.
+std::vector<Input> read_worksheets();
+
 }  // namespace fuzz

@@ -8,8 +8,6 @@
 #include <cstdlib>
 #include <random>
 
-#include "tests/fuzz/corpus.hpp"
-
 namespace fuzz {
 
 namespace {
@@ -76,9 +74,12 @@ void replay(const std::string& name, Target target) {
   for (const Input& input : corpus) well(target, input);
 }
 
-void try_random_inputs(const std::string& name, Target target, int count) {
+void try_random_inputs(const std::string& name, Target target, int count,
+                       const std::vector<Input>& more) {
   for (const int signal : {SIGSEGV, SIGBUS, SIGABRT}) std::signal(signal, report_crash);
-  const std::vector<Input> corpus = shipped(name);
+  std::vector<Input> corpus = shipped(name);
+  corpus.insert(corpus.end(), more.begin(), more.end());
+  count = static_cast<int>(environment_number("MATRIX_FUZZ_INPUTS", count));
   const double seconds = environment_number("MATRIX_FUZZ_SECONDS", 0);
   const auto seed = static_cast<std::uint64_t>(environment_number("MATRIX_FUZZ_SEED", 1));
   std::mt19937_64 random(seed);

@@ -1,5 +1,6 @@
 // A worksheet of any text, evaluated with the pack of this build, and shown in every form.
 #include <dlfcn.h>
+#include <expat.h>
 #include <sys/time.h>
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 
 #include "host/worksheet/output/display.hpp"
 #include "host/worksheet/output/json_output.hpp"
+#include "host/worksheet/report/report.hpp"
 #include "host/worksheet/session/session.hpp"
 #include "tests/fuzz/targets.hpp"
 #include "tests/support/allocation_faults.hpp"
@@ -77,13 +79,27 @@ struct Evaluation {
   }
 };
 
+// Why the page is no well-formed XML in UTF-8; empty if it is.
+std::string fault_of_page(const std::string& page) {
+  const std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(XML_ParserCreate("UTF-8"),
+                                                                       XML_ParserFree);
+  if (XML_Parse(parser.get(), page.data(), static_cast<int>(page.size()), 1) == XML_STATUS_OK)
+    return "";
+  const auto at = static_cast<std::size_t>(XML_GetCurrentByteIndex(parser.get()));
+  return std::string("a page with ") + XML_ErrorString(XML_GetErrorCode(parser.get())) + ": " +
+         page.substr(at - std::min<std::size_t>(at, 100), 200);
+}
+
 void note(const Machine& machine, const Outcome& outcome, int lines, Evaluation& evaluation) {
   const test::AllocationFaults none;
-  const std::string line = worksheet::outcome_line(outcome);
-  evaluation.json += line + '\n';
-  evaluation.expect(line.find('\n') == std::string::npos, "JSON of more than a line");
+  std::ostringstream json, text;
+  worksheet::write_outcome(json, outcome, false);
+  const std::string line = json.str();
+  evaluation.json += line;
+  evaluation.expect(line.find('\n') == line.size() - 1, "JSON of other than a line");
   evaluation.expect(nlohmann::json::accept(line), "no JSON: " + line);
-  const std::string shown = worksheet::outcome_text(outcome, {});
+  worksheet::show_outcome(text, outcome, {});
+  const std::string shown = text.str();
   evaluation.expect(shown.empty() || shown.back() == '\n', "shown without a last newline");
   evaluation.expect(!outcome.failed() || !shown.empty(), "an error that is not shown");
   evaluation.expect(outcome.line >= 1 && outcome.line <= std::max(lines, 1),
@@ -110,8 +126,13 @@ Evaluation evaluate(const std::string& text) {
   Evaluation evaluation;
   if (pack == nullptr) return {{}, "no pack"};
   const auto lines = static_cast<int>(std::count(text.begin(), text.end(), '\n')) + 1;
-  Session session(
-      [&](const Outcome& outcome) { note(session.machine(), outcome, lines, evaluation); });
+  worksheet::Report report("fuzz", {});
+  report.begin_text(text);
+  Session session([&](const Outcome& outcome) {
+    note(session.machine(), outcome, lines, evaluation);
+    const test::AllocationFaults none;
+    report.add(outcome);
+  });
   Machine& machine = session.machine();
   machine.files.directory = "/nonexistent";
   machine.add_pack(std::make_unique<worksheet::Pack>(MATRIX_PACK));
@@ -124,6 +145,9 @@ Evaluation evaluate(const std::string& text) {
     session.run_text(in);
   }
   evaluation.interrupted = machine.interrupted != 0;
+  if (!evaluation.interrupted) report.end_text();
+  const std::string fault = fault_of_page(report.page(evaluation.interrupted));
+  evaluation.expect(fault.empty(), fault);
   evaluation.expect(control_words() == environment, "changed the floating-point environment");
   return evaluation;
 }

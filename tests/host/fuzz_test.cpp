@@ -12,7 +12,8 @@ void fuzz_target(const char* name, fuzz::Target target, int random_inputs) {
 }
 
 TEST(HostFuzz, Worksheets) {
-  fuzz_target("worksheet", fuzz::check_worksheet, 1000);
+  fuzz::replay("worksheet", fuzz::check_worksheet);
+  fuzz::try_random_inputs("worksheet", fuzz::check_worksheet, 1000, fuzz::read_worksheets());
 }
 
 TEST(HostFuzz, DataFiles) {

@@ -21,8 +21,11 @@ namespace fs = std::filesystem;
 
 Sheet::Sheet()
     : session_([this](const worksheet::Outcome& outcome) {
-        outcomes_.push_back(worksheet::outcome_json(outcome));
-        shown_ = worksheet::outcome_text(outcome, options_);
+        std::stringstream json, text;
+        worksheet::write_outcome(json, outcome, options_.all);
+        outcomes_.push_back(Json::parse(json));
+        worksheet::show_outcome(text, outcome, options_);
+        shown_ = text.str();
       }) {
   machine().add_pack(std::make_unique<worksheet::Pack>(MATRIX_PACK));
 }

@@ -14,8 +14,9 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 }  // namespace
 
-DataFile::DataFile(const std::string& path, std::string content)
-    : path_(path), content_(std::move(content)) {
+DataFile::DataFile(const std::string& path, std::string content,
+                   const volatile std::sig_atomic_t* interrupted)
+    : path_(path), content_(std::move(content)), interrupted_(interrupted) {
   if (content_.starts_with("\xFF\xFE") || content_.starts_with("\xFE\xFF"))
     fail_whole("is text in UTF-16; save it as UTF-8");
   if (content_.starts_with(kByteOrderMark)) content_.erase(0, kByteOrderMark.size());
@@ -26,6 +27,7 @@ DataFile::DataFile(const std::string& path, std::string content)
 }
 
 const std::string_view* DataFile::next_line() {
+  heed_interruption();
   if (at_ >= content_.size()) return nullptr;
   const std::size_t end = std::min(content_.find('\n', at_), content_.size());
   line_ = std::string_view(content_).substr(at_, end - at_);

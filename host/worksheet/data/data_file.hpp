@@ -1,6 +1,7 @@
 // A data file: its content, read line by line, with complaints that name the line.
 #pragma once
 
+#include <csignal>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -22,17 +23,27 @@ struct WrongArgument : std::runtime_error {
   Span span;
 };
 
+// Reading or writing was interrupted.
+struct Stopped {};
+
 class DataFile {
  public:
-  // Throws DataError for content that is empty or in UTF-16.
-  DataFile(const std::string& path, std::string content);
+  // Throws DataError for content that is empty or in UTF-16. Reading ends where *interrupted is
+  // set.
+  DataFile(const std::string& path, std::string content,
+           const volatile std::sig_atomic_t* interrupted);
 
   const std::string& path() const { return path_; }
   // All of it, without a byte-order mark.
   std::string_view content() const { return content_; }
 
-  // The next line, without its newline; null at the end.
+  // The next line, without its newline; null at the end. Throws Stopped.
   const std::string_view* next_line();
+
+  // Throws Stopped once there was an interruption.
+  void heed_interruption() const {
+    if (*interrupted_) throw Stopped();
+  }
 
   // Throws DataError at the line that was read last, at a certain line, or without one.
   [[noreturn]] void fail(const std::string& what) const { fail_at(number_, what); }
@@ -42,6 +53,7 @@ class DataFile {
  private:
   std::string path_;
   std::string content_;
+  const volatile std::sig_atomic_t* interrupted_;
   std::size_t at_ = 0;
   std::string_view line_;
   int number_ = 0;

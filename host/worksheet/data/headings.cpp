@@ -4,6 +4,7 @@
 
 #include "fmt/format.h"
 #include "host/text/text.hpp"
+#include "host/worksheet/engine/limits.hpp"
 
 namespace worksheet {
 
@@ -21,6 +22,7 @@ std::size_t opening_bracket(std::string_view text) {
 }
 
 bool is_unit(std::string_view text) {
+  if (text.size() > kUnitLimit.most) return false;
   try {
     return parse_unit(text) != nullptr;
   } catch (const UnitError&) {
@@ -51,7 +53,7 @@ void split_at_bracket(Heading& heading, std::size_t open) {
   std::string_view name = trimmed(whole.substr(0, open));
   if (name.ends_with('/')) name = trimmed(name.substr(0, name.size() - 1));
   heading.name = name;
-  if (unit.empty() || unit == "-") return;
+  if (unit.empty() || unit == "-" || unit.size() > kUnitLimit.most) return;
   try {
     heading.unit = parse_unit(unit);
   } catch (const UnitError& error) {

@@ -50,7 +50,7 @@ bool is_matrix_market(const DataFile& file) {
 }
 
 DataFile opened(const Machine& machine, const std::string& name) {
-  return {machine.files.path(name), machine.files.read(name)};
+  return {machine.files.path(name), machine.files.read(name), &machine.interrupted};
 }
 
 DataMatrix matrix_of(DataFile& file, const Request& request) {
@@ -69,6 +69,8 @@ Value answer(Machine& machine, const Call& call, bool with_column, Act act) {
     } catch (const std::bad_alloc&) {
       return machine.fail(call.span, machine.files.path(request.file) + ": not enough memory");
     }
+  } catch (const Stopped&) {
+    return machine.stopped(call.span);
   } catch (const WrongArgument& error) {
     return machine.fail(error.span, error.what());
   } catch (const FileError& error) {

@@ -10,6 +10,7 @@
 #include "host/text/numbers.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/data/data_file.hpp"
+#include "host/worksheet/engine/limits.hpp"
 
 namespace worksheet {
 
@@ -203,7 +204,7 @@ void read_coordinates(DataFile& file, const Header& header, std::ptrdiff_t count
 
 // The unit that the comment names; text that is none is left alone.
 const Unit* unit_of_comment(std::string_view comment) {
-  if (comment.empty()) return nullptr;
+  if (comment.empty() || comment.size() > kUnitLimit.most) return nullptr;
   try {
     return parse_unit(trimmed(comment.substr(kUnitComment.size())));
   } catch (const UnitError&) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/text/text.hpp"
+#include "host/worksheet/engine/limits.hpp"
 
 namespace worksheet {
 
@@ -15,9 +16,11 @@ std::string_view separator_named_in(std::string_view line) {
 bool CellReader::next() {
   cells_.clear();
   unescaped_.clear();
+  file_.heed_interruption();
   if (!skip_to_cells()) return false;
   line_ = lines_ + 1;
   for (;;) {
+    if (cells_.size() == kColumnLimit.most) file_.fail_at(line_, kColumnLimit.message);
     skip_blanks();
     if (!at_line_end() && content_[at_] == '"')
       read_quoted();

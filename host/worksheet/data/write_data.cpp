@@ -12,6 +12,7 @@
 #include "host/worksheet/data/data_file.hpp"
 #include "host/worksheet/data/headings.hpp"
 #include "host/worksheet/data/table_numbers.hpp"
+#include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/machine.hpp"
 
 namespace worksheet {
@@ -123,7 +124,7 @@ std::string heading_text(const Machine& machine, const Request& request, std::si
       name += fmt::format("{}{}", is_name ? "" : " ", is_name ? col + 1 : at + 1);
   }
   const Unit* const named = heading_of(name).unit;
-  if (v.unit == nullptr || named == v.unit) return name;
+  if (v.unit == nullptr || (named != nullptr && named->name() == v.unit->name())) return name;
   if (named != nullptr)
     throw WrongArgument(
         place, fmt::format("has the unit {}, its heading says {}", v.unit->name(), named->name()));
@@ -134,6 +135,9 @@ std::string table_text(const Machine& machine, const Request& request, char sepa
   std::string text;
   std::size_t cols = 0;
   for (const Value& v : request.values) cols += static_cast<std::size_t>(cols_of(v));
+  if (cols > kColumnLimit.most)
+    throw WrongArgument(request.places.back(),
+                        fmt::format("{}: write its transpose", kColumnLimit.message));
   if (request.names.size() > cols)
     throw WrongArgument(request.places.back(),
                         fmt::format("there are {} and {}", counted(request.names.size(), "heading"),
@@ -148,6 +152,7 @@ std::string table_text(const Machine& machine, const Request& request, char sepa
           cell_of(heading_text(machine, request, k, j, at)) + (at + 1 < cols ? separator : '\n');
   const std::ptrdiff_t rows = rows_of(request.values[0]);
   for (std::ptrdiff_t i = 0; i < rows; ++i) {
+    if (machine.interrupted) throw Stopped();
     for (const Value& v : request.values)
       for (std::ptrdiff_t j = 0; j < cols_of(v); ++j) {
         append_element(text, v, j * rows + i);
@@ -160,7 +165,7 @@ std::string table_text(const Machine& machine, const Request& request, char sepa
 
 // --- Matrix Market ---
 
-std::string matrix_market_text(const Request& request) {
+std::string matrix_market_text(const Machine& machine, const Request& request) {
   if (request.values.size() > 1)
     throw WrongArgument(request.places[1], "a Matrix Market file holds one matrix");
   if (!request.names.empty())
@@ -171,6 +176,7 @@ std::string matrix_market_text(const Request& request) {
   if (v.unit != nullptr) text += fmt::format("{}{}\n", kUnitComment, v.unit->name());
   text += fmt::format("{} {}\n", rows_of(v), cols_of(v));
   for (std::ptrdiff_t k = 0; k < rows_of(v) * cols_of(v); ++k) {
+    if (machine.interrupted) throw Stopped();
     const Number z = element(v, k);
     append_real(text, z.real());
     if (is_complex(v)) {
@@ -186,7 +192,7 @@ std::string file_text(const Machine& machine, const Request& request, Span file_
   const std::string& file = request.file;
   if (file.ends_with(".csv")) return table_text(machine, request, ',');
   if (file.ends_with(".tsv")) return table_text(machine, request, '\t');
-  if (file.ends_with(".mtx")) return matrix_market_text(request);
+  if (file.ends_with(".mtx")) return matrix_market_text(machine, request);
   throw WrongArgument(file_place, "the name of a data file ends in .csv, .tsv or .mtx");
 }
 
@@ -202,6 +208,8 @@ Value write(Machine& machine, const Call& call) {
     machine.notes.push_back(
         fmt::format("{}: {} x {} written", request.file, rows_of(request.values[0]), cols));
     return object_value(&kNoValue);
+  } catch (const Stopped&) {
+    return machine.stopped(call.span);
   } catch (const WrongArgument& error) {
     return machine.fail(error.span, error.what());
   } catch (const FileError& error) {

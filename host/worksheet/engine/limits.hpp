@@ -21,6 +21,8 @@ inline constexpr Limit kStatementLimit = {
 inline constexpr Limit kNestingLimit = {100, "brackets are nested too deeply"};
 // Bytes of a unit.
 inline constexpr Limit kUnitLimit = {1000, "the unit is too long"};
+// Columns of a table in a file.
+inline constexpr Limit kColumnLimit = {std::size_t{1} << 20, "a table has at most 1048576 columns"};
 inline constexpr Limit kArgumentLimit = {12, "too many arguments"};
 inline constexpr Limit kParameterLimit = {12, "too many parameters"};
 inline constexpr Limit kTargetLimit = {12, "too many names on the left"};
@@ -42,5 +44,15 @@ inline constexpr Limit kPrintedNestingLimit = {100, nullptr};
 inline constexpr Limit kReportLimit = {4096, nullptr};
 // Characters of a text within an array.
 inline constexpr Limit kCellTextLimit = {60, nullptr};
+
+// --- What is saved and loaded ---
+
+// Bytes of a state, and its elements and nested values together. Values are nested as deeply as
+// they are shown.
+inline constexpr Limit kStateLimit = {std::size_t{256} << 20, "the state is larger than 256 MiB"};
+inline constexpr Limit kStateElementLimit = {std::size_t{1} << 24,
+                                             "the state has more than 16777216 elements"};
+inline constexpr Limit kStateNestingLimit = {kPrintedNestingLimit.most,
+                                             "values are nested more than 100 deep"};
 
 }  // namespace worksheet

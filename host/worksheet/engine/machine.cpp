@@ -122,32 +122,61 @@ Value Machine::call(const Function& function, std::span<const Value> arguments, 
   return function.body->evaluate(*this);
 }
 
-void Machine::collect(const Value& result, std::size_t since) {
-  if (store.size() == since) return;
+void Machine::reclaim(const Value& result, std::size_t since) {
   last_applied_ = nullptr;
   Anyval* const roots[] = {result.object, const_cast<aError*>(place_.error)};
   store.collect(roots, since);
 }
 
+namespace {
+
+// What it takes to keep a value, or to look through it.
+std::size_t words_of(const Value& v) {
+  constexpr std::size_t kRecord = 8;
+  if (v.object == nullptr) return 0;
+  return kRecord + (is_matrix(v) ? matrix(v)->byte_size / sizeof(double) : 0);
+}
+
+}  // namespace
+
 void Machine::assign(Variable& variable, const Value& value) {
-  replaced_ = replaced_ || variable.value.object != nullptr;
+  assigned_.push_back(&variable);
+  lost_words_ += words_of(variable.value);
+  held_words_ += words_of(value);
   variable.value = value;
   variable.defined = true;
 }
 
-void Machine::collect_all() {
+void Machine::end_statement() {
   last_applied_ = nullptr;
   pictures.clear();
   notes.clear();
   place_ = {};
-  // Looking through many variables takes time: not unless something may have become free.
-  if (store.size() == kept_ && !replaced_) return;
+  try {
+    if (lost_words_ > held_words_ / 8) return reclaim_all();
+    std::vector<Anyval*> roots;
+    for (const Variable* variable : assigned_) roots.push_back(variable->value.object);
+    store.collect(roots, kept_);
+    kept_ = store.size();
+    assigned_.clear();
+  } catch (const std::bad_alloc&) {
+    // Then a later statement does it.
+  }
+}
+
+// Reclaims everything that no variable reaches.
+void Machine::reclaim_all() {
   std::vector<Anyval*> roots;
+  held_words_ = 0;
   for (const auto& [name, variable] : variables_)
-    if (variable->defined) roots.push_back(variable->value.object);
+    if (variable->defined) {
+      held_words_ += words_of(variable->value);
+      roots.push_back(variable->value.object);
+    }
   store.collect(roots);
   kept_ = store.size();
-  replaced_ = false;
+  assigned_.clear();
+  lost_words_ = 0;
 }
 
 }  // namespace worksheet

@@ -115,10 +115,14 @@ class Machine {
   // A value of the host's for `value`; null without memory.
   Anyval* boxed(const Value& value);
 
-  // Reclaims what the values made since `since` no longer need, `result` excepted.
-  void collect(const Value& result, std::size_t since);
-  // Reclaims everything that no variable reaches.
-  void collect_all();
+  // Reclaims the values made since `since`, but for what `result` reaches.
+  void collect(const Value& result, std::size_t since) {
+    if (store.size() != since) reclaim(result, since);
+  }
+  // Ends a statement: reclaims what it made and no variable reaches. What variables have lost may
+  // stay until it is an eighth of what they hold, so that many statements with many variables take
+  // time in proportion.
+  void end_statement();
 
  private:
   struct Activation;
@@ -126,6 +130,8 @@ class Machine {
   Anyval* apply(Anyval* function, const sCons* arguments);
   Anyval* applied(const Function& function, std::span<const Value> arguments);
   void forget_last_applied();
+  void reclaim(const Value& result, std::size_t since);
+  void reclaim_all();
   Value call_with_units(const Row& row, const Call& call);
   Value call_plain(const Row& row, const Call& call);
 
@@ -135,9 +141,11 @@ class Machine {
   const Source* source_ = nullptr;
   Span pack_call_;  // The call of a pack's function that is under way.
   Place place_;
-  bool replaced_ = false;           // Whether a variable has lost a value since `collect_all`,
-  std::size_t kept_ = 0;            // and the number of values that it kept.
-  Anyval* last_applied_ = nullptr;  // The newest value that `apply` gave a pack.
+  std::size_t kept_ = 0;                   // The number of values that the last statement left.
+  std::vector<const Variable*> assigned_;  // Since then.
+  std::size_t held_words_ = 0;             // What variables hold, at least,
+  std::size_t lost_words_ = 0;             // and what they have lost since `reclaim_all`.
+  Anyval* last_applied_ = nullptr;         // The newest value that `apply` gave a pack.
 };
 
 }  // namespace worksheet

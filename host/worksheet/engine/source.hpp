@@ -22,6 +22,10 @@ struct Source {
   int line = 1;            // The line on which it begins, counted from 1.
   std::size_t indent = 0;  // The bytes before it on that line.
 
+  // Why this is not to be read as a statement, and where; empty for most.
+  std::string objection = {};
+  std::size_t objection_offset = 0;
+
   // The line and the column (in characters, counted from 1) of an offset.
   struct Position {
     int line;

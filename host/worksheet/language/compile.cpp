@@ -241,6 +241,7 @@ Statement statement_of(const Syntax& piece, const Source& source, Machine& machi
 }  // namespace
 
 Statement compile(const Source& source, Machine& machine) {
+  if (!source.objection.empty()) throw SyntaxError(source.objection_offset, source.objection);
   const SyntaxTree tree = parse(source);
   return statement_of(tree.root(), source, machine);
 }

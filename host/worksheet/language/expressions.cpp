@@ -59,7 +59,7 @@ Value ChainNode::evaluate(Machine& machine) const {
     if (combine_reals(term.op, result, b)) continue;
     result = binary(machine, term.op, result, b, term.op_span);
     if (is_error(result)) return result;
-    if (machine.interrupted) return machine.fail(span, "interrupted");
+    if (machine.interrupted) return machine.stopped(span);
     machine.collect(result, since);
   }
   return result;
@@ -92,7 +92,7 @@ Value PostfixNode::evaluate(Machine& machine) const {
   Span place = operand->span;
   for (const auto& suffix : suffixes) {
     if (is_error(result)) break;
-    if (machine.interrupted) return machine.fail(span, "interrupted");
+    if (machine.interrupted) return machine.stopped(span);
     result = suffix->apply(machine, result, place);
     machine.collect(result, since);
     place = suffix->span;

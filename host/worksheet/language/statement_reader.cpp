@@ -2,17 +2,22 @@
 
 #include <algorithm>
 
+#include "host/text/utf8.hpp"
+#include "host/worksheet/engine/limits.hpp"
+
 namespace worksheet {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r";
+constexpr std::string_view kBlanks = " \t\n";
 
-// The bracket depth behind a line, and whether the line has an assignment inside of a bracket.
-struct LineScan {
-  int depth;
-  bool assigns_in_bracket = false;
-};
+constexpr const char* kNotText = "this is not text in UTF-8";
+
+// What is shown of a statement that is too long.
+constexpr std::size_t kShownBytes = 80;
+
+// No place and no line.
+constexpr auto kNone = static_cast<std::size_t>(-1);
 
 // Skips a string or a unit that begins at `at`; neither goes beyond its line.
 std::size_t skip_quoted(std::string_view line, std::size_t at) {
@@ -30,85 +35,129 @@ bool is_assignment_sign(std::string_view line, std::size_t at) {
   return line[at] == '=' && !doubled && !ends_operator;
 }
 
-// Follows the brackets of a line from `depth`, and blanks its comment.
-LineScan scan_line(std::string& line, int depth) {
-  LineScan result = {depth};
-  for (std::size_t at = 0; at < line.size(); ++at) {
-    switch (line[at]) {
-      case '#':
-        std::fill(line.begin() + static_cast<std::ptrdiff_t>(at), line.end(), ' ');
-        return result;
-      case '"':
-      case '{':
-        at = skip_quoted(line, at);
-        break;
-      case '(':
-      case '[':
-        ++result.depth;
-        break;
-      case ')':
-      case ']':
-        result.depth = std::max(0, result.depth - 1);
-        break;
-      case '=':
-        if (result.depth > 0 && is_assignment_sign(line, at)) result.assigns_in_bracket = true;
-        break;
-      default:
-        break;
-    }
-  }
-  return result;
-}
-
 }  // namespace
 
-std::vector<Source> StatementReader::add_line(std::string_view line) {
+// Follows the brackets of a line, and blanks its comment. A line that is no UTF-8 is mended and
+// stays whole: it is going to be shown.
+StatementReader::Line StatementReader::scan(std::string& text) {
+  std::replace(text.begin(), text.end(), '\r', ' ');
+  Line line;
+  line.unsound = sound_length(text);
+  if (line.unsound == text.size())
+    line.unsound = kNone;
+  else
+    text = mended(text);
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char c = text[at];
+    if (c == '#') {
+      const auto comment = text.begin() + static_cast<std::ptrdiff_t>(at);
+      if (line.unsound == kNone) std::fill(comment, text.end(), ' ');
+      break;
+    }
+    if (c == '"' || c == '{') at = skip_quoted(text, at);
+    if (c == '(' || c == '[') ++line.opens;
+    if (c == ')' || c == ']') line.opens > 0 ? --line.opens : ++line.closes;
+    if (c == '=' && line.opens + line.closes == 0 && is_assignment_sign(text, at))
+      line.begins_statement = true;
+  }
+  return line;
+}
+
+std::vector<Source> StatementReader::add_line(std::string_view given) {
   std::vector<Source> done;
-  if (line.ends_with('\r')) line.remove_suffix(1);
-  scan({std::string(line), next_line_++}, &done);
+  std::string text(given);
+  const Line line = scan(text);
+  // No expression holds a single '=': a bracket was forgotten and this line is a new statement.
+  if (pending() && line.begins_statement) give(false, &done);
+  hold(line, text);
+  ++next_line_;
+  depth_ = depth_ - std::min(depth_, line.closes) + line.opens;
+  // Nobody knows how a line ends that is too long.
+  if (depth_ == 0 || text.size() > kStatementLimit.most) give(true, &done);
   return done;
 }
 
 std::vector<Source> StatementReader::finish() {
   std::vector<Source> done;
-  while (pending()) give_up(&done);
+  if (pending()) give(false, &done);
   return done;
 }
 
-void StatementReader::scan(Line line, std::vector<Source>* done) {
-  const LineScan seen = scan_line(line.text, depth_);
-  // No expression holds a single '=': the bracket was forgotten and this line is a new statement.
-  if (pending() && seen.assigns_in_bracket) {
-    while (pending()) give_up(done);
-    return scan(std::move(line), done);
-  }
-  depth_ = seen.depth;
-  held_.push_back(std::move(line));
-  if (depth_ > 0) return;
-
-  Source source;
-  source.line = held_.front().number;
-  for (const Line& part : held_) source.text += (&part == &held_.front() ? "" : "\n") + part.text;
-  held_.clear();
-  const std::size_t first = source.text.find_first_not_of(kBlanks);
-  if (first == std::string::npos) return;
-  source.text.erase(source.text.find_last_not_of(kBlanks) + 1);
-  source.text.erase(0, first);
-  source.indent = first;
-  done->push_back(std::move(source));
+void StatementReader::hold(Line line, std::string_view text) {
+  if (lines_.empty()) first_line_ = next_line_;
+  if (too_long_) return;
+  line.begin = text_.size();
+  lines_.push_back(line);
+  text_.append(text).append("\n");
+  too_long_ = text_.size() > kStatementLimit.most + 1;
+  if (!too_long_) return;
+  lines_.resize(1);
+  text_.resize(sound_length(std::string_view(text_).substr(0, kShownBytes)));
 }
 
-// Lets the first held line be a statement of its own, with its bracket open, and reads the others
-// anew.
-void StatementReader::give_up(std::vector<Source>* done) {
-  std::vector<Line> lines = std::move(held_);
-  held_.clear();
+// Gives what is held: one statement if it is complete; else the first line, whose bracket is never
+// closed, is one of its own, and so is every other line of that kind.
+void StatementReader::give(bool complete, std::vector<Source>* done) {
+  const std::size_t last = lines_.size() - 1;
+  if (complete || too_long_) {
+    add(0, last, done);
+  } else {
+    const std::vector<std::size_t> ends = ends_of(lines_);
+    for (std::size_t k = 0; k <= last; ++k) {
+      const std::size_t end = ends[k] == kNone ? k : ends[k];
+      add(k, end, done);
+      k = end;
+    }
+  }
+  text_.clear();
+  lines_.clear();
   depth_ = 0;
-  std::string& text = lines.front().text;
-  const std::size_t first = std::min(text.find_first_not_of(kBlanks), text.size());
-  const std::size_t end = text.find_last_not_of(kBlanks) + 1;
-  done->push_back({text.substr(first, end - first), lines.front().number, first});
-  for (std::size_t k = 1; k < lines.size(); ++k) scan(std::move(lines[k]), done);
+  too_long_ = false;
+}
+
+// The last line of the statement that begins with each line; kNone where a bracket of it is never
+// closed.
+std::vector<std::size_t> StatementReader::ends_of(const std::vector<Line>& lines) {
+  std::vector<std::size_t> ends(lines.size());
+  std::vector<std::size_t> closing;  // The lines of closing brackets, the nearest one last.
+  for (std::size_t k = lines.size(); k-- > 0;) {
+    const Line& line = lines[k];
+    if (line.opens == 0) {
+      ends[k] = k;
+    } else if (line.opens > closing.size()) {
+      ends[k] = kNone;
+      closing.clear();
+    } else {
+      // The line that closes the outermost bracket may open others.
+      ends[k] = ends[closing[closing.size() - line.opens]];
+      closing.resize(closing.size() - line.opens);
+    }
+    closing.insert(closing.end(), line.closes, k);
+  }
+  return ends;
+}
+
+// Adds the statement of these lines, unless they are blank.
+void StatementReader::add(std::size_t first, std::size_t last, std::vector<Source>* done) const {
+  const std::size_t begin = lines_[first].begin;
+  const std::size_t end = last + 1 < lines_.size() ? lines_[last + 1].begin : text_.size();
+  const std::string_view text = std::string_view(text_).substr(begin, end - begin);
+  const std::size_t indent = text.find_first_not_of(kBlanks);
+  if (indent == std::string_view::npos) return;
+  Source source;
+  source.text = text.substr(indent, text.find_last_not_of(kBlanks) + 1 - indent);
+  source.line = first_line_ + static_cast<int>(first);
+  source.indent = indent;
+  for (std::size_t k = last + 1; k-- > first;) {
+    if (lines_[k].unsound == kNone) continue;
+    source.objection = kNotText;
+    source.objection_offset = lines_[k].begin + lines_[k].unsound - begin - indent;
+  }
+  if (too_long_) {
+    source.objection = kStatementLimit.message;
+    source.objection_offset = 0;
+  }
+  done->push_back(std::move(source));
 }
 
 }  // namespace worksheet

@@ -1,6 +1,8 @@
 #include "host/worksheet/output/display.hpp"
 
 #include <algorithm>
+#include <functional>
+#include <ostream>
 #include <vector>
 
 #include "fmt/format.h"
@@ -23,13 +25,12 @@ constexpr int kLeastWidth = 40;  // Lines are not cut to less.
 // Shows values as text, piece by piece.
 class Printer {
  public:
-  Printer(const Outcome& outcome, const DisplayOptions& options)
-      : outcome_(outcome), options_(options) {}
+  Printer(std::ostream& out, const Outcome& outcome, const DisplayOptions& options)
+      : out_(out), outcome_(outcome), options_(options) {}
 
   // "name = value", the value on lines of its own if it is a matrix.
   void print(const std::string& name, const Value& value);
   void print_error();
-  std::string take() { return std::move(text_); }
 
  private:
   std::string inline_text(const Value& value) const;
@@ -40,9 +41,9 @@ class Printer {
     return options_.colour ? kRed + text + kPlain : text;
   }
 
+  std::ostream& out_;
   const Outcome& outcome_;
   const DisplayOptions& options_;
-  std::string text_;
 };
 
 std::string Printer::inline_text(const Value& value) const {
@@ -72,29 +73,32 @@ std::string Printer::pictures_text() const {
 
 void Printer::print_matrix(const std::string& start, const Value& value) {
   const aMatrix* const m = matrix(value);
-  const MatrixText shown = matrix_text(m, options_, [this](double element) {
+  const std::function<std::string(double)> brief = [this](double element) {
     const Value inner = nested(element);
+    if (is_text(inner) && !options_.all) return fmt::format("\"{}\"", cell_text(text(inner)));
     return is_matrix(inner) ? fmt::format("[{}]", inline_text(inner)) : inline_text(inner);
-  });
+  };
+  const MatrixText shown(m, options_, brief);
   std::vector<std::string> counts;
-  if (shown.rows < m->rows) counts.push_back(fmt::format("{} rows", shown.rows));
-  if (shown.cols < m->cols) counts.push_back(fmt::format("{} columns", shown.cols));
-  text_ += start + inline_text(value);
-  if (!counts.empty()) text_ += fmt::format(", {} shown", joined(counts, " and "));
-  text_ += '\n' + shown.lines;
+  if (shown.rows() < m->rows) counts.push_back(fmt::format("{} rows", shown.rows()));
+  if (shown.cols() < m->cols) counts.push_back(fmt::format("{} columns", shown.cols()));
+  out_ << start << inline_text(value);
+  if (!counts.empty()) out_ << fmt::format(", {} shown", joined(counts, " and "));
+  out_ << '\n';
+  shown.write(out_);
 }
 
 void Printer::print(const std::string& name, const Value& value) {
   const std::string start = name.empty() ? "" : name + " = ";
   const auto parts = outcome_.store->parts(value.object);
   if (!parts.empty()) {
-    text_ += fmt::format("{}{} parts\n", start, parts.size());
+    out_ << fmt::format("{}{} parts\n", start, parts.size());
     for (std::size_t k = 0; k < parts.size(); ++k)
       print(fmt::format("part {}", k + 1), object_value(parts[k], value.unit));
     return;
   }
   if (is_matrix(value)) return print_matrix(start, value);
-  text_ += start + inline_text(value) + '\n';
+  out_ << start << inline_text(value) << '\n';
 }
 
 // The line in which the span begins, and carets under the span; of a line that is too long, what
@@ -120,20 +124,20 @@ void Printer::print_marked_line(const Source& source, Span span) {
     at -= first;
     length = std::min(length, width - at);
   }
-  text_ +=
-      fmt::format("{}{}\n{}{}\n", number, joined(line, ""), std::string(number.size() + at, ' '),
-                  red(std::string(std::max<std::size_t>(length, 1), '^')));
+  out_ << fmt::format("{}{}\n{}{}\n", number, joined(line, ""),
+                      std::string(number.size() + at, ' '),
+                      red(std::string(std::max<std::size_t>(length, 1), '^')));
 }
 
 void Printer::print_error() {
   if (outcome_.is_syntax_error()) {
-    text_ += fmt::format("{} line {}, column {}: {}\n", red("error:"), outcome_.line,
-                         outcome_.column, outcome_.syntax_message);
+    out_ << fmt::format("{} line {}, column {}: {}\n", red("error:"), outcome_.line,
+                        outcome_.column, outcome_.syntax_message);
     print_marked_line(*outcome_.source, {outcome_.offset, outcome_.offset});
     return;
   }
   const auto* const error = static_cast<const aError*>(outcome_.value.object);
-  text_ += fmt::format("{} {}\n", red("error:"), error->message->text);
+  out_ << fmt::format("{} {}\n", red("error:"), error->message->text);
   const Place& place = outcome_.place;
   const bool known = outcome_.is_place_known();
   // An error inside a function: the statement that came there is shown, too.
@@ -163,14 +167,15 @@ void print_value(Printer& printer, const Outcome& outcome, const DisplayOptions&
 
 }  // namespace
 
-std::string outcome_text(const Outcome& outcome, const DisplayOptions& options) {
-  if (outcome.is_definition && !outcome.failed()) return "";
-  if (outcome.help) return help_text(*outcome.help, options.width);
-  Printer printer(outcome, options);
+void show_outcome(std::ostream& out, const Outcome& outcome, const DisplayOptions& options) {
+  if (outcome.is_definition && !outcome.failed()) return;
+  if (outcome.help && !outcome.failed()) {
+    out << help_text(*outcome.help, options.width);
+    return;
+  }
+  Printer printer(out, outcome, options);
   print_value(printer, outcome, options);
-  std::string text = printer.take();
-  for (const std::string& note : outcome.notes) text += fmt::format("note: {}\n", note);
-  return text;
+  for (const std::string& note : outcome.notes) out << fmt::format("note: {}\n", note);
 }
 
 }  // namespace worksheet

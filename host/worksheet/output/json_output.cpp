@@ -1,111 +1,170 @@
 #include "host/worksheet/output/json_output.hpp"
 
-#include <cmath>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "host/efiutils/catalogue.hpp"
 #include "host/packs/unit.hpp"
+#include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/output/display_options.hpp"
 #include "host/worksheet/output/help_text.hpp"
+#include "host/worksheet/output/json_writer.hpp"
+#include "host/worksheet/output/printed_size.hpp"
 
 namespace worksheet {
 
 namespace {
 
-Json number_json(double x) {
-  if (std::isnan(x)) return "nan";
-  if (std::isinf(x)) return x > 0.0 ? "inf" : "-inf";
-  return x;
-}
-
-// An object with room for its members: growing would copy those that are there, with all they hold.
-Json roomy_object() {
-  Json::object_t members;
-  members.reserve(8);
-  return members;
-}
-
-// Nested values may be shared, and shared values may hold shared ones: what is short to write down
-// in a worksheet may be endless to print. Beyond these bounds an error stands in for a value.
-constexpr int kMostDepth = 200;
-constexpr int kMostNestedValues = 200000;
+using Json = nlohmann::ordered_json;
 
 class ValueWriter {
  public:
-  explicit ValueWriter(const efi::Store& store) : store_(store) {}
+  ValueWriter(std::ostream& out, const efi::Store& store) : json_(out), store_(store) {}
 
-  Json value(const Value& v) {
-    Json json = without_unit(v);
-    if (v.unit != nullptr) json["unit"] = v.unit->name();
-    return json;
-  }
+  void outcome(const Outcome& outcome, bool all);
 
  private:
-  Json without_unit(const Value& v) {
-    if (is_number(v))
-      return {{"kind", "scalar"}, {"re", number_json(v.re)}, {"im", number_json(v.im)}};
-    if (is_matrix(v)) return matrix(v);
-    if (is_text(v)) return {{"kind", "string"}, {"text", text(v)}};
-    if (is_error(v)) return error(static_cast<const aError*>(v.object));
-    if (has_kind(v, kFunctionKind)) {
-      const Function& function = function_of(v);
-      return {{"kind", "function"}, {"name", function.name}, {"parameters", function.parameters}};
-    }
-    return {{"kind", "none"}};
+  void value(const Value& v, std::size_t depth);
+  void matrix(const Value& v, std::size_t depth);
+  void part(const aMatrix* m, const double* part, std::size_t depth);
+  void error(const aError* e, std::size_t depth);
+  void strings(const std::vector<std::string>& texts);
+  void pictures(const std::vector<Drawn>& pictures);
+
+  // Writes `before`, which is JSON, and the text as a string.
+  void named(std::string_view before, std::string_view text) {
+    json_.raw(before);
+    json_.string(text);
   }
 
-  Json matrix(const Value& v) {
-    const aMatrix* const m = worksheet::matrix(v);
-    Json json = roomy_object();
-    json["kind"] = "matrix";
-    json["rows"] = m->rows;
-    json["cols"] = m->cols;
-    json["re"] = part(m, m->re);
-    json["im"] = part(m, m->im);
-    const auto parts = store_.parts(m);
-    if (!parts.empty()) {
-      Json& list = json["parts"] = Json::array();
-      for (aMatrix* one : parts) list.push_back(value(object_value(one, v.unit)));
-    }
-    return json;
-  }
-
-  Json part(const aMatrix* m, const double* part) {
-    if (part == nullptr) return nullptr;
-    Json elements = Json::array();
-    for (std::ptrdiff_t k = 0; k < element_count(m); ++k)
-      elements.push_back(efi::is_nested_element(part[k]) ? nested(part[k]) : number_json(part[k]));
-    return elements;
-  }
-
-  Json nested(double element) {
-    if (depth_ == kMostDepth || ++nested_values_ > kMostNestedValues)
-      return error_json("nested too deeply to be shown", 0, 0, nullptr);
-    ++depth_;
-    Json json = value(worksheet::nested(element));
-    --depth_;
-    return json;
-  }
-
-  Json error(const aError* e) {
-    return error_json(e->message->text, e->mark, e->arg,
-                      e->value == nullptr ? Json(nullptr) : value(unboxed(e->value)));
-  }
-
-  static Json error_json(const char* message, int mark, int arg, const Json& carried) {
-    return {
-        {"kind", "error"}, {"message", message}, {"mark", mark}, {"arg", arg}, {"value", carried}};
-  }
-
+  JsonWriter json_;
   const efi::Store& store_;
-  int depth_ = 0;
-  int nested_values_ = 0;
+  bool elided_ = false;  // Whether matrices are written without their elements.
 };
 
-Json names_json(const std::vector<std::string>& names) {
-  return names.size() == 1 ? Json(names[0]) : Json(names);
+void ValueWriter::value(const Value& v, std::size_t depth) {
+  if (is_number(v)) {
+    json_.raw(R"({"kind":"scalar","re":)");
+    json_.number(v.re);
+    json_.raw(R"(,"im":)");
+    json_.number(v.im);
+  } else if (is_matrix(v)) {
+    matrix(v, depth);
+  } else if (is_text(v)) {
+    named(R"({"kind":"string","text":)", text(v));
+  } else if (is_error(v)) {
+    error(static_cast<const aError*>(v.object), depth);
+  } else if (has_kind(v, kFunctionKind)) {
+    named(R"({"kind":"function","name":)", function_of(v).name);
+    json_.raw(R"(,"parameters":)");
+    strings(function_of(v).parameters);
+  } else {
+    json_.raw(R"({"kind":"none")");
+  }
+  if (v.unit != nullptr) named(R"(,"unit":)", v.unit->name());
+  json_.raw("}");
+}
+
+void ValueWriter::matrix(const Value& v, std::size_t depth) {
+  const aMatrix* const m = worksheet::matrix(v);
+  json_.raw(R"({"kind":"matrix","rows":)");
+  json_.integer(m->rows);
+  json_.raw(R"(,"cols":)");
+  json_.integer(m->cols);
+  if (elided_ || is_too_deep(depth)) {
+    json_.raw(R"(,"re":null,"im":null,"elided":true)");
+  } else {
+    json_.raw(R"(,"re":)");
+    part(m, m->re, depth);
+    json_.raw(R"(,"im":)");
+    part(m, m->im, depth);
+  }
+  const auto parts = store_.parts(m);
+  for (std::size_t k = 0; k < parts.size(); ++k) {
+    json_.raw(k == 0 ? R"(,"parts":[)" : ",");
+    value(object_value(parts[k], v.unit), depth);
+  }
+  if (!parts.empty()) json_.raw("]");
+}
+
+void ValueWriter::part(const aMatrix* m, const double* part, std::size_t depth) {
+  if (part == nullptr) return json_.raw("null");
+  json_.raw("[");
+  for (std::ptrdiff_t k = 0; k < element_count(m); ++k) {
+    if (k > 0) json_.raw(",");
+    if (efi::is_nested_element(part[k]))
+      value(nested(part[k]), depth + 1);
+    else
+      json_.number(part[k]);
+    if (json_.is_refused()) return;
+  }
+  json_.raw("]");
+}
+
+void ValueWriter::error(const aError* e, std::size_t depth) {
+  named(R"({"kind":"error","message":)", e->message->text);
+  json_.raw(R"(,"mark":)");
+  json_.integer(e->mark);
+  json_.raw(R"(,"arg":)");
+  json_.integer(e->arg);
+  json_.raw(R"(,"value":)");
+  if (e->value == nullptr)
+    json_.raw("null");
+  else
+    value(unboxed(e->value), depth + 1);
+}
+
+void ValueWriter::strings(const std::vector<std::string>& texts) {
+  json_.raw("[");
+  for (const std::string& text : texts) named(&text == &texts.front() ? "" : ",", text);
+  json_.raw("]");
+}
+
+void ValueWriter::pictures(const std::vector<Drawn>& pictures) {
+  json_.raw(R"(,"pictures":[)");
+  for (const Drawn& drawn : pictures) {
+    if (&drawn != &pictures.front()) json_.raw(",");
+    if (drawn.file.empty())
+      json_.raw("null");
+    else
+      json_.string(drawn.file);
+  }
+  json_.raw("]");
+}
+
+void ValueWriter::outcome(const Outcome& outcome, bool all) {
+  // What takes memory comes first: no line stops in its middle.
+  const std::string help =
+      outcome.help ? help_text(*outcome.help, DisplayOptions().width) : std::string();
+  elided_ = !all && !fits(store_, outcome.value, kPrintedLimit.most);
+  json_.raw(R"({"line":)");
+  json_.integer(outcome.line);
+  named(R"(,"source":)", outcome.source->text);
+  if (outcome.names.size() == 1) named(R"(,"name":)", outcome.names[0]);
+  if (outcome.names.size() > 1) {
+    json_.raw(R"(,"name":)");
+    strings(outcome.names);
+  }
+  json_.raw(R"(,"value":)");
+  if (outcome.is_syntax_error()) {
+    named(R"({"kind":"syntax","message":)", outcome.syntax_message);
+    json_.raw(R"(,"column":)");
+    json_.integer(static_cast<long long>(outcome.column));
+    json_.raw("}");
+  } else if (outcome.help) {
+    named(R"({"kind":"string","text":)", help);
+    json_.raw("}");
+  } else {
+    value(outcome.value, 0);
+  }
+  if (!outcome.pictures.empty()) pictures(outcome.pictures);
+  if (!outcome.notes.empty()) {
+    json_.raw(R"(,"notes":)");
+    strings(outcome.notes);
+  }
+  json_.raw("}\n");
+  json_.flush();
 }
 
 // Text of one line, without the newline; what is no UTF-8 is mended.
@@ -115,27 +174,8 @@ std::string line_of(const Json& json) {
 
 }  // namespace
 
-Json outcome_json(const Outcome& outcome) {
-  Json json = roomy_object();
-  json["line"] = outcome.line;
-  json["source"] = outcome.source->text;
-  if (!outcome.names.empty()) json["name"] = names_json(outcome.names);
-  if (outcome.is_syntax_error())
-    json["value"] = {
-        {"kind", "syntax"}, {"message", outcome.syntax_message}, {"column", outcome.column}};
-  else if (outcome.help)
-    json["value"] = {{"kind", "string"},
-                     {"text", help_text(*outcome.help, DisplayOptions().width)}};
-  else
-    json["value"] = ValueWriter(*outcome.store).value(outcome.value);
-  for (const Drawn& drawn : outcome.pictures)
-    json["pictures"].push_back(drawn.file.empty() ? Json(nullptr) : Json(drawn.file));
-  if (!outcome.notes.empty()) json["notes"] = outcome.notes;
-  return json;
-}
-
-std::string outcome_line(const Outcome& outcome) {
-  return line_of(outcome_json(outcome));
+void write_outcome(std::ostream& out, const Outcome& outcome, bool all) {
+  ValueWriter(out, *outcome.store).outcome(outcome, all);
 }
 
 std::string functions_json(const Machine& machine) {

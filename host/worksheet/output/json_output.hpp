@@ -1,7 +1,7 @@
 // Everything that the program says as JSON.
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
+#include <iosfwd>
 #include <string>
 
 #include "host/worksheet/session/outcome.hpp"
@@ -10,13 +10,10 @@ namespace worksheet {
 
 class Machine;
 
-using Json = nlohmann::ordered_json;
-
-// The object of one statement.
-Json outcome_json(const Outcome& outcome);
-
-// The same as one line of text, without the newline; text that is no UTF-8 is mended.
-std::string outcome_line(const Outcome& outcome);
+// Writes the object of one statement as a line. A value that takes more than kPrintedLimit is
+// "elided", unless `all` is wanted. Takes next to no memory beside the value's own; a line that was
+// begun is ended.
+void write_outcome(std::ostream& out, const Outcome& outcome, bool all);
 
 // Every row of the loaded packs, an object a line: what its table and its reference say.
 std::string functions_json(const Machine& machine);

@@ -1,10 +1,13 @@
 #include "host/worksheet/output/matrix_text.hpp"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <cstring>
+#include <ostream>
+#include <span>
 
 #include "host/text/text.hpp"
+#include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/output/number_text.hpp"
 
 namespace worksheet {
@@ -13,18 +16,6 @@ namespace {
 
 constexpr int kGap = -1;  // The index of what stands for the rows or columns that are left out.
 constexpr std::size_t kBetweenColumns = 2;
-
-// The text of one element. Down a column the points are aligned, in the real and in the imaginary
-// part; what is no number is one text.
-struct Cell {
-  std::array<std::string, 4> pieces;  // Before and from the point on, of both parts.
-  std::string whole;
-};
-
-struct ColumnWidths {
-  std::array<std::size_t, 4> pieces = {};
-  std::size_t total = 0;
-};
 
 int shown_count(const std::vector<int>& shown) {
   return static_cast<int>(shown.size()) -
@@ -42,7 +33,18 @@ void cut(const std::string& number, std::string* before, std::string* behind) {
   *behind = number.substr(at);
 }
 
-Cell number_cell(const Number& z, int digits) {
+}  // namespace
+
+// The text of one element. Down a column the points are aligned, in the real and in the imaginary
+// part; what is no number is one text.
+struct MatrixText::Cell {
+  std::array<std::string, 4> pieces;  // Before and from the point on, of both parts.
+  std::string whole;
+
+  static Cell of_number(const Number& z, int digits);
+};
+
+MatrixText::Cell MatrixText::Cell::of_number(const Number& z, int digits) {
   Cell cell;
   auto& [re, re_fraction, im, im_fraction] = cell.pieces;
   if (z.real() != 0.0 || z.imag() == 0.0) cut(number_text(z.real(), digits), &re, &re_fraction);
@@ -54,94 +56,109 @@ Cell number_cell(const Number& z, int digits) {
   return cell;
 }
 
-class Table {
- public:
-  Table(const aMatrix* m, const DisplayOptions& options,
-        const std::function<std::string(double)>& brief)
-      : m_(m), options_(options), brief_(brief) {}
+MatrixText::MatrixText(const aMatrix* m, const DisplayOptions& options,
+                       const std::function<std::string(double element)>& brief)
+    : m_(m), options_(options), brief_(brief) {
+  choose();
+}
 
-  MatrixText text() {
-    choose();
-    MatrixText result = {"", shown_count(rows_), shown_count(cols_)};
-    for (const int i : rows_) result.lines += line(i);
+int MatrixText::rows() const {
+  return shown_count(rows_);
+}
+
+int MatrixText::cols() const {
+  return shown_count(cols_);
+}
+
+void MatrixText::write(std::ostream& out) const {
+  for (const int i : rows_) {
+    write_line(out, i);
+    if (!out) return;
+  }
+}
+
+// Chooses what to show: all, or as much as the options allow, but the first and the last always.
+void MatrixText::choose() {
+  rows_ = shown_indices(m_->rows, options_.all ? m_->rows : options_.most_rows + 1);
+  if (options_.all) {
+    cols_ = shown_indices(m_->cols, m_->cols);
+    measure();
+    return;
+  }
+  const int narrowest = 1 + static_cast<int>(kBetweenColumns);
+  for (int most = std::min(m_->cols, options_.width / narrowest);; --most) {
+    cols_ = shown_indices(m_->cols, std::max(most, 2) + 1);
+    if (measure() <= static_cast<std::size_t>(options_.width) || most <= 2) return;
+  }
+}
+
+// Finds the widths of the columns; gives that of a line.
+std::size_t MatrixText::measure() {
+  widths_.clear();
+  std::size_t width = 0;
+  for (const int j : cols_) {
+    Widths column;
+    for (const int i : rows_) {
+      const Cell c = cell(i, j);
+      for (std::size_t k = 0; k < c.pieces.size(); ++k)
+        column.pieces[k] =
+            std::max(column.pieces[k], static_cast<std::uint16_t>(c.pieces[k].size()));
+      column.total = std::max(column.total, static_cast<std::uint32_t>(character_count(c.whole)));
+    }
+    std::uint32_t number = 0;
+    for (const std::uint16_t piece : column.pieces) number += piece;
+    column.total = std::max(column.total, number);
+    width += column.total + kBetweenColumns;
+    widths_.push_back(column);
+  }
+  return width;
+}
+
+MatrixText::Cell MatrixText::cell(int i, int j) const {
+  Cell result;
+  if (i == kGap || j == kGap) {
+    result.whole = i == j ? "" : "...";
     return result;
   }
+  const std::ptrdiff_t k = static_cast<std::ptrdiff_t>(j) * m_->leading_dimension + i;
+  const double re = re_at(m_, k);
+  if (!efi::is_nested_element(re)) return Cell::of_number({re, im_at(m_, k)}, options_.digits);
+  result.whole = brief_(re);
+  return result;
+}
 
- private:
-  // Chooses what to show: all, or as much as the options allow, but the first and the last always.
-  void choose() {
-    rows_ = shown_indices(m_->rows, options_.all ? m_->rows : options_.most_rows + 1);
-    if (options_.all) {
-      cols_ = shown_indices(m_->cols, m_->cols);
-      measure();
-      return;
-    }
-    const int narrowest = 1 + static_cast<int>(kBetweenColumns);
-    for (int most = std::min(m_->cols, options_.width / narrowest);; --most) {
-      cols_ = shown_indices(m_->cols, std::max(most, 2) + 1);
-      if (measure() <= static_cast<std::size_t>(options_.width) || most <= 2) return;
-    }
+std::string MatrixText::field(const Cell& cell, const Widths& widths) const {
+  if (!cell.whole.empty()) return cell.whole;
+  std::string text;
+  for (std::size_t k = 0; k < cell.pieces.size(); ++k) {
+    const std::string blanks = padding(widths.pieces[k], cell.pieces[k]);
+    text += k % 2 == 0 ? blanks + cell.pieces[k] : cell.pieces[k] + blanks;
   }
+  return text;
+}
 
-  // Finds the widths of the columns; gives that of a line.
-  std::size_t measure() {
-    widths_.clear();
-    std::size_t width = 0;
-    for (const int j : cols_) {
-      ColumnWidths column;
-      for (const int i : rows_) {
-        const Cell c = cell(i, j);
-        for (std::size_t k = 0; k < c.pieces.size(); ++k)
-          column.pieces[k] = std::max(column.pieces[k], c.pieces[k].size());
-        column.total = std::max(column.total, character_count(c.whole));
-      }
-      std::size_t number = 0;
-      for (const std::size_t piece : column.pieces) number += piece;
-      column.total = std::max(column.total, number);
-      width += column.total + kBetweenColumns;
-      widths_.push_back(column);
-    }
-    return width;
+// Without blanks at its end.
+void MatrixText::write_line(std::ostream& out, int i) const {
+  constexpr std::size_t kHeld = 4096;
+  std::string text;
+  for (std::size_t at = 0; at < cols_.size() && out; ++at) {
+    const std::string shown = field(cell(i, cols_[at]), widths_[at]);
+    text.append(kBetweenColumns, ' ').append(padding(widths_[at].total, shown)).append(shown);
+    if (text.size() < kHeld && at + 1 < cols_.size()) continue;
+    const std::size_t end = text.find_last_not_of(' ') + 1;
+    out << std::string_view(text).substr(0, end);
+    text.erase(0, end);
   }
+  out << '\n';
+}
 
-  Cell cell(int i, int j) const {
-    Cell result;
-    if (i == kGap || j == kGap) {
-      result.whole = i == j ? "" : "...";
-      return result;
-    }
-    const std::ptrdiff_t k = static_cast<std::ptrdiff_t>(j) * m_->leading_dimension + i;
-    const double re = re_at(m_, k);
-    if (!efi::is_nested_element(re)) return number_cell({re, im_at(m_, k)}, options_.digits);
-    result.whole = brief_(re);
-    return result;
-  }
-
-  std::string line(int i) const {
-    std::string text;
-    for (std::size_t at = 0; at < cols_.size(); ++at) {
-      const Cell c = cell(i, cols_[at]);
-      std::string field = c.whole;
-      if (field.empty()) {
-        for (std::size_t k = 0; k < c.pieces.size(); ++k) {
-          const std::string blanks = padding(widths_[at].pieces[k], c.pieces[k]);
-          field += k % 2 == 0 ? blanks + c.pieces[k] : c.pieces[k] + blanks;
-        }
-      }
-      text.append(kBetweenColumns, ' ').append(padding(widths_[at].total, field)).append(field);
-    }
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text + '\n';
-  }
-
-  const aMatrix* m_;
-  const DisplayOptions& options_;
-  const std::function<std::string(double)>& brief_;
-  std::vector<int> rows_, cols_;
-  std::vector<ColumnWidths> widths_;
-};
-
-}  // namespace
+std::string cell_text(const char* text) {
+  constexpr std::size_t kMost = kCellTextLimit.most;
+  const std::vector<std::string> shown =
+      characters(std::string_view(text, strnlen(text, 8 * kMost)));
+  if (shown.size() <= kMost) return text;
+  return joined(std::span(shown).first(kMost), "") + "...";
+}
 
 std::vector<int> shown_indices(int count, int most) {
   const bool all = count <= most;
@@ -152,11 +169,6 @@ std::vector<int> shown_indices(int count, int most) {
   shown.push_back(kGap);
   for (int k = count - (most - 1 - first); k < count; ++k) shown.push_back(k);
   return shown;
-}
-
-MatrixText matrix_text(const aMatrix* m, const DisplayOptions& options,
-                       const std::function<std::string(double element)>& brief) {
-  return Table(m, options, brief).text();
 }
 
 }  // namespace worksheet

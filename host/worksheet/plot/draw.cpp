@@ -43,9 +43,18 @@ bool is_whole(std::string_view content, PictureFormat format) {
          content.substr(0, content.find_last_not_of(" \n") + 1).ends_with("</svg>");
 }
 
+// gnuplot leaves ">" in texts as it is, but XML knows no "]]>" there. It writes no sections that
+// end so.
+void mend_texts(std::string& svg) {
+  constexpr std::string_view kEnd = "]]>";
+  for (std::size_t at = svg.find(kEnd); at != std::string::npos; at = svg.find(kEnd, at))
+    svg.replace(at, kEnd.size(), "]]&gt;");
+}
+
 std::string drawn_by_gnuplot(const Machine& machine, const Picture& picture, PictureFormat format) {
   std::string content = run_gnuplot(gnuplot_script(picture, format), &machine.interrupted);
   if (!is_whole(content, format)) throw PlotError("gnuplot ended without a whole picture");
+  if (format == PictureFormat::svg) mend_texts(content);
   return content;
 }
 

@@ -19,6 +19,10 @@ void declare(CLI::App& app, Options& options) {
   app.add_flag("--json", options.json, "Print one JSON object per statement");
   app.add_option("--html", options.html, "Write a report of the worksheet to this file as well")
       ->type_name("FILE");
+  app.add_option("--load", options.load, "Begin with the variables that --save kept")
+      ->type_name("FILE");
+  app.add_option("--save", options.save, "Keep the variables in this file at the end")
+      ->type_name("FILE");
   app.add_option("--pack", options.packs, "Load this pack")
       ->type_name("PATH")
       ->allow_extra_args(false);
@@ -43,7 +47,7 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("--digits", options.digits, "Show numbers with N significant digits")
       ->type_name("N")
       ->check(CLI::Range(1, 17));
-  app.add_flag("--all", options.all, "Show every row and column of long matrices");
+  app.add_flag("--all", options.all, "Show values whole, however large");
   app.set_version_flag("--version", "worksheet " WORKSHEET_VERSION);
 }
 

@@ -14,6 +14,7 @@ struct Options {
   std::vector<std::string> expressions;
   std::string file;
   std::string html;
+  std::string load, save;  // Files of a session's variables.
   std::string sandbox;  // The directory to which the worksheet's files are confined; empty: none.
   std::vector<std::string> packs;
   std::string register_path, unregister_path;

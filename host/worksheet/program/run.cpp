@@ -15,6 +15,7 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/files.hpp"
+#include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/output/display.hpp"
 #include "host/worksheet/output/help_text.hpp"
 #include "host/worksheet/output/json_output.hpp"
@@ -25,6 +26,7 @@
 #include "host/worksheet/report/report.hpp"
 #include "host/worksheet/session/interruption.hpp"
 #include "host/worksheet/session/session.hpp"
+#include "host/worksheet/state/state.hpp"
 
 namespace worksheet {
 
@@ -93,14 +95,14 @@ bool run_file(Session& session, const std::string& path, Report* report) {
 }
 
 // The report of a run that is wanted; null if none is. Throws std::runtime_error.
-std::unique_ptr<Report> wanted_report(const Options& options) {
+std::unique_ptr<Report> wanted_report(const Options& options, const DisplayOptions& display) {
   if (options.html.empty()) return nullptr;
   const std::string objection = report_objection(options.html, options.file);
   if (!objection.empty()) throw std::runtime_error(fmt::format("{}: {}", options.html, objection));
   const bool named = !options.file.empty() && options.file != "-";
   const std::string name =
       named ? std::filesystem::path(options.file).filename().string() : "worksheet";
-  return std::make_unique<Report>(name, options.digits);
+  return std::make_unique<Report>(name, display);
 }
 
 bool write_report(const Options& options, const Report& report, bool interrupted) {
@@ -108,6 +110,51 @@ bool write_report(const Options& options, const Report& report, bool interrupted
   if (error != 0)
     complain(fmt::format("{}: cannot be written: {}", options.html, efi::file_error_words(error)));
   return error == 0;
+}
+
+// --- The variables that are kept between runs ---
+
+// Throws std::runtime_error, before anything is evaluated.
+void check_state_file(const Options& options) {
+  if (options.save.empty()) return;
+  std::error_code ignored;
+  if (std::filesystem::equivalent(options.save, options.file, ignored))
+    throw std::runtime_error(options.save + ": the variables would replace the worksheet");
+  if (const int error = efi::NewFile(options.save).error())
+    throw std::runtime_error(
+        fmt::format("{}: cannot be written: {}", options.save, efi::file_error_words(error)));
+}
+
+void load_variables(Machine& machine, const std::string& path) {
+  int error = 0;
+  std::error_code ignored;
+  const auto size = std::filesystem::file_size(path, ignored);
+  if (!ignored && size > kStateLimit.most)
+    throw std::runtime_error(fmt::format("{}: cannot be loaded: {}", path, kStateLimit.message));
+  const auto text = efi::read_file(path, &error);
+  if (!text)
+    throw std::runtime_error(
+        fmt::format("{}: cannot be read: {}", path, efi::file_error_words(error)));
+  try {
+    load_state(machine, *text);
+  } catch (const StateError& wrong) {
+    throw std::runtime_error(fmt::format("{}: cannot be loaded: {}", path, wrong.what()));
+  } catch (const std::bad_alloc&) {
+    throw std::runtime_error(path + ": cannot be loaded: not enough memory");
+  }
+}
+
+bool save_variables(const Machine& machine, const std::string& path) {
+  try {
+    const int error = efi::replace_file(path, state_text(machine));
+    if (error == 0) return true;
+    complain(fmt::format("{}: cannot be written: {}", path, efi::file_error_words(error)));
+  } catch (const StateError& wrong) {
+    complain(fmt::format("{}: cannot be saved: {}", path, wrong.what()));
+  } catch (const std::bad_alloc&) {
+    complain(path + ": cannot be saved: not enough memory");
+  }
+  return false;
 }
 
 // Lists the functions, or says what there is to say about some of them.
@@ -204,11 +251,14 @@ Status status_of(Session& session, bool output_lost) {
 
 Status run(const Options& options, StandardOutput& output) {
   const DisplayOptions display = display_options(options);
-  const std::unique_ptr<Report> report = wanted_report(options);
+  const std::unique_ptr<Report> report = wanted_report(options, display);
   Printer printer(output, report != nullptr, is_interactive(options));
   Session session([&](const Outcome& outcome) {
     printer.print([&] {
-      std::cout << (options.json ? outcome_line(outcome) + '\n' : outcome_text(outcome, display));
+      if (options.json)
+        write_outcome(std::cout, outcome, options.all);
+      else
+        show_outcome(std::cout, outcome, display);
     });
     if (report != nullptr) report->add(outcome);
   });
@@ -218,13 +268,16 @@ Status run(const Options& options, StandardOutput& output) {
   if (!options.sandbox.empty()) machine.files.confine(options.sandbox);
   if (options.max_memory != 0) limit_memory(options.max_memory);
   add_packs(machine, options);
+  check_state_file(options);
+  if (!options.load.empty()) load_variables(machine, options.load);
   if (options.list_functions) return show_functions(machine, options, display.width);
   let_interrupt(machine);
   output.stop_at(&machine.interrupted);
   if (isatty(STDERR_FILENO)) session.show_progress(STDERR_FILENO);
   if (!run_all(session, options, report.get())) return kWrongUsage;
+  const bool saved = options.save.empty() || save_variables(machine, options.save);
   if (report != nullptr && !write_report(options, *report, machine.interrupted)) return kWrongUsage;
-  return status_of(session, printer.lost());
+  return status_of(session, printer.lost() || !saved);
 }
 
 }  // namespace worksheet

@@ -5,9 +5,11 @@
 
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
+#include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/variable.hpp"
 #include "host/worksheet/output/matrix_text.hpp"
 #include "host/worksheet/output/number_text.hpp"
+#include "host/worksheet/output/printed_size.hpp"
 #include "host/worksheet/report/markup.hpp"
 
 namespace worksheet {
@@ -87,52 +89,91 @@ std::string unit_markup(const Unit& unit) {
 
 class MathWriter {
  public:
-  explicit MathWriter(int digits) : digits_(digits) {}
+  explicit MathWriter(const DisplayOptions& options) : options_(options) {}
 
-  std::string value(const Value& v) const {
-    if (is_number(v)) {
-      const std::string plain = number_markup(number(v), digits_);
-      if (v.unit == nullptr) return plain;
-      const bool complex = v.re != 0.0 && v.im != 0.0;
-      return row((complex
-                      ? "<mo stretchy=\"false\">(</mo>" + plain + "<mo stretchy=\"false\">)</mo>"
-                      : plain) +
-                 unit_markup(*v.unit));
-    }
-    if (is_text(v)) return fmt::format("<mtext>\u201C{}\u201D</mtext>", escaped(text(v)));
+  // The value with those nested in it, if they fit the page.
+  std::string markup(const Value& v) {
+    std::size_t left = kReportLimit.most;
+    shows_nested_ = options_.all || count(v, left, 0);
+    return value(v, 0);
+  }
+
+ private:
+  std::vector<int> rows(const aMatrix* m) const {
+    return shown_indices(m->rows, options_.all ? m->rows : kMostRows);
+  }
+  std::vector<int> cols(const aMatrix* m) const {
+    return shown_indices(m->cols, options_.all ? m->cols : kMostCols);
+  }
+  static std::ptrdiff_t place(const aMatrix* m, int i, int j) {
+    return static_cast<std::ptrdiff_t>(j) * m->leading_dimension + i;
+  }
+
+  // Takes the elements that are shown from what is left; false when they are more.
+  bool count(const Value& v, std::size_t& left, std::size_t depth) const {
+    if (left == 0) return false;
+    --left;
+    if (!is_matrix(v) || is_too_deep(depth)) return true;
+    const aMatrix* const m = matrix(v);
+    for (const int i : rows(m))
+      for (const int j : cols(m)) {
+        const double re = i < 0 || j < 0 ? 0.0 : re_at(m, place(m, i, j));
+        if (!count(efi::is_nested_element(re) ? nested(re) : number_value(re), left, depth + 1))
+          return false;
+      }
+    return true;
+  }
+
+  std::string value(const Value& v, std::size_t depth) const {
+    if (is_number(v)) return number(v);
+    if (is_text(v))
+      return fmt::format("<mtext>\u201C{}\u201D</mtext>",
+                         escaped(depth == 0 || options_.all ? text(v) : cell_text(text(v))));
     if (is_matrix(v))
-      return row(matrix_markup(matrix(v)) +
+      return row(matrix_markup(matrix(v), depth) +
                  (v.unit == nullptr ? "" : kUnitSpace + unit_markup(*v.unit)));
     if (has_kind(v, kFunctionKind))
       return fmt::format("<mtext>{}</mtext>", escaped(signature_text(function_of(v))));
     return "<mtext>no value</mtext>";
   }
 
- private:
-  std::string cell(const aMatrix* m, int i, int j) const {
-    if (i < 0 || j < 0)
-      return i < 0 && j < 0 ? "<mo>\u22F1</mo>" : i < 0 ? "<mo>\u22EE</mo>" : "<mo>\u22EF</mo>";
-    const std::ptrdiff_t k = static_cast<std::ptrdiff_t>(j) * m->leading_dimension + i;
-    const double re = re_at(m, k);
-    return efi::is_nested_element(re) ? value(nested(re))
-                                      : number_markup({re, im_at(m, k)}, digits_);
+  std::string number(const Value& v) const {
+    const std::string plain = number_markup(worksheet::number(v), options_.digits);
+    if (v.unit == nullptr) return plain;
+    const bool complex = v.re != 0.0 && v.im != 0.0;
+    return row((complex ? "<mo stretchy=\"false\">(</mo>" + plain + "<mo stretchy=\"false\">)</mo>"
+                        : plain) +
+               unit_markup(*v.unit));
   }
 
-  std::string matrix_markup(const aMatrix* m) const {
+  std::string cell(const aMatrix* m, int i, int j, std::size_t depth) const {
+    if (i < 0 || j < 0)
+      return i < 0 && j < 0 ? "<mo>\u22F1</mo>" : i < 0 ? "<mo>\u22EE</mo>" : "<mo>\u22EF</mo>";
+    const std::ptrdiff_t k = place(m, i, j);
+    const double re = re_at(m, k);
+    if (!efi::is_nested_element(re)) return number_markup({re, im_at(m, k)}, options_.digits);
+    const Value inner = nested(re);
+    const bool named = !shows_nested_ || is_too_deep(depth + 1);
+    if (!named || !is_matrix(inner)) return value(inner, depth + 1);
+    return fmt::format("<mtext>[{} \u00D7 {}]</mtext>", matrix(inner)->rows, matrix(inner)->cols);
+  }
+
+  std::string matrix_markup(const aMatrix* m, std::size_t depth) const {
     std::string table = "<mo fence=\"true\">[</mo><mtable columnalign=\"right\">";
-    const std::vector<int> cols = shown_indices(m->cols, kMostCols);
-    for (const int i : shown_indices(m->rows, kMostRows)) {
+    const std::vector<int> shown = cols(m);
+    for (const int i : rows(m)) {
       table += "<mtr>";
-      for (const int j : cols) table += "<mtd>" + cell(m, i, j) + "</mtd>";
+      for (const int j : shown) table += "<mtd>" + cell(m, i, j, depth) + "</mtd>";
       table += "</mtr>";
     }
     table += "</mtable><mo fence=\"true\">]</mo>";
-    if (m->rows <= kMostRows && m->cols <= kMostCols) return table;
+    if (options_.all || (m->rows <= kMostRows && m->cols <= kMostCols)) return table;
     return fmt::format("<munder>{}<mtext>{} \u00D7 {}</mtext></munder>", row(table), m->rows,
                        m->cols);
   }
 
-  const int digits_;
+  const DisplayOptions& options_;
+  bool shows_nested_ = true;
 };
 
 std::string formula(const std::string& name, const std::string& value, bool tall) {
@@ -144,14 +185,14 @@ std::string formula(const std::string& name, const std::string& value, bool tall
 }  // namespace
 
 std::string math_markup(const efi::Store& store, const std::string& name, const Value& value,
-                        int digits) {
-  const MathWriter writer(digits);
+                        const DisplayOptions& options) {
+  MathWriter writer(options);
   const auto parts = store.parts(value.object);
-  if (parts.empty()) return formula(name, writer.value(value), is_matrix(value));
+  if (parts.empty()) return formula(name, writer.markup(value), is_matrix(value));
   std::string result;
   for (std::size_t k = 0; k < parts.size(); ++k)
     result += formula(fmt::format("{}{}part {}", name, name.empty() ? "" : ", ", k + 1),
-                      writer.value(object_value(parts[k], value.unit)), true);
+                      writer.markup(object_value(parts[k], value.unit)), true);
   return result;
 }
 

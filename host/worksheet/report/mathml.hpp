@@ -5,12 +5,14 @@
 
 #include "host/efiutils/store.hpp"
 #include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/output/display_options.hpp"
 
 namespace worksheet {
 
 // "name = value" as one formula, or a formula for each part of a joined value that has not been
-// taken apart. The name may be empty. The store is that of the value.
+// taken apart. The name may be empty. The store is that of the value. Long matrices are elided, and
+// nested ones beyond kReportLimit are named only, unless options.all is set.
 std::string math_markup(const efi::Store& store, const std::string& name, const Value& value,
-                        int digits);
+                        const DisplayOptions& options);
 
 }  // namespace worksheet

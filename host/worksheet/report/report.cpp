@@ -38,16 +38,16 @@ std::string marked_markup(const std::string& text, std::size_t begin, std::size_
   return result + escaped(all.substr(to, end - to));
 }
 
-std::string values_markup(const Outcome& outcome, int digits) {
+std::string values_markup(const Outcome& outcome, const DisplayOptions& options) {
   if (is_none(outcome.value) && !(outcome.pictures.empty() && outcome.notes.empty())) return {};
   if (outcome.names.size() < 2)
     return math_markup(*outcome.store, outcome.names.empty() ? "" : outcome.names[0], outcome.value,
-                       digits);
+                       options);
   std::string result;
   const auto parts = outcome.store->parts(outcome.value.object);
   for (std::size_t k = 0; k < parts.size(); ++k)
     result += math_markup(*outcome.store, outcome.names[k],
-                          object_value(parts[k], outcome.value.unit), digits);
+                          object_value(parts[k], outcome.value.unit), options);
   return result;
 }
 
@@ -166,7 +166,7 @@ void Report::add(const Outcome& outcome) {
     errors_.push_back(fmt::format("<a href=\"#{}\">line {}</a>", id, outcome.line));
     body_ += "<div class=\"result\">\n" + error_markup(outcome) + "</div>\n";
   } else if (!outcome.is_definition) {
-    const std::string values = values_markup(outcome, digits_);
+    const std::string values = values_markup(outcome, options_);
     if (!values.empty()) body_ += "<div class=\"result\">\n" + values + "</div>\n";
   }
   for (const std::string& note : outcome.notes)

@@ -7,14 +7,16 @@
 #include <string>
 #include <vector>
 
+#include "host/worksheet/output/display_options.hpp"
 #include "host/worksheet/session/outcome.hpp"
 
 namespace worksheet {
 
 class Report {
  public:
-  // `name` is the worksheet's; numbers have that many digits.
-  Report(std::string name, int digits) : name_(std::move(name)), digits_(digits) {}
+  // `name` is the worksheet's.
+  Report(std::string name, const DisplayOptions& options)
+      : name_(std::move(name)), options_(options) {}
 
   // The text whose statements follow: what stands between them becomes text of the report.
   void begin_text(const std::string& text);
@@ -34,7 +36,7 @@ class Report {
   std::string pictures_markup(const std::vector<Drawn>& pictures);
 
   std::string name_;
-  int digits_;
+  DisplayOptions options_;
   std::string title_;               // The worksheet's own; empty: its name.
   std::vector<std::string> lines_;  // Of the text...
   std::size_t next_line_ = 0;       // ... and the first one that is not in the report.

@@ -5,13 +5,20 @@
 #include <new>
 
 #include "fmt/format.h"
+#include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/readable.hpp"
 #include "host/worksheet/language/compile.hpp"
 #include "host/worksheet/language/statement_reader.hpp"
 #include "host/worksheet/session/interruption.hpp"
+#include "host/worksheet/session/memory_reserve.hpp"
 #include "host/worksheet/session/progress.hpp"
 
 namespace worksheet {
+
+const char* assignment_objection(const Variable& variable, const Value& value) {
+  const bool wrong = variable.name == ORIGIN_sUnIdent->name->text && !is_plain_real(value);
+  return wrong ? "ORIGIN must be a plain real number" : nullptr;
+}
 
 namespace {
 
@@ -23,18 +30,12 @@ constexpr const char* kNoHelp = "there is no help on that; help alone lists ever
 // Some editors put it in front of a text.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-// Null, or why the variable cannot have the value: packs read the index origin as a number without
-// looking at its kind.
-const char* objection(const Variable& variable, const Value& value) {
-  const bool wrong = variable.name == ORIGIN_sUnIdent->name->text && !is_plain_real(value);
-  return wrong ? "ORIGIN must be a plain real number" : nullptr;
-}
-
 // Gives the targets the value, or each a part of a joined value.
 Value assign_targets(Machine& machine, const std::vector<Variable*>& targets, const Value& value,
                      Span span) {
   if (targets.size() == 1) {
-    if (const char* reason = objection(*targets[0], value)) return machine.fail(span, reason);
+    if (const char* reason = assignment_objection(*targets[0], value))
+      return machine.fail(span, reason);
     machine.assign(*targets[0], value);
     return value;
   }
@@ -44,7 +45,7 @@ Value assign_targets(Machine& machine, const std::vector<Variable*>& targets, co
                                             : fmt::format("the value has {} parts, not {}",
                                                           parts.size(), targets.size()));
   for (std::size_t k = 0; k < targets.size(); ++k)
-    if (const char* reason = objection(*targets[k], object_value(parts[k])))
+    if (const char* reason = assignment_objection(*targets[k], object_value(parts[k])))
       return machine.fail(span, reason);
   for (std::size_t k = 0; k < targets.size(); ++k)
     machine.assign(*targets[k], object_value(parts[k], value.unit));
@@ -55,7 +56,7 @@ Value define(Machine& machine, Statement& statement) {
   const Function* const function = machine.keep(std::move(statement.function));
   efi::aFunction* const made = machine.store.new_function(const_cast<Function*>(function));
   if (made == nullptr) return object_value(sError_OutOfMemory);
-  if (const char* reason = objection(*statement.targets[0], object_value(made)))
+  if (const char* reason = assignment_objection(*statement.targets[0], object_value(made)))
     return machine.fail({}, reason);
   machine.assign(*statement.targets[0], object_value(made));
   return object_value(made);
@@ -92,6 +93,19 @@ void Session::evaluate_into(Outcome& outcome, const Source& source) {
   }
 }
 
+// The same, or that there is no memory for it.
+void Session::run_into(Outcome& outcome, const Source& source) {
+  try {
+    const bool readable = source.objection.empty();
+    const auto topic = readable ? help_topic(source.text, machine_) : std::nullopt;
+    if (!topic) return evaluate_into(outcome, source);
+    outcome.help = help_page(machine_, *topic);
+    outcome.value = outcome.help ? object_value(&kNoValue) : machine_.fail({}, kNoHelp);
+  } catch (const std::bad_alloc&) {
+    outcome.value = machine_.out_of_memory({});
+  }
+}
+
 Outcome Session::outcome_of(const Source& source) {
   const TimeLimit limit(machine_);
   const Progress progress(progress_, kPatience, source.text);
@@ -100,12 +114,7 @@ Outcome Session::outcome_of(const Source& source) {
   outcome.source = &source;
   outcome.line = source.line;
   outcome.store = &machine_.store;
-  if (const auto topic = help_topic(source.text, machine_)) {
-    outcome.help = help_page(machine_, *topic);
-    outcome.value = outcome.help ? object_value(&kNoValue) : machine_.fail({}, kNoHelp);
-  } else {
-    evaluate_into(outcome, source);
-  }
+  run_into(outcome, source);
   outcome.place = machine_.place();
   outcome.pictures = std::move(machine_.pictures);
   machine_.pictures.clear();
@@ -116,22 +125,47 @@ Outcome Session::outcome_of(const Source& source) {
 }
 
 void Session::run(const Source& source) {
-  const Outcome outcome = outcome_of(source);
+  keep_memory_reserve();
+  Outcome outcome = outcome_of(source);
+  try {
+    show_(outcome);
+  } catch (const std::bad_alloc&) {
+    outcome.value = machine_.out_of_memory({});
+    outcome.place = machine_.place();
+    outcome.help.reset();
+    show_(outcome);
+  }
   failed_ = failed_ || outcome.failed();
-  show_(outcome);
-  machine_.collect_all();
+  machine_.end_statement();
 }
+
+namespace {
+
+// Takes the next line; of one that is longer than a statement may be, the beginning. False at the
+// end of the text, and after an interruption.
+bool take_line(std::istream& text, std::string& line, const Machine& machine) {
+  constexpr int kEnd = std::char_traits<char>::eof();
+  line.clear();
+  int c = text.rdbuf()->sbumpc();
+  if (c == kEnd) return false;
+  for (; c != kEnd && c != '\n' && !machine.interrupted; c = text.rdbuf()->sbumpc())
+    if (line.size() <= kStatementLimit.most) line += static_cast<char>(c);
+  return !machine.interrupted;
+}
+
+}  // namespace
 
 void Session::run_text(std::istream& text, int first_line) {
   StatementReader reader(first_line);
   bool at_start = true;
-  for (std::string line; std::getline(text, line) && !machine_.interrupted; at_start = false) {
+  for (std::string line; take_line(text, line, machine_); at_start = false) {
     if (at_start && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
     for (const Source& source : reader.add_line(line))
       if (!machine_.interrupted) run(source);
   }
   if (machine_.interrupted) return;
-  for (const Source& source : reader.finish()) run(source);
+  for (const Source& source : reader.finish())
+    if (!machine_.interrupted) run(source);
 }
 
 }  // namespace worksheet

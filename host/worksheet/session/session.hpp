@@ -9,9 +9,14 @@
 
 namespace worksheet {
 
+// Null, or why the variable cannot have the value: packs read the index origin as a number without
+// looking at its kind.
+const char* assignment_objection(const Variable& variable, const Value& value);
+
 class Session {
  public:
-  // `show` sees every outcome while its value lives.
+  // `show` sees every outcome while its value lives. Where it throws std::bad_alloc it sees the
+  // outcome once more, as an error.
   using Show = std::function<void(const Outcome&)>;
   explicit Session(Show show) : show_(std::move(show)) {}
 
@@ -30,6 +35,7 @@ class Session {
 
  private:
   Outcome outcome_of(const Source& source);
+  void run_into(Outcome& outcome, const Source& source);
   void evaluate_into(Outcome& outcome, const Source& source);
 
   Machine machine_;
