@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <sstream>
 #include <vector>
 
 #include "fmt/format.h"
@@ -51,7 +52,11 @@ std::string statement_line(const Machine& machine, const Variable& variable) {
   outcome.names = {variable.name};
   outcome.value = variable.value;
   outcome.store = &machine.store;
-  return outcome_line(outcome);
+  std::ostringstream line;
+  write_outcome(line, outcome, true);
+  std::string text = line.str();
+  if (text.ends_with('\n')) text.pop_back();
+  return text;
 }
 
 }  // namespace
@@ -65,7 +70,8 @@ std::string state_text(const Machine& machine) {
   std::vector<std::string> computed;
   for (const Variable* variable : variables) {
     const Unit* const unit = variable->value.unit;
-    if (unit != nullptr && !unit->is_written()) computed.push_back("\"" + variable->name + "\"");
+    if (unit != nullptr && unit->origin() == Unit::Origin::calculated)
+      computed.push_back("\"" + variable->name + "\"");
   }
   std::string text = fmt::format("{{\"worksheet_state\":1,\"computed_units\":[{}],\"variables\":[",
                                  joined(computed, ","));
