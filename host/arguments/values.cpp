@@ -66,7 +66,7 @@ Anyval* make_nested(efi::Store& store, const Recipe& recipe, NewPart new_part) {
   for (std::size_t k = 0; k < count; ++k) {
     const Recipe inner[] = {
         scalar(1.5, -2.5), array(Form::complex, 2, 3), {Form::string}, array(Form::real, 1, 1)};
-    const std::size_t which = (k + recipe.seed) % 5;
+    const auto which = static_cast<std::size_t>((k + recipe.seed) % 5);
     if (which == 4) continue;
     Anyval* const value = make(store, inner[which], nullptr, new_part);
     if (value == nullptr) return nullptr;

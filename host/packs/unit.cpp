@@ -8,7 +8,7 @@
 #include <unordered_map>
 
 #include "fmt/format.h"
-#include "host/packs/unit_names.hpp"
+#include "host/packs/unit_factors.hpp"
 #include "host/text/text.hpp"
 
 namespace worksheet {
@@ -20,56 +20,6 @@ constexpr int kMostDenominator = 12;
 
 // The largest numerator and denominator of a power.
 constexpr std::int64_t kMostPower = 1000;
-
-constexpr const char* kAngle = "rad";
-
-// Single units that a product of several may stand for: coherent ones of the SI, and what customary
-// units make. Not the joule: a torque is no energy.
-constexpr const char* kSingle[] = {"N",   "Pa", "W",   "V",   "A",   "Ohm", "C",
-                                   "F",   "H",  "lm",  "lbf", "kip", "psi", "ksi",
-                                   "psf", "mi", "nmi", "ft",  "gal", "lb"};
-
-using Factors = std::vector<Unit::Factor>;
-
-double power_of(double scale, const Rational& power) {
-  if (power == Rational(1)) return scale;
-  if (power == Rational(-1)) return 1.0 / scale;
-  return std::pow(scale, static_cast<double>(power));
-}
-
-Dimension dimension_of(const Factors& factors) {
-  Dimension dimension;
-  for (const Unit::Factor& factor : factors)
-    for (const auto& [base, power] : factor.unit->dimension) {
-      Rational& sum = dimension[base];
-      sum = sum + power * factor.power;
-    }
-  std::erase_if(dimension, [](const auto& entry) { return entry.second == Rational(0); });
-  return dimension;
-}
-
-double scale_of(const Factors& factors) {
-  double scale = 1.0;
-  for (const Unit::Factor& factor : factors) scale *= power_of(factor.unit->scale, factor.power);
-  return scale;
-}
-
-// Whether angles count in units of that dimension.
-bool counts_angles(const Dimension& dimension) {
-  return dimension.contains("cd") ||
-         std::all_of(dimension.begin(), dimension.end(),
-                     [](const auto& entry) { return entry.first == kAngle || entry.first == "s"; });
-}
-
-Rational angle_in(const Dimension& dimension) {
-  const auto found = dimension.find(kAngle);
-  return found == dimension.end() ? Rational(0) : found->second;
-}
-
-Dimension without_angle(Dimension dimension) {
-  dimension.erase(kAngle);
-  return dimension;
-}
 
 Rational turns_of(const Factors& factors) {
   Rational turns;
@@ -98,106 +48,9 @@ std::string name_of(const Factors& factors) {
   return name + (below.size() == 1 ? "/" + divisor : fmt::format("/({})", divisor));
 }
 
-// Multiplies by a factor. One of the same dimension takes it in; gives what the numbers are to be
-// multiplied by.
-double take_in(Factors& factors, const Unit::Factor& factor) {
-  for (Unit::Factor& present : factors) {
-    if (present.unit->dimension != factor.unit->dimension) continue;
-    present.power = present.power + factor.power;
-    return power_of(factor.unit->scale / present.unit->scale, factor.power);
-  }
-  factors.push_back(factor);
-  return 1.0;
-}
-
-Factors base_factors(const Dimension& dimension) {
-  Factors factors;
-  for (const bool above : {true, false})
-    for (const auto& [base, power] : dimension)
-      if ((power.num > 0) == above) factors.push_back({find_named_unit(base), power});
-  return factors;
-}
-
-// A product of two or more factors as a single unit of the same scale, or in base units if these
-// are fewer.
-UnitProduct readable(const Factors& factors) {
-  const Dimension dimension = dimension_of(factors);
-  const double scale = scale_of(factors);
-  if (dimension.empty()) return {nullptr, scale};
-  if (factors.size() < 2) return {unit_of(factors), 1.0};
-  constexpr double kNear = 1e-14;
-  for (const char* name : kSingle) {
-    const NamedUnit* const single = find_named_unit(name);
-    if (std::fabs(single->scale - scale) <= kNear * scale && single->dimension == dimension)
-      return {unit_of({{single, 1}}), scale / single->scale};
-  }
-  if (dimension.size() < factors.size()) return {unit_of(base_factors(dimension)), scale};
-  return {unit_of(factors), 1.0};
-}
-
-// Takes angles out of a product in which they do not count; gives what the numbers are to be
-// multiplied by.
-double drop_angles(Factors& factors) {
-  double scale = 1.0;
-  Factors kept;
-  for (const Unit::Factor& factor : factors) {
-    if (angle_in(factor.unit->dimension) == Rational(0)) {
-      scale *= take_in(kept, factor);
-      continue;
-    }
-    scale *= power_of(factor.unit->scale, factor.power);
-    for (const Unit::Factor& base : base_factors(without_angle(factor.unit->dimension)))
-      scale *= take_in(kept, {base.unit, base.power * factor.power});
-  }
-  factors = std::move(kept);
-  return scale;
-}
-
-// The factors of a unit without the angles that do not count in it.
-Factors counted_factors(const Unit& unit, double* scale, const Rational& power) {
-  Factors factors = unit.factors();
-  if (!counts_angles(unit.dimension())) *scale *= power_of(drop_angles(factors), power);
-  return factors;
-}
-
-UnitProduct product(const Unit* a, const Unit* b, const Rational& power) {
-  Factors factors;
-  double scale = 1.0;
-  auto add = [&](const Unit* unit, const Rational& p) {
-    if (unit == nullptr) return;
-    for (const Unit::Factor& factor : counted_factors(*unit, &scale, p)) {
-      const Unit::Factor raised = {factor.unit, factor.power * p};
-      scale *= factor.unit->dimension.empty() ? power_of(factor.unit->scale, raised.power)
-                                              : take_in(factors, raised);
-    }
-  };
-  add(a, 1);
-  add(b, power);
-  if (!counts_angles(dimension_of(factors))) {
-    const Rational angle = angle_in(dimension_of(factors));
-    scale *= drop_angles(factors);
-    // Power over a rotational speed is a torque.
-    const NamedUnit *const force = find_named_unit("N"), *const length = find_named_unit("m");
-    const Factors torque = {{force, 1}, {length, 1}};
-    if (angle == Rational(-1) && dimension_of(factors) == dimension_of(torque)) {
-      scale *= scale_of(factors);
-      factors = torque;
-    }
-  }
-  std::erase_if(factors, [](const Unit::Factor& f) { return f.power == Rational(0); });
-  const UnitProduct result = readable(factors);
-  return {result.unit, result.factor * scale};
-}
-
 // Whether plain numbers may stand for values in the unit: an angle, or a mere factor.
 bool is_near_plain(const Unit& unit) {
   return without_angle(unit.dimension()).empty();
-}
-
-// The unit of a multiple of a value.
-const Unit* unit_of_multiple(const Unit* unit) {
-  if (unit == nullptr || unit->origin() != Unit::Origin::written) return unit;
-  return unit_of(unit->factors());
 }
 
 }  // namespace
@@ -286,19 +139,6 @@ std::string conversion_hint(const Unit* from, const Unit* to) {
                   too_much ? "divide" : "multiply");
   if (have.contains("cd")) return start + "1{sr}";
   return start + "1{turn} if turns are counted, by 1{rad} if radians are";
-}
-
-UnitProduct multiply(const Unit* a, const Unit* b) {
-  if (a == nullptr || b == nullptr) return {unit_of_multiple(a == nullptr ? b : a), 1.0};
-  return product(a, b, 1);
-}
-
-UnitProduct divide(const Unit* a, const Unit* b) {
-  return b == nullptr ? UnitProduct{unit_of_multiple(a), 1.0} : product(a, b, -1);
-}
-
-UnitProduct raise(const Unit* a, const Rational& power) {
-  return power == Rational(1) ? UnitProduct{a, 1.0} : product(nullptr, a, power);
 }
 
 }  // namespace worksheet

@@ -87,7 +87,7 @@ class DatabaseReader {
 
  private:
   void set(std::string_view attribute, const std::string& value) {
-    if (attribute == "turns") entry_.turns = std::stoi(value);
+    if (attribute == "turns") entry_.turns = value == "1" ? 1 : 0;
     if (attribute != "prefixes") return;
     entry_.takes_all = value == "all";
     entry_.prefixes = words_of(value);

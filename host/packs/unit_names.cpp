@@ -36,6 +36,7 @@ constexpr const char* kRefused[][2] = {
 struct Known {
   const UnitEntry* entry;
   bool is_symbol;
+  bool is_name;  // Some are both: "kohm" and "kiloohm".
 };
 
 using Names = std::unordered_map<std::string, Known>;
@@ -43,9 +44,10 @@ using Names = std::unordered_map<std::string, Known>;
 Names all_names() {
   Names names;
   for (const UnitEntry& entry : unit_database().entries) {
-    for (const std::string& symbol : entry.symbols) names.insert({symbol, {&entry, true}});
+    for (const std::string& symbol : entry.symbols) names.insert({symbol, {&entry, true, false}});
     for (const auto* list : {&entry.names, &entry.plurals})
-      for (const std::string& name : *list) names.insert({name, {&entry, false}});
+      for (const std::string& name : *list)
+        names.insert({name, {&entry, false, true}}).first->second.is_name = true;
   }
   return names;
 }
@@ -76,8 +78,8 @@ std::optional<Found> look_up(const std::string& name) {
       const std::string_view start = is_symbol ? prefix.symbol : prefix.name;
       if (!name.starts_with(start)) continue;
       const auto rest = names.find(name.substr(start.size()));
-      if (rest != names.end() && rest->second.is_symbol == is_symbol &&
-          takes(*rest->second.entry, prefix))
+      if (rest == names.end() || !takes(*rest->second.entry, prefix)) continue;
+      if (is_symbol ? rest->second.is_symbol : rest->second.is_name)
         return Found{rest->second.entry, prefix.factor};
     }
   return std::nullopt;

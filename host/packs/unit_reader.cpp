@@ -15,6 +15,7 @@ constexpr std::string_view kRaised[] = {"\u2070", "\u00B9", "\u00B2", "\u00B3", 
 constexpr std::string_view kRaisedMinus = "\u207B";
 
 constexpr int kMostParentheses = 20;
+constexpr std::size_t kMostFactors = 100;  // That are written, in whatever number of names.
 constexpr int kMostPower = 1000;
 
 class UnitReader {
@@ -105,6 +106,7 @@ class UnitReader {
     }
     const Rational own = read_power();
     if (own == Rational(0)) throw UnitError(start, "the power 0 leaves no unit");
+    if (factors_.size() == kMostFactors) throw UnitError(start, "a unit with too many factors");
     factors_.push_back({unit, own * power});
   }
 

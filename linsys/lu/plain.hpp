@@ -17,7 +17,7 @@ namespace matrix_pack::plain {
 struct RealArray {
   static constexpr double kEpsilon = kEps;
   static constexpr bool kLastOfEqualsWins = true;
-  Index n;
+  Index n = 0;
   double* a;
   Index across = n;
   Index down = 1;
@@ -28,7 +28,7 @@ struct RealArray {
 struct ComplexArray {
   static constexpr double kEpsilon = kEps * kEps;
   static constexpr bool kLastOfEqualsWins = false;
-  Index n;
+  Index n = 0;
   ComplexView a;
   Index across = n;
   Index down = 1;

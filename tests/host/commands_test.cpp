@@ -58,6 +58,7 @@ TEST(Commands, NoOutputIsLostInSilence) {
       {"$W --help >/dev/full", "standard output: No space left on device"},
       {"$W -e 1 >&-", "standard output: Bad file descriptor"},
       {"{ $W --functions --json; echo $? >st; } | :; exit $(cat st)", "output: Broken pipe"},
+      {"$W --unknown >&- 2>&-; $W -e 1 >&- 2>&-", ""},
       {"$W - <&-", "standard input: cannot be read: Bad file descriptor"},
       {"$W --html r.html s.ws >/dev/full", "standard output: No space left on device"},
       {"grep -q '</html>' r.html && echo whole", "whole", 0},
@@ -86,6 +87,8 @@ TEST(Commands, LimitsOfTimeAndMemoryAreErrorsOfTheirStatement) {
       {"$W --timeout 0.2 --pack ${T}spins.so -e 'twice([1])' -e '41 + 1'", "\n42\n", 1},
       {"$W --timeout 0.2 -e 'A = identity(3000)' -e 'A*A'", "than the 0.2 s allowed", 1},
       {"PATH=endless:$PATH $W --timeout 0.2 s.ws", "\n1 = 1\n", 1},
+      {"yes 1,2,3,4,5,6,7,8 | head -400000 >t.csv; $W --timeout 0.02 -e 'A = read(\"t.csv\")'",
+       "than the 0.02 s allowed", 1},
       {"$W --timeout 0 -e 1", "--timeout"},
   });
   if (kIsSanitized) return;

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <thread>
 #include <utility>
 
 #include "tests/host/sheet.hpp"
@@ -133,6 +134,7 @@ TEST(Prompt, CtrlCGivesUpALineOrAnEvaluation) {
   for (int k = 0; k < 3; ++k) {
     terminal.type(kCtrlC);
     ASSERT_TRUE(terminal.shows("\n> ")) << terminal.seen();
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));  // For ticks behind the signal.
   }
   terminal.type("g(i, j) = i\r");
   ASSERT_TRUE(terminal.asks());

@@ -39,6 +39,8 @@ const Case kCases[] = {
     {"norme", kOverflow, {{1e200}}},
     {"normi", kInvalid, {{kNan}}},
     {"normi", kOverflow, {{1e308, 1e308}, {0, 1}}},
+    // Of several rows that fail, the first one counts.
+    {"normi", kInvalid, {{kNan, 1, 1}, {1, 1e308, 1e308}, {1, 1, 1}}},
     {"cond2", kInvalid, {{1e-200, 1e-200}, {0, 1e-308}}},
     {"cond2", kOverflow, {{1e308}}},
     {"cond2", kZeroDivide, {{0, 1e-200}, {0, kDenormal}}},

@@ -95,7 +95,7 @@ int main(int argc, char** argv) {
     return kNothingFound;
   } catch (const std::exception& error) {
     const std::string subject = selection.list ? "" : options.pack_name + ": ";
-    fmt::print(stderr, "packcheck: {}{}\n", subject, error.what());
+    std::fprintf(stderr, "packcheck: %s%s\n", subject.c_str(), error.what());
     return kNoPack;
   }
 }

@@ -124,7 +124,10 @@ class InterruptHeld {
   // Waits for input with SIGINT unblocked, for a moment also when input is there already.
   void wait(int descriptor) const {
     pollfd input = {descriptor, POLLIN, 0};
-    ppoll(&input, 1, nullptr, &before_);
+    // Other signals do not end the wait.
+    while (ppoll(&input, 1, nullptr, &before_) < 0 && errno == EINTR &&
+           !machine_at_prompt->interrupted) {
+    }
     sigprocmask(SIG_SETMASK, &before_, nullptr);
     sigprocmask(SIG_SETMASK, &held_, nullptr);
   }

@@ -3,16 +3,17 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <string_view>
 
-#include "fmt/format.h"
 #include "host/worksheet/output/display_options.hpp"
 
 namespace worksheet {
 
-void complain(const std::string& what) {
-  fmt::print(stderr, "worksheet: {}\n", what);
+void complain(std::string_view what) {
+  // Without memory, and where nobody hears it, too.
+  std::fprintf(stderr, "worksheet: %.*s\n", static_cast<int>(what.size()), what.data());
 }
 
 bool wants_colour() {

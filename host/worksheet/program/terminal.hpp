@@ -1,12 +1,12 @@
 // What the program knows of its terminal.
 #pragma once
 
-#include <string>
+#include <string_view>
 
 namespace worksheet {
 
 // Says on standard error what is wrong.
-void complain(const std::string& what);
+void complain(std::string_view what);
 
 // Whether standard output is a terminal that takes colours, and nobody forbids them.
 bool wants_colour();
