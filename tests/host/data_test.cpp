@@ -201,6 +201,13 @@ TEST_F(Data, WrittenTables) {
 }
 
 TEST_F(Data, FilesThatCannotBeRead) {
+  directory.write("wide.csv", std::string(std::size_t{1} << 20, ','));
+  EXPECT_NE(sheet.brief("read(\"wide.csv\")").find("at most 1048576 columns"), std::string::npos);
+  // The last sign alone can stand between the parts of a complex number.
+  std::string signs(200000, '1');
+  for (int k = 0; k < 100000; ++k) signs += "+1";
+  directory.write("signs.csv", "x\n" + signs + "i\n");
+  EXPECT_NE(sheet.brief("read(\"signs.csv\")").find("hold text"), std::string::npos);
   sheet.machine().files.directory = "/";
   EXPECT_EQ(sheet.brief("read(\"nonexistent\")"),
             "error: /nonexistent: cannot be read: no such file or directory (0, 0)");

@@ -16,10 +16,10 @@ TEST(State, GoesOnWhereAnotherSessionEnded) {
       "A = [1, -0; 1/3, 2^-1074]{kN/m}\nz = 3-2i\nC = [sqrt(-1)/0, 1/0; 2i, -1/0]\n"
       "B = [1, \"a \\\"b\\\"\"; [2, [3]], A*1{m/kN}]\nL = lean([0, 0])\nW = with_imag([1, 2])\n"
       "f(i) = g(i) + ORIGIN\ng(x) = x^2  # later\nP = lu([4, 1; 2, 3])\nORIGIN = 1\n"
-      "I = 10{V}/2{kOhm}");
+      "I = 10{V}/2{kOhm}\nJ = I in {uA}");
   const std::string text = worksheet::state_text(first.machine());
   worksheet::load_state(second.machine(), text);
-  for (const char* name : {"A", "z", "C", "B", "L", "W", "P", "ORIGIN", "TOL", "I"})
+  for (const char* name : {"A", "z", "C", "B", "L", "W", "P", "ORIGIN", "TOL", "I", "J", "J*2"})
     EXPECT_EQ(second.value(name), first.value(name)) << name;
   EXPECT_EQ(second.brief("f(3)"), "10");
   EXPECT_EQ(second.run("a, b, c = P"), first.run("a, b, c = P"));
@@ -31,7 +31,7 @@ TEST(State, GoesOnWhereAnotherSessionEnded) {
 std::string state_of(const std::string& name, const std::string& value,
                      const std::string& source = "") {
   return fmt::format(
-      R"({{"worksheet_state":1,"computed_units":[],"variables":[{{"line":1,"source":"{}","name":"{}","value":{}}}]}})",
+      R"({{"worksheet_state":1,"unit_origins":{{}},"variables":[{{"line":1,"source":"{}","name":"{}","value":{}}}]}})",
       source, name, value);
 }
 
@@ -49,8 +49,8 @@ TEST(State, OfStrangers) {
       {"[1e999]", "holds a number that is too large"},
       {"[]", "is no state of a worksheet"},
       {R"({"worksheet_state":2})", "is the state of a newer program"},
-      {R"({"worksheet_state":1})", "\"computed_units\" is missing or wrong"},
-      {R"({"worksheet_state":1,"computed_units":[],"variables":[3]})",
+      {R"({"worksheet_state":1})", "\"unit_origins\" is missing or wrong"},
+      {R"({"worksheet_state":1,"unit_origins":{},"variables":[3]})",
        "\"name\" is missing or wrong"},
       {std::string(100000, '['), "values are nested more than 100 deep"},
       {state_of("A", deep), "values are nested more than 100 deep"},
@@ -65,6 +65,8 @@ TEST(State, OfStrangers) {
        "ORIGIN: ORIGIN must be a plain real number"},
       {state_of("f", R"({"kind":"function"})", "f = read(1)"),
        "f: the source of a function is no definition"},
+      {matrix(R"("rows":1,"cols":1,"re":null,"im":null,"elided":true)"),
+       "A: a matrix has been left out"},
       {matrix(R"("rows":2,"cols":1,"re":[1],"im":null)"),
        "A: an array has another length than its matrix"},
       {matrix(R"("rows":-1,"cols":-1,"re":[1],"im":null)"), "A: \"rows\" is missing or wrong"},

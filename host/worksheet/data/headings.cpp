@@ -1,5 +1,6 @@
 #include "host/worksheet/data/headings.hpp"
 
+#include <stdexcept>
 #include <utility>
 
 #include "fmt/format.h"
@@ -25,7 +26,7 @@ bool is_unit(std::string_view text) {
   if (text.size() > kUnitLimit.most) return false;
   try {
     return parse_unit(text) != nullptr;
-  } catch (const UnitError&) {
+  } catch (const std::runtime_error&) {
     return false;
   }
 }
@@ -56,7 +57,7 @@ void split_at_bracket(Heading& heading, std::size_t open) {
   if (unit.empty() || unit == "-" || unit.size() > kUnitLimit.most) return;
   try {
     heading.unit = parse_unit(unit);
-  } catch (const UnitError& error) {
+  } catch (const std::runtime_error& error) {
     heading.doubt = fmt::format("\"{}\" gives no unit: {}", heading.whole, error.what());
   }
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <limits>
+#include <stdexcept>
 #include <vector>
 
 #include "fmt/format.h"
@@ -207,7 +208,7 @@ const Unit* unit_of_comment(std::string_view comment) {
   if (comment.empty() || comment.size() > kUnitLimit.most) return nullptr;
   try {
     return parse_unit(trimmed(comment.substr(kUnitComment.size())));
-  } catch (const UnitError&) {
+  } catch (const std::runtime_error&) {
     return nullptr;
   }
 }

@@ -50,8 +50,8 @@ struct Sample {
 
 Sample sample_with(const DataFile& file, char separator) {
   Sample sample;
+  CellReader reader(file, separator);
   try {
-    CellReader reader(file, separator);
     while (sample.counts.size() < kSample && reader.next()) {
       // The first line does not count once there is a second one.
       if (sample.counts.size() == 1) sample.numbers = true;
@@ -63,6 +63,7 @@ Sample sample_with(const DataFile& file, char separator) {
     }
   } catch (const DataError&) {
     sample.broken = true;
+    sample.counts.push_back(reader.cells().size());
   }
   return sample;
 }

@@ -1,7 +1,6 @@
 #include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <set>
 #include <vector>
 
 #include "fmt/format.h"
@@ -103,7 +102,7 @@ class Maker {
     const std::string name = text_member(json, "unit");
     try {
       if (name.size() <= kUnitLimit.most) return parse_unit(name);
-    } catch (const UnitError&) {
+    } catch (const std::runtime_error&) {
     }
     fail(fmt::format("\"{}\" is no unit", name.substr(0, 40)));
   }
@@ -116,6 +115,7 @@ class Maker {
   }
 
   aMatrix* matrix(const Json& json) {
+    if (json.contains("elided")) fail("a matrix has been left out");
     const std::int64_t rows = extent(json, "rows"), cols = extent(json, "cols");
     constexpr std::int64_t kMostElements =
         std::numeric_limits<std::uint32_t>::max() / sizeof(double);
@@ -198,8 +198,13 @@ Variable& variable_of(Machine& machine, const std::string& name) {
   fail(fmt::format("\"{}\" is no name", name.substr(0, 40)));
 }
 
-void load_statement(Machine& machine, const Json& statement,
-                    const std::set<std::string>& computed) {
+Unit::Origin origin_of(const std::string& word) {
+  if (word == kCalculatedOrigin) return Unit::Origin::calculated;
+  if (word == kAskedOrigin) return Unit::Origin::asked;
+  fail("the origin of its unit is not known here");
+}
+
+void load_statement(Machine& machine, const Json& statement, const Json& origins) {
   const std::string name = text_member(statement, "name");
   Variable& variable = variable_of(machine, name);
   try {
@@ -207,8 +212,8 @@ void load_statement(Machine& machine, const Json& statement,
     Value value = Maker(machine).value(member(statement, "value", &Json::is_object),
                                        text_member(statement, "source"),
                                        line > 0 && line < 1 << 30 ? static_cast<int>(line) : 1);
-    if (value.unit != nullptr && computed.contains(name))
-      value.unit = unit_of(value.unit->factors());
+    if (value.unit != nullptr && origins.contains(name))
+      value.unit = unit_of(value.unit->factors(), origin_of(text_member(origins, name.c_str())));
     if (const char* reason = assignment_objection(variable, value)) fail(reason);
     machine.assign(variable, value);
   } catch (const StateError& error) {
@@ -223,11 +228,9 @@ void load_state(Machine& machine, const std::string& text) {
   const Json state = bounded_json(text);
   if (!state.is_object() || !state.contains("worksheet_state")) fail("is no state of a worksheet");
   if (state["worksheet_state"] != 1) fail("is the state of a newer program");
-  std::set<std::string> computed;
-  for (const Json& name : member(state, "computed_units", &Json::is_array))
-    if (name.is_string()) computed.insert(name.get<std::string>());
+  const Json& origins = member(state, "unit_origins", &Json::is_object);
   for (const Json& statement : member(state, "variables", &Json::is_array))
-    load_statement(machine, statement, computed);
+    load_statement(machine, statement, origins);
 }
 
 }  // namespace worksheet

@@ -8,6 +8,7 @@
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/output/json_output.hpp"
+#include "host/worksheet/output/printed_size.hpp"
 #include "host/worksheet/state/state.hpp"
 
 namespace worksheet {
@@ -20,7 +21,7 @@ class Measure {
  public:
   // Throws StateError.
   void add(const Value& v, std::size_t depth) {
-    if (depth > kStateNestingLimit.most) throw StateError(kStateNestingLimit.message);
+    if (is_too_deep(depth)) throw StateError(kStateNestingLimit.message);
     count(1);
     const bool known = is_number(v) || is_matrix(v) || is_text(v);
     if (!known && (depth > 0 || !(is_none(v) || has_kind(v, kFunctionKind))))
@@ -42,7 +43,13 @@ class Measure {
   std::size_t total_ = 0;
 };
 
-std::string statement_line(const Machine& machine, const Variable& variable) {
+// Null for a unit that someone wrote, and where there is none.
+const char* origin_text(const Unit* unit) {
+  if (unit == nullptr || unit->origin() == Unit::Origin::written) return nullptr;
+  return unit->origin() == Unit::Origin::asked ? kAskedOrigin : kCalculatedOrigin;
+}
+
+void append_statement(std::ostream& text, const Machine& machine, const Variable& variable) {
   static const Source kNoSource;
   Outcome outcome;
   outcome.source = has_kind(variable.value, kFunctionKind)
@@ -52,11 +59,7 @@ std::string statement_line(const Machine& machine, const Variable& variable) {
   outcome.names = {variable.name};
   outcome.value = variable.value;
   outcome.store = &machine.store;
-  std::ostringstream line;
-  write_outcome(line, outcome, true);
-  std::string text = line.str();
-  if (text.ends_with('\n')) text.pop_back();
-  return text;
+  write_outcome(text, outcome, true);
 }
 
 }  // namespace
@@ -67,14 +70,13 @@ std::string state_text(const Machine& machine) {
     if (variable->defined) variables.push_back(variable.get());
   std::sort(variables.begin(), variables.end(),
             [](const Variable* a, const Variable* b) { return a->name < b->name; });
-  std::vector<std::string> computed;
-  for (const Variable* variable : variables) {
-    const Unit* const unit = variable->value.unit;
-    if (unit != nullptr && unit->origin() == Unit::Origin::calculated)
-      computed.push_back("\"" + variable->name + "\"");
-  }
-  std::string text = fmt::format("{{\"worksheet_state\":1,\"computed_units\":[{}],\"variables\":[",
-                                 joined(computed, ","));
+  std::vector<std::string> origins;
+  for (const Variable* variable : variables)
+    if (const char* origin = origin_text(variable->value.unit))
+      origins.push_back(fmt::format("\"{}\":\"{}\"", variable->name, origin));
+  std::ostringstream text;
+  text << fmt::format("{{\"worksheet_state\":1,\"unit_origins\":{{{}}},\"variables\":[",
+                      joined(origins, ","));
   Measure measure;
   for (const Variable* variable : variables) {
     try {
@@ -82,10 +84,13 @@ std::string state_text(const Machine& machine) {
     } catch (const StateError& error) {
       throw StateError(fmt::format("{}: {}", variable->name, error.what()));
     }
-    text += (variable == variables.front() ? "\n" : ",\n") + statement_line(machine, *variable);
-    if (text.size() > kStateLimit.most) throw StateError(kStateLimit.message);
+    text << (variable == variables.front() ? "\n" : ",");
+    append_statement(text, machine, *variable);
+    if (static_cast<std::size_t>(text.tellp()) > kStateLimit.most)
+      throw StateError(kStateLimit.message);
   }
-  return text + "\n]}\n";
+  text << "]}\n";
+  return std::move(text).str();
 }
 
 }  // namespace worksheet

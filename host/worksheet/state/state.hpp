@@ -1,10 +1,10 @@
 // A session's variables and functions in a file, from which another session goes on.
 //
-//   {"worksheet_state": 1, "computed_units": [NAME, ...], "variables": [STATEMENT, ...]}
+//   {"worksheet_state": 1, "unit_origins": {NAME: ORIGIN, ...}, "variables": [STATEMENT, ...]}
 //
 // Each STATEMENT is the object that --json prints for one: its name and its value. The source of a
-// function is its definition; no other source is read. A unit that a calculation gave, and nobody
-// wrote, is still to be shown as a person reads it: the variables that have one are listed.
+// function is its definition; no other source is read. How a value came to have its unit
+// decides how it is shown: "calculated" or "asked" with "in"; else it was written.
 #pragma once
 
 #include <stdexcept>
@@ -13,6 +13,10 @@
 namespace worksheet {
 
 class Machine;
+
+// How the file calls the origins of units.
+inline constexpr const char* kCalculatedOrigin = "calculated";
+inline constexpr const char* kAskedOrigin = "asked";
 
 // Why a state cannot be saved or loaded; the words do not name the file.
 struct StateError : std::runtime_error {
