@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <stdexcept>
+#include <ostream>
 
 #include "fmt/format.h"
+#include "host/efiutils/files.hpp"
+#include "host/efiutils/streams.hpp"
 #include "host/packs/unit.hpp"
 #include "host/text/numbers.hpp"
 #include "host/text/text.hpp"
@@ -131,7 +133,8 @@ std::string heading_text(const Machine& machine, const Request& request, std::si
   return fmt::format("{} ({})", name, v.unit->name());
 }
 
-std::string table_text(const Machine& machine, const Request& request, char separator) {
+// The line of headings; none where neither names nor units ask for it.
+std::string table_head(const Machine& machine, const Request& request, char separator) {
   std::string text;
   std::size_t cols = 0;
   for (const Value& v : request.values) cols += static_cast<std::size_t>(cols_of(v));
@@ -150,22 +153,27 @@ std::string table_text(const Machine& machine, const Request& request, char sepa
     for (std::ptrdiff_t j = 0; j < cols_of(request.values[k]); ++j, ++at)
       text +=
           cell_of(heading_text(machine, request, k, j, at)) + (at + 1 < cols ? separator : '\n');
+  return text;
+}
+
+void write_rows(const Machine& machine, const Request& request, char separator, std::ostream& out) {
   const std::ptrdiff_t rows = rows_of(request.values[0]);
   for (std::ptrdiff_t i = 0; i < rows; ++i) {
     if (machine.interrupted) throw Stopped();
+    std::string text;
     for (const Value& v : request.values)
       for (std::ptrdiff_t j = 0; j < cols_of(v); ++j) {
         append_element(text, v, j * rows + i);
         text += separator;
       }
     text.back() = '\n';
+    out << text;
   }
-  return text;
 }
 
 // --- Matrix Market ---
 
-std::string matrix_market_text(const Machine& machine, const Request& request) {
+std::string matrix_market_head(const Request& request) {
   if (request.values.size() > 1)
     throw WrongArgument(request.places[1], "a Matrix Market file holds one matrix");
   if (!request.names.empty())
@@ -174,26 +182,48 @@ std::string matrix_market_text(const Machine& machine, const Request& request) {
   std::string text =
       fmt::format("%%MatrixMarket matrix array {} general\n", is_complex(v) ? "complex" : "real");
   if (v.unit != nullptr) text += fmt::format("{}{}\n", kUnitComment, v.unit->name());
-  text += fmt::format("{} {}\n", rows_of(v), cols_of(v));
+  return text + fmt::format("{} {}\n", rows_of(v), cols_of(v));
+}
+
+void write_elements(const Machine& machine, const Value& v, std::ostream& out) {
   for (std::ptrdiff_t k = 0; k < rows_of(v) * cols_of(v); ++k) {
     if (machine.interrupted) throw Stopped();
     const Number z = element(v, k);
+    std::string text;
     append_real(text, z.real());
     if (is_complex(v)) {
       text += ' ';
       append_real(text, z.imag());
     }
-    text += '\n';
+    out << text << '\n';
   }
-  return text;
 }
 
-std::string file_text(const Machine& machine, const Request& request, Span file_place) {
-  const std::string& file = request.file;
-  if (file.ends_with(".csv")) return table_text(machine, request, ',');
-  if (file.ends_with(".tsv")) return table_text(machine, request, '\t');
-  if (file.ends_with(".mtx")) return matrix_market_text(machine, request);
-  throw WrongArgument(file_place, "the name of a data file ends in .csv, .tsv or .mtx");
+// --- Files ---
+
+// Row by row: a file takes no memory. What cannot be written whole is not written.
+void write_file(Machine& machine, const Request& request, Span file_place) {
+  const std::string& name = request.file;
+  const bool is_table = name.ends_with(".csv") || name.ends_with(".tsv");
+  if (!is_table && !name.ends_with(".mtx"))
+    throw WrongArgument(file_place, "the name of a data file ends in .csv, .tsv or .mtx");
+  const char separator = name.ends_with(".csv") ? ',' : '\t';
+  const std::string head =
+      is_table ? table_head(machine, request, separator) : matrix_market_head(request);
+
+  efi::NewFile file = machine.files.create(name);
+  if (file.error() != 0) machine.files.fail_to_write(name, file.error());
+  efi::OutputBuffer buffer(file.descriptor(), &machine.interrupted);
+  std::ostream out(&buffer);
+  out << head;
+  if (is_table)
+    write_rows(machine, request, separator, out);
+  else
+    write_elements(machine, request.values[0], out);
+  out.flush();
+  if (machine.interrupted) throw Stopped();
+  const int error = buffer.error() != 0 ? buffer.error() : file.commit();
+  if (error != 0) machine.files.fail_to_write(name, error);
 }
 
 }  // namespace
@@ -201,8 +231,7 @@ std::string file_text(const Machine& machine, const Request& request, Span file_
 Value write(Machine& machine, const Call& call) {
   try {
     const Request request = request_of(call);
-    const std::string text = file_text(machine, request, call.places[0]);
-    machine.files.write(request.file, text);
+    write_file(machine, request, call.places[0]);
     std::ptrdiff_t cols = 0;
     for (const Value& v : request.values) cols += cols_of(v);
     machine.notes.push_back(
