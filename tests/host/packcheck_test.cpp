@@ -87,7 +87,7 @@ const Case kCases[] = {
     {"writes_freed", {"memory", "out-of-memory"}, "byte 8 of a block of 32 bytes that was freed"},
     {"frees_twice", {"memory"}, "freed a block twice"},
     {"modifies_an_argument", {"arguments"}, "changed the real array of argument 1"},
-    {"changes_a_record", {"arguments", "memory"}, "changed the record of argument 1"},
+    {"changes_a_record", {"arguments"}, "changed the record of argument 1"},
     {"writes_beside_an_argument", {"arguments", "memory"}, "wrote beside an array of argument 1"},
     {"trusts_memory", {"out-of-memory"}, "Segmentation fault"},
     {"leaks_without_memory", {"out-of-memory"}, "keeps 1 block"},
