@@ -5,16 +5,11 @@
 
 #include "fmt/format.h"
 #include "tests/host/sheet.hpp"
+#include "tests/support/sanitized.hpp"
 
 using namespace test;
 
 namespace {
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kIsSanitized = true;  // It wants memory of its own.
-#else
-constexpr bool kIsSanitized = false;
-#endif
 
 struct Command {
   const char* line;  // For the shell: see expect_of_commands.
@@ -91,7 +86,7 @@ TEST(Commands, LimitsOfTimeAndMemoryAreErrorsOfTheirStatement) {
        "than the 0.02 s allowed", 1},
       {"$W --timeout 0 -e 1", "--timeout"},
   });
-  if (kIsSanitized) return;
+  if (kSanitized) return;
   expect_of_commands({
       {"$W --max-memory 64M -e 'A = identity(5000)' -e '41 + 1'", "memory exhausted", 1},
       {"$W --max-memory 64M -e 'identity(5000)' -e '41 + 1'", "\n42\n", 1},

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "tests/host/sheet.hpp"
+#include "tests/support/sanitized.hpp"
 
 namespace {
 
@@ -86,20 +87,13 @@ std::string output_of(const std::string& commands) {
   return output;
 }
 
-// The sanitizers want more memory than any bound leaves.
-#if defined(MATRIX_SANITIZED)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
-
 TEST(Documents, EveryCommandThatStartsTheProgramRuns) {
   const int commands = for_each_block({"sh"}, [](const Block& block, const Block* next) {
     constexpr std::string_view kRun = "./run";
     std::string runs;
     std::istringstream lines(block.content);
     for (std::string line; std::getline(lines, line);)
-      if (line.starts_with(kRun) && !(kSanitized && line.find("--max-memory") != line.npos))
+      if (line.starts_with(kRun) && !(test::kSanitized && line.find("--max-memory") != line.npos))
         runs += WORKSHEET_PROGRAM + line.substr(kRun.size()) + "\n";
     const std::string output = output_of(runs);
     if (next != nullptr && next->language == "text") {

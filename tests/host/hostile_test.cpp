@@ -2,6 +2,7 @@
 // sets what the system lets the program have.
 #include "fmt/format.h"
 #include "tests/host/sheet.hpp"
+#include "tests/support/sanitized.hpp"
 
 using namespace test;
 
@@ -27,19 +28,10 @@ struct Case {
 // A statement behind each sheet shows that the program goes on.
 constexpr const char* kLast = "\n\"the end\"\n";
 
-// The sanitizers want addresses and stack of their own.
-constexpr bool is_sanitized() {
-#if defined(__SANITIZE_ADDRESS__)
-  return true;
-#else
-  return false;
-#endif
-}
-
 void expect(const Case& c) {
   SCOPED_TRACE(c.name);
   const bool limited = c.limits.memory != RLIM_INFINITY || c.limits.stack != RLIM_INFINITY;
-  if (is_sanitized() && limited) return;
+  if (kSanitized && limited) return;
   std::vector<std::string> arguments = c.arguments;
   arguments.emplace_back("-");
   const ProgramRun run =
@@ -82,7 +74,7 @@ TEST(Hostile, Nesting) {
 // As many lines and bytes as these take their time in proportion only.
 TEST(Hostile, Length) {
   const Limits little = {.memory = 256 * kMiB, .seconds = 20};
-  const Limits quick = {.seconds = is_sanitized() ? 100 : 20};
+  const Limits quick = {.seconds = kSanitized ? 100 : 20};
   std::string variables, lines;
   for (int k = 0; k < 20000; ++k) variables += fmt::format("A{} = [1, 2; 3, {}]\n", k, k);
   for (int k = 0; k < 50000; ++k) lines += fmt::format("x = {}\n", k);

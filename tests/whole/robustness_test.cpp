@@ -9,16 +9,11 @@
 #include <thread>
 
 #include "tests/support/call_corpus.hpp"
+#include "tests/support/sanitized.hpp"
 
 namespace {
 
 using namespace test;
-
-#if defined(MATRIX_SANITIZED)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
 
 using Results = std::vector<std::uint64_t>;
 
