@@ -50,10 +50,9 @@ std::optional<HelpPage> help_page(const Machine& machine, const std::string& top
   }
   page.entries = whole_reference(machine);
   if (topic.empty()) return page;
-  const ReferenceEntry* const entry = find_entry(page.entries, topic);
-  if (entry == nullptr) return std::nullopt;
+  std::erase_if(page.entries, [&](const ReferenceEntry& entry) { return !names(entry, topic); });
+  if (page.entries.empty()) return std::nullopt;
   page.kind = HelpPage::Kind::entry;
-  page.entries = {ReferenceEntry(*entry)};
   if (topic == "units") page.entries[0].text += units_text();
   for (const std::string& name : page.entries[0].names)
     if (const Row* row = machine.find_row(name)) page.rows.push_back(row);

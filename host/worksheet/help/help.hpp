@@ -14,7 +14,7 @@ namespace worksheet {
 struct HelpPage {
   enum class Kind {
     overview,  // All `entries` in short.
-    entry,     // The one entry, and the packs' rows of its names.
+    entry,     // The entries of one name, and the packs' rows of the first one's names.
     function,  // A function that the worksheet defines: its text in `definition`.
   };
 

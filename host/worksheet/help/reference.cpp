@@ -44,10 +44,6 @@ std::string first_sentence(std::string_view markdown) {
   return plain_text(paragraph.substr(0, paragraph.find(". ")));
 }
 
-bool names(const ReferenceEntry& entry, const std::string& name) {
-  return std::find(entry.names.begin(), entry.names.end(), name) != entry.names.end();
-}
-
 // The entries of one pack; those of its reference that it has no function for are about operators.
 std::vector<ReferenceEntry> pack_reference(const Pack& pack) {
   std::vector<ReferenceEntry> entries =
@@ -66,6 +62,10 @@ const char* kind_text(ArgumentKind kind) {
 }
 
 }  // namespace
+
+bool names(const ReferenceEntry& entry, const std::string& name) {
+  return std::find(entry.names.begin(), entry.names.end(), name) != entry.names.end();
+}
 
 std::string plain_text(std::string_view text) {
   std::string result;

@@ -29,7 +29,10 @@ std::vector<ReferenceEntry> read_reference(std::string_view markdown);
 // says nothing about have an entry with their kinds of arguments.
 std::vector<ReferenceEntry> whole_reference(const Machine& machine);
 
-// The entry for a name; null if there is none.
+// Whether the entry is about that name.
+bool names(const ReferenceEntry& entry, const std::string& name);
+
+// The first entry for a name; null if there is none.
 const ReferenceEntry* find_entry(const std::vector<ReferenceEntry>& entries,
                                  const std::string& name);
 

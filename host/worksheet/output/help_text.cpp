@@ -84,8 +84,10 @@ std::string help_text(const HelpPage& page, int width) {
     default:
       break;
   }
-  const ReferenceEntry& entry = page.entries.front();
-  std::string text = fmt::format("{}\n\n{}", entry.heading, laid_out(entry.text, columns));
+  std::string text;
+  for (const ReferenceEntry& entry : page.entries)
+    text += fmt::format("{}{}\n\n{}", text.empty() ? "" : "\n", entry.heading,
+                        laid_out(entry.text, columns));
   for (const Row* row : page.rows) text += row_text(*row);
   return text;
 }
