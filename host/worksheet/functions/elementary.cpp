@@ -3,40 +3,25 @@
 #include <cmath>
 
 #include "fmt/format.h"
-#include "host/worksheet/engine/machine.hpp"
-#include "host/worksheet/engine/matrices.hpp"
+#include "host/worksheet/functions/elementwise.hpp"
 
 namespace worksheet {
 
 namespace {
 
-bool is_real(const Number& z) {
-  return z.imag() == 0.0;
-}
-
 bool holds_complex(const Value& v) {
   return is_number(v) ? v.im != 0.0 : matrix(v)->im != nullptr;
 }
 
-// Null, or why `v` is no argument for a function of numbers.
+}  // namespace
+
 const char* objection(const Value& v, bool real_only) {
   if (is_matrix(v) && contains_ptrs(matrix(v))) return "may not be nested";
   if (!is_number(v) && !is_matrix(v)) return "must be a number or a matrix";
   return real_only && holds_complex(v) ? "must be real" : nullptr;
 }
 
-// f of each element.
-template <class F>
-Value map(Machine& machine, const Call& call, F f, bool real_only = false) {
-  const Value& v = call.arguments[0];
-  if (const char* reason = objection(v, real_only)) return machine.fail(call.places[0], reason);
-  if (is_number(v)) return number_value(f(number(v)));
-  const aMatrix* const m = matrix(v);
-  MatrixBuilder result(m->rows, m->cols);
-  for (std::ptrdiff_t k = 0; k < element_count(m); ++k)
-    result.set(k, f(Number(re_at(m, k), im_at(m, k))));
-  return object_value(result.finish(machine.store));
-}
+namespace {
 
 double remainder_with_sign(double a, double b) {
   const double remainder = std::fmod(a, b);
