@@ -134,14 +134,6 @@ Value call_with_units(Machine& machine, const Builtin& function, const Call& cal
   return with_unit(scaled(machine, result, of_result.factor), of_result.unit);
 }
 
-// "2 arguments", "1 or 2 arguments", "at least 1 argument".
-std::string counts_text(const Builtin& function) {
-  if (function.most == kAnyCount)
-    return "at least " + counted(static_cast<std::int64_t>(function.least), "argument");
-  const std::string most = counted(static_cast<std::int64_t>(function.most), "argument");
-  return function.least == function.most ? most : fmt::format("{} or {}", function.least, most);
-}
-
 }  // namespace
 
 const Builtin* find_builtin(std::string_view name) {
@@ -158,6 +150,13 @@ std::vector<std::string> builtin_names() {
   std::vector<std::string> names = {"pi", "if"};
   for (const Builtin& function : kBuiltins) names.emplace_back(function.name);
   return names;
+}
+
+std::string counts_text(const Builtin& function) {
+  if (function.most == kAnyCount)
+    return "at least " + counted(static_cast<std::int64_t>(function.least), "argument");
+  const std::string most = counted(static_cast<std::int64_t>(function.most), "argument");
+  return function.least == function.most ? most : fmt::format("{} or {}", function.least, most);
 }
 
 Value call_builtin(Machine& machine, const Builtin& function, const Call& call) try {

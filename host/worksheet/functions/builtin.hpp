@@ -41,6 +41,9 @@ const double* find_constant(std::string_view name);
 // All their names, the constants' included.
 std::vector<std::string> builtin_names();
 
+// How many arguments it takes: "2 arguments", "1 or 2 arguments", "at least 1 argument".
+std::string counts_text(const Builtin& function);
+
 Value call_builtin(Machine& machine, const Builtin& function, const Call& call);
 
 }  // namespace worksheet

@@ -29,10 +29,9 @@ std::string units_text() try {
 
 }  // namespace
 
-std::optional<std::string> help_topic(std::string_view statement, const Machine& machine) {
+std::optional<std::string> help_topic(std::string_view statement) {
   constexpr std::string_view kHelp = "help";
-  const bool taken = machine.find_variable(std::string(kHelp)) != nullptr;
-  if (taken || !statement.starts_with(kHelp)) return std::nullopt;
+  if (!statement.starts_with(kHelp)) return std::nullopt;
   const std::string_view topic = trimmed(statement.substr(kHelp.size()));
   const bool apart = topic.empty() || topic.data() > statement.data() + kHelp.size();
   if (!apart || topic.starts_with('=') || topic.starts_with('(')) return std::nullopt;

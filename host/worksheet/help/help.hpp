@@ -26,7 +26,7 @@ struct HelpPage {
 };
 
 // The topic of a statement "help" or "help TOPIC", empty for the first; nothing for other text.
-std::optional<std::string> help_topic(std::string_view statement, const Machine& machine);
+std::optional<std::string> help_topic(std::string_view statement);
 
 // Of a function of the worksheet or any other, or with an empty topic of everything; nothing for an
 // unknown topic.

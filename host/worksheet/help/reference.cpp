@@ -64,7 +64,8 @@ const char* kind_text(ArgumentKind kind) {
 }  // namespace
 
 bool names(const ReferenceEntry& entry, const std::string& name) {
-  return std::find(entry.names.begin(), entry.names.end(), name) != entry.names.end();
+  if (std::find(entry.names.begin(), entry.names.end(), name) != entry.names.end()) return true;
+  return !name.empty() && entry.heading.starts_with(name + " (");
 }
 
 std::string plain_text(std::string_view text) {

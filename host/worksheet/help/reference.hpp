@@ -29,7 +29,7 @@ std::vector<ReferenceEntry> read_reference(std::string_view markdown);
 // says nothing about have an entry with their kinds of arguments.
 std::vector<ReferenceEntry> whole_reference(const Machine& machine);
 
-// Whether the entry is about that name.
+// Whether the entry is about that name, or the operator that it begins with: "A^-1".
 bool names(const ReferenceEntry& entry, const std::string& name);
 
 // The first entry for a name; null if there is none.
