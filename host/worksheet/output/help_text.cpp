@@ -10,7 +10,7 @@ namespace worksheet {
 namespace {
 
 // Markdown as plain text, laid out in lines. Paragraphs and points are wrapped; examples and tables
-// stay as they are.
+// stay as they are. No table begins within a paragraph: there a bar is an absolute value.
 std::string laid_out(std::string_view markdown, std::size_t width) {
   std::string result, paragraph;
   auto flush = [&] {
@@ -24,7 +24,7 @@ std::string laid_out(std::string_view markdown, std::size_t width) {
     if (line.starts_with("```")) {
       flush();
       example = !example;
-    } else if (example || line.starts_with('|')) {
+    } else if (example || (line.starts_with('|') && paragraph.empty())) {
       flush();
       if (line.find_first_not_of("|-: ") != std::string_view::npos)
         result += fmt::format("    {}\n", example ? std::string(line) : plain_text(line));
