@@ -5,6 +5,7 @@
 #include <new>
 
 #include "fmt/format.h"
+#include "host/text/utf8.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/readable.hpp"
 #include "host/worksheet/language/compile.hpp"
@@ -26,9 +27,6 @@ namespace {
 constexpr std::chrono::seconds kPatience(2);
 
 constexpr const char* kNoHelp = "there is no help on that; help alone lists everything";
-
-// Some editors put it in front of a text.
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // Gives the targets the value, or each a part of a joined value.
 Value assign_targets(Machine& machine, const std::vector<Variable*>& targets, const Value& value,
