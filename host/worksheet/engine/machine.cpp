@@ -10,12 +10,6 @@
 
 namespace worksheet {
 
-namespace {
-
-constexpr double kDefaultTolerance = 1e-9;
-
-}  // namespace
-
 std::string signature_text(const Function& function) {
   return fmt::format("{}({})", function.name, joined(function.parameters, ", "));
 }
@@ -84,6 +78,7 @@ Value Machine::evaluate(const Node& node, const Source& source) {
   place_ = {};
   pictures.clear();
   notes.clear();
+  trust.clear();
   const Activation activation(*this, nullptr, &source);
   return node.evaluate(*this);
 }
@@ -151,6 +146,7 @@ void Machine::end_statement() {
   last_applied_ = nullptr;
   pictures.clear();
   notes.clear();
+  trust.clear();
   place_ = {};
   try {
     if (lost_words_ > held_words_ / 8) return reclaim_all();

@@ -87,13 +87,19 @@ Value Machine::call_plain(const Row& row, const Call& call) {
   }
   if (std::find(boxes.begin(), boxes.end(), nullptr) != boxes.end())
     return out_of_memory(call.span);
-  return call_pack(
-      row.name, [&] { return call_handler(row.entry->handler, &context, boxes); }, boxes, call);
+  const auto entry = [&](std::span<Anyval* const> values) {
+    return call_handler(row.entry->handler, &context, values);
+  };
+  const Value result = call_pack(
+      row.name, [&] { return entry(boxes); }, boxes, call);
+  audit_call(audit::find_check(row), result, boxes, entry, call.span);
+  return result;
 }
 
 Value Machine::call_pack(const std::string& name, const std::function<Anyval*()>& entry,
                          std::span<Anyval* const> boxes, const Call& call) {
   const Span outer = std::exchange(pack_call_, call.span);
+  ++pack_calls_;
   efi::PackWatch watch(store, evaluator, boxes, care);
   Anyval* result = nullptr;
   bool threw = false, left = false;
@@ -104,6 +110,7 @@ Value Machine::call_pack(const std::string& name, const std::function<Anyval*()>
   }
   const std::string verdict = watch.verdict(result);
   pack_call_ = outer;
+  --pack_calls_;
   last_applied_ = nullptr;
   if (left) return stopped(call.span);
   if (threw) return fail(call.span, name + ": the pack let an exception escape");
@@ -116,6 +123,33 @@ Value Machine::call_pack(const std::string& name, const std::function<Anyval*()>
   const auto arg = static_cast<std::size_t>(error->arg);
   return fail_with(arg >= 1 && arg <= call.places.size() ? call.places[arg - 1] : call.span,
                    result);
+}
+
+void Machine::audit_call(const audit::Check* check, const Value& result,
+                         std::span<Anyval* const> boxes,
+                         const std::function<Anyval*(std::span<Anyval* const>)>& entry, Span span) {
+  if (check == nullptr || !trust.is_on() || pack_calls_ > 0 || interrupted || is_error(result) ||
+      is_none(result))
+    return;
+  const auto again = [&](std::span<Anyval* const> values) -> Anyval* {
+    efi::PackWatch watch(store, evaluator, values, efi::Care::records);
+    Anyval* second = nullptr;
+    bool came_back = false;
+    try {
+      came_back = run_to_leave([&] { return entry(values); }, &second);
+    } catch (...) {
+    }
+    return watch.verdict(second).empty() && came_back ? second : nullptr;
+  };
+  const Variable* const tolerance = find_variable("TOL");
+  const bool chosen = tolerance != nullptr && tolerance->value.re != kDefaultTolerance;
+  const std::size_t since = store.size();
+  if (Anyval* const value = boxed(result)) {
+    const auto finding =
+        audit::run(*check, {boxes, value, store, again, trust.is_full(), chosen, &interrupted});
+    if (finding) trust.add(*finding, source_, span);
+  }
+  store.collect({}, since);
 }
 
 // --- What packs ask back ---

@@ -9,6 +9,7 @@
 #include "host/worksheet/data/write_data.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/matrices.hpp"
+#include "host/worksheet/functions/digits.hpp"
 #include "host/worksheet/functions/elementary.hpp"
 #include "host/worksheet/functions/part_arrays.hpp"
 #include "host/worksheet/plot/plot.hpp"
@@ -32,6 +33,7 @@ constexpr Builtin kBuiltins[] = {
     {"re", 1, UnitUse::keep, real_part},
     {"im", 1, UnitUse::keep, imaginary_part},
     {"conj", 1, UnitUse::keep, conjugate},
+    {"digits", 1, UnitUse::own, digits_held},
     {"real_only", 1, UnitUse::keep, real_only},
     {"with_imag", 1, UnitUse::keep, with_imag},
     {"lean", 1, UnitUse::keep, lean},

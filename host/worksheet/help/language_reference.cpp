@@ -27,6 +27,11 @@ element, for real numbers.
 
 a when the number c is not 0, else b; only one of them is evaluated.
 
+### digits(x)
+
+How many decimal digits of the results of the pack's functions in the expression x hold: the least of them, 0
+to 15. docs/trust.md says how that is found.
+
 ### pi
 
 The ratio of a circle's circumference to its diameter.
