@@ -57,11 +57,13 @@ double trace(const Pair& p) {
 // A X A = A, X A X = X, and A X and X A symmetric. What they miss tells the parts of the error of
 // X.
 Verdict check_geninv(const Request& r) {
-  constexpr int kProbes = 2;
-  constexpr double kMissing = 1e-6;
+  constexpr int kProbes = 3;
+  constexpr double kSafety = 2.0;
   Matrix A = parts_of(matrix_at(r, 0)).re, X = parts_of(result_matrix(r)).re;
   if (largest(A) == 0.0) return {.error = largest(X) == 0.0 ? 0.0 : 1.0};
   const int n = A.cols;
+  // More than this of A that X does not see is no rounding.
+  const double negligible = 50.0 * A.rows * kEpsilon;
   const int of_A = normalize(A);
   if (largest(X) == 0.0) {
     Verdict none = alarm("all singular values are below TOL: the result is zero");
@@ -87,12 +89,12 @@ Verdict check_geninv(const Request& r) {
     const double of_right = largest(difference(p.XA(Xv), p.XAt(Xv)));
     error = std::max({error, of_product, of_left, of_right});
   }
-  error /= frobenius(X);
+  error *= kSafety / frobenius(X);
   const double whole = std::round(kept);
-  if (missing > kMissing && std::fabs(kept - whole) < 0.1 && whole < n) {
+  if (missing > negligible && std::fabs(kept - whole) < 0.1 && whole < n) {
     Verdict left =
         alarm(fmt::format("{} of {} singular values are above TOL, and those left out are "
-                          "not small beside them",
+                          "more than rounding",
                           whole, n));
     left.is_meant = r.tolerance_is_chosen;
     return left;

@@ -19,8 +19,8 @@ TEST_F(Audit, TextTellsWarningsWithTheirCallAndNotesInALine) {
             "                ^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^\n");
   EXPECT_EQ(sheet.shown("TOL = 0.5\ngeninv([1, 0; 0, 0.1])"),
             "2 x 2 matrix\n  1  0\n  0  0\n"
-            "note: geninv: 1 of 2 singular values are above TOL, and those left out are not small "
-            "beside them\n");
+            "note: geninv: 1 of 2 singular values are above TOL, and those left out are more than "
+            "rounding\n");
 }
 
 TEST_F(Audit, JsonHasAnEntryForEachCallThatWasChecked) {

@@ -31,7 +31,9 @@ LargestValue largest_singular_value(const Map& map, const Map& transpose, int n,
                                     efi::StopFlag stop) {
   constexpr int kMostSteps = 40;
   Basis left, right;
-  extend(right, random_signs(random, static_cast<std::size_t>(n)));
+  Vector start(static_cast<std::size_t>(n));
+  for (double& x : start) x = random.unit();
+  extend(right, start);
   Vector alpha, beta;
   for (int k = 0; k < std::min(kMostSteps, n); ++k) {
     poll(stop);
