@@ -43,16 +43,17 @@ std::string first_sentence(std::string_view markdown) {
   return plain_text(paragraph.substr(0, paragraph.find(". ")));
 }
 
-bool names(const ReferenceEntry& entry, const std::string& name) {
-  return std::find(entry.names.begin(), entry.names.end(), name) != entry.names.end();
-}
-
 const char* kind_text(ArgumentKind kind) {
   constexpr const char* kTexts[] = {"any", "number", "matrix"};
   return kTexts[static_cast<int>(kind)];
 }
 
 }  // namespace
+
+bool names(const ReferenceEntry& entry, const std::string& name) {
+  if (std::find(entry.names.begin(), entry.names.end(), name) != entry.names.end()) return true;
+  return !name.empty() && entry.heading.starts_with(name + " (");
+}
 
 std::string plain_text(std::string_view text) {
   std::string result;

@@ -27,7 +27,10 @@ std::vector<ReferenceEntry> read_reference(std::string_view markdown);
 // the pack says nothing about have an entry with their kinds of arguments.
 std::vector<ReferenceEntry> pack_reference(const Pack& pack);
 
-// The entry for a name; null if there is none.
+// Whether the entry is about that name, or the operator that it begins with: "A^-1".
+bool names(const ReferenceEntry& entry, const std::string& name);
+
+// The first entry for a name; null if there is none.
 const ReferenceEntry* find_entry(const std::vector<ReferenceEntry>& entries,
                                  const std::string& name);
 

@@ -48,7 +48,7 @@ Machine::~Machine() = default;
 
 Variable* Machine::variable(std::string_view name) {
   auto& slot = variables_[std::string(name)];
-  if (slot == nullptr) slot = std::make_unique<Variable>(Variable{std::string(name), {}, false});
+  if (slot == nullptr) slot = std::make_unique<Variable>(Variable{std::string(name), {}});
   return slot.get();
 }
 
@@ -79,6 +79,7 @@ Value Machine::evaluate(const Node& node, const Source& source) {
   place_ = {};
   pictures.clear();
   notes.clear();
+  trust.clear();
   const Activation activation(*this, nullptr, &source);
   return node.evaluate(*this);
 }
@@ -89,6 +90,12 @@ std::string_view Machine::text_at(Span span) const {
 
 Value Machine::fail(Span span, std::string_view message) {
   return fail_with(span, mkError(&context, std::string(message).c_str(), 0));
+}
+
+Value Machine::fail_because(const Failure& cause, Span span, std::string_view message) {
+  const Value error = fail(span, message);
+  place_.cause = cause;
+  return error;
 }
 
 Value Machine::wrong_count(Span span, std::string_view function, std::size_t wanted,
@@ -104,7 +111,7 @@ Value Machine::stopped(Span span) {
 }
 
 Value Machine::fail_with(Span span, Anyval* error) {
-  if (place_.error != error) place_ = {static_cast<const aError*>(error), source_, span};
+  if (place_.error != error) place_ = {static_cast<const aError*>(error), source_, span, {}};
   return object_value(error);
 }
 
@@ -140,12 +147,14 @@ void Machine::assign(Variable& variable, const Value& value) {
   held_words_ += words_of(value);
   variable.value = value;
   variable.defined = true;
+  variable.failure = {};
 }
 
 void Machine::end_statement() {
   last_applied_ = nullptr;
   pictures.clear();
   notes.clear();
+  trust.clear();
   place_ = {};
   try {
     if (lost_words_ > held_words_ / 8) return reclaim_all();

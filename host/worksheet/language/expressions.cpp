@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/engine/stack.hpp"
+#include "host/worksheet/functions/digits.hpp"
+#include "host/worksheet/functions/unknown_names.hpp"
 
 namespace worksheet {
 
@@ -20,7 +23,7 @@ Value TextNode::evaluate(Machine& machine) const {
 Value VariableNode::evaluate(Machine& machine) const {
   if (variable->defined) return variable->value;
   if (constant != nullptr) return number_value(*constant);
-  return machine.fail(span, fmt::format("unknown name: {}", variable->name));
+  return no_value_error(machine, span, variable->name, variable);
 }
 
 namespace {
@@ -246,6 +249,8 @@ Value MatrixNode::nested(Machine& machine, const std::vector<Value>& values) con
 Value CallNode::evaluate(Machine& machine) const {
   if (stack_is_low()) return machine.fail(span, kStackLimit.message);
   const std::size_t since = machine.store.size();
+  std::optional<TrustNotes::Question> question;
+  if (asks_for_digits()) question.emplace(machine.trust);
   std::array<Value, kMostArguments> values;
   for (std::size_t k = 0; k < arguments.size(); ++k) {
     values[k] = arguments[k]->evaluate(machine);
@@ -257,6 +262,11 @@ Value CallNode::evaluate(Machine& machine) const {
   return result;
 }
 
+bool CallNode::asks_for_digits() const {
+  return builtin != nullptr && builtin->evaluate == digits_held &&
+         !(variable != nullptr && variable->defined);
+}
+
 Value CallNode::value_of(Machine& machine, const Call& call) const {
   const bool known = variable == nullptr || variable->defined;
   const Value& held = variable == nullptr ? machine.parameter(parameter) : variable->value;
@@ -264,8 +274,9 @@ Value CallNode::value_of(Machine& machine, const Call& call) const {
     return machine.call(function_of(held), call.arguments, span);
   if (builtin != nullptr) return call_builtin(machine, *builtin, call);
   if (row != nullptr) return machine.call(*row, call);
-  return machine.fail(span, known ? fmt::format("{} is {}, not a function", name, kind_name(held))
-                                  : fmt::format("unknown name: {}", name));
+  if (!known)
+    return no_function_error(machine, {span.begin, span.begin + name.size()}, name, variable);
+  return machine.fail(span, fmt::format("{} is {}, not a function", name, kind_name(held)));
 }
 
 Value IfNode::evaluate(Machine& machine) const {

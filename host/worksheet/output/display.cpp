@@ -31,6 +31,7 @@ class Printer {
   // "name = value", the value on lines of its own if it is a matrix.
   void print(const std::string& name, const Value& value);
   void print_error();
+  void print_trust(const Trust& trust);
 
  private:
   std::string inline_text(const Value& value) const;
@@ -137,12 +138,25 @@ void Printer::print_error() {
     return;
   }
   const auto* const error = static_cast<const aError*>(outcome_.value.object);
-  out_ << fmt::format("{} {}\n", red("error:"), error->message->text);
+  out_ << red("error:");
+  // Short, so that the error that came first stays in sight.
+  if (outcome_.failed_line() != 0) out_ << fmt::format(" line {}:", outcome_.line);
+  out_ << fmt::format(" {}\n", error->message->text);
+  if (outcome_.failed_line() != 0) return;
   const Place& place = outcome_.place;
   const bool known = outcome_.is_place_known();
   // An error inside a function: the statement that came there is shown, too.
   if (!known || place.source != outcome_.source) print_marked_line(*outcome_.source, {0, 0});
   if (known) print_marked_line(*place.source, place.span);
+}
+
+// A warning with its call; a note alone.
+void Printer::print_trust(const Trust& trust) {
+  const audit::Finding& finding = trust.finding;
+  if (finding.level == audit::Level::ok) return;
+  const bool warns = finding.level == audit::Level::warning;
+  out_ << fmt::format("{} {}: {}\n", warns ? red("!") : "note:", finding.function, finding.text);
+  if (warns && trust.source != nullptr) print_marked_line(*trust.source, trust.span);
 }
 
 }  // namespace
@@ -175,6 +189,7 @@ void show_outcome(std::ostream& out, const Outcome& outcome, const DisplayOption
   }
   Printer printer(out, outcome, options);
   print_value(printer, outcome, options);
+  for (const Trust& trust : outcome.trust) printer.print_trust(trust);
   for (const std::string& note : outcome.notes) out << fmt::format("note: {}\n", note);
 }
 

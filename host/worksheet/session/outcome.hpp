@@ -8,6 +8,7 @@
 #include "host/efiutils/store.hpp"
 #include "host/worksheet/engine/drawn.hpp"
 #include "host/worksheet/engine/source.hpp"
+#include "host/worksheet/engine/trust.hpp"
 #include "host/worksheet/engine/value.hpp"
 #include "host/worksheet/help/help.hpp"
 
@@ -24,6 +25,7 @@ struct Outcome {
   Place place;                     // Of an error value; without a source where that is not known.
   std::vector<Drawn> pictures;     // In the order in which they were drawn.
   std::vector<std::string> notes;  // That its author should know, in text of one line.
+  std::vector<Trust> trust;        // How far the results of its calls can be trusted.
   std::optional<HelpPage> help;    // Of a statement that asks for help.
   std::string syntax_message;      // Empty unless the text is no statement...
   std::size_t column = 0;          // ... and then the place,
@@ -32,6 +34,8 @@ struct Outcome {
 
   bool is_syntax_error() const { return !syntax_message.empty(); }
   bool failed() const { return is_syntax_error() || is_error(value); }
+  // The line of the statement because of whose failure this one failed; 0 if it failed by itself.
+  int failed_line() const { return is_place_known() ? place.cause.line : 0; }
   bool is_place_known() const { return place.error == value.object && place.source != nullptr; }
 };
 
