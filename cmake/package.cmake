@@ -6,7 +6,7 @@ set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/matrix-pack)
 install(TARGETS worksheet RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES docs/man/worksheet.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES README.md CHANGELOG.md DESTINATION ${doc_dir})
-file(GLOB documents CONFIGURE_DEPENDS docs/*.md)
+file(GLOB documents CONFIGURE_DEPENDS docs/*.md docs/*.png)
 install(FILES ${documents} DESTINATION ${doc_dir}/docs)
 install(DIRECTORY examples/ DESTINATION ${doc_dir}/examples)
 

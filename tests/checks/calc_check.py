@@ -12,11 +12,9 @@ import subprocess
 import sys
 import time
 
-import uno
-from com.sun.star.beans import PropertyValue
+from office import Office, PROFILE, property_of
 
 HERE = os.getcwd()
-PROFILE = f"-env:UserInstallation=file://{HERE}/profile"
 CATALOGUE = f"{HERE}/packs.json"
 os.environ["WORKSHEET_CATALOGUE"] = CATALOGUE
 FUNCTIONS = ["lu", "cholesky", "qr", "rref", "rank", "svds", "svd", "norm1", "norm2", "cond2", "eigenvals", "eigenvecs"]
@@ -28,53 +26,18 @@ def expect(good, what):
         wrong.append(what)
 
 
-class Office:
-    """A LibreOffice, for as long as the block lasts."""
+def limit(office, seconds):
+    node = property_of("nodepath", "/matrixpack.Calc/Worker")
+    provider = office.service("com.sun.star.configuration.ConfigurationProvider")
+    options = provider.createInstanceWithArguments("com.sun.star.configuration.ConfigurationUpdateAccess", (node,))
+    options.TimeLimit = float(seconds)
+    options.commitChanges()
 
-    def __enter__(self):
-        self.process = subprocess.Popen(
-            ["soffice", PROFILE, "--headless", "--norestore", "--nologo", f"--accept=pipe,name=calc_check_{os.getpid()};urp;"],
-            start_new_session=True, stderr=subprocess.DEVNULL)
-        context = uno.getComponentContext()
-        resolver = context.ServiceManager.createInstanceWithContext("com.sun.star.bridge.UnoUrlResolver", context)
-        for _ in range(150):
-            try:
-                self.context = resolver.resolve(f"uno:pipe,name=calc_check_{os.getpid()};urp;StarOffice.ComponentContext")
-                break
-            except Exception:  # Not there yet.
-                time.sleep(0.2)
-        self.desktop = self.service("com.sun.star.frame.Desktop")
-        return self
 
-    def __exit__(self, *_):
-        try:
-            self.desktop.terminate()
-            self.process.wait(10)
-        except Exception:  # It does not want to.
-            pass
-        try:
-            os.killpg(self.process.pid, signal.SIGKILL)
-        except ProcessLookupError:
-            pass
-
-    def service(self, name, *arguments):
-        manager = self.context.ServiceManager
-        return manager.createInstanceWithArgumentsAndContext(name, arguments, self.context)
-
-    def open(self, url="private:factory/scalc"):
-        return self.desktop.loadComponentFromURL(url, "_blank", 0, (PropertyValue("Hidden", 0, True, 0),))
-
-    def limit(self, seconds):
-        node = PropertyValue("nodepath", 0, "/matrixpack.Calc/Worker", 0)
-        provider = self.service("com.sun.star.configuration.ConfigurationProvider")
-        options = provider.createInstanceWithArguments("com.sun.star.configuration.ConfigurationUpdateAccess", (node,))
-        options.TimeLimit = float(seconds)
-        options.commitChanges()
-
-    def worker(self):
-        """The process of the worker: the only child of the office that runs the program."""
-        found = subprocess.run(["pgrep", "--session", str(self.process.pid), "pack_worker"], capture_output=True, text=True)
-        return int(found.stdout.split()[-1])
+def worker(office):
+    """The process of the worker: the only child of the office that runs the program."""
+    found = subprocess.run(["pgrep", "--session", str(office.process.pid), "pack_worker"], capture_output=True, text=True)
+    return int(found.stdout.split()[-1])
 
 
 def block(sheet, row, col, rows, cols):
@@ -135,7 +98,7 @@ def compare_answers(office):
         places.append((message.AbsoluteName, answer, "message"))
     url = f"file://{HERE}/answers.ods"
     compare_places(sheet, places, "new")
-    document.storeToURL(url, (PropertyValue("FilterName", 0, "calc8", 0),))
+    document.storeToURL(url, (property_of("FilterName", "calc8"),))
     document.close(True)
     document = office.open(url)
     document.calculateAll()
@@ -201,6 +164,16 @@ def try_conventions(office):
     document.close(True)
 
 
+def try_example(office):
+    document = office.open(f"file://{HERE}/vibration.ods")
+    document.calculateAll()
+    sheet = document.Sheets.getByIndex(0)
+    found, wanted = (sorted(x for x, in sheet.getCellRangeByName(place).getDataArray()) for place in ("C15:C19", "E15:E19"))
+    expect(all(math.isclose(x, y, rel_tol=1e-12) for x, y in zip(found, wanted)), f"the example: {found}, not {wanted}")
+    expect(sheet.getCellRangeByName("E34").getCellByPosition(0, 0).getString().startswith("yes"), "the example's chain is not stable")
+    document.close(True)
+
+
 def try_trouble(office):
     """Packs and workers that fail; each time the next call is answered again."""
     document = office.open()
@@ -217,21 +190,21 @@ def try_trouble(office):
         sum_of = value_of(sheet, "=MATRIX.NORM1({1;2|3;4})")
         expect(sum_of == ((6.0,),), f"after {call}: {sum_of}")
 
-    office.limit(1)
+    limit(office, 1)
     expect_message('"tinynone.twice";2', "", 1)
     expect_message('"tinycrashes.twice";2', "the pack ended its process", 1)
     expect_message('"tinyspins.twice";2', "stopped after 1 s", 3)
     expect_message('"tinyspins.twice";2', "stopped after 1 s", 0.5)  # Known to be slow.
-    os.kill(office.worker(), signal.SIGSTOP)
+    os.kill(worker(office), signal.SIGSTOP)
     expect_message('"norm1";2', "stopped after 1 s", 3)
-    before = office.worker()
+    before = worker(office)
     os.kill(before, signal.SIGKILL)
     expect(value_of(sheet, "=MATRIX.NORM1({1;2|3;4})") == "#VALUE!", "a killed worker answers")
     begin = time.monotonic()
     expect(value_of(sheet, "=MATRIX.NORM1({1;2|3;4})") == ((6.0,),), "no answer after the worker was killed")
     print(f"restart and answer: {1000 * (time.monotonic() - begin):.0f} ms")
-    expect(office.worker() != before, "there is no new worker")
-    office.limit(30)
+    expect(worker(office) != before, "there is no new worker")
+    limit(office, 30)
     document.close(True)
 
 
@@ -277,10 +250,11 @@ def main():
         json.dump({"format": 1, "packs": entries}, file)
     subprocess.run(["unopkg", "add", "-f", PROFILE, f"{HERE}/pack.oxt"], check=True, timeout=60, stderr=subprocess.DEVNULL)
     with Office() as office:
-        for part in (try_conventions, compare_answers, try_trouble, take_times):
+        for part in (try_conventions, compare_answers, try_example, try_trouble, take_times):
             part(office)
     try_without_worker()
-    print(*wrong[:20], sep="\n")
+    for what in wrong[:20]:
+        print(what)
     return 1 if wrong else 0
 
 

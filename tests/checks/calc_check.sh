@@ -13,7 +13,7 @@ cp "$root"/build/package/*.oxt "$work/pack.oxt"
 cp "$root"/build/release/tests/packs/broken_packs/tiny_{crashes,spins,none}.so "$work"
 cp -L "$root"/build/release/{worksheet,host/efiutils/libEfiUtils.so.0,libmatrix.so.0} "$work"
 cp "$root/docs/functions.md" "$work/libmatrix.md"
-cp -r "$root"/build/release/share "$root"/tests/checks/calc_check.py "$work"
+cp -r "$root"/build/release/share "$root"/tests/checks/calc_check.py "$root"/calc/office.py "$root"/examples/vibration.ods "$work"
 as_user=()
 if ((EUID == 0)); then
   chown -R nobody "$work"
