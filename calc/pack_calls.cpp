@@ -32,25 +32,34 @@ Message failure(const std::string& words, int argument = 0) {
 
 // --- Arguments ---
 
+struct Release {
+  void operator()(double* part) const { ::operator delete(part); }
+};
+using Part = std::unique_ptr<double[], Release>;
+
 // Takes the next part array of a request off its numbers.
-double* take_part(std::span<const double>& numbers, std::size_t count) {
+Part take_part(std::span<const double>& numbers, std::size_t count) {
   if (count > numbers.size()) throw std::invalid_argument("a request with too few numbers");
-  auto* const part = static_cast<double*>(::operator new(count * sizeof(double)));
-  std::copy_n(numbers.begin(), count, part);
+  Part part(static_cast<double*>(::operator new(count * sizeof(double))));
+  std::copy_n(numbers.begin(), count, part.get());
   numbers = numbers.subspan(count);
   return part;
 }
 
 Anyval* matrix_argument(efi::Store& store, const json& shape, std::span<const double>& numbers) {
-  const auto rows = shape.at("rows").get<std::uint32_t>(),
-             cols = shape.at("cols").get<std::uint32_t>();
+  const auto rows = shape.at("rows").get<std::uint32_t>();
+  const auto cols = shape.at("cols").get<std::uint32_t>();
   if (rows < 1 || cols < 1 || rows > kMostNumbers / cols)
     throw std::invalid_argument("a request with a wrong shape");
   const std::size_t count = std::size_t{rows} * cols;
-  double* const re = take_part(numbers, count);
-  double* const im = shape.at("complex").get<bool>() ? take_part(numbers, count) : nullptr;
-  return store.new_matrix(static_cast<int>(rows), static_cast<int>(cols), re, im,
-                          static_cast<unsigned>(count * sizeof(double)));
+  Part re = take_part(numbers, count);
+  Part im = shape.at("complex").get<bool>() ? take_part(numbers, count) : nullptr;
+  aMatrix* const matrix = store.new_matrix(static_cast<int>(rows), static_cast<int>(cols), re.get(),
+                                           im.get(), static_cast<unsigned>(count * sizeof(double)));
+  if (matrix == nullptr) throw std::bad_alloc();
+  static_cast<void>(re.release());
+  static_cast<void>(im.release());
+  return matrix;
 }
 
 // The argument at fault as the scalar that it can also be; null if it cannot. A cell is an array of

@@ -57,6 +57,8 @@ def cells_of(matrix, form):
     count = matrix.rows * matrix.cols
     if count == 0:
         raise CellError(f"the result is empty: {matrix.rows} x {matrix.cols}")
+    if not all(map(math.isfinite, matrix.numbers)):
+        raise CellError("the result is not finite: a cell holds neither infinity nor NaN")
     real, imaginary = matrix.numbers[:count], matrix.numbers[count:] or array("d", bytes(8 * count))
     is_complex = sum(1 for y in imaginary if y != 0)
     if form is None and is_complex:
