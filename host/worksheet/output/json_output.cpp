@@ -31,6 +31,7 @@ class ValueWriter {
   void error(const aError* e, std::size_t depth);
   void strings(const std::vector<std::string>& texts);
   void pictures(const std::vector<Drawn>& pictures);
+  void variables(const std::vector<const Variable*>& variables);
 
   // Writes `before`, which is JSON, and the text as a string.
   void named(std::string_view before, std::string_view text) {
@@ -133,6 +134,19 @@ void ValueWriter::pictures(const std::vector<Drawn>& pictures) {
   json_.raw("]");
 }
 
+// The variables without their elements.
+void ValueWriter::variables(const std::vector<const Variable*>& variables) {
+  elided_ = true;
+  json_.raw(R"(,"variables":[)");
+  for (const Variable* variable : variables) {
+    named(variable == variables.front() ? R"({"name":)" : R"(,{"name":)", variable->name);
+    json_.raw(R"(,"value":)");
+    value(variable->value, 0);
+    json_.raw("}");
+  }
+  json_.raw("]");
+}
+
 void ValueWriter::outcome(const Outcome& outcome, bool all) {
   // What takes memory comes first: no line stops in its middle.
   const std::string help =
@@ -140,6 +154,7 @@ void ValueWriter::outcome(const Outcome& outcome, bool all) {
   elided_ = !all && !fits(store_, outcome.value, kPrintedLimit.most);
   json_.raw(R"({"line":)");
   json_.integer(outcome.line);
+  if (!outcome.source->origin.empty()) named(R"(,"file":)", outcome.source->origin);
   named(R"(,"source":)", outcome.source->text);
   if (outcome.names.size() == 1) named(R"(,"name":)", outcome.names[0]);
   if (outcome.names.size() > 1) {
@@ -159,6 +174,7 @@ void ValueWriter::outcome(const Outcome& outcome, bool all) {
     value(outcome.value, 0);
   }
   if (!outcome.pictures.empty()) pictures(outcome.pictures);
+  if (outcome.variables) variables(*outcome.variables);
   if (!outcome.notes.empty()) {
     json_.raw(R"(,"notes":)");
     strings(outcome.notes);

@@ -20,6 +20,8 @@ struct Options {
   std::string register_path, unregister_path;
   double timeout = 0.0;          // Seconds for a statement; 0: any number.
   std::uint64_t max_memory = 0;  // Bytes for the program; 0: any number.
+  bool prompt = false;           // Wanted behind the worksheet.
+  bool watch = false;
   bool json = false;
   bool all = false;
   bool list_functions = false;
