@@ -111,7 +111,7 @@ Completion complete(const Machine& machine, std::string_view text) {
   if (cursor.in == Cursor::In::text) take_files(found, word, machine.files);
   if (cursor.in == Cursor::In::names) take_names(found, word, machine);
   // What help knows beside functions: operators, units...
-  if (help_topic(text, machine))
+  if (help_topic(text))
     for (const ReferenceEntry& entry : whole_reference(machine))
       for (const std::string& name : entry.names) take(found, word, name);
   return {cursor.begin, {found.begin(), found.end()}};

@@ -13,6 +13,7 @@
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/readable.hpp"
 #include "host/worksheet/language/compile.hpp"
+#include "host/worksheet/language/parse.hpp"
 #include "host/worksheet/language/statement_reader.hpp"
 #include "host/worksheet/session/commands.hpp"
 #include "host/worksheet/session/interruption.hpp"
@@ -160,7 +161,7 @@ void Session::run_into(Outcome& outcome, const Source& source) {
   try {
     const bool readable = source.objection.empty();
     if (readable && run_command(outcome, source)) return;
-    const auto topic = readable ? help_topic(source.text, machine_) : std::nullopt;
+    const auto topic = readable ? help_topic(source.text) : std::nullopt;
     if (!topic) {
       evaluate_into(outcome, source);
       return keep_answer(outcome, source);
@@ -170,6 +171,17 @@ void Session::run_into(Outcome& outcome, const Source& source) {
   } catch (const std::bad_alloc&) {
     outcome.value = machine_.out_of_memory({});
   }
+}
+
+// What a failed statement should have defined has no value: those who use it are told why.
+void Session::remember_failure(const Outcome& outcome) try {
+  const Source& source = *outcome.source;
+  if (!outcome.failed() || !source.objection.empty()) return;
+  const Failure itself = {source.line, fmt::format("line {}", source.line)};
+  const Failure& failure = outcome.failed_line() != 0 ? outcome.place.cause : itself;
+  for (const std::string& name : assigned_names(source)) machine_.variable(name)->failure = failure;
+} catch (const std::bad_alloc&) {
+  // Then it is unknown to them.
 }
 
 Outcome Session::outcome_of(const Source& source) {
@@ -182,6 +194,7 @@ Outcome Session::outcome_of(const Source& source) {
   outcome.store = &machine_.store;
   run_into(outcome, source);
   outcome.place = machine_.place();
+  remember_failure(outcome);
   outcome.pictures = std::move(machine_.pictures);
   machine_.pictures.clear();
   outcome.notes = std::move(machine_.notes);

@@ -44,6 +44,7 @@ class Session {
   void keep_answer(const Outcome& outcome, const Source& source);
   Value begin_include(const std::string& file);
   void run_included();
+  void remember_failure(const Outcome& outcome);
   void evaluate_into(Outcome& outcome, const Source& source);
 
   Machine machine_;
