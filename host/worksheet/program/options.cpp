@@ -31,6 +31,7 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("--functions", options.functions, "List the functions, or describe those named")
       ->type_name("[NAME]")
       ->expected(0, -1);
+  app.add_flag("--words", options.list_words, "List the words of the language, for editors");
   app.add_option("--register", options.register_path, "Enter a pack into the catalogue")
       ->type_name("PATH");
   app.add_option("--unregister", options.unregister_path, "Remove a pack from the catalogue")

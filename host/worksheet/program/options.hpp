@@ -25,6 +25,7 @@ struct Options {
   bool json = false;
   bool all = false;
   bool list_functions = false;
+  bool list_words = false;
   std::vector<std::string> functions;  // To be described; none: all are listed.
   bool list_packs = false;
   int digits = DisplayOptions().digits;

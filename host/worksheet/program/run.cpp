@@ -26,6 +26,7 @@
 #include "host/worksheet/program/terminal.hpp"
 #include "host/worksheet/program/viewer.hpp"
 #include "host/worksheet/program/watch.hpp"
+#include "host/worksheet/program/word_list.hpp"
 #include "host/worksheet/report/report.hpp"
 #include "host/worksheet/session/interruption.hpp"
 #include "host/worksheet/session/load_packs.hpp"
@@ -242,6 +243,10 @@ Status run_once(const Options& options, StandardOutput& output, FileWatch* watch
   check_state_file(options);
   if (!options.load.empty()) load_variables(machine, options.load);
   if (options.list_functions) return show_functions(machine, options, display.width);
+  if (options.list_words) {
+    std::cout << word_list(machine);
+    return kAllWell;
+  }
   let_interrupt(machine);
   output.stop_at(&machine.interrupted);
   if (isatty(STDERR_FILENO)) session.show_progress(STDERR_FILENO);
