@@ -192,9 +192,20 @@ in units such as mA or kN m, unless one was asked for. Prefixes stand before the
 ORIGIN (0 at first) is the index of the first element, TOL (1e-9) a tolerance; both may be assigned.
 `last` and `submatrix` read ORIGIN, `eigenvals`, `genvals`, `genvecs` and `geninv` read TOL.
 
+### who, clear, ans
+
+who lists the variables with their kinds and units, clear forgets them, and clear x y forgets x and y.
+ans is the value of the last expression that was shown.
+
+### include
+
+include "file.ws" runs the statements of another worksheet in this place. Names of files in it lead from
+where it lies. An error in it says its file and line.
+
 ### help
 
-help lists everything there is, and help NAME says what NAME is.
+help lists everything there is, and help NAME or ?NAME says what NAME is. At the prompt quit or exit
+leaves.
 )";
 
 }  // namespace worksheet
