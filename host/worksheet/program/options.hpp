@@ -25,7 +25,8 @@ struct Options {
   bool list_functions = false;
   std::vector<std::string> functions;  // To be described; none: all are listed.
   bool list_packs = false;
-  int digits = DisplayOptions().digits;
+  int digits = 0;                   // Significant digits of numbers; 0: as usual.
+  std::vector<std::string> format;  // The words of a format, or none.
 };
 
 // The exit status of the program.

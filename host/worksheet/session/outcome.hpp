@@ -7,6 +7,7 @@
 
 #include "host/efiutils/store.hpp"
 #include "host/worksheet/engine/drawn.hpp"
+#include "host/worksheet/engine/number_format.hpp"
 #include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/value.hpp"
 #include "host/worksheet/help/help.hpp"
@@ -28,7 +29,8 @@ struct Outcome {
   std::string syntax_message;      // Empty unless the text is no statement...
   std::size_t column = 0;          // ... and then the place,
   std::size_t offset = 0;          // also as an offset in the statement's text.
-  double seconds = 0.0;            // That it took.
+  std::optional<NumberFormat> format;  // In which its numbers are shown.
+  double seconds = 0.0;                // That it took.
 
   bool is_syntax_error() const { return !syntax_message.empty(); }
   bool failed() const { return is_syntax_error() || is_error(value); }

@@ -92,12 +92,29 @@ void Session::evaluate_into(Outcome& outcome, const Source& source) {
   }
 }
 
+// What comes of a statement "format": the format from now on.
+Value Session::change_format(std::string_view words) {
+  if (!words.empty()) {
+    const auto format = parse_format(words);
+    if (!format) return machine_.fail({}, kFormatWanted);
+    format_ = format;
+  }
+  machine_.notes.push_back("format " + format_words(format_.value_or(NumberFormat())));
+  return object_value(&kNoValue);
+}
+
 // The same, or that there is no memory for it.
 void Session::run_into(Outcome& outcome, const Source& source) {
   try {
     const bool readable = source.objection.empty();
     const auto topic = readable ? help_topic(source.text) : std::nullopt;
-    if (!topic) return evaluate_into(outcome, source);
+    const auto format = readable ? format_statement(source.text) : std::nullopt;
+    const bool is_variable = format && machine_.find_variable(source.text) != nullptr;
+    if (format && !is_variable)
+      outcome.value = change_format(*format);
+    else if (!topic)
+      evaluate_into(outcome, source);
+    if (!topic) return;
     outcome.help = help_page(machine_, *topic);
     outcome.value = outcome.help ? object_value(&kNoValue) : machine_.fail({}, kNoHelp);
   } catch (const std::bad_alloc&) {
@@ -125,6 +142,7 @@ Outcome Session::outcome_of(const Source& source) {
   outcome.line = source.line;
   outcome.store = &machine_.store;
   run_into(outcome, source);
+  outcome.format = format_;
   outcome.place = machine_.place();
   remember_failure(outcome);
   outcome.pictures = std::move(machine_.pictures);

@@ -30,17 +30,22 @@ class Session {
   // Runs text line by line: each statement as soon as it is complete. Stops after an interruption.
   void run_text(std::istream& text, int first_line = 1);
 
+  // How numbers are shown, until a statement says otherwise.
+  void set_format(const NumberFormat& format) { format_ = format; }
+
   // Whether some statement gave an error.
   bool failed() const { return failed_; }
 
  private:
   Outcome outcome_of(const Source& source);
   void run_into(Outcome& outcome, const Source& source);
+  Value change_format(std::string_view words);
   void remember_failure(const Outcome& outcome);
   void evaluate_into(Outcome& outcome, const Source& source);
 
   Machine machine_;
   Show show_;
+  std::optional<NumberFormat> format_;
   bool failed_ = false;
   int progress_ = -1;
 };
