@@ -4,17 +4,12 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/fault_translation.hpp"
+#include "host/packs/watched_call.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/stack.hpp"
 
 namespace worksheet {
-
-namespace {
-
-constexpr double kDefaultTolerance = 1e-9;
-
-}  // namespace
 
 std::string signature_text(const Function& function) {
   return fmt::format("{}({})", function.name, joined(function.parameters, ", "));
