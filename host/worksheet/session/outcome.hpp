@@ -7,6 +7,7 @@
 
 #include "host/efiutils/store.hpp"
 #include "host/worksheet/engine/drawn.hpp"
+#include "host/worksheet/engine/number_format.hpp"
 #include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/trust.hpp"
 #include "host/worksheet/engine/value.hpp"
@@ -30,10 +31,11 @@ struct Outcome {
   std::optional<HelpPage> help;    // Of a statement that asks for help.
   // The variables there are, by name, of a statement that asks for them.
   std::optional<std::vector<const Variable*>> variables;
-  std::string syntax_message;  // Empty unless the text is no statement...
-  std::size_t column = 0;      // ... and then the place,
-  std::size_t offset = 0;      // also as an offset in the statement's text.
-  double seconds = 0.0;        // That it took.
+  std::string syntax_message;          // Empty unless the text is no statement...
+  std::size_t column = 0;              // ... and then the place,
+  std::size_t offset = 0;              // also as an offset in the statement's text.
+  std::optional<NumberFormat> format;  // In which its numbers are shown.
+  double seconds = 0.0;                // That it took.
 
   // Of a statement that has done something and has nothing to show.
   bool is_done = false;
