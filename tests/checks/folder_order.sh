@@ -7,8 +7,9 @@ worksheet="host/efiutils host/text host/packs host/arguments host/audit/numeric 
   host/worksheet/session host/worksheet/output host/worksheet/state host/worksheet/report host/worksheet/program"
 packcheck="host/efiutils host/text host/packs host/arguments host/packcheck/watch host/packcheck
   host/packcheck/arguments host/packcheck/process host/packcheck/checks host/packcheck/program"
+calc="host/efiutils host/text host/packs calc"
 failed=0
-for order in "$worksheet" "$packcheck"; do
+for order in "$worksheet" "$packcheck" "$calc"; do
   known=""
   for folder in $order; do
     known+=" $folder "

@@ -82,6 +82,7 @@ tools/mutants --seeds 1 --count 8 --quick --least 0.75 || failed+=("mutations")
 
 doxygen docs/Doxyfile || failed+=("the reference of the programming interface")
 tests/checks/package_check.sh || failed+=("the Debian package")
+tests/checks/calc_check.sh || failed+=("the extension for LibreOffice Calc")
 tests/checks/browser_check.sh || failed+=("the reports in a browser")
 tests/checks/fresh_machine_check.sh || failed+=("a new machine")
 
