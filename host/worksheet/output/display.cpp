@@ -10,6 +10,7 @@
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/variable.hpp"
 #include "host/worksheet/output/help_text.hpp"
+#include "host/worksheet/output/listing.hpp"
 #include "host/worksheet/output/matrix_text.hpp"
 #include "host/worksheet/output/number_text.hpp"
 
@@ -44,12 +45,12 @@ class Printer {
 
   std::ostream& out_;
   const Outcome& outcome_;
-  const DisplayOptions& options_;
+  DisplayOptions options_;
 };
 
 std::string Printer::inline_text(const Value& value) const {
   if (is_number(value)) {
-    const std::string text = number_text(number(value), options_.digits);
+    const std::string text = number_text(number(value), options_.format);
     if (value.unit == nullptr) return text;
     const bool complex = value.im != 0.0 && value.re != 0.0;
     return fmt::format("{}{}{} {}", complex ? "(" : "", text, complex ? ")" : "",
@@ -57,11 +58,9 @@ std::string Printer::inline_text(const Value& value) const {
   }
   if (is_text(value)) return fmt::format("\"{}\"", text(value));
   if (is_matrix(value))
-    return fmt::format("{} x {} {}{}", matrix(value)->rows, matrix(value)->cols,
-                       contains_ptrs(matrix(value)) ? "nested array" : "matrix",
-                       value.unit == nullptr ? "" : " in " + value.unit->name());
+    return kind_words(value) + (value.unit == nullptr ? "" : " in " + value.unit->name());
   if (is_none(value) && !outcome_.pictures.empty()) return pictures_text();
-  return has_kind(value, kFunctionKind) ? signature_text(function_of(value)) : "no value";
+  return kind_words(value);
 }
 
 std::string Printer::pictures_text() const {
@@ -98,8 +97,13 @@ void Printer::print(const std::string& name, const Value& value) {
       print(fmt::format("part {}", k + 1), object_value(parts[k], value.unit));
     return;
   }
-  if (is_matrix(value)) return print_matrix(start, value);
-  out_ << start << inline_text(value) << '\n';
+  const NumberFormat format = options_.format;
+  const Value shown = with_chosen_prefix(value, &options_.format);
+  if (is_matrix(shown))
+    print_matrix(start, shown);
+  else
+    out_ << start << inline_text(shown) << '\n';
+  options_.format = format;
 }
 
 // The line in which the span begins, and carets under the span; of a line that is too long, what
@@ -125,6 +129,7 @@ void Printer::print_marked_line(const Source& source, Span span) {
     at -= first;
     length = std::min(length, width - at);
   }
+  if (!source.origin.empty()) out_ << source.origin << ":\n";
   out_ << fmt::format("{}{}\n{}{}\n", number, joined(line, ""),
                       std::string(number.size() + at, ' '),
                       red(std::string(std::max<std::size_t>(length, 1), '^')));
@@ -187,8 +192,15 @@ void show_outcome(std::ostream& out, const Outcome& outcome, const DisplayOption
     out << help_text(*outcome.help, options.width);
     return;
   }
-  Printer printer(out, outcome, options);
-  print_value(printer, outcome, options);
+  if (outcome.variables) {
+    out << variables_text(*outcome.variables);
+    return;
+  }
+  if (outcome.is_silent()) return;
+  DisplayOptions chosen = options;
+  chosen.format = outcome.format.value_or(options.format);
+  Printer printer(out, outcome, chosen);
+  print_value(printer, outcome, chosen);
   for (const Trust& trust : outcome.trust) printer.print_trust(trust);
   for (const std::string& note : outcome.notes) out << fmt::format("note: {}\n", note);
 }
