@@ -57,6 +57,11 @@ NaN. With a single matrix they are functions of the pack.
 
 a when the number c is not 0, else b; only one of them is evaluated.
 
+### digits(x)
+
+How many decimal digits of the results of the pack's functions in the expression x hold: the least of them, 0
+to 15. docs/trust.md says how that is found.
+
 ### pi
 
 The ratio of a circle's circumference to its diameter.
@@ -196,6 +201,12 @@ ans is the value of the last expression that was shown.
 
 include "file.ws" runs the statements of another worksheet in this place. Names of files in it lead from
 where it lies. An error in it says its file and line.
+
+### format
+
+format fix 3 shows numbers from now on with 3 digits behind the point, format sci 4 with 4 significant digits and a
+power of ten, format eng 4 with a power of 1000, format auto 6 with up to 6 significant digits, as at first. format
+alone says which it is. In format eng the unit gets the prefix that suits, unless one was asked for with `in`.
 
 ### help
 

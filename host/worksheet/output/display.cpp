@@ -32,6 +32,7 @@ class Printer {
   // "name = value", the value on lines of its own if it is a matrix.
   void print(const std::string& name, const Value& value);
   void print_error();
+  void print_trust(const Trust& trust);
 
  private:
   std::string inline_text(const Value& value) const;
@@ -44,12 +45,12 @@ class Printer {
 
   std::ostream& out_;
   const Outcome& outcome_;
-  const DisplayOptions& options_;
+  DisplayOptions options_;
 };
 
 std::string Printer::inline_text(const Value& value) const {
   if (is_number(value)) {
-    const std::string text = number_text(number(value), options_.digits);
+    const std::string text = number_text(number(value), options_.format);
     if (value.unit == nullptr) return text;
     const bool complex = value.im != 0.0 && value.re != 0.0;
     return fmt::format("{}{}{} {}", complex ? "(" : "", text, complex ? ")" : "",
@@ -96,8 +97,13 @@ void Printer::print(const std::string& name, const Value& value) {
       print(fmt::format("part {}", k + 1), object_value(parts[k], value.unit));
     return;
   }
-  if (is_matrix(value)) return print_matrix(start, value);
-  out_ << start << inline_text(value) << '\n';
+  const NumberFormat format = options_.format;
+  const Value shown = with_chosen_prefix(value, &options_.format);
+  if (is_matrix(shown))
+    print_matrix(start, shown);
+  else
+    out_ << start << inline_text(shown) << '\n';
+  options_.format = format;
 }
 
 // The line in which the span begins, and carets under the span; of a line that is too long, what
@@ -149,6 +155,15 @@ void Printer::print_error() {
   if (known) print_marked_line(*place.source, place.span);
 }
 
+// A warning with its call; a note alone.
+void Printer::print_trust(const Trust& trust) {
+  const audit::Finding& finding = trust.finding;
+  if (finding.level == audit::Level::ok) return;
+  const bool warns = finding.level == audit::Level::warning;
+  out_ << fmt::format("{} {}: {}\n", warns ? red("!") : "note:", finding.function, finding.text);
+  if (warns && trust.source != nullptr) print_marked_line(*trust.source, trust.span);
+}
+
 }  // namespace
 
 namespace {
@@ -182,8 +197,11 @@ void show_outcome(std::ostream& out, const Outcome& outcome, const DisplayOption
     return;
   }
   if (outcome.is_silent()) return;
-  Printer printer(out, outcome, options);
-  print_value(printer, outcome, options);
+  DisplayOptions chosen = options;
+  chosen.format = outcome.format.value_or(options.format);
+  Printer printer(out, outcome, chosen);
+  print_value(printer, outcome, chosen);
+  for (const Trust& trust : outcome.trust) printer.print_trust(trust);
   for (const std::string& note : outcome.notes) out << fmt::format("note: {}\n", note);
 }
 

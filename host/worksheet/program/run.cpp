@@ -16,6 +16,7 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/files.hpp"
+#include "host/text/text.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/output/display.hpp"
 #include "host/worksheet/output/help_text.hpp"
@@ -134,9 +135,18 @@ Status show_functions(const Machine& machine, const Options& options, int width)
   return kAllWell;
 }
 
+// Throws std::runtime_error.
+NumberFormat wanted_format(const Options& options) {
+  if (options.digits != 0) return {NumberFormat::Kind::automatic, options.digits};
+  if (options.format.empty()) return {};
+  const auto format = parse_format(joined(options.format, " "));
+  if (!format) throw std::runtime_error(fmt::format("--format: {}", kFormatWanted));
+  return *format;
+}
+
 DisplayOptions display_options(const Options& options) {
   DisplayOptions display;
-  display.digits = options.digits;
+  display.format = wanted_format(options);
   display.colour = wants_colour();
   display.all = options.all;
   display.width = line_width();
@@ -234,8 +244,10 @@ Status run_once(const Options& options, StandardOutput& output, FileWatch* watch
     });
     if (report != nullptr) report->add(outcome);
   });
+  session.set_format(display.format);
   Machine& machine = session.machine();
   if (report != nullptr) machine.keeps_pictures = Machine::Keep::all;
+  machine.trust.effort = options.audit;
   machine.seconds_allowed = options.timeout;
   if (!options.sandbox.empty()) machine.files.confine(options.sandbox);
   if (options.max_memory != 0) limit_memory(options.max_memory);

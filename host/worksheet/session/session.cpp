@@ -156,11 +156,27 @@ void Session::keep_answer(const Outcome& outcome, const Source& source) {
     machine_.assign(*machine_.variable(kAnswer), outcome.value);
 }
 
+// What comes of a statement "format": the format from now on.
+Value Session::change_format(std::string_view words) {
+  if (!words.empty()) {
+    const auto format = parse_format(words);
+    if (!format) return machine_.fail({}, kFormatWanted);
+    format_ = format;
+  }
+  machine_.notes.push_back("format " + format_words(format_.value_or(NumberFormat())));
+  return object_value(&kNoValue);
+}
+
 // The same, or that there is no memory for it.
 void Session::run_into(Outcome& outcome, const Source& source) {
   try {
     const bool readable = source.objection.empty();
     if (readable && run_command(outcome, source)) return;
+    const auto format = readable ? format_statement(source.text) : std::nullopt;
+    if (format && machine_.find_variable(source.text) == nullptr) {
+      outcome.value = change_format(*format);
+      return;
+    }
     const auto topic = readable ? help_topic(source.text) : std::nullopt;
     if (!topic) {
       evaluate_into(outcome, source);
@@ -193,12 +209,14 @@ Outcome Session::outcome_of(const Source& source) {
   outcome.line = source.line;
   outcome.store = &machine_.store;
   run_into(outcome, source);
+  outcome.format = format_;
   outcome.place = machine_.place();
   remember_failure(outcome);
   outcome.pictures = std::move(machine_.pictures);
   machine_.pictures.clear();
   outcome.notes = std::move(machine_.notes);
   machine_.notes.clear();
+  outcome.trust = machine_.trust.take();
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return outcome;
 }

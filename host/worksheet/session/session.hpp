@@ -33,6 +33,9 @@ class Session {
   // `origin` is that of the sources.
   void run_text(std::istream& text, int first_line = 1, const std::string& origin = {});
 
+  // How numbers are shown, until a statement says otherwise.
+  void set_format(const NumberFormat& format) { format_ = format; }
+
   // Whether some statement gave an error.
   bool failed() const { return failed_; }
 
@@ -44,6 +47,7 @@ class Session {
   void keep_answer(const Outcome& outcome, const Source& source);
   Value begin_include(const std::string& file);
   void run_included();
+  Value change_format(std::string_view words);
   void remember_failure(const Outcome& outcome);
   void evaluate_into(Outcome& outcome, const Source& source);
 
@@ -56,6 +60,7 @@ class Session {
   std::optional<Included> included_;
   std::vector<std::string> including_;  // The files under way, the innermost last,
   std::size_t count_ = 0;               // and the number of all since there was none.
+  std::optional<NumberFormat> format_;
   bool failed_ = false;
   int progress_ = -1;
 };
