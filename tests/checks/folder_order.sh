@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$1"
 worksheet="host/efiutils host/text host/packs host/arguments host/audit/numeric host/audit host/worksheet/engine host/worksheet/data
   host/worksheet/plot host/worksheet/functions host/worksheet/language host/worksheet/help
-  host/worksheet/session host/worksheet/output host/worksheet/state host/worksheet/report host/worksheet/program"
+  host/worksheet/session host/worksheet/output host/worksheet/state host/worksheet/report host/worksheet/program host/kernel"
 packcheck="host/efiutils host/text host/packs host/arguments host/packcheck/watch host/packcheck
   host/packcheck/arguments host/packcheck/process host/packcheck/checks host/packcheck/program"
 calc="host/efiutils host/text host/packs calc"

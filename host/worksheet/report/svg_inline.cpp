@@ -40,8 +40,8 @@ std::string page_colour(const std::string& colour) {
   return {};
 }
 
-// A tag in which identifiers have the prefix and colours are the page's.
-std::string tag_markup(std::string_view tag, const std::string& prefix) {
+// A tag in which identifiers have the prefix and colours are those that are asked for.
+std::string tag_markup(std::string_view tag, const std::string& prefix, InlineColours colours) {
   std::string result;
   while (!tag.empty()) {
     std::size_t length = 1;
@@ -54,10 +54,10 @@ std::string tag_markup(std::string_view tag, const std::string& prefix) {
     for (const std::string_view black : {"\"black\"", "'black'"})
       if (tag.starts_with(black)) {
         length = black.size();
-        replaced = "\"currentColor\"";
+        replaced = colours == InlineColours::own ? "'black'" : "\"currentColor\"";
       }
     if (const std::string colour = hexadecimal(tag, &length); !colour.empty()) {
-      replaced = page_colour(colour);
+      if (colours == InlineColours::of_page) replaced = page_colour(colour);
       if (replaced.empty()) replaced = tag.substr(0, length);
     }
     result += replaced.empty() ? std::string(tag.substr(0, length)) : replaced;
@@ -76,7 +76,8 @@ std::string_view end_of_dropped(std::string_view tag) {
 
 }  // namespace
 
-std::string inline_svg(std::string_view svg, int number, std::string_view label) {
+std::string inline_svg(std::string_view svg, int number, std::string_view label,
+                       InlineColours colours) {
   const std::size_t start = svg.find("<svg");
   const std::size_t last = svg.rfind("</svg>");
   if (start == std::string_view::npos || last == std::string_view::npos) return {};
@@ -86,7 +87,7 @@ std::string inline_svg(std::string_view svg, int number, std::string_view label)
   svg.remove_prefix(4);
   // What follows is the rest of the first tag; then text and tags in turn.
   std::size_t tag = svg.find('>') + 1;
-  result += tag_markup(svg.substr(0, tag), prefix);
+  result += tag_markup(svg.substr(0, tag), prefix, colours);
   svg.remove_prefix(tag);
   while (!svg.empty()) {
     tag = std::min(svg.find('<'), svg.size());
@@ -106,7 +107,7 @@ std::string inline_svg(std::string_view svg, int number, std::string_view label)
         svg.substr(next).starts_with("</g>"))
       svg.remove_prefix(next + 4);
     else
-      result += tag_markup(whole, prefix);
+      result += tag_markup(whole, prefix, colours);
   }
   return result;
 }
