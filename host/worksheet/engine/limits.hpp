@@ -33,6 +33,10 @@ inline constexpr Limit kTargetLimit = {12, "too many names on the left"};
 // packs.
 inline constexpr Limit kStackLimit = {std::size_t{8} << 20, "calls are nested too deeply"};
 
+// Elements of a matrix whose size is a number in the worksheet: zeros, ones, linspace, blocks.
+inline constexpr Limit kBuiltLimit = {std::size_t{1} << 27,
+                                      "the matrix would have more than 134217728 elements"};
+
 // --- What is shown of a statement ---
 
 // Elements that JSON shows of a value, those of nested values included; beyond that none. Nested

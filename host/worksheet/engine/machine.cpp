@@ -4,6 +4,7 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/fault_translation.hpp"
+#include "host/packs/watched_call.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/stack.hpp"
@@ -47,7 +48,7 @@ Machine::~Machine() = default;
 
 Variable* Machine::variable(std::string_view name) {
   auto& slot = variables_[std::string(name)];
-  if (slot == nullptr) slot = std::make_unique<Variable>(Variable{std::string(name), {}, false});
+  if (slot == nullptr) slot = std::make_unique<Variable>(Variable{std::string(name), {}});
   return slot.get();
 }
 
@@ -91,6 +92,12 @@ Value Machine::fail(Span span, std::string_view message) {
   return fail_with(span, mkError(&context, std::string(message).c_str(), 0));
 }
 
+Value Machine::fail_because(const Failure& cause, Span span, std::string_view message) {
+  const Value error = fail(span, message);
+  place_.cause = cause;
+  return error;
+}
+
 Value Machine::wrong_count(Span span, std::string_view function, std::size_t wanted,
                            std::size_t given) {
   return fail(span,
@@ -104,7 +111,7 @@ Value Machine::stopped(Span span) {
 }
 
 Value Machine::fail_with(Span span, Anyval* error) {
-  if (place_.error != error) place_ = {static_cast<const aError*>(error), source_, span};
+  if (place_.error != error) place_ = {static_cast<const aError*>(error), source_, span, {}};
   return object_value(error);
 }
 
@@ -140,6 +147,7 @@ void Machine::assign(Variable& variable, const Value& value) {
   held_words_ += words_of(value);
   variable.value = value;
   variable.defined = true;
+  variable.failure = {};
 }
 
 void Machine::end_statement() {

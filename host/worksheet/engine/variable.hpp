@@ -16,6 +16,9 @@ struct Variable {
   std::string name;
   Value value = {};
   bool defined = false;
+  // The statement that should have defined it, while it is not; or the one because of which that
+  // one failed.
+  Failure failure = {};
 };
 
 // A function; the body of the host's function values.

@@ -1,5 +1,6 @@
 #include "host/worksheet/language/parse.hpp"
 
+#include "fmt/format.h"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/stack.hpp"
 
@@ -27,7 +28,7 @@ bool is_name_character(char c) {
   return is_letter(c) || is_digit(c);
 }
 bool is_keyword(std::string_view name) {
-  return name == "in" || name == "if";
+  return name == "in" || name == "if" || name == "help";
 }
 
 // The operators, from those that bind least on.
@@ -41,6 +42,7 @@ class Parser {
   }
 
   SyntaxTree statement();
+  std::vector<std::string> names_on_the_left();
 
  private:
   // The children of a piece under construction.
@@ -76,6 +78,7 @@ class Parser {
   Index make(Kind kind, std::size_t begin, std::size_t end, Index child = 0);
   void add(List& list, Index piece);
 
+  std::size_t reserved_target_length() const;
   bool left_side(Kind& kind, List& names);
   bool add_name(List& names);
   std::size_t name_length() const;
@@ -140,6 +143,8 @@ void Parser::add(List& list, Index piece) {
 SyntaxTree Parser::statement() {
   advance(0);
   const std::size_t begin = at_;
+  if (const std::size_t length = reserved_target_length())
+    fail(fmt::format("{} is a reserved word", tree_.text.substr(at_, length)).c_str());
   Kind kind = Kind::display;
   List parts;
   if (!left_side(kind, parts)) {
@@ -154,6 +159,15 @@ SyntaxTree Parser::statement() {
   return std::move(tree_);
 }
 
+// The length of a word that is no name but stands where one is assigned; else 0.
+std::size_t Parser::reserved_target_length() const {
+  const std::size_t length = name_length();
+  std::size_t behind = length;
+  while (is_blank(look(behind))) ++behind;
+  const bool assigned = look(behind) == '=' && look(behind + 1) != '=';
+  return assigned && is_keyword(tree_.text.substr(at_, length)) ? length : 0;
+}
+
 // Whether "a, b =" or "f(x, y) =" begins the statement.
 bool Parser::left_side(Kind& kind, List& names) {
   if (!add_name(names)) return false;
@@ -164,6 +178,17 @@ bool Parser::left_side(Kind& kind, List& names) {
     if (!add_name(names)) return false;
   if (definition && !take(')')) return false;
   return look(1) != '=' && take('=');
+}
+
+std::vector<std::string> Parser::names_on_the_left() {
+  advance(0);
+  Kind kind = Kind::display;
+  List parts;
+  std::vector<std::string> names;
+  if (!left_side(kind, parts)) return names;
+  for (Syntax at(tree_, parts.first); at; at = at.next()) names.emplace_back(at.text());
+  if (kind == Kind::definition) names.resize(1);
+  return names;
 }
 
 std::size_t Parser::name_length() const {
@@ -388,6 +413,10 @@ Index Parser::call(std::size_t name_length) {
 
 SyntaxTree parse(const Source& source) {
   return Parser(source.text).statement();
+}
+
+std::vector<std::string> assigned_names(const Source& source) {
+  return Parser(source.text).names_on_the_left();
 }
 
 }  // namespace worksheet

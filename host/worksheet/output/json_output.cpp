@@ -186,6 +186,10 @@ void ValueWriter::outcome(const Outcome& outcome, bool all) {
   } else {
     value(outcome.value, 0);
   }
+  if (outcome.failed_line() != 0) {
+    json_.raw(R"(,"failed_line":)");
+    json_.integer(outcome.failed_line());
+  }
   if (!outcome.pictures.empty()) pictures(outcome.pictures);
   if (!outcome.notes.empty()) {
     json_.raw(R"(,"notes":)");
