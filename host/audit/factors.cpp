@@ -129,6 +129,7 @@ Vector residual_times(const Matrix& A, const Matrix& L, const Vector& y) {
 Verdict check_cholesky(const Request& r) {
   Matrix A = parts_of(matrix_at(r, 0)).re, L = parts_of(result_matrix(r)).re;
   const int n = A.rows;
+  if (!is_cheap(r, n)) return {};
   Exponents by;
   for (int i = 0; i < n; ++i) {
     if (!(A(i, i) > 0.0) || !(L(i, i) > 0.0)) return {.error = 1.0};

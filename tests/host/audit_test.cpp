@@ -68,4 +68,26 @@ TEST(AuditProgram, TheOptionAndTheReport) {
   EXPECT_EQ(run_program({"--audit=much", "-e", "1"}).status, 2);
 }
 
+// Calls with the digits that their results have in truth, worked out with 400 bits by tools/trust.
+TEST_F(Audit, WrongResultsOfTheCorpusAreSeenAndRightOnesSeldomDoubted) {
+  std::ifstream corpus(MATRIX_SOURCE_DIR "/tests/data/trust.tsv");
+  int wrong = 0, seen = 0, right = 0, doubted = 0;
+  double digits = 0.0;
+  for (std::string line; corpus >> digits && std::getline(corpus >> std::ws, line);) {
+    const Json outcome = sheet.run(line).back();
+    ASSERT_TRUE(outcome.contains("trust")) << line;
+    const Json told = outcome["trust"][0]["digits"];
+    const bool warned = told.is_number() && told < 6.0;
+    (digits < 6.0 ? wrong : right) += 1;
+    if (warned) (digits < 6.0 ? seen : doubted) += 1;
+    if (digits < 6.0) {
+      EXPECT_TRUE(warned) << outcome;
+    }
+  }
+  EXPECT_GE(wrong, 60);
+  EXPECT_EQ(seen, wrong);
+  EXPECT_GE(right, 150);
+  EXPECT_LE(doubted, right / 25);
+}
+
 }  // namespace
