@@ -77,11 +77,8 @@ threads || failed+=("threads under the thread sanitizer")
 long_run || failed+=("a million calls")
 tests/checks/memcheck.sh || failed+=("memcheck")
 tests/fuzz/run.sh 30 || failed+=("fuzzing")
-<<<<<<< HEAD
 tests/checks/notebook_check.sh || failed+=("the notebook kernel")
-=======
 tools/trust --worksheet build/release/worksheet || failed+=("the audit of results")
->>>>>>> refs/heads/audit
 tests/checks/coverage.sh || failed+=("coverage")
 tools/mutants --seeds 1 --count 8 --quick --least 0.75 || failed+=("mutations")
 
