@@ -39,6 +39,8 @@ for preset in debug clang m32 arm64; do
   echo "$preset: built and tested in $SECONDS s"
 done
 
+tests/checks/windows_check.sh "$digests" || failed+=("Windows")
+
 # same KIND PRESET...: the builds print the same lines of that kind as the first of them. What differs
 # can be found by digest --calls NAME of both.
 same() {
@@ -59,8 +61,8 @@ lines() {
   esac
 }
 
-same results release flags debug clang m32 arm64
-same fault-words release debug m32
+same results release flags debug clang m32 arm64 win64 win32
+same fault-words release debug m32 win64 win32
 same fault-words flags clang arm64
 
 # Threads of their own contexts: the sanitizer wants its addresses, not random ones.

@@ -79,6 +79,7 @@ Value Machine::evaluate(const Node& node, const Source& source) {
   place_ = {};
   pictures.clear();
   notes.clear();
+  trust.clear();
   const Activation activation(*this, nullptr, &source);
   return node.evaluate(*this);
 }
@@ -153,6 +154,7 @@ void Machine::end_statement() {
   last_applied_ = nullptr;
   pictures.clear();
   notes.clear();
+  trust.clear();
   place_ = {};
   try {
     if (lost_words_ > held_words_ / 8) return reclaim_all();

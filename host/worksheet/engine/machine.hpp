@@ -19,6 +19,7 @@
 #include "host/worksheet/engine/drawn.hpp"
 #include "host/worksheet/engine/sheet_files.hpp"
 #include "host/worksheet/engine/source.hpp"
+#include "host/worksheet/engine/trust.hpp"
 #include "host/worksheet/engine/value.hpp"
 #include "host/worksheet/engine/variable.hpp"
 
@@ -46,6 +47,9 @@ class Machine {
 
   // What its author should know about the statement under evaluation: what `read` left out, say.
   std::vector<std::string> notes;
+
+  // How far the results of the statement's calls can be trusted.
+  TrustNotes trust;
 
   // How closely packs are watched.
   efi::Care care = efi::Care::records;
@@ -114,6 +118,11 @@ class Machine {
   Value call_pack(const std::string& name, const std::function<Anyval*()>& entry,
                   std::span<Anyval* const> boxes, const Call& call);
 
+  // Checks a call that gave `result`; the same function is called again through `entry`. Not inside
+  // of a function that a pack calls back. Values made on the way are reclaimed.
+  void audit_call(const audit::Check* check, const Value& result, std::span<Anyval* const> boxes,
+                  const std::function<Anyval*(std::span<Anyval* const>)>& entry, Span span);
+
   // A value of the host's for `value`; null without memory.
   Anyval* boxed(const Value& value);
 
@@ -141,7 +150,8 @@ class Machine {
   std::vector<std::unique_ptr<Function>> functions_;
   const Value* parameters_ = nullptr;
   const Source* source_ = nullptr;
-  Span pack_call_;  // The call of a pack's function that is under way.
+  Span pack_call_;      // The call of a pack's function that is under way,
+  int pack_calls_ = 0;  // and how many are, one inside of another.
   Place place_;
   std::size_t kept_ = 0;                   // The number of values that the last statement left.
   std::vector<const Variable*> assigned_;  // Since then.

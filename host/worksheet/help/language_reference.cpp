@@ -57,6 +57,11 @@ NaN. With a single matrix they are functions of the pack.
 
 a when the number c is not 0, else b; only one of them is evaluated.
 
+### digits(x)
+
+How many decimal digits of the results of the pack's functions in the expression x hold: the least of them, 0
+to 15. docs/trust.md says how that is found.
+
 ### pi
 
 The ratio of a circle's circumference to its diameter.

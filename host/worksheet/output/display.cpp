@@ -31,6 +31,7 @@ class Printer {
   // "name = value", the value on lines of its own if it is a matrix.
   void print(const std::string& name, const Value& value);
   void print_error();
+  void print_trust(const Trust& trust);
 
  private:
   std::string inline_text(const Value& value) const;
@@ -154,6 +155,15 @@ void Printer::print_error() {
   if (known) print_marked_line(*place.source, place.span);
 }
 
+// A warning with its call; a note alone.
+void Printer::print_trust(const Trust& trust) {
+  const audit::Finding& finding = trust.finding;
+  if (finding.level == audit::Level::ok) return;
+  const bool warns = finding.level == audit::Level::warning;
+  out_ << fmt::format("{} {}: {}\n", warns ? red("!") : "note:", finding.function, finding.text);
+  if (warns && trust.source != nullptr) print_marked_line(*trust.source, trust.span);
+}
+
 }  // namespace
 
 namespace {
@@ -186,6 +196,7 @@ void show_outcome(std::ostream& out, const Outcome& outcome, const DisplayOption
   chosen.format = outcome.format.value_or(options.format);
   Printer printer(out, outcome, chosen);
   print_value(printer, outcome, chosen);
+  for (const Trust& trust : outcome.trust) printer.print_trust(trust);
   for (const std::string& note : outcome.notes) out << fmt::format("note: {}\n", note);
 }
 

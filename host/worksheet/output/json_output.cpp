@@ -1,5 +1,6 @@
 #include "host/worksheet/output/json_output.hpp"
 
+#include <cmath>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -31,6 +32,7 @@ class ValueWriter {
   void error(const aError* e, std::size_t depth);
   void strings(const std::vector<std::string>& texts);
   void pictures(const std::vector<Drawn>& pictures);
+  void trust(const std::vector<Trust>& trust);
 
   // Writes `before`, which is JSON, and the text as a string.
   void named(std::string_view before, std::string_view text) {
@@ -133,6 +135,32 @@ void ValueWriter::pictures(const std::vector<Drawn>& pictures) {
   json_.raw("]");
 }
 
+void ValueWriter::trust(const std::vector<Trust>& trust) {
+  static constexpr const char* kLevels[] = {"ok", "note", "warning"};
+  json_.raw(R"(,"trust":[)");
+  for (const Trust& one : trust) {
+    const audit::Finding& finding = one.finding;
+    named(&one == &trust.front() ? R"({"function":)" : R"(,{"function":)", finding.function);
+    json_.raw(R"(,"digits":)");
+    if (finding.digits)
+      json_.number(std::round(*finding.digits * 10) / 10);
+    else
+      json_.raw("null");
+    named(R"(,"level":)", kLevels[static_cast<std::size_t>(finding.level)]);
+    named(R"(,"text":)", finding.text);
+    const Source::Position at =
+        one.source == nullptr ? Source::Position{0, 0} : one.source->position(one.span.begin);
+    json_.raw(R"(,"line":)");
+    json_.integer(at.line);
+    json_.raw(R"(,"column":)");
+    json_.integer(static_cast<long long>(at.column));
+    json_.raw(R"(,"times":)");
+    json_.integer(static_cast<long long>(one.times));
+    json_.raw("}");
+  }
+  json_.raw("]");
+}
+
 void ValueWriter::outcome(const Outcome& outcome, bool all) {
   // What takes memory comes first: no line stops in its middle.
   const std::string help =
@@ -167,6 +195,7 @@ void ValueWriter::outcome(const Outcome& outcome, bool all) {
     json_.raw(R"(,"notes":)");
     strings(outcome.notes);
   }
+  if (!outcome.trust.empty()) trust(outcome.trust);
   json_.raw("}\n");
   json_.flush();
 }

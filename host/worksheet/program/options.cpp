@@ -1,6 +1,7 @@
 #include "host/worksheet/program/options.hpp"
 
 #include <CLI/CLI.hpp>
+#include <map>
 
 namespace worksheet {
 
@@ -52,6 +53,12 @@ void declare(CLI::App& app, Options& options) {
       ->expected(2)
       ->allow_extra_args(false)
       ->excludes("--digits");
+  static const std::map<std::string, audit::Effort> kEfforts = {
+      {"off", audit::Effort::off}, {"on", audit::Effort::on}, {"full", audit::Effort::full}};
+  app.add_option("--audit", options.audit,
+                 "Say how far results can be trusted: off, on, or full at any cost")
+      ->type_name("EFFORT")
+      ->transform(CLI::CheckedTransformer(kEfforts).description(""));
   app.add_flag("--all", options.all, "Show values whole, however large");
   app.set_version_flag("--version", "worksheet " WORKSHEET_VERSION);
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host/audit/audit.hpp"
 #include "host/worksheet/output/display_options.hpp"
 
 namespace worksheet {
@@ -20,6 +21,7 @@ struct Options {
   std::string register_path, unregister_path;
   double timeout = 0.0;          // Seconds for a statement; 0: any number.
   std::uint64_t max_memory = 0;  // Bytes for the program; 0: any number.
+  audit::Effort audit = audit::Effort::on;
   bool json = false;
   bool all = false;
   bool list_functions = false;

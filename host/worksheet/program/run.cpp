@@ -275,6 +275,7 @@ Status run(const Options& options, StandardOutput& output) {
   session.set_format(display.format);
   Machine& machine = session.machine();
   machine.keeps_pictures = report != nullptr;
+  machine.trust.effort = options.audit;
   machine.seconds_allowed = options.timeout;
   if (!options.sandbox.empty()) machine.files.confine(options.sandbox);
   if (options.max_memory != 0) limit_memory(options.max_memory);

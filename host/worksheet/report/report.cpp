@@ -148,6 +148,22 @@ std::string Report::pictures_markup(const std::vector<Drawn>& pictures) {
   return result;
 }
 
+// What the audit says of the statement's calls, beside it; and the counts of the report's end.
+std::string Report::trust_markup(const Outcome& outcome) {
+  std::string result;
+  for (const Trust& trust : outcome.trust) {
+    const audit::Finding& finding = trust.finding;
+    checked_ += trust.times;
+    if (finding.level == audit::Level::ok) continue;
+    const bool warns = finding.level == audit::Level::warning;
+    remarked_ += 1;
+    result += fmt::format("<aside class=\"trust{}\">{}<code>{}</code>: {}</aside>\n",
+                          warns ? " warning" : "", warns ? "<strong>!</strong> " : "",
+                          escaped(finding.function), escaped(finding.text));
+  }
+  return result;
+}
+
 void Report::add(const Outcome& outcome) {
   const Source& source = *outcome.source;
   const auto first = static_cast<std::size_t>(source.line) - 1;
@@ -170,6 +186,7 @@ void Report::add(const Outcome& outcome) {
     const std::string values = values_markup(outcome, options_);
     if (!values.empty()) body_ += "<div class=\"result\">\n" + values + "</div>\n";
   }
+  body_ += trust_markup(outcome);
   for (const std::string& note : outcome.notes)
     body_ += fmt::format("<p class=\"where\">Note: {}</p>\n", escaped(note));
   body_ += pictures_markup(outcome.pictures) + "</section>\n";
@@ -201,7 +218,12 @@ std::string Report::page(bool interrupted) const {
     notes.emplace_back(
         "<strong class=\"failure\">The evaluation was interrupted: the report ends "
         "there.</strong>");
-  return page_markup(title_.empty() ? name_ : title_, notes, body_);
+  const std::string last =
+      checked_ == 0
+          ? ""
+          : fmt::format("<footer class=\"trust-count\">{} checked, {} with a note.</footer>\n",
+                        counted(static_cast<std::int64_t>(checked_), "result"), remarked_);
+  return page_markup(title_.empty() ? name_ : title_, notes, body_ + last);
 }
 
 }  // namespace worksheet

@@ -9,6 +9,7 @@
 #include "host/worksheet/engine/drawn.hpp"
 #include "host/worksheet/engine/number_format.hpp"
 #include "host/worksheet/engine/source.hpp"
+#include "host/worksheet/engine/trust.hpp"
 #include "host/worksheet/engine/value.hpp"
 #include "host/worksheet/help/help.hpp"
 
@@ -25,6 +26,7 @@ struct Outcome {
   Place place;                     // Of an error value; without a source where that is not known.
   std::vector<Drawn> pictures;     // In the order in which they were drawn.
   std::vector<std::string> notes;  // That its author should know, in text of one line.
+  std::vector<Trust> trust;        // How far the results of its calls can be trusted.
   std::optional<HelpPage> help;    // Of a statement that asks for help.
   std::string syntax_message;      // Empty unless the text is no statement...
   std::size_t column = 0;          // ... and then the place,

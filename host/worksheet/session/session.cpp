@@ -149,6 +149,7 @@ Outcome Session::outcome_of(const Source& source) {
   machine_.pictures.clear();
   outcome.notes = std::move(machine_.notes);
   machine_.notes.clear();
+  outcome.trust = machine_.trust.take();
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return outcome;
 }
