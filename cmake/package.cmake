@@ -9,6 +9,26 @@ file(GLOB documents CONFIGURE_DEPENDS docs/*.md)
 install(FILES ${documents} DESTINATION ${doc_dir}/docs)
 install(DIRECTORY examples/ DESTINATION ${doc_dir}/examples)
 
+# Syntax files of editors and completion of shells, made of the program's own words.
+set(editor_files ${PROJECT_BINARY_DIR}/editors)
+file(GLOB editor_sources CONFIGURE_DEPENDS editors/*)
+add_custom_command(OUTPUT ${editor_files}/worksheet.vim
+  COMMAND ${CMAKE_COMMAND} -E env WORKSHEET_CATALOGUE=none ${CMAKE_COMMAND}
+    -D PROGRAM=$<TARGET_FILE:worksheet> -D PACK=$<TARGET_FILE:matrix>
+    -D SOURCE=${PROJECT_SOURCE_DIR}/editors -D TARGET=${editor_files}
+    -P ${PROJECT_SOURCE_DIR}/cmake/editors.cmake
+  DEPENDS worksheet matrix ${editor_sources} ${PROJECT_SOURCE_DIR}/cmake/editors.cmake)
+add_custom_target(editor_files ALL DEPENDS ${editor_files}/worksheet.vim)
+set(data_dir ${CMAKE_INSTALL_DATAROOTDIR})
+install(FILES ${editor_files}/worksheet.vim DESTINATION ${data_dir}/vim/vimfiles/syntax)
+install(FILES editors/ftdetect.vim DESTINATION ${data_dir}/vim/vimfiles/ftdetect RENAME worksheet.vim)
+install(FILES ${editor_files}/worksheet.xml
+  DESTINATION ${data_dir}/org.kde.syntax-highlighting/syntax)
+install(FILES ${editor_files}/worksheet.tmLanguage.json DESTINATION ${data_dir}/matrix-pack/editors)
+install(FILES ${editor_files}/worksheet.bash
+  DESTINATION ${data_dir}/bash-completion/completions RENAME worksheet)
+install(FILES ${editor_files}/_worksheet DESTINATION ${data_dir}/zsh/vendor-completions)
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME matrix-pack)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})

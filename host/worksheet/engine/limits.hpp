@@ -19,6 +19,9 @@ inline constexpr Limit kStatementLimit = {
     "the statement is longer than 4 MiB: a table that long belongs in a file"};
 // Brackets within brackets.
 inline constexpr Limit kNestingLimit = {100, "brackets are nested too deeply"};
+// Files that are included within each other, and all that one statement includes.
+inline constexpr Limit kIncludeDepthLimit = {16, "files are included too deeply"};
+inline constexpr Limit kIncludeLimit = {1000, "one statement may include 1000 files, no more"};
 // Bytes of a unit.
 inline constexpr Limit kUnitLimit = {1000, "the unit is too long"};
 // Columns of a table in a file.

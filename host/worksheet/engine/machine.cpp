@@ -150,6 +150,11 @@ void Machine::assign(Variable& variable, const Value& value) {
   variable.failure = {};
 }
 
+void Machine::forget(Variable& variable) {
+  assign(variable, {});
+  variable.defined = false;
+}
+
 void Machine::end_statement() {
   last_applied_ = nullptr;
   pictures.clear();

@@ -40,10 +40,11 @@ class Machine {
   // The files that the worksheet reads and writes.
   SheetFiles files;
 
-  // What the statement under evaluation has drawn, with their SVG if pictures are kept for a
-  // report.
+  // What the statement under evaluation has drawn, with the SVG of those that are kept: for a
+  // report all, at the prompt those that go to no file.
   std::vector<Drawn> pictures;
-  bool keeps_pictures = false;
+  enum class Keep { none, without_file, all };
+  Keep keeps_pictures = Keep::none;
 
   // What its author should know about the statement under evaluation: what `read` left out, say.
   std::vector<std::string> notes;
@@ -69,6 +70,8 @@ class Machine {
   }
 
   void assign(Variable& variable, const Value& value);
+  // From now on the variable is not defined.
+  void forget(Variable& variable);
 
   // The row of that name in the packs; null if there is none.
   const Row* find_row(std::string_view name) const;

@@ -198,9 +198,20 @@ format fix 3 shows numbers from now on with 3 digits behind the point, format sc
 power of ten, format eng 4 with a power of 1000, format auto 6 with up to 6 significant digits, as at first. format
 alone says which it is. In format eng the unit gets the prefix that suits, unless one was asked for with `in`.
 
+### who, clear, ans
+
+who lists the variables with their kinds and units, clear forgets them, and clear x y forgets x and y.
+ans is the value of the last expression that was shown.
+
+### include
+
+include "file.ws" runs the statements of another worksheet in this place. Names of files in it lead from
+where it lies. An error in it says its file and line.
+
 ### help
 
-help lists everything there is, and help NAME says what NAME is.
+help lists everything there is, and help NAME or ?NAME says what NAME is. At the prompt quit or exit
+leaves.
 )";
 
 }  // namespace worksheet

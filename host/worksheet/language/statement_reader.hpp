@@ -25,6 +25,9 @@ class StatementReader {
   // Ends the text: gives what an unclosed bracket has held back.
   std::vector<Source> finish();
 
+  // The line that the next one given is.
+  int next_line() const { return next_line_; }
+
   // Whether an open bracket waits for further lines.
   bool pending() const { return !lines_.empty(); }
 

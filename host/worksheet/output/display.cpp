@@ -10,6 +10,7 @@
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/variable.hpp"
 #include "host/worksheet/output/help_text.hpp"
+#include "host/worksheet/output/listing.hpp"
 #include "host/worksheet/output/matrix_text.hpp"
 #include "host/worksheet/output/number_text.hpp"
 
@@ -57,11 +58,9 @@ std::string Printer::inline_text(const Value& value) const {
   }
   if (is_text(value)) return fmt::format("\"{}\"", text(value));
   if (is_matrix(value))
-    return fmt::format("{} x {} {}{}", matrix(value)->rows, matrix(value)->cols,
-                       contains_ptrs(matrix(value)) ? "nested array" : "matrix",
-                       value.unit == nullptr ? "" : " in " + value.unit->name());
+    return kind_words(value) + (value.unit == nullptr ? "" : " in " + value.unit->name());
   if (is_none(value) && !outcome_.pictures.empty()) return pictures_text();
-  return has_kind(value, kFunctionKind) ? signature_text(function_of(value)) : "no value";
+  return kind_words(value);
 }
 
 std::string Printer::pictures_text() const {
@@ -130,6 +129,7 @@ void Printer::print_marked_line(const Source& source, Span span) {
     at -= first;
     length = std::min(length, width - at);
   }
+  if (!source.origin.empty()) out_ << source.origin << ":\n";
   out_ << fmt::format("{}{}\n{}{}\n", number, joined(line, ""),
                       std::string(number.size() + at, ' '),
                       red(std::string(std::max<std::size_t>(length, 1), '^')));
@@ -192,6 +192,11 @@ void show_outcome(std::ostream& out, const Outcome& outcome, const DisplayOption
     out << help_text(*outcome.help, options.width);
     return;
   }
+  if (outcome.variables) {
+    out << variables_text(*outcome.variables);
+    return;
+  }
+  if (outcome.is_silent()) return;
   DisplayOptions chosen = options;
   chosen.format = outcome.format.value_or(options.format);
   Printer printer(out, outcome, chosen);

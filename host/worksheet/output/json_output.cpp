@@ -33,6 +33,7 @@ class ValueWriter {
   void strings(const std::vector<std::string>& texts);
   void pictures(const std::vector<Drawn>& pictures);
   void trust(const std::vector<Trust>& trust);
+  void variables(const std::vector<const Variable*>& variables);
 
   // Writes `before`, which is JSON, and the text as a string.
   void named(std::string_view before, std::string_view text) {
@@ -161,6 +162,19 @@ void ValueWriter::trust(const std::vector<Trust>& trust) {
   json_.raw("]");
 }
 
+// The variables without their elements.
+void ValueWriter::variables(const std::vector<const Variable*>& variables) {
+  elided_ = true;
+  json_.raw(R"(,"variables":[)");
+  for (const Variable* variable : variables) {
+    named(variable == variables.front() ? R"({"name":)" : R"(,{"name":)", variable->name);
+    json_.raw(R"(,"value":)");
+    value(variable->value, 0);
+    json_.raw("}");
+  }
+  json_.raw("]");
+}
+
 void ValueWriter::outcome(const Outcome& outcome, bool all) {
   // What takes memory comes first: no line stops in its middle.
   const std::string help =
@@ -168,6 +182,7 @@ void ValueWriter::outcome(const Outcome& outcome, bool all) {
   elided_ = !all && !fits(store_, outcome.value, kPrintedLimit.most);
   json_.raw(R"({"line":)");
   json_.integer(outcome.line);
+  if (!outcome.source->origin.empty()) named(R"(,"file":)", outcome.source->origin);
   named(R"(,"source":)", outcome.source->text);
   if (outcome.names.size() == 1) named(R"(,"name":)", outcome.names[0]);
   if (outcome.names.size() > 1) {
@@ -191,6 +206,7 @@ void ValueWriter::outcome(const Outcome& outcome, bool all) {
     json_.integer(outcome.failed_line());
   }
   if (!outcome.pictures.empty()) pictures(outcome.pictures);
+  if (outcome.variables) variables(*outcome.variables);
   if (!outcome.notes.empty()) {
     json_.raw(R"(,"notes":)");
     strings(outcome.notes);

@@ -17,6 +17,8 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("-e", options.expressions, "Evaluate EXPR, before FILE's statements")
       ->type_name("EXPR")
       ->allow_extra_args(false);
+  app.add_flag("--prompt", options.prompt, "Start the prompt behind FILE, with its variables");
+  app.add_flag("--watch", options.watch, "Evaluate FILE again whenever it is saved, until Ctrl-C");
   app.add_flag("--json", options.json, "Print one JSON object per statement");
   app.add_option("--html", options.html, "Write a report of the worksheet to this file as well")
       ->type_name("FILE");
@@ -30,6 +32,7 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("--functions", options.functions, "List the functions, or describe those named")
       ->type_name("[NAME]")
       ->expected(0, -1);
+  app.add_flag("--words", options.list_words, "List the words of the language, for editors");
   app.add_option("--register", options.register_path, "Enter a pack into the catalogue")
       ->type_name("PATH");
   app.add_option("--unregister", options.unregister_path, "Remove a pack from the catalogue")
