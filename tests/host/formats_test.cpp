@@ -64,7 +64,6 @@ TEST_F(Formats, AreStatements) {
   EXPECT_EQ(sheet.shown("formats = 2\nformats"), "2.00\n");
   // The name is free.
   EXPECT_EQ(sheet.shown("format = 3\nformat"), "3.00\n");
-  EXPECT_EQ(sheet.shown("format auto 2"), "note: format auto 2\n");
 }
 
 TEST_F(Formats, AreOptionsAndHoldInReports) {

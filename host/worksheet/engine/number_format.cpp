@@ -39,9 +39,8 @@ std::optional<std::string_view> format_statement(std::string_view statement) {
   constexpr std::string_view kWord = "format";
   if (!statement.starts_with(kWord)) return std::nullopt;
   std::string_view rest = statement.substr(kWord.size());
-  const bool apart = rest.empty() || rest[0] == ' ' || rest[0] == '\t' || rest[0] == ';';
+  const bool apart = rest.empty() || rest[0] == ' ' || rest[0] == '\t';
   rest = trimmed(rest);
-  if (rest.ends_with(';')) rest = trimmed(rest.substr(0, rest.size() - 1));
   const bool is_words = rest.empty() || (rest[0] >= 'a' && rest[0] <= 'z');
   // "format in {mm}" is about a variable.
   return apart && is_words && !rest.starts_with("in") ? std::optional(rest) : std::nullopt;

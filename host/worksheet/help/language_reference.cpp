@@ -192,6 +192,12 @@ in units such as mA or kN m, unless one was asked for. Prefixes stand before the
 ORIGIN (0 at first) is the index of the first element, TOL (1e-9) a tolerance; both may be assigned.
 `last` and `submatrix` read ORIGIN, `eigenvals`, `genvals`, `genvecs` and `geninv` read TOL.
 
+### format
+
+format fix 3 shows numbers from now on with 3 digits behind the point, format sci 4 with 4 significant digits and a
+power of ten, format eng 4 with a power of 1000, format auto 6 with up to 6 significant digits, as at first. format
+alone says which it is. In format eng the unit gets the prefix that suits, unless one was asked for with `in`.
+
 ### who, clear, ans
 
 who lists the variables with their kinds and units, clear forgets them, and clear x y forgets x and y.
@@ -201,12 +207,6 @@ ans is the value of the last expression that was shown.
 
 include "file.ws" runs the statements of another worksheet in this place. Names of files in it lead from
 where it lies. An error in it says its file and line.
-
-### format
-
-format fix 3 shows numbers from now on with 3 digits behind the point, format sci 4 with 4 significant digits and a
-power of ten, format eng 4 with a power of 1000, format auto 6 with up to 6 significant digits, as at first. format
-alone says which it is. In format eng the unit gets the prefix that suits, unless one was asked for with `in`.
 
 ### help
 

@@ -51,17 +51,17 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("--digits", options.digits, "Show numbers with N significant digits")
       ->type_name("N")
       ->check(CLI::Range(1, kMostDigits));
+  app.add_option("--format", options.format, "Show numbers as fix N, sci N, eng N or auto N")
+      ->type_name("KIND N")
+      ->expected(2)
+      ->allow_extra_args(false)
+      ->excludes("--digits");
   static const std::map<std::string, audit::Effort> kEfforts = {
       {"off", audit::Effort::off}, {"on", audit::Effort::on}, {"full", audit::Effort::full}};
   app.add_option("--audit", options.audit,
                  "Say how far results can be trusted: off, on, or full at any cost")
       ->type_name("EFFORT")
       ->transform(CLI::CheckedTransformer(kEfforts).description(""));
-  app.add_option("--format", options.format, "Show numbers as fix N, sci N, eng N or auto N")
-      ->type_name("KIND N")
-      ->expected(2)
-      ->allow_extra_args(false)
-      ->excludes("--digits");
   app.add_flag("--all", options.all, "Show values whole, however large");
   app.set_version_flag("--version", "worksheet " WORKSHEET_VERSION);
 }

@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "host/text/text.hpp"
+#include "host/worksheet/engine/number_format.hpp"
 
 namespace worksheet {
 
@@ -46,6 +47,12 @@ std::optional<Command> command_in(std::string_view statement, const Machine& mac
   Command command;
   command.kind = static_cast<Command::Kind>(known - std::begin(kCommandWords));
   const std::string_view rest = trimmed(statement.substr(word.size()));
+  if (command.kind == Command::Kind::format) {
+    const auto words = format_statement(statement);
+    if (!words) return std::nullopt;
+    command.format = *words;
+    return command;
+  }
   if (command.kind == Command::Kind::include) {
     const auto file = file_name(rest);
     if (!file) return std::nullopt;

@@ -1,4 +1,4 @@
-// Statements about the session itself: who, clear, include. (`help` is in help/help.hpp.)
+// Statements about the session itself: who, clear, include, format. (`help` is in help/help.hpp.)
 #pragma once
 
 #include <optional>
@@ -18,14 +18,16 @@ struct Command {
     who,      // Lists the variables.
     clear,    // Forgets those named, or all.
     include,  // Runs the statements of a file in this place.
+    format,   // Says how numbers are shown.
   };
   Kind kind = Kind::who;
   std::vector<std::string> names;
   std::string file;
+  std::string format;  // Its words; empty to ask for it.
 };
 
 // Every word that begins such a statement.
-inline constexpr const char* kCommandWords[] = {"who", "clear", "include"};
+inline constexpr const char* kCommandWords[] = {"who", "clear", "include", "format"};
 
 // What the statement asks for; nothing for all others, also where a variable has the word's name.
 std::optional<Command> command_in(std::string_view statement, const Machine& machine);

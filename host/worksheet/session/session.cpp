@@ -97,17 +97,30 @@ void Session::evaluate_into(Outcome& outcome, const Source& source) {
   }
 }
 
+// What comes of a statement "format": the format from now on.
+Value Session::change_format(std::string_view words) {
+  if (!words.empty()) {
+    const auto format = parse_format(words);
+    if (!format) return machine_.fail({}, kFormatWanted);
+    format_ = format;
+  }
+  machine_.notes.push_back("format " + format_words(format_.value_or(NumberFormat())));
+  return object_value(&kNoValue);
+}
+
 // Does what a statement about the session asks for; false for any other.
 bool Session::run_command(Outcome& outcome, const Source& source) {
   const auto command = command_in(source.text, machine_);
   if (!command) return false;
   outcome.value = object_value(&kNoValue);
-  outcome.is_done = true;
+  outcome.is_done = command->kind != Command::Kind::format;  // Which says what it did.
   if (command->kind == Command::Kind::who) {
     outcome.variables = variable_list(machine_);
   } else if (command->kind == Command::Kind::clear) {
     const std::string wrong = clear_variables(machine_, command->names);
     if (!wrong.empty()) outcome.value = machine_.fail({}, wrong);
+  } else if (command->kind == Command::Kind::format) {
+    outcome.value = change_format(command->format);
   } else {
     outcome.value = begin_include(command->file);
   }
@@ -156,27 +169,11 @@ void Session::keep_answer(const Outcome& outcome, const Source& source) {
     machine_.assign(*machine_.variable(kAnswer), outcome.value);
 }
 
-// What comes of a statement "format": the format from now on.
-Value Session::change_format(std::string_view words) {
-  if (!words.empty()) {
-    const auto format = parse_format(words);
-    if (!format) return machine_.fail({}, kFormatWanted);
-    format_ = format;
-  }
-  machine_.notes.push_back("format " + format_words(format_.value_or(NumberFormat())));
-  return object_value(&kNoValue);
-}
-
 // The same, or that there is no memory for it.
 void Session::run_into(Outcome& outcome, const Source& source) {
   try {
     const bool readable = source.objection.empty();
     if (readable && run_command(outcome, source)) return;
-    const auto format = readable ? format_statement(source.text) : std::nullopt;
-    if (format && machine_.find_variable(source.text) == nullptr) {
-      outcome.value = change_format(*format);
-      return;
-    }
     const auto topic = readable ? help_topic(source.text) : std::nullopt;
     if (!topic) {
       evaluate_into(outcome, source);
@@ -193,7 +190,7 @@ void Session::run_into(Outcome& outcome, const Source& source) {
 void Session::remember_failure(const Outcome& outcome) try {
   const Source& source = *outcome.source;
   if (!outcome.failed() || !source.objection.empty()) return;
-  const Failure itself = {source.line, fmt::format("line {}", source.line)};
+  const Failure itself = {source.line, source.line_words(source.line)};
   const Failure& failure = outcome.failed_line() != 0 ? outcome.place.cause : itself;
   for (const std::string& name : assigned_names(source)) machine_.variable(name)->failure = failure;
 } catch (const std::bad_alloc&) {

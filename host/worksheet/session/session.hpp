@@ -43,16 +43,17 @@ class Session {
   void run_all(std::vector<Source> sources, const std::string& origin);
   Outcome outcome_of(const Source& source);
   void run_into(Outcome& outcome, const Source& source);
+  Value change_format(std::string_view words);
   bool run_command(Outcome& outcome, const Source& source);
   void keep_answer(const Outcome& outcome, const Source& source);
   Value begin_include(const std::string& file);
   void run_included();
-  Value change_format(std::string_view words);
   void remember_failure(const Outcome& outcome);
   void evaluate_into(Outcome& outcome, const Source& source);
 
   Machine machine_;
   Show show_;
+  std::optional<NumberFormat> format_;
   // A file that a statement includes, between its outcome and those of its statements.
   struct Included {
     std::string path, text;
@@ -60,7 +61,6 @@ class Session {
   std::optional<Included> included_;
   std::vector<std::string> including_;  // The files under way, the innermost last,
   std::size_t count_ = 0;               // and the number of all since there was none.
-  std::optional<NumberFormat> format_;
   bool failed_ = false;
   int progress_ = -1;
 };
