@@ -16,12 +16,19 @@ struct Variable {
   std::string name;
   Value value = {};
   bool defined = false;
+  bool is_origin = false;  // Of the indices.
+  bool is_listed = false;  // Among those that the statement has given an object.
+  // Whether elements that were written may have left an imaginary array of zeros.
+  bool may_be_real = false;
+  // Its matrix, if that holds numbers and no one else holds it: then elements are written in place.
+  const Anyval* written = nullptr;
 };
 
 // A function; the body of the host's function values.
 struct Function {
   std::string name;
   std::vector<std::string> parameters;
+  std::size_t local_count = 0;  // Of the names that its body gives values.
   std::unique_ptr<Node> body;
   std::unique_ptr<const Source> source;
 };

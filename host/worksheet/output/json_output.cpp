@@ -158,6 +158,7 @@ void ValueWriter::outcome(const Outcome& outcome, bool all) {
   } else {
     value(outcome.value, 0);
   }
+  if (outcome.is_quiet) json_.raw(R"(,"quiet":true)");
   if (!outcome.pictures.empty()) pictures(outcome.pictures);
   if (!outcome.notes.empty()) {
     json_.raw(R"(,"notes":)");

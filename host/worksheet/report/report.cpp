@@ -165,7 +165,7 @@ void Report::add(const Outcome& outcome) {
   if (outcome.failed()) {
     errors_.push_back(fmt::format("<a href=\"#{}\">line {}</a>", id, outcome.line));
     body_ += "<div class=\"result\">\n" + error_markup(outcome) + "</div>\n";
-  } else if (!outcome.is_definition) {
+  } else if (!outcome.is_definition && !outcome.is_quiet) {
     const std::string values = values_markup(outcome, options_);
     if (!values.empty()) body_ += "<div class=\"result\">\n" + values + "</div>\n";
   }
