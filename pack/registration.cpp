@@ -1,8 +1,6 @@
 // Entering the pack into the host's catalogue, and removing it.
 #include "pack/exports.hpp"
-
-// The platform's handle of the module that this code is linked into: an address inside it.
-extern "C" __attribute__((visibility("hidden"))) void* __dso_handle;
+#include "pack/module_handle.hpp"
 
 namespace {
 
@@ -17,7 +15,7 @@ const PackIdentifier* pack_identifier() {
 }  // namespace
 
 extern "C" std::int32_t DllRegisterServer() {
-  return RegisterEfiFunctionPack(&__dso_handle, pack_identifier());
+  return RegisterEfiFunctionPack(matrix_pack::module_handle(), pack_identifier());
 }
 
 extern "C" std::int32_t DllUnregisterServer() {

@@ -1,17 +1,12 @@
 #include "host/efiutils/catalogue.hpp"
 
-#include <dlfcn.h>
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "host/efiutils/files.hpp"
+#include "host/efiutils/platform.hpp"
 #include "pack/host_interface.hpp"
 
 namespace efi {
@@ -50,11 +45,10 @@ std::string json_text(const std::vector<CatalogueEntry>& entries) {
 
 // The lock under which all write; it goes with the program. Only a file of that name is one.
 Descriptor locked(const std::string& path) {
-  constexpr int kFlags = O_CREAT | O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-  Descriptor lock(open((path + ".lock").c_str(), kFlags, 0644));
+  Descriptor lock = open_lock(path + ".lock");
   const int error = lock.get() < 0 ? errno : file_error(lock.get());
   if (error != 0) fail_with(error, "its lock cannot be had");
-  while (flock(lock.get(), LOCK_EX) != 0)
+  while (!take_lock(lock.get()))
     if (errno != EINTR) fail_with(errno, "cannot be locked");
   return lock;
 }
@@ -87,10 +81,9 @@ std::string identifier_text(const PackIdentifier& identifier) {
 }
 
 std::string library_path(const void* module) {
-  Dl_info info;
-  if (dladdr(module, &info) == 0 || info.dli_fname == nullptr)
-    throw CatalogueError("the module's library is not known");
-  return fs::absolute(info.dli_fname).lexically_normal().string();
+  const std::string library = library_of(module);
+  if (library.empty()) throw CatalogueError("the module's library is not known");
+  return fs::absolute(library).lexically_normal().string();
 }
 
 // Runs a registration; 0, or 1 and the reason in last_failure.
@@ -112,12 +105,8 @@ bool remove_entry(std::vector<CatalogueEntry>& entries, const std::string& id) {
 }  // namespace
 
 std::string catalogue_path() {
-  if (const char* path = std::getenv("WORKSHEET_CATALOGUE"); path != nullptr && *path != '\0')
-    return path;
-  const char* const data = std::getenv("XDG_DATA_HOME");
-  if (data != nullptr && *data == '/') return std::string(data) + "/worksheet/packs.json";
-  const char* const home = std::getenv("HOME");
-  return std::string(home != nullptr ? home : ".") + "/.local/share/worksheet/packs.json";
+  const std::string path = environment("WORKSHEET_CATALOGUE");
+  return path.empty() ? user_data() + "/worksheet/packs.json" : path;
 }
 
 std::vector<CatalogueEntry> read_catalogue() {

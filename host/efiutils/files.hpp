@@ -3,6 +3,7 @@
 // What goes wrong is told as an errno, or as kNoFile; file_error_words puts either into words.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -71,8 +72,7 @@ class NewFile {
   void begin();
   int look();
   void open_temporary();
-  template <class Make>
-  int with_free_name(Make make);
+  int with_free_name(const std::function<int(const std::string&)>& make);
   int link_as(const std::string& name) const;
   int take_place();
 

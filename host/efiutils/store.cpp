@@ -1,11 +1,11 @@
 #include "host/efiutils/store.hpp"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <new>
+
+#include "host/efiutils/platform.hpp"
 
 namespace efi {
 
@@ -23,28 +23,6 @@ struct PartList : Anyval {
 };
 
 const double kUnwritten = std::bit_cast<double>(kUnwrittenBits);
-
-constexpr std::uint64_t kAddressLimit = std::uint64_t{1} << 32;
-
-// Maps `bytes` below 4 GiB; null when that is impossible.
-void* map_low(std::size_t bytes) {
-  constexpr int kProtection = PROT_READ | PROT_WRITE;
-  constexpr int kFlags = MAP_PRIVATE | MAP_ANONYMOUS;
-#if defined(MAP_32BIT)
-  void* const low = mmap(nullptr, bytes, kProtection, kFlags | MAP_32BIT, -1, 0);
-  if (low != MAP_FAILED) return low;
-#endif
-  // The kernel takes the address as a hint only: a mapping too high is undone.
-  constexpr std::uint64_t kLowest = 0x10000000;
-  for (std::uint64_t at = kLowest; at + bytes <= kAddressLimit; at += bytes) {
-    void* const hint = reinterpret_cast<void*>(static_cast<std::uintptr_t>(at));
-    void* const got = mmap(hint, bytes, kProtection, kFlags, -1, 0);
-    if (got == MAP_FAILED) return nullptr;
-    if (reinterpret_cast<std::uintptr_t>(got) + bytes <= kAddressLimit) return got;
-    munmap(got, bytes);
-  }
-  return nullptr;
-}
 
 }  // namespace
 
@@ -92,7 +70,7 @@ Store::Slot* Store::slot_of(const Anyval* value) {
 
 Store::~Store() {
   for (Slot* slot : live_) reclaim(slot);
-  for (Slot* chunk : chunks_) munmap(chunk, kSlotsPerChunk * sizeof(Slot));
+  for (Slot* chunk : chunks_) unmap_low(chunk, kSlotsPerChunk * sizeof(Slot));
 }
 
 bool Store::add_chunk() {

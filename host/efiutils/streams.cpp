@@ -1,7 +1,5 @@
 #include "host/efiutils/streams.hpp"
 
-#include <limits.h>
-#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,12 +7,13 @@
 #include <system_error>
 
 #include "host/efiutils/files.hpp"
+#include "host/efiutils/platform.hpp"
 
 namespace efi {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 1 << 16;
+constexpr unsigned kBufferSize = 1 << 16;
 
 // How long is waited before the flag is looked at again: a signal may come just before the wait.
 constexpr int kTick = 100;  // Milliseconds.
@@ -50,8 +49,7 @@ void OutputBuffer::resume() {
 bool OutputBuffer::wait() {
   for (int tick = 0;;) {
     if (is_set(stop_) && !stopped_before_) break;
-    pollfd ready = {descriptor_, POLLOUT, 0};
-    const int count = poll(&ready, 1, kTick);
+    const int count = wait_for_room(descriptor_, kTick);
     if (count > 0) return true;
     if (count == 0 && is_set(stop_) && ++tick == kMostTicks) break;
   }
@@ -62,9 +60,8 @@ bool OutputBuffer::wait() {
 bool OutputBuffer::flush() {
   const char* from = pbase();
   while (from != pptr() && error_ == 0 && wait()) {
-    auto size = static_cast<std::size_t>(pptr() - from);
-    // For that much there is room in a pipe that has any: the call does not wait.
-    if (!is_file_) size = std::min<std::size_t>(size, PIPE_BUF);
+    auto size = static_cast<unsigned>(pptr() - from);
+    if (!is_file_) size = std::min(size, kPipeRoom);
     const ssize_t written = write(descriptor_, from, size);
     if (written > 0) from += written;
     if (written < 0 && errno != EINTR && errno != EAGAIN) error_ = errno;
@@ -90,9 +87,8 @@ InputBuffer::InputBuffer(int descriptor, StopFlag stop)
 
 InputBuffer::int_type InputBuffer::underflow() {
   while (!is_set(stop_)) {
-    pollfd ready = {descriptor_, POLLIN, 0};
-    if (poll(&ready, 1, kTick) <= 0) continue;
-    const ssize_t count = read(descriptor_, buffer_.data(), buffer_.size());
+    if (wait_for_input(descriptor_, kTick) <= 0) continue;
+    const ssize_t count = read(descriptor_, buffer_.data(), kBufferSize);
     if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
     if (count < 0) {
       error_ = errno;

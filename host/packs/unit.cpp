@@ -9,6 +9,7 @@
 
 #include "fmt/format.h"
 #include "host/packs/unit_factors.hpp"
+#include "host/text/nearest.hpp"
 #include "host/text/text.hpp"
 
 namespace worksheet {
@@ -128,8 +129,22 @@ std::optional<double> common_conversion(const Unit* from, const Unit* to) {
   return conversion(from, to);
 }
 
+namespace {
+
+// Two units of which only the case of letters differs are easily taken for one another.
+std::string look_alikes(const Unit& a, const Unit& b) {
+  for (const Unit::Factor& x : a.factors())
+    for (const Unit::Factor& y : b.factors())
+      if (x.unit->name != y.unit->name && edit_distance(x.unit->name, y.unit->name, 1) == 0)
+        return fmt::format("; {} and {} are two units", x.unit->name, y.unit->name);
+  return {};
+}
+
+}  // namespace
+
 std::string conversion_hint(const Unit* from, const Unit* to) {
   if (from == nullptr || to == nullptr || conversion(from, to)) return {};
+  if (const std::string two = look_alikes(*from, *to); !two.empty()) return two;
   const Dimension& have = from->dimension();
   const Dimension& want = to->dimension();
   if (without_angle(have) != without_angle(want) || is_near_plain(*from)) return {};

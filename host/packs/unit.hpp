@@ -110,8 +110,8 @@ std::optional<double> conversion(const Unit* from, const Unit* to);
 // The same for two values that meet in a sum, a comparison or a matrix: a plain number is not taken
 // for an angle then, unless in radians.
 std::optional<double> common_conversion(const Unit* from, const Unit* to);
-// How to convert by hand where an angle alone stands against it: "; rad/s has an angle..."; else
-// empty.
+// How to convert by hand where an angle alone stands against it: "; rad/s has an angle...";
+// "; kn and kN are two units" where they look alike; else empty.
 std::string conversion_hint(const Unit* from, const Unit* to);
 
 // A product in a unit that reads well; the numbers are to be multiplied by `factor`. All three

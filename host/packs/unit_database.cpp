@@ -37,15 +37,6 @@ std::string plural_of(const std::string& name) {
 }
 
 // The words of a text.
-std::vector<std::string> words_of(std::string_view text) {
-  std::vector<std::string> words;
-  for (text = trimmed(text); !text.empty(); text = trimmed(text)) {
-    words.emplace_back(text.substr(0, text.find(' ')));
-    text.remove_prefix(words.back().size());
-  }
-  return words;
-}
-
 // Follows the parser through the file.
 class DatabaseReader {
  public:
@@ -90,7 +81,7 @@ class DatabaseReader {
     if (attribute == "turns") entry_.turns = value == "1" ? 1 : 0;
     if (attribute != "prefixes") return;
     entry_.takes_all = value == "all";
-    entry_.prefixes = words_of(value);
+    for (const std::string_view prefix : words_of(value)) entry_.prefixes.emplace_back(prefix);
   }
 
   void finish() {

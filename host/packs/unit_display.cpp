@@ -4,13 +4,12 @@
 #include <array>
 #include <cmath>
 
+#include "host/packs/unit_factors.hpp"
 #include "host/packs/unit_names.hpp"
 
 namespace worksheet {
 
 namespace {
-
-using Factors = std::vector<Unit::Factor>;
 
 // Units with names that results are shown in. No two are of one dimension.
 constexpr const char* kNamed[] = {"N", "Pa", "W", "V",  "A",  "Ohm", "S", "C", "F",

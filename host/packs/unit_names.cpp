@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "host/packs/unit_database.hpp"
+#include "host/text/nearest.hpp"
 #include "host/text/text.hpp"
 
 namespace worksheet {
@@ -101,6 +102,20 @@ bool same_letters(const std::string& a, const std::string& b) {
   });
 }
 
+// The names of units that are near one with a spelling mistake. Short names are near to too many.
+std::string misspelt_unit(const std::string& name) {
+  constexpr std::size_t kShortest = 5;
+  if (name.size() < kShortest) return {};
+  std::vector<std::string> names;
+  for (const auto& [other, known] : known_names()) {
+    if (other.size() >= kShortest - 1) names.push_back(other);
+    for (const UnitPrefix& prefix : kUnitPrefixes)
+      if (known.is_name && takes(*known.entry, prefix)) names.push_back(prefix.name + other);
+  }
+  const std::vector<std::string> near = nearest(name, names);
+  return near.size() > 3 ? "" : joined(near, " or ");
+}
+
 }  // namespace
 
 const NamedUnit* find_named_unit(const std::string& name) {
@@ -133,7 +148,7 @@ std::string likely_unit(const std::string& name) {
     const std::string left = name.substr(0, at), right = name.substr(at);
     if (look_up(left) && look_up(right)) return left + " " + right;
   }
-  return {};
+  return misspelt_unit(name);
 }
 
 }  // namespace worksheet

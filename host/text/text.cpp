@@ -19,6 +19,15 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
 }
 
+std::vector<std::string_view> words_of(std::string_view text) {
+  std::vector<std::string_view> words;
+  for (text = trimmed(text); !text.empty(); text = trimmed(text)) {
+    words.push_back(text.substr(0, text.find_first_of(" \t")));
+    text.remove_prefix(words.back().size());
+  }
+  return words;
+}
+
 std::string_view take_line(std::string_view& text) {
   const std::size_t end = std::min(text.find('\n'), text.size());
   const std::string_view line = text.substr(0, end);

@@ -13,6 +13,9 @@ namespace worksheet {
 // Without the blanks around it.
 std::string_view trimmed(std::string_view text);
 
+// The words between blanks and tabs.
+std::vector<std::string_view> words_of(std::string_view text);
+
 // The text up to the next newline, which is taken off together with it.
 std::string_view take_line(std::string_view& text);
 

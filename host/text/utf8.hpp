@@ -6,6 +6,9 @@
 
 namespace worksheet {
 
+// With which files of some programs begin.
+inline constexpr std::string_view kByteOrderMark = "\uFEFF";
+
 // The length in bytes of the character with which the text begins; 0 where that is none, or one
 // that no text of ours may hold: a control character other than tab and newline, or one that
 // Unicode keeps out of texts.

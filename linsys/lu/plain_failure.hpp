@@ -5,8 +5,7 @@
 //            from it anew
 //   complex  what cludecomp did has failed, else what ludecomp did; the same for pivots (an array)
 //   returns  null, "singular matrix" or "out of memory"; faults and SE_FPEOverflow_Exception come
-//   as
-//            they are due
+//            as they are due
 //   cost     that of the fast ones in flops, at one at a time
 #pragma once
 

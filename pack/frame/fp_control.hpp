@@ -15,6 +15,10 @@
 #include <cfenv>
 #endif
 
+#if defined(_WIN32)
+// Declares _clearfp, whose flags are numbered as the C library has them.
+#include <cfloat>
+#else
 // Returns the pending floating-point status flags and clears them. Kept under this name: it is the
 // one by which the fault classes obtain their status word.
 inline std::uint32_t _clearfp() {
@@ -29,6 +33,7 @@ inline std::uint32_t _clearfp() {
   return flags;
 #endif
 }
+#endif
 
 namespace matrix_pack {
 

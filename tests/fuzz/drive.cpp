@@ -1,12 +1,15 @@
 #include "tests/fuzz/drive.hpp"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <random>
+#include <string_view>
+
+#include "host/efiutils/files.hpp"
+#include "tests/support/platform.hpp"
 
 namespace fuzz {
 
@@ -20,10 +23,9 @@ std::vector<Input> shipped(const std::string& name) {
 std::string at_work;
 
 void report_crash(int signal) {
-  constexpr char kWords[] = "\nThis input crashes:\n";
-  [[maybe_unused]] auto written = write(STDERR_FILENO, kWords, sizeof kWords - 1);
-  written = write(STDERR_FILENO, at_work.data(), at_work.size());
-  written = write(STDERR_FILENO, "\n", 1);
+  constexpr int kStandardError = 2;
+  for (const std::string_view words : {"\nThis input crashes:\n", at_work.c_str(), "\n"})
+    efi::write_all(kStandardError, words);
   std::signal(signal, SIG_DFL);
   std::raise(signal);
 }
@@ -68,7 +70,7 @@ double environment_number(const char* name, double otherwise) {
 }  // namespace
 
 void replay(const std::string& name, Target target) {
-  for (const int signal : {SIGSEGV, SIGBUS, SIGABRT}) std::signal(signal, report_crash);
+  for (const int signal : test::crash_signals()) std::signal(signal, report_crash);
   const std::vector<Input> corpus = shipped(name);
   ASSERT_FALSE(corpus.empty());
   for (const Input& input : corpus) well(target, input);
@@ -76,7 +78,7 @@ void replay(const std::string& name, Target target) {
 
 void try_random_inputs(const std::string& name, Target target, int count,
                        const std::vector<Input>& more) {
-  for (const int signal : {SIGSEGV, SIGBUS, SIGABRT}) std::signal(signal, report_crash);
+  for (const int signal : test::crash_signals()) std::signal(signal, report_crash);
   std::vector<Input> corpus = shipped(name);
   corpus.insert(corpus.end(), more.begin(), more.end());
   count = static_cast<int>(environment_number("MATRIX_FUZZ_INPUTS", count));

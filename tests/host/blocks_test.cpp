@@ -144,6 +144,7 @@ TEST_F(Blocks, LoopsAndBranches) {
 TEST_F(Blocks, ErrorsSayWhere) {
   EXPECT_EQ(sheet.shown("v = [1; 2]\nfor k = 0:5\n  w = k\n  s = v[k] + 1\nend"),
             "error: index 2 is outside of 0 to 1\n    4 |   s = v[k] + 1\n                ^\n");
+  EXPECT_EQ(sheet.run("for k = 0:5\n  v[k] = 0\nend").back()["error_line"], 2);
   EXPECT_EQ(sheet.brief("w"), "2");
   EXPECT_EQ(sheet.shown("x = 1\nfor k = 0:5\n  if k > 2\n    x = 2\n  end\ny = 5\n"),
             "error: line 2, column 1: this for has no end\n    2 | for k = 0:5\n        ^\n");

@@ -192,8 +192,8 @@ TEST_F(Language, ShownForPeople) {
   EXPECT_EQ(sheet.shown("1 - 2i"), "1 - 2i\n");
   EXPECT_EQ(sheet.shown("z = 0*1i"), "z = 0\n");
   EXPECT_EQ(sheet.shown("f(x) = x"), "");
-  EXPECT_EQ(sheet.shown("x = 2\nmax(x, A)"),
-            "error: max takes 1 argument, not 2\n    2 | max(x, A)\n        ^^^^^^^^^\n");
+  EXPECT_EQ(sheet.shown("x = 2\nrank(x, A)"),
+            "error: rank takes 1 argument, not 2\n    2 | rank(x, A)\n        ^^^^^^^^^^\n");
   EXPECT_EQ(sheet.shown("augment(A,\n  3)"), "error: must be array\n    2 |   3)\n          ^\n");
   // An error inside a function is shown there.
   EXPECT_EQ(sheet.shown("tr2(a) = tr(a)\ntr2(5)"),

@@ -46,6 +46,13 @@ TEST_F(Plot, AxesSayWhatTheyShowAndInWhichUnit) {
     EXPECT_EQ(count_of(axes, text), 1u) << text;
 }
 
+TEST_F(Plot, AxesBeginWithDataThatBeginAtZero) {
+  for (const char* y : {"[0, 1, 7]", "[0.01, 1, 7]"})
+    EXPECT_EQ(count_of(svg(std::string("plot(\"p.svg\", [0, 1, 2], ") + y + ")"), "\u2212"), 0u)
+        << y;
+  EXPECT_NE(count_of(svg("plot(\"p.svg\", [1, 2, 3], [-1, 1, 7])"), "\u2212"), 0u);
+}
+
 TEST_F(Plot, PointsThatAreNotFiniteAreGaps) {
   const std::string curve = "stroke='rgb( 53, 103, 168)'  d='M";
   const std::string whole = svg("plot(\"p.svg\", [1, 2, 3, 4, 5])");

@@ -57,7 +57,12 @@ TEST_F(Reference, HelpIsAStatement) {
             "    1 | help nothing\n        ^\n");
   // The name is free for worksheets.
   EXPECT_EQ(sheet.brief("helper = 2\nhelper"), "2");
-  EXPECT_EQ(sheet.brief("help = 3\nhelp"), "3");
+  EXPECT_EQ(sheet.brief("help = 3"), "syntax: help is a reserved word (column 1)");
+  // What it lists is what one writes.
+  EXPECT_NE(all.find(" A^-1 "), std::string::npos) << all;
+  EXPECT_EQ(all.find("inverse"), std::string::npos) << all;
+  EXPECT_TRUE(sheet.shown("help A^-1").starts_with("A^-1 (inverse)"));
+  EXPECT_NE(sheet.shown("help max").find("max(a, b, ...)"), std::string::npos);
 }
 
 TEST_F(Reference, LinesAreWrappedWithoutLoss) {

@@ -84,7 +84,7 @@ TEST(Report, ShowsTextStatementsValuesPicturesAndErrors) {
       // Values.
       {"string(//h:section[1]//h:span[@class='comment'])", "# the <load>"},
       {"string(//h:section[1]//m:math)", "F=2.5\u00D710\u22128kN/m2"},
-      {"string(//h:section[2]//m:mtr[1])", "1\u22122i"},
+      {"string(//h:section[2]//m:mtr[1]/m:mtd[2])", "\u22122i"},
       {"count(//h:section[2]//m:mtable//m:mtable//m:mtd)", "2"},
       {"count(//h:section[4]//m:mtable)", "3"},
       {"string(//h:section[4]//m:math[3]/m:mrow/m:mi)", "U"},
@@ -116,6 +116,24 @@ TEST(Report, ShowsTextStatementsValuesPicturesAndErrors) {
     EXPECT_TRUE(page.html.substr(0, at).ends_with("xmlns=\"") ||
                 page.html.substr(0, at).ends_with("xmlns:xlink=\""))
         << page.html.substr(at, 80);
+}
+
+TEST(Report, AlignsPointsAndBreaksLongMatrices) {
+  const std::string text =
+      "c = [1.25; -20; 3e-9; 2i]{kN}\nf(i, j) = i\nt = matrix(20, 1, f)\n"
+      "w = [1, 2, 3, 4, 5, 6, 7] * 1.23456e-20i + 1.23456e-20\n";
+  const Page page(text);
+  const Fact facts[] = {
+      {"string(//h:section[1]//m:mtr[2]/m:mtd/m:mrow/m:mphantom[1])", ".00"},
+      {"string(//h:section[1]//m:mtr[3]/m:mtd/m:mrow/m:mphantom[1])", ".00"},
+      {"string(//h:section[1]//h:div[@class='formula']/m:math)", "kN"},
+      {"count(//h:section[3]//m:mtr)", "16"},
+      {"count(//h:section[4]//m:mtd) < 7", "true"},
+  };
+  for (const Fact& fact : facts) EXPECT_EQ(page.at(fact.path), fact.value) << fact.path;
+  run_program({"--all", "--html", page.file, page.sheet});
+  EXPECT_EQ(page.at("count(//h:section[3]//h:tr)"), "20") << "a table breaks between pages";
+  EXPECT_EQ(page.at("count(//h:section[4]//m:mtd)"), "7");
 }
 
 TEST(Report, HoldsTextThatIsNoUtf8) {

@@ -7,6 +7,7 @@
 
 #include "host/efiutils/fault_translation.hpp"
 #include "pack/frame/fault_message.hpp"
+#include "pack/frame/fault_mode.hpp"
 #include "pack/frame/faults.hpp"
 #include "pack/frame/fp_control.hpp"
 #include "pack/frame/guard.hpp"
@@ -104,6 +105,21 @@ TEST_F(Frames, GuardedArithmeticRoundsToNearest) {
   std::fesetround(FE_TONEAREST);
   expect_number(third, 1.0 / 3.0);
 }
+
+#if MATRIX_HAS_MXCSR
+// Slots of the x87 stack that stay taken run out, and what is computed there goes wrong.
+TEST_F(Frames, AFaultLeavesNoSlotOfTheX87StackTaken) {
+  if (!faults_trap()) GTEST_SKIP() << "the body is not left";
+  for (int k = 0; k < 1000; ++k)
+    guarded(host.context(), [&] {
+      asm volatile("fld1");
+      return divide_by_zero(host.context());
+    });
+  std::uint32_t environment[7];
+  asm volatile("fnstenv %0\n\tfldenv %0" : "+m"(environment));
+  EXPECT_EQ(environment[2] & 0xFFFF, 0xFFFFu) << "the tag word: all are free";
+}
+#endif
 
 using FramesOfKernels = test::InEveryKernelSet;
 

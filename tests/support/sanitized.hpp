@@ -3,10 +3,6 @@
 
 namespace test {
 
-#if defined(MATRIX_SANITIZED)
-inline constexpr bool kSanitized = true;
-#else
-inline constexpr bool kSanitized = false;
-#endif
+extern const bool kSanitized;  // Told as the program runs: tests are compiled once for all builds.
 
 }  // namespace test

@@ -1,14 +1,10 @@
 // The pack under conditions of long use: several threads, a small stack and many calls.
-#include <pthread.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <climits>
 #include <cstdlib>
-#include <fstream>
 #include <thread>
 
 #include "tests/support/call_corpus.hpp"
+#include "tests/support/platform.hpp"
 #include "tests/support/sanitized.hpp"
 
 namespace {
@@ -63,31 +59,9 @@ TEST(Robustness, ThreadsWithContextsOfTheirOwnGetTheSameBits) {
 }
 
 TEST(Robustness, EveryFunctionRunsOnASmallStack) {
-  // The smallest that a platform allows may be more.
-  const std::size_t kStack = std::max<std::size_t>(64 * 1024, PTHREAD_STACK_MIN);
   static Results results;
-  pthread_attr_t attributes;
-  ASSERT_EQ(pthread_attr_init(&attributes), 0);
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStack), 0);
-  pthread_t thread;
-  ASSERT_EQ(pthread_create(
-                &thread, &attributes,
-                [](void*) -> void* {
-                  results = all_results();
-                  return nullptr;
-                },
-                nullptr),
-            0);
-  ASSERT_EQ(pthread_join(thread, nullptr), 0);
-  pthread_attr_destroy(&attributes);
+  ASSERT_TRUE(run_on_stack(64 * 1024, [] { results = all_results(); }));
   EXPECT_TRUE(results == all_results());
-}
-
-// The memory of this process that is in use, in bytes.
-long resident_bytes() {
-  long pages = 0, resident = 0;
-  std::ifstream("/proc/self/statm") >> pages >> resident;
-  return resident * sysconf(_SC_PAGESIZE);
 }
 
 // MATRIX_CALLS asks for more calls than the few of every run.
@@ -104,7 +78,7 @@ TEST(Robustness, ManyMixedCallsKeepMemoryFlat) {
   };
   for (int k = 0; k < 30; ++k) round();  // The heap settles.
   const long blocks = live_blocks();
-  const long resident = resident_bytes();
+  const long long resident = resident_bytes();
   const char* wanted = std::getenv("MATRIX_CALLS");
   const std::size_t most = wanted == nullptr ? 10'000 : std::stoul(wanted);
   std::size_t made = 0;

@@ -5,17 +5,11 @@
 
 #include "fmt/format.h"
 #include "host/text/text.hpp"
+#include "host/text/utf8.hpp"
 
 namespace worksheet {
 
-namespace {
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-}  // namespace
-
-DataFile::DataFile(const std::string& path, std::string content,
-                   const volatile std::sig_atomic_t* interrupted)
+DataFile::DataFile(const std::string& path, std::string content, efi::StopFlag interrupted)
     : path_(path), content_(std::move(content)), interrupted_(interrupted) {
   if (content_.starts_with("\xFF\xFE") || content_.starts_with("\xFE\xFF"))
     fail_whole("is text in UTF-16; save it as UTF-8");

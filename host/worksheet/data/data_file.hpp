@@ -1,12 +1,12 @@
 // A data file: its content, read line by line, with complaints that name the line.
 #pragma once
 
-#include <csignal>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/efiutils/streams.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/engine/source.hpp"
 
@@ -30,8 +30,7 @@ class DataFile {
  public:
   // Throws DataError for content that is empty or in UTF-16. Reading ends where *interrupted is
   // set.
-  DataFile(const std::string& path, std::string content,
-           const volatile std::sig_atomic_t* interrupted);
+  DataFile(const std::string& path, std::string content, efi::StopFlag interrupted);
 
   const std::string& path() const { return path_; }
   // All of it, without a byte-order mark.
@@ -53,7 +52,7 @@ class DataFile {
  private:
   std::string path_;
   std::string content_;
-  const volatile std::sig_atomic_t* interrupted_;
+  efi::StopFlag interrupted_;
   std::size_t at_ = 0;
   std::string_view line_;
   int number_ = 0;

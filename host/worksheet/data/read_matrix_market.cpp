@@ -34,16 +34,6 @@ struct Header {
   bool conjugated;  // ... or the opposite imaginary parts.
 };
 
-Words words_of(std::string_view line) {
-  Words words;
-  for (line = trimmed(line); !line.empty(); line = trimmed(line)) {
-    const std::size_t end = std::min(line.find_first_of(" \t"), line.size());
-    words.push_back(line.substr(0, end));
-    line.remove_prefix(end);
-  }
-  return words;
-}
-
 std::string lower_case(std::string_view word) {
   std::string text(word);
   for (char& c : text)

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/text/text.hpp"
+#include "host/text/utf8.hpp"
 #include "host/worksheet/engine/limits.hpp"
 
 namespace worksheet {
@@ -98,32 +99,6 @@ constexpr char16_t kWindows1252[32] = {
     0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
 
-// The length of the character in UTF-8 with which the text begins; 0 if there is none.
-std::size_t utf8_length(std::string_view text) {
-  const auto lead = static_cast<unsigned char>(text[0]);
-  const std::size_t length = lead < 0x80   ? 1
-                             : lead < 0xC2 ? 0
-                             : lead < 0xE0 ? 2
-                             : lead < 0xF0 ? 3
-                                           : 4;
-  if (lead > 0xF4 || length > text.size()) return 0;
-  for (std::size_t k = 1; k < length; ++k)
-    if ((static_cast<unsigned char>(text[k]) & 0xC0) != 0x80) return 0;
-  const auto second = length > 2 ? static_cast<unsigned char>(text[1]) : 0;
-  const bool wrong = (lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) ||
-                     (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F);
-  return wrong ? 0 : length;
-}
-
-bool is_utf8(std::string_view text) {
-  while (!text.empty()) {
-    const std::size_t length = utf8_length(text);
-    if (length == 0) return false;
-    text.remove_prefix(length);
-  }
-  return true;
-}
-
 void append_utf8(std::string& text, unsigned code) {
   if (code < 0x80) {
     text += static_cast<char>(code);
@@ -138,13 +113,14 @@ void append_utf8(std::string& text, unsigned code) {
 }  // namespace
 
 std::string cell_text(std::string_view text) {
-  const bool utf8 = is_utf8(text);
+  std::string plain(text);
+  for (char& c : plain)
+    if (static_cast<unsigned char>(c) < ' ' || c == 0x7F) c = ' ';
+  if (sound_length(plain) == plain.size()) return std::string(trimmed(plain));
   std::string result;
-  for (const char c : text) {
+  for (const char c : plain) {
     const auto byte = static_cast<unsigned char>(c);
-    if (byte < ' ' || byte == 0x7F)
-      result += ' ';
-    else if (utf8 || byte < 0x80)
+    if (byte < 0x80)
       result += c;
     else if (byte >= 0xA0)
       append_utf8(result, byte);

@@ -158,9 +158,10 @@ std::string table_head(const Machine& machine, const Request& request, char sepa
 
 void write_rows(const Machine& machine, const Request& request, char separator, std::ostream& out) {
   const std::ptrdiff_t rows = rows_of(request.values[0]);
-  for (std::ptrdiff_t i = 0; i < rows; ++i) {
+  std::string text;
+  for (std::ptrdiff_t i = 0; i < rows && out; ++i) {
     if (machine.interrupted) throw Stopped();
-    std::string text;
+    text.clear();
     for (const Value& v : request.values)
       for (std::ptrdiff_t j = 0; j < cols_of(v); ++j) {
         append_element(text, v, j * rows + i);
@@ -186,10 +187,11 @@ std::string matrix_market_head(const Request& request) {
 }
 
 void write_elements(const Machine& machine, const Value& v, std::ostream& out) {
-  for (std::ptrdiff_t k = 0; k < rows_of(v) * cols_of(v); ++k) {
+  std::string text;
+  for (std::ptrdiff_t k = 0; k < rows_of(v) * cols_of(v) && out; ++k) {
     if (machine.interrupted) throw Stopped();
     const Number z = element(v, k);
-    std::string text;
+    text.clear();
     append_real(text, z.real());
     if (is_complex(v)) {
       text += ' ';

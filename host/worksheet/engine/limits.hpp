@@ -39,6 +39,9 @@ inline constexpr Limit kStackLimit = {std::size_t{8} << 20, "calls are nested to
 
 // Elements of a range that a loop runs through: beyond them numbers are not apart.
 inline constexpr Limit kRangeLimit = {std::size_t{1} << 53, "the range has too many elements"};
+// Elements of a matrix whose size is a number in the worksheet: zeros, ones, linspace, blocks.
+inline constexpr Limit kBuiltLimit = {std::size_t{1} << 27,
+                                      "the matrix would have more than 134217728 elements"};
 
 // --- What is shown of a statement ---
 

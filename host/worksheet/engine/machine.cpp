@@ -5,18 +5,13 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/fault_translation.hpp"
+#include "host/packs/watched_call.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/engine/stack.hpp"
 
 namespace worksheet {
-
-namespace {
-
-constexpr double kDefaultTolerance = 1e-9;
-
-}  // namespace
 
 std::string signature_text(const Function& function) {
   return fmt::format("{}({})", function.name, joined(function.parameters, ", "));
@@ -62,7 +57,7 @@ Machine::~Machine() = default;
 
 Variable* Machine::variable(std::string_view name) {
   auto& slot = variables_[std::string(name)];
-  if (slot == nullptr) slot = std::make_unique<Variable>(Variable{std::string(name), {}, false});
+  if (slot == nullptr) slot = std::make_unique<Variable>(Variable{std::string(name), {}});
   return slot.get();
 }
 
@@ -110,6 +105,12 @@ Value Machine::fail(Span span, std::string_view message) {
   return fail_with(span, mkError(&context, std::string(message).c_str(), 0));
 }
 
+Value Machine::fail_because(const Failure& cause, Span span, std::string_view message) {
+  const Value error = fail(span, message);
+  place_.cause = cause;
+  return error;
+}
+
 Value Machine::wrong_count(Span span, std::string_view function, std::size_t wanted,
                            std::size_t given) {
   return fail(span,
@@ -123,7 +124,7 @@ Value Machine::stopped(Span span) {
 }
 
 Value Machine::fail_with(Span span, Anyval* error) {
-  if (place_.error != error) place_ = {static_cast<const aError*>(error), source_, span};
+  if (place_.error != error) place_ = {static_cast<const aError*>(error), source_, span, {}};
   return object_value(error);
 }
 
@@ -172,6 +173,7 @@ void Machine::assign(Variable& variable, const Value& value) {
   held_words_ += words_of(value);
   variable.value = value;
   variable.defined = true;
+  if (variable.failure.line != 0) variable.failure = {};
   variable.may_be_real = false;
   variable.written = nullptr;
 }

@@ -126,6 +126,8 @@ class Machine {
 
   // An error value that arose at `span` of the text being evaluated.
   Value fail(Span span, std::string_view message);
+  // The same for one whose cause is that an earlier statement failed.
+  Value fail_because(const Failure& cause, Span span, std::string_view message);
   // The same for an error value that a pack or a service made, unless its place is known.
   Value fail_with(Span span, Anyval* error);
   // The error of an evaluation that was interrupted.

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "fmt/format.h"
-#include "host/packs/leave.hpp"
 #include "host/packs/unit_rule.hpp"
+#include "host/packs/watched_call.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "pack/frame/fp_control.hpp"
@@ -43,15 +43,6 @@ bool takes_empty(const std::string& name) {
 
 bool is_empty(const Value& v) {
   return is_matrix(v) && element_count(matrix(v)) == 0;
-}
-
-// Whether a matrix without part arrays is among the arguments. It has no elements to work on: packs
-// may answer with nothing.
-bool holds_bare_matrix(std::span<Anyval* const> boxes) {
-  return std::any_of(boxes.begin(), boxes.end(), [](const Anyval* box) {
-    const auto* const m = static_cast<const aMatrix*>(box);
-    return box->kind == kMatrixKind && m->re == nullptr && m->im == nullptr;
-  });
 }
 
 }  // namespace
@@ -108,23 +99,14 @@ Value Machine::call_plain(const Row& row, const Call& call) {
 Value Machine::call_pack(const std::string& name, const std::function<Anyval*()>& entry,
                          std::span<Anyval* const> boxes, const Call& call) {
   const Span outer = std::exchange(pack_call_, call.span);
-  efi::PackWatch watch(store, evaluator, boxes, care);
-  Anyval* result = nullptr;
-  bool threw = false, left = false;
-  try {
-    left = !run_to_leave(entry, &result);
-  } catch (...) {
-    threw = true;
-  }
-  const std::string verdict = watch.verdict(result);
+  const CallOutcome outcome = call_watched(entry, boxes, store, evaluator, care);
   pack_call_ = outer;
   last_applied_ = nullptr;
-  if (left) return stopped(call.span);
-  if (threw) return fail(call.span, name + ": the pack let an exception escape");
-  if (!verdict.empty()) return fail(call.span, fmt::format("{}: the pack {}", name, verdict));
-  if (result == nullptr)
-    return holds_bare_matrix(boxes) ? object_value(&kNoValue)
-                                    : fail(call.span, name + ": the pack gave no value");
+  if (outcome.left) return stopped(call.span);
+  if (!outcome.complaint.empty())
+    return fail(call.span, fmt::format("{}: {}", name, outcome.complaint));
+  Anyval* const result = outcome.result;
+  if (result == nullptr) return object_value(&kNoValue);
   if (result->kind != kErrorKind) return unboxed(result);
   const auto* const error = static_cast<const aError*>(result);
   const auto arg = static_cast<std::size_t>(error->arg);

@@ -37,11 +37,18 @@ struct Source {
   std::vector<std::string> lines() const;
 };
 
+// An earlier statement that failed; none without a line.
+struct Failure {
+  int line = 0;
+  std::string words = {};  // "line 2"
+};
+
 // Where an error arose. Null where that is not known.
 struct Place {
   const aError* error = nullptr;
   const Source* source = nullptr;
   Span span;
+  Failure cause;  // Why it arose, if not by itself.
 };
 
 }  // namespace worksheet

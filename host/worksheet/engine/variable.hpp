@@ -22,6 +22,9 @@ struct Variable {
   bool may_be_real = false;
   // Its matrix, if that holds numbers and no one else holds it: then elements are written in place.
   const Anyval* written = nullptr;
+  // The statement that should have defined it, while it is not; or the one because of which that
+  // one failed.
+  Failure failure = {};
 };
 
 // A function; the body of the host's function values.

@@ -13,19 +13,22 @@ class Machine;
 
 // How a function treats the unit of its arguments.
 enum class UnitUse {
-  keep,   // The result has the argument's unit.
-  root,   // ... the square root of it.
-  same,   // Both arguments and the result have one unit.
-  plain,  // Plain numbers only.
-  own,    // The function sees to the units itself; nothing is scaled.
+  keep,     // The result has the first argument's unit; the other arguments are plain.
+  root,     // ... the square root of it.
+  drop,     // ... none, whatever the first argument has.
+  same,     // All arguments and the result have one unit.
+  compare,  // All arguments have one unit, the result has none.
+  product,  // The result has the product of the arguments' units.
+  plain,    // Plain numbers only.
+  own,      // The function sees to the units itself; nothing is scaled.
 };
 
-// The argument count of a function that takes any number.
+// The most arguments of a function that takes any number.
 inline constexpr std::size_t kAnyCount = static_cast<std::size_t>(-1);
 
 struct Builtin {
   const char* name;
-  std::size_t argument_count;
+  std::size_t least, most;  // Arguments.
   UnitUse units;
   // The arguments are as many as they should be and, but for UnitUse::own, without units.
   Value (*evaluate)(Machine& machine, const Call& call);
@@ -37,6 +40,9 @@ const double* find_constant(std::string_view name);
 
 // All their names, the constants' included.
 std::vector<std::string> builtin_names();
+
+// How many arguments it takes: "2 arguments", "1 or 2 arguments", "at least 1 argument".
+std::string counts_text(const Builtin& function);
 
 Value call_builtin(Machine& machine, const Builtin& function, const Call& call);
 

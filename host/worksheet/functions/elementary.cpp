@@ -1,120 +1,166 @@
 #include "host/worksheet/functions/elementary.hpp"
 
 #include <cmath>
+#include <numbers>
 
-#include "fmt/format.h"
 #include "host/worksheet/functions/elementwise.hpp"
 
 namespace worksheet {
 
 namespace {
 
-bool holds_complex(const Value& v) {
-  return is_number(v) ? v.im != 0.0 : matrix(v)->im != nullptr;
+// As an argument of a complex function: on a cut, the side of positive imaginary parts counts.
+Number beside_cut(const Number& z) {
+  return is_real(z) ? Number(z.real(), 0.0) : z;
+}
+
+bool is_within_one(const Number& z) {
+  return is_real(z) && !(std::fabs(z.real()) > 1.0);
+}
+
+bool is_not_negative(const Number& z) {
+  return is_real(z) && !(z.real() < 0.0);
 }
 
 }  // namespace
 
-const char* objection(const Value& v, bool real_only) {
-  if (is_matrix(v) && contains_ptrs(matrix(v))) return "may not be nested";
-  if (!is_number(v) && !is_matrix(v)) return "must be a number or a matrix";
-  return real_only && holds_complex(v) ? "must be real" : nullptr;
+Number square_root(const Number& z) {
+  if (!is_real(z)) return std::sqrt(z);
+  return z.real() < 0.0 ? Number(0.0, std::sqrt(-z.real())) : Number(std::sqrt(z.real()));
 }
 
-namespace {
-
-double remainder_with_sign(double a, double b) {
-  const double remainder = std::fmod(a, b);
-  return remainder != 0.0 && (remainder < 0.0) != (b < 0.0) ? remainder + b : remainder;
+Number exponential(const Number& z) {
+  return is_real(z) ? Number(std::exp(z.real())) : std::exp(z);
 }
 
-double real_at(const Value& v, std::ptrdiff_t k) {
-  return is_number(v) ? v.re : re_at(matrix(v), k);
+Number logarithm(const Number& z) {
+  return is_not_negative(z) ? Number(std::log(z.real())) : std::log(beside_cut(z));
 }
 
-}  // namespace
-
-// Each is real for a real number wherever a real value exists.
-
-Value square_root(Machine& machine, const Call& call) {
-  return map(machine, call, [](const Number& z) {
-    if (!is_real(z)) return std::sqrt(z);
-    return z.real() < 0.0 ? Number(0.0, std::sqrt(-z.real())) : Number(std::sqrt(z.real()));
-  });
+Number logarithm_2(const Number& z) {
+  return is_not_negative(z) ? Number(std::log2(z.real()))
+                            : std::log(beside_cut(z)) / std::numbers::ln2;
 }
 
-Value exponential(Machine& machine, const Call& call) {
-  return map(machine, call,
-             [](const Number& z) { return is_real(z) ? Number(std::exp(z.real())) : std::exp(z); });
+Number logarithm_10(const Number& z) {
+  return is_not_negative(z) ? Number(std::log10(z.real())) : std::log10(beside_cut(z));
 }
 
-Value logarithm(Machine& machine, const Call& call) {
-  return map(machine, call, [](const Number& z) {
-    return is_real(z) && !(z.real() < 0.0) ? Number(std::log(z.real()))
-                                           : std::log(is_real(z) ? Number(z.real()) : z);
-  });
+Number sine(const Number& z) {
+  return is_real(z) ? Number(std::sin(z.real())) : std::sin(z);
 }
 
-Value sine(Machine& machine, const Call& call) {
-  return map(machine, call,
-             [](const Number& z) { return is_real(z) ? Number(std::sin(z.real())) : std::sin(z); });
+Number cosine(const Number& z) {
+  return is_real(z) ? Number(std::cos(z.real())) : std::cos(z);
 }
 
-Value cosine(Machine& machine, const Call& call) {
-  return map(machine, call,
-             [](const Number& z) { return is_real(z) ? Number(std::cos(z.real())) : std::cos(z); });
+Number tangent(const Number& z) {
+  return is_real(z) ? Number(std::tan(z.real())) : std::tan(z);
 }
 
-Value tangent(Machine& machine, const Call& call) {
-  return map(machine, call,
-             [](const Number& z) { return is_real(z) ? Number(std::tan(z.real())) : std::tan(z); });
+Number arc_sine(const Number& z) {
+  return is_within_one(z) ? Number(std::asin(z.real())) : std::asin(beside_cut(z));
 }
 
-Value arc_tangent(Machine& machine, const Call& call) {
-  return map(machine, call, [](const Number& z) {
-    return is_real(z) ? Number(std::atan(z.real())) : std::atan(z);
-  });
+Number arc_cosine(const Number& z) {
+  return is_within_one(z) ? Number(std::acos(z.real())) : std::acos(beside_cut(z));
 }
 
-Value magnitude(Machine& machine, const Call& call) {
-  return map(machine, call, [](const Number& z) {
-    return Number(is_real(z) ? std::fabs(z.real()) : std::abs(z));
-  });
+Number arc_tangent(const Number& z) {
+  return is_real(z) ? Number(std::atan(z.real())) : std::atan(z);
 }
 
-Value whole_below(Machine& machine, const Call& call) {
-  return map(
-      machine, call, [](const Number& z) { return Number(std::floor(z.real())); }, true);
+Number hyperbolic_sine(const Number& z) {
+  return is_real(z) ? Number(std::sinh(z.real())) : std::sinh(z);
 }
 
-Value real_part(Machine& machine, const Call& call) {
-  return map(machine, call, [](const Number& z) { return Number(z.real()); });
+Number hyperbolic_cosine(const Number& z) {
+  return is_real(z) ? Number(std::cosh(z.real())) : std::cosh(z);
 }
 
-Value imaginary_part(Machine& machine, const Call& call) {
-  return map(machine, call, [](const Number& z) { return Number(z.imag()); });
+Number hyperbolic_tangent(const Number& z) {
+  return is_real(z) ? Number(std::tanh(z.real())) : std::tanh(z);
 }
 
-Value conjugate(Machine& machine, const Call& call) {
-  return map(machine, call,
-             [](const Number& z) { return Number(z.real(), is_real(z) ? 0.0 : -z.imag()); });
+Number area_sine(const Number& z) {
+  return is_real(z) ? Number(std::asinh(z.real())) : std::asinh(z);
 }
 
-Value modulo(Machine& machine, const Call& call) {
-  for (std::size_t k = 0; k < 2; ++k)
-    if (const char* reason = objection(call.arguments[k], true))
-      return machine.fail(call.places[k], reason);
-  const Value& a = call.arguments[0];
-  const Value& b = call.arguments[1];
-  if (is_number(a) && is_number(b)) return number_value(remainder_with_sign(a.re, b.re));
-  const aMatrix* const shape = matrix(is_matrix(a) ? a : b);
-  if (is_matrix(a) && is_matrix(b) && !same_shape(matrix(b), shape))
-    return machine.fail(call.span, fmt::format("mod needs equal shapes, not {} and {}",
-                                               shape_text(shape), shape_text(matrix(b))));
-  MatrixBuilder result(shape->rows, shape->cols);
-  for (std::ptrdiff_t k = 0; k < element_count(shape); ++k)
-    result.re()[k] = remainder_with_sign(real_at(a, k), real_at(b, k));
-  return object_value(result.finish(machine.store));
+Number area_cosine(const Number& z) {
+  const bool has_real_value = is_real(z) && !(z.real() < 1.0);
+  return has_real_value ? Number(std::acosh(z.real())) : std::acosh(beside_cut(z));
+}
+
+Number area_tangent(const Number& z) {
+  return is_within_one(z) ? Number(std::atanh(z.real())) : std::atanh(beside_cut(z));
+}
+
+Number magnitude(const Number& z) {
+  return is_real(z) ? std::fabs(z.real()) : std::abs(z);
+}
+
+Number argument(const Number& z) {
+  if (z == 0.0) return 0.0;
+  return std::arg(beside_cut(z));
+}
+
+Number sign(const Number& z) {
+  if (!is_real(z)) return z / std::abs(z);
+  if (std::isnan(z.real())) return z;
+  return static_cast<double>(z.real() > 0.0) - static_cast<double>(z.real() < 0.0);
+}
+
+Number real_part(const Number& z) {
+  return z.real();
+}
+
+Number imaginary_part(const Number& z) {
+  return z.imag();
+}
+
+Number conjugate(const Number& z) {
+  return {z.real(), is_real(z) ? 0.0 : -z.imag()};
+}
+
+double whole_below(double x) {
+  return std::floor(x);
+}
+
+double whole_above(double x) {
+  return std::ceil(x);
+}
+
+double nearest_whole(double x) {
+  return std::round(x);
+}
+
+double whole_towards_zero(double x) {
+  return std::trunc(x);
+}
+
+double gamma_function(double x) {
+  return std::tgamma(x);
+}
+
+double angle_of(double y, double x) {
+  return std::atan2(y, x);
+}
+
+double hypotenuse(double x, double y) {
+  return std::hypot(x, y);
+}
+
+double modulo(double x, double y) {
+  const double remainder = std::fmod(x, y);
+  return remainder != 0.0 && (remainder < 0.0) != (y < 0.0) ? remainder + y : remainder;
+}
+
+double larger(double x, double y) {
+  return x > y || std::isnan(x) ? x : y;
+}
+
+double smaller(double x, double y) {
+  return x < y || std::isnan(x) ? x : y;
 }
 
 }  // namespace worksheet

@@ -29,10 +29,9 @@ std::string units_text() try {
 
 }  // namespace
 
-std::optional<std::string> help_topic(std::string_view statement, const Machine& machine) {
+std::optional<std::string> help_topic(std::string_view statement) {
   constexpr std::string_view kHelp = "help";
-  const bool taken = machine.find_variable(std::string(kHelp)) != nullptr;
-  if (taken || !statement.starts_with(kHelp)) return std::nullopt;
+  if (!statement.starts_with(kHelp)) return std::nullopt;
   const std::string_view topic = trimmed(statement.substr(kHelp.size()));
   const bool apart = topic.empty() || topic.data() > statement.data() + kHelp.size();
   if (!apart || topic.starts_with('=') || topic.starts_with('(')) return std::nullopt;
@@ -50,10 +49,9 @@ std::optional<HelpPage> help_page(const Machine& machine, const std::string& top
   }
   page.entries = whole_reference(machine);
   if (topic.empty()) return page;
-  const ReferenceEntry* const entry = find_entry(page.entries, topic);
-  if (entry == nullptr) return std::nullopt;
+  std::erase_if(page.entries, [&](const ReferenceEntry& entry) { return !names(entry, topic); });
+  if (page.entries.empty()) return std::nullopt;
   page.kind = HelpPage::Kind::entry;
-  page.entries = {ReferenceEntry(*entry)};
   if (topic == "units") page.entries[0].text += units_text();
   for (const std::string& name : page.entries[0].names)
     if (const Row* row = machine.find_row(name)) page.rows.push_back(row);

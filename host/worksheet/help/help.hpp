@@ -14,7 +14,7 @@ namespace worksheet {
 struct HelpPage {
   enum class Kind {
     overview,  // All `entries` in short.
-    entry,     // The one entry, and the packs' rows of its names.
+    entry,     // The entries of one name, and the packs' rows of the first one's names.
     function,  // A function that the worksheet defines: its text in `definition`.
   };
 
@@ -26,7 +26,7 @@ struct HelpPage {
 };
 
 // The topic of a statement "help" or "help TOPIC", empty for the first; nothing for other text.
-std::optional<std::string> help_topic(std::string_view statement, const Machine& machine);
+std::optional<std::string> help_topic(std::string_view statement);
 
 // Of a function of the worksheet or any other, or with an empty topic of everything; nothing for an
 // unknown topic.

@@ -5,23 +5,53 @@ namespace worksheet {
 const char* const kLanguageReference = R"(
 ## Elementary functions
 
-### sqrt(z), exp(z), log(z)
+### sqrt(z), exp(z), log(z), log2(z), log10(z)
 
-The square root, the exponential, and the natural logarithm, element by element; complex where no real
-value exists. `sqrt` takes the root of a unit, too; the others want plain numbers.
+The square root, the exponential, and the natural, binary and decimal logarithm, element by element;
+complex where no real value exists. `sqrt` takes the root of a unit, too; the others want plain numbers.
 
-### sin(z), cos(z), tan(z), atan(z)
+### sin(z), cos(z), tan(z), asin(z), acos(z), atan(z)
 
-The trigonometric functions of angles in radians and the arc tangent, element by element.
+The trigonometric functions of angles in radians and their inverses, element by element; complex where no
+real value exists. An angle with a unit, as 30{deg}, is taken in radians.
+
+### atan2(y, x)
+
+The angle of the point (x, y) in radians, above -pi and up to pi, element by element. Both have one unit.
+
+### sinh(z), cosh(z), tanh(z), asinh(z), acosh(z), atanh(z)
+
+The hyperbolic functions and their inverses, element by element; complex where no real value exists.
+
+### gamma(x)
+
+The gamma function, element by element, for real numbers: gamma(n + 1) is the factorial of n.
 
 ### abs(z), re(z), im(z), conj(z)
 
 The magnitude, the real and the imaginary part, and the conjugate, element by element. Units stay.
 
-### floor(x), mod(x, y)
+### arg(z), sign(z)
 
-The greatest integer that is not above x; the remainder of x/y, which has the sign of y. Element by
-element, for real numbers.
+The angle of a number in radians; its sign -1, 0 or 1, or z/abs(z) where z is complex. Element by element.
+
+### hypot(x, y)
+
+The square root of x^2 + y^2, without overflow on the way, element by element. Both have one unit.
+
+### floor(x), ceil(x), round(x), trunc(x)
+
+The nearest integer below, above or on either side of x, or towards zero. Element by element, for real plain
+numbers. `round` takes a half away from zero: round(2.5) is 3. To round a quantity, divide it by its unit.
+
+### mod(x, y)
+
+The remainder of x/y, which has the sign of y. Element by element, for real numbers of one unit.
+
+### max(a, b, ...), min(a, b, ...)
+
+The larger and the smaller of several real numbers or matrices, element by element; NaN where one of them is
+NaN. With a single matrix they are functions of the pack.
 
 ### if(c, a, b)
 
@@ -30,6 +60,67 @@ a when the number c is not 0, else b; only one of them is evaluated.
 ### pi
 
 The ratio of a circle's circumference to its diameter.
+
+## Building matrices
+
+### zeros(m, n), ones(m, n)
+
+An m x n matrix of zeros, or of ones. Zeros fit every unit; ones(3, 1){kN} has one.
+
+### linspace(a, b, n)
+
+A column of n numbers at equal distances from a to b, both included. a and b may have a unit.
+
+### blocks([A, B; C, D])
+
+One matrix of a nested array of matrices and plain numbers, each put at its place. Those beside one another
+have equally many rows, those above one another equally many columns.
+
+## Sums, counts and order
+
+### sum(A), prod(A), mean(A)
+
+The sum, the product and the mean of all elements. With a second argument, sum(A, 1) goes down each column
+and gives a row, sum(A, 2) goes along each row and gives a column. `sum` and `mean` keep the unit, `prod`
+multiplies it.
+
+### any(A), all(A)
+
+1 when some element, or every element, is not zero, else 0. A second argument is that of `sum`.
+
+### cumsum(v)
+
+The sums of the first elements, of the first two, and so on. A matrix needs the direction: cumsum(A, 1) goes
+down each column, cumsum(A, 2) along each row.
+
+### sort(v)
+
+The elements in ascending order, NaN last, for real numbers; reverse(sort(v)) is the descending order. A matrix
+needs the direction, 1 or 2, as in `cumsum`.
+
+### find(v)
+
+The indices of the elements that are not zero, counted from ORIGIN, as a column; of a matrix, two columns with
+row and column indices, column by column. With no such element it has no rows.
+
+### numel(A)
+
+The number of elements; 1 for a number.
+
+## Products and determinant
+
+### dot(a, b)
+
+The sum of conj(a[i])*b[i] over two vectors of equal length. Units are multiplied.
+
+### cross(a, b)
+
+The vector product of two vectors of three elements, in the shape of the first. Units are multiplied.
+
+### det(A), trace(A)
+
+The determinant of a square matrix, by elimination with partial pivoting; the sum of its diagonal. The unit of
+the determinant of an n x n matrix is the n-th power of that of A.
 
 ## Data
 

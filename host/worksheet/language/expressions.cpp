@@ -10,6 +10,7 @@
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/engine/stack.hpp"
+#include "host/worksheet/functions/unknown_names.hpp"
 
 namespace worksheet {
 
@@ -21,7 +22,7 @@ Value TextNode::evaluate(Machine& machine) const {
 Value VariableNode::evaluate(Machine& machine) const {
   if (variable->defined) return machine.value_of(*variable);
   if (constant != nullptr) return number_value(*constant);
-  return machine.fail(span, fmt::format("unknown name: {}", variable->name));
+  return no_value_error(machine, span, variable->name, variable);
 }
 
 namespace {
@@ -277,8 +278,9 @@ Value CallNode::value_of(Machine& machine, const Call& call) const {
     return machine.call(function_of(held), call.arguments, span);
   if (builtin != nullptr) return call_builtin(machine, *builtin, call);
   if (row != nullptr) return machine.call(*row, call);
-  return machine.fail(span, known ? fmt::format("{} is {}, not a function", name, kind_name(held))
-                                  : fmt::format("unknown name: {}", name));
+  if (!known)
+    return no_function_error(machine, {span.begin, span.begin + name.size()}, name, variable);
+  return machine.fail(span, fmt::format("{} is {}, not a function", name, kind_name(held)));
 }
 
 Value IfNode::evaluate(Machine& machine) const {

@@ -160,6 +160,21 @@ bool Parser::left_side(Kind& kind, List& parts) {
   return look(1) != '=' && take('=');
 }
 
+std::vector<std::string> Parser::names_on_the_left() {
+  advance(0);
+  Kind kind = Kind::display;
+  List parts;
+  std::vector<std::string> names;
+  try {
+    if (!left_side(kind, parts)) return names;
+  } catch (const SyntaxError&) {
+    return names;  // In an index.
+  }
+  for (Syntax at(tree_, parts.first); at; at = at.next()) names.emplace_back(at.text());
+  if (kind != Kind::assignment) names.resize(1);
+  return names;
+}
+
 bool Parser::add_name(List& names) {
   const std::string_view taken = word();
   if (taken.empty() || is_keyword(taken)) return false;
@@ -236,6 +251,10 @@ void Parser::end_of_block(std::size_t begin, std::string_view word_of_block) {
 
 SyntaxTree parse(const Source& source) {
   return Parser(source.text).whole_text();
+}
+
+std::vector<std::string> assigned_names(const Source& source) {
+  return Parser(source.text).names_on_the_left();
 }
 
 }  // namespace worksheet

@@ -28,6 +28,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "host/worksheet/language/syntax.hpp"
 
@@ -41,5 +42,8 @@ struct SyntaxError : std::runtime_error {
 
 // The text of the source must outlive the tree. Throws SyntaxError.
 SyntaxTree parse(const Source& source);
+
+// The names that a statement assigns or defines, whether it can be read to its end or not.
+std::vector<std::string> assigned_names(const Source& source);
 
 }  // namespace worksheet

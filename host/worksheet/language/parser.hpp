@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/worksheet/language/parse.hpp"
 #include "host/worksheet/language/words.hpp"
@@ -20,6 +21,7 @@ class Parser {
   }
 
   SyntaxTree whole_text();
+  std::vector<std::string> names_on_the_left();
 
  private:
   // The children of a piece under construction.

@@ -67,6 +67,7 @@ std::size_t StatementReader::follow(std::string_view line, std::size_t at, Piece
       ++at;
       continue;
     }
+    if (c == '#') break;  // A comment that is shown.
     last_ = c;
     std::size_t length = 1;
     if (c == '"' || c == '{') {
@@ -84,7 +85,7 @@ std::size_t StatementReader::follow(std::string_view line, std::size_t at, Piece
     if (at_start_ && c == ';' && blocks_ == 0) return at;
   }
   at_start_ = brackets_.empty();
-  return at;
+  return line.size();
 }
 
 // A word outside of brackets: it may begin a block, or end one.
@@ -122,10 +123,10 @@ std::vector<Source> StatementReader::add_line(std::string_view given) {
   // A line that is no UTF-8 is mended and stays whole: it is going to be shown.
   is_sound ? blank_comment(line) : static_cast<void>(line = mended(line));
   if (!brackets_.empty() && begins_statement(line)) {
-    if (blocks_ == 0)
-      give(false, &done);
-    else
-      brackets_.clear();
+    if (blocks_ == 0) give(false, &done);
+    brackets_.clear();
+    undecided_ = false;
+    at_start_ = true;
   }
   for (std::size_t at = 0;;) {
     Piece piece;

@@ -6,6 +6,7 @@
 #include "host/worksheet/engine/assignment.hpp"
 #include "host/worksheet/engine/part_assignment.hpp"
 #include "host/worksheet/engine/stack.hpp"
+#include "host/worksheet/functions/unknown_names.hpp"
 
 namespace worksheet {
 
@@ -57,8 +58,7 @@ Flow AssignStep::run(Machine& machine, Value* error) const {
 
 Flow UpdateStep::run(Machine& machine, Value* error) const {
   const std::size_t since = machine.store.size();
-  const Value value = !variable->defined
-                          ? machine.fail(place, fmt::format("unknown name: {}", variable->name))
+  const Value value = !variable->defined ? no_value_error(machine, place, variable->name, variable)
                       : indices == nullptr ? update(machine)
                                            : update_part(machine);
   if (is_error(value)) return failed(error, value);

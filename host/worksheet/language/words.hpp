@@ -8,8 +8,8 @@
 namespace worksheet {
 
 // The words that are no names. A matter of the grammar: editors colour them.
-inline constexpr std::array<std::string_view, 9> kKeywords = {
-    "for", "while", "if", "elseif", "else", "end", "break", "continue", "in"};
+inline constexpr std::array<std::string_view, 10> kKeywords = {
+    "for", "while", "if", "elseif", "else", "end", "break", "continue", "in", "help"};
 
 inline bool is_keyword(std::string_view name) {
   return std::find(kKeywords.begin(), kKeywords.end(), name) != kKeywords.end();

@@ -137,7 +137,11 @@ void Printer::print_error() {
     return;
   }
   const auto* const error = static_cast<const aError*>(outcome_.value.object);
-  out_ << fmt::format("{} {}\n", red("error:"), error->message->text);
+  out_ << red("error:");
+  // Short, so that the error that came first stays in sight.
+  if (outcome_.failed_line() != 0) out_ << fmt::format(" line {}:", outcome_.line);
+  out_ << fmt::format(" {}\n", error->message->text);
+  if (outcome_.failed_line() != 0) return;
   const Place& place = outcome_.place;
   const bool known = outcome_.is_place_known();
   // An error inside a function: the statement that came there is shown, too.

@@ -10,7 +10,7 @@ namespace worksheet {
 namespace {
 
 // Markdown as plain text, laid out in lines. Paragraphs and points are wrapped; examples and tables
-// stay as they are.
+// stay as they are. No table begins within a paragraph: there a bar is an absolute value.
 std::string laid_out(std::string_view markdown, std::size_t width) {
   std::string result, paragraph;
   auto flush = [&] {
@@ -24,7 +24,7 @@ std::string laid_out(std::string_view markdown, std::size_t width) {
     if (line.starts_with("```")) {
       flush();
       example = !example;
-    } else if (example || line.starts_with('|')) {
+    } else if (example || (line.starts_with('|') && paragraph.empty())) {
       flush();
       if (line.find_first_not_of("|-: ") != std::string_view::npos)
         result += fmt::format("    {}\n", example ? std::string(line) : plain_text(line));
@@ -42,6 +42,16 @@ std::string laid_out(std::string_view markdown, std::size_t width) {
   return result + '\n';
 }
 
+// The names of an entry as they are written in worksheets: of "A' (transpose)" the operator.
+std::vector<std::string> written_names(const ReferenceEntry& entry) {
+  const std::size_t behind = entry.heading.find(" (");
+  if (behind != std::string::npos) return {entry.heading.substr(0, behind)};
+  std::vector<std::string> names;
+  for (const std::string& name : entry.names)
+    if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+  return names;
+}
+
 // The groups with the names in them.
 std::string overview(const std::vector<ReferenceEntry>& entries, std::size_t width) {
   constexpr std::size_t kNames = 40;
@@ -56,7 +66,7 @@ std::string overview(const std::vector<ReferenceEntry>& entries, std::size_t wid
   for (const ReferenceEntry& entry : entries) {
     if (entry.group != group) flush();
     group = entry.group;
-    listed.insert(listed.end(), entry.names.begin(), entry.names.end());
+    for (std::string& name : written_names(entry)) listed.push_back(std::move(name));
   }
   flush();
   return text + "\nhelp NAME says more.\n";
@@ -84,8 +94,10 @@ std::string help_text(const HelpPage& page, int width) {
     default:
       break;
   }
-  const ReferenceEntry& entry = page.entries.front();
-  std::string text = fmt::format("{}\n\n{}", entry.heading, laid_out(entry.text, columns));
+  std::string text;
+  for (const ReferenceEntry& entry : page.entries)
+    text += fmt::format("{}{}\n\n{}", text.empty() ? "" : "\n", entry.heading,
+                        laid_out(entry.text, columns));
   for (const Row* row : page.rows) text += row_text(*row);
   return text;
 }

@@ -54,7 +54,7 @@ void mend_texts(std::string& svg) {
 std::string drawn_by_gnuplot(const Machine& machine, const Picture& picture, PictureFormat format) {
   std::string content = run_gnuplot(gnuplot_script(picture, format), &machine.interrupted);
   if (!is_whole(content, format)) throw PlotError("gnuplot ended without a whole picture");
-  if (format == PictureFormat::svg) mend_texts(content);
+  if (format != PictureFormat::png) mend_texts(content);
   return content;
 }
 
@@ -63,7 +63,7 @@ Drawn drawn(Machine& machine, const PlotRequest& request, const Picture& picture
   Drawn result = {request.file, "", description_of(picture)};
   if (!request.file.empty())
     write_picture(machine, request, drawn_by_gnuplot(machine, picture, request.format));
-  if (machine.keeps_pictures) result.svg = drawn_by_gnuplot(machine, picture, PictureFormat::svg);
+  if (machine.keeps_pictures) result.svg = drawn_by_gnuplot(machine, picture, PictureFormat::page);
   return result;
 }
 

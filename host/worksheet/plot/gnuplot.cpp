@@ -123,7 +123,7 @@ class Child {
 };
 
 // All that comes until the other end is closed.
-std::string read_all(int from, const volatile std::sig_atomic_t* interrupted) {
+std::string read_all(int from, efi::StopFlag interrupted) {
   std::string content;
   std::vector<char> buffer(1 << 16);
   for (;;) {
@@ -151,7 +151,7 @@ std::string complaint(int file) {
 
 }  // namespace
 
-std::string run_gnuplot(const std::string& script, const volatile std::sig_atomic_t* interrupted) {
+std::string run_gnuplot(const std::string& script, efi::StopFlag interrupted) {
   const efi::Descriptor input = memory_file(script), errors = memory_file();
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) fail_with_errno(errno);

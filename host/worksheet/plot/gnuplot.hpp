@@ -1,9 +1,10 @@
 // gnuplot, as a child process.
 #pragma once
 
-#include <csignal>
 #include <stdexcept>
 #include <string>
+
+#include "host/efiutils/streams.hpp"
 
 namespace worksheet {
 
@@ -14,6 +15,6 @@ struct PlotError : std::runtime_error {
 
 // What gnuplot writes to its standard output for the script. Once *interrupted is set, it is
 // killed. Throws PlotError.
-std::string run_gnuplot(const std::string& script, const volatile std::sig_atomic_t* interrupted);
+std::string run_gnuplot(const std::string& script, efi::StopFlag interrupted);
 
 }  // namespace worksheet

@@ -33,6 +33,8 @@ struct Picture {
   double origin = 0.0;
 };
 
-enum class PictureFormat { svg, png };
+// `page` is an SVG for a page: its words are larger beside the picture, to be read on a telephone
+// too.
+enum class PictureFormat { svg, png, page };
 
 }  // namespace worksheet

@@ -51,6 +51,21 @@ struct Extent {
   double size() const { return high - low; }
 };
 
+// What an axis leaves free on both sides of its data, as shares of the picture. One that begins or
+// ends at zero, or nearly so, does so with the axis.
+struct Margins {
+  double low, high;
+  bool from_zero = false, to_zero = false;
+
+  Margins(const Extent& data, double share) : low(share), high(share) {
+    if (!(data.size() > 0.0)) return;
+    from_zero = data.low >= 0.0 && data.low <= share * data.size();
+    to_zero = data.high <= 0.0 && -data.high <= share * data.size();
+    if (from_zero) low = 0.0;
+    if (to_zero) high = 0.0;
+  }
+};
+
 // A picture's script under construction.
 class Script {
  public:
@@ -75,6 +90,8 @@ class Script {
   void frame() {
     if (format_ == PictureFormat::svg)
       add("set terminal svg size 640,400 dynamic enhanced font 'sans-serif,13'");
+    else if (format_ == PictureFormat::page)
+      add("set terminal svg size 480,320 dynamic enhanced font 'sans-serif,14'");
     else
       add("set terminal pngcairo size 1280,800 enhanced font 'sans-serif,20' linewidth 2 "
           "pointscale 2 background '#ffffff'");
@@ -96,25 +113,42 @@ class Script {
         "'{}'",
         kInk);
     if (picture_.kind == Picture::Kind::complex_plane) complex_axes();
+    add("set autoscale xfix");
     if (picture_.kind == Picture::Kind::log_points)
       add("set logscale y\nset format y '10^{{%T}}'\nset offsets graph 0.02, graph 0.02, 0, 0");
     else
-      add("set offsets graph 0.02, graph 0.02, graph 0.04, graph 0.04");
-    add("set autoscale xfix");
+      margins();
     text_ += "plot ";
     for (std::size_t k = 0; k < picture_.curves.size(); ++k) curve(k);
     text_ += '\n';
     for (const Picture::Curve& curve : picture_.curves) data(curve);
   }
 
-  void complex_axes() {
-    Extent re, im;
+  // The extents of the points, along x and y.
+  std::pair<Extent, Extent> extents() const {
+    Extent x, y;
     for (const Picture::Curve& curve : picture_.curves)
       for (std::size_t k = 0; k < curve.x.size(); ++k)
         if (can_be_drawn(curve.x[k]) && can_be_drawn(curve.y[k])) {
-          re.take(curve.x[k]);
-          im.take(curve.y[k]);
+          x.take(curve.x[k]);
+          y.take(curve.y[k]);
         }
+    return {x, y};
+  }
+
+  void margins() {
+    const auto [x_extent, y_extent] = extents();
+    const bool plane = picture_.kind == Picture::Kind::complex_plane;
+    const Margins x(plane ? Extent() : x_extent, 0.02), y(plane ? Extent() : y_extent, 0.04);
+    add("set offsets graph {}, graph {}, graph {}, graph {}", x.low, x.high, y.high, y.low);
+    for (const auto& [axis, margin] : {std::pair('x', x), std::pair('y', y)}) {
+      if (margin.from_zero) add("set {}range [0:*]", axis);
+      if (margin.to_zero) add("set {}range [*:0]", axis);
+    }
+  }
+
+  void complex_axes() {
+    const auto [re, im] = extents();
     for (const char axis : {'x', 'y'})
       add("set {}zeroaxis linetype 1 linewidth 0.8 linecolor rgb '{}'", axis, kInk);
     const double ratio = re.size() / im.size();

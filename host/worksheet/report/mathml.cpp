@@ -11,16 +11,19 @@
 #include "host/worksheet/output/number_text.hpp"
 #include "host/worksheet/output/printed_size.hpp"
 #include "host/worksheet/report/markup.hpp"
+#include "host/worksheet/report/number_markup.hpp"
 
 namespace worksheet {
 
 namespace {
 
-// Longer and wider matrices are elided.
+// Longer and wider matrices are elided; with all their elements, longer ones become tables, which
+// break between the pages of a print.
 constexpr int kMostRows = 16;
 constexpr int kMostCols = 8;
-
-constexpr const char* kMinus = "<mo form=\"prefix\">\u2212</mo>";
+// What of a matrix stands beside its name and its unit, in em.
+constexpr double kMostWidth = 40.0;
+constexpr double kOtherCellWidth = 4.0;  // Of what is no number, more or less.
 
 // Before a unit; twice behind a bracket.
 constexpr const char* kUnitSpace = "<mspace width=\"0.25em\"/>";
@@ -29,30 +32,9 @@ std::string row(const std::string& content) {
   return "<mrow>" + content + "</mrow>";
 }
 
-// A real number without its sign.
-std::string magnitude_markup(double x, int digits) {
-  if (std::isnan(x)) return "<mi>NaN</mi>";
-  if (std::isinf(x)) return "<mo>\u221E</mo>";
-  const std::string text = number_text(std::fabs(x), digits);
-  const std::size_t e = text.find('e');
-  if (e == std::string::npos) return fmt::format("<mn>{}</mn>", text);
-  const int exponent = std::stoi(text.substr(e + 1));
-  return fmt::format("<mn>{}</mn><mo>\u00D7</mo><msup><mn>10</mn><mrow>{}<mn>{}</mn></mrow></msup>",
-                     text.substr(0, e), exponent < 0 ? kMinus : "", std::abs(exponent));
-}
-
-std::string real_markup(double x, int digits) {
-  const bool minus = std::signbit(x) && x != 0.0 && !std::isnan(x);
-  return (minus ? kMinus : "") + magnitude_markup(x, digits);
-}
-
-std::string number_markup(const Number& z, int digits) {
-  if (z.imag() == 0.0) return row(real_markup(z.real(), digits));
-  const std::string im = magnitude_markup(z.imag(), digits) + "<mi>i</mi>";
-  const bool minus = std::signbit(z.imag());
-  if (z.real() == 0.0) return row((minus ? kMinus : "") + im);
-  return row(real_markup(z.real(), digits) +
-             fmt::format("<mo form=\"infix\">{}</mo>", minus ? "\u2212" : "+") + im);
+std::string math(const std::string& content, bool block = false) {
+  return fmt::format("<math xmlns=\"http://www.w3.org/1998/Math/MathML\"{}>{}</math>",
+                     block ? " display=\"block\"" : "", row(content));
 }
 
 // A unit's name, its powers raised: "kN/m^2", "1/(m s^(1/2))".
@@ -87,26 +69,55 @@ std::string unit_markup(const Unit& unit) {
   return result;
 }
 
+std::ptrdiff_t place(const aMatrix* m, int i, int j) {
+  return static_cast<std::ptrdiff_t>(j) * m->leading_dimension + i;
+}
+
 class MathWriter {
  public:
   explicit MathWriter(const DisplayOptions& options) : options_(options) {}
 
-  // The value with those nested in it, if they fit the page.
-  std::string markup(const Value& v) {
+  // "start value" as a line of the page: the value with those nested in it, if they fit.
+  std::string line(const std::string& start, const Value& v) {
     std::size_t left = kReportLimit.most;
     shows_nested_ = options_.all || count(v, left, 0);
-    return value(v, 0);
+    if (!is_matrix(v)) return math(start + value(v, 0)) + '\n';
+    const std::string unit = v.unit == nullptr ? "" : unit_markup(*v.unit);
+    const aMatrix* const m = matrix(v);
+    if (rows(m).size() > kMostRows) return table(start, m, unit);
+    const std::string formula = math(start + matrix_markup(m, 0), true);
+    if (unit.empty()) return formula + '\n';
+    // However far the matrix is scrolled, its unit is seen.
+    return fmt::format("<div class=\"formula\"><div class=\"scroll\">{}</div>{}</div>\n", formula,
+                       math(kUnitSpace + unit));
   }
 
  private:
   std::vector<int> rows(const aMatrix* m) const {
     return shown_indices(m->rows, options_.all ? m->rows : kMostRows);
   }
+  // As many columns as a page has room for.
   std::vector<int> cols(const aMatrix* m) const {
-    return shown_indices(m->cols, options_.all ? m->cols : kMostCols);
+    if (options_.all) return shown_indices(m->cols, m->cols);
+    for (int most = std::min(m->cols, kMostCols);; --most) {
+      std::vector<int> shown = shown_indices(m->cols, most);
+      double width = 0.0;
+      for (const int j : shown) width += column(m, j).width();
+      if (width <= kMostWidth || most <= 3) return shown;
+    }
   }
-  static std::ptrdiff_t place(const aMatrix* m, int i, int j) {
-    return static_cast<std::ptrdiff_t>(j) * m->leading_dimension + i;
+  NumberColumn column(const aMatrix* m, int j) const {
+    NumberColumn column(options_.digits);
+    if (j < 0) return column;
+    for (const int i : rows(m)) {
+      if (i < 0) continue;
+      const double re = re_at(m, place(m, i, j));
+      if (efi::is_nested_element(re))
+        column.reserve(kOtherCellWidth);
+      else
+        column.take({re, im_at(m, place(m, i, j))});
+    }
+    return column;
   }
 
   // Takes the elements that are shown from what is left; false when they are more.
@@ -138,7 +149,7 @@ class MathWriter {
   }
 
   std::string number(const Value& v) const {
-    const std::string plain = number_markup(worksheet::number(v), options_.digits);
+    const std::string plain = NumberColumn(options_.digits).markup(worksheet::number(v));
     if (v.unit == nullptr) return plain;
     const bool complex = v.re != 0.0 && v.im != 0.0;
     return row((complex ? "<mo stretchy=\"false\">(</mo>" + plain + "<mo stretchy=\"false\">)</mo>"
@@ -146,40 +157,61 @@ class MathWriter {
                unit_markup(*v.unit));
   }
 
-  std::string cell(const aMatrix* m, int i, int j, std::size_t depth) const {
+  std::string cell(const aMatrix* m, int i, int j, const NumberColumn& column,
+                   std::size_t depth) const {
     if (i < 0 || j < 0)
       return i < 0 && j < 0 ? "<mo>\u22F1</mo>" : i < 0 ? "<mo>\u22EE</mo>" : "<mo>\u22EF</mo>";
     const std::ptrdiff_t k = place(m, i, j);
     const double re = re_at(m, k);
-    if (!efi::is_nested_element(re)) return number_markup({re, im_at(m, k)}, options_.digits);
+    if (!efi::is_nested_element(re)) return column.markup({re, im_at(m, k)});
     const Value inner = nested(re);
     const bool named = !shows_nested_ || is_too_deep(depth + 1);
     if (!named || !is_matrix(inner)) return value(inner, depth + 1);
     return fmt::format("<mtext>[{} \u00D7 {}]</mtext>", matrix(inner)->rows, matrix(inner)->cols);
   }
 
-  std::string matrix_markup(const aMatrix* m, std::size_t depth) const {
-    std::string table = "<mo fence=\"true\">[</mo><mtable columnalign=\"right\">";
+  // The rows of a matrix, each cell and each row between the marks of its kind.
+  std::string cells(const aMatrix* m, std::size_t depth, const char* row_name,
+                    const char* cell_name, bool is_html) const {
     const std::vector<int> shown = cols(m);
+    std::vector<NumberColumn> columns;
+    for (const int j : shown) columns.push_back(column(m, j));
+    std::string result;
     for (const int i : rows(m)) {
-      table += "<mtr>";
-      for (const int j : shown) table += "<mtd>" + cell(m, i, j, depth) + "</mtd>";
-      table += "</mtr>";
+      result += fmt::format("<{}>", row_name);
+      for (std::size_t k = 0; k < shown.size(); ++k) {
+        const std::string content = cell(m, i, shown[k], columns[k], depth);
+        result += fmt::format("<{0}>{1}</{0}>", cell_name, is_html ? math(content) : content);
+      }
+      result += fmt::format("</{}>", row_name);
     }
-    table += "</mtable><mo fence=\"true\">]</mo>";
-    if (options_.all || (m->rows <= kMostRows && m->cols <= kMostCols)) return table;
+    return result;
+  }
+
+  std::string matrix_markup(const aMatrix* m, std::size_t depth) const {
+    const std::string table = "<mo fence=\"true\">[</mo><mtable columnalign=\"right\">" +
+                              cells(m, depth, "mtr", "mtd", false) +
+                              "</mtable><mo fence=\"true\">]</mo>";
+    const bool whole = options_.all || (m->rows <= kMostRows &&
+                                        cols(m).size() == static_cast<std::size_t>(m->cols));
+    if (whole) return table;
     return fmt::format("<munder>{}<mtext>{} \u00D7 {}</mtext></munder>", row(table), m->rows,
                        m->cols);
+  }
+
+  std::string table(const std::string& start, const aMatrix* m, const std::string& unit) const {
+    const std::string extents = fmt::format("<mtext>{} \u00D7 {}</mtext>{}", m->rows, m->cols,
+                                            unit.empty() ? "" : "<mtext>\u00A0in</mtext>" + unit);
+    return fmt::format("<table class=\"matrix\"><caption>{}</caption>{}</table>\n",
+                       math(start + extents), cells(m, 0, "tr", "td", true));
   }
 
   const DisplayOptions& options_;
   bool shows_nested_ = true;
 };
 
-std::string formula(const std::string& name, const std::string& value, bool tall) {
-  const std::string start = name.empty() ? "" : fmt::format("<mi>{}</mi><mo>=</mo>", escaped(name));
-  return fmt::format("<math xmlns=\"http://www.w3.org/1998/Math/MathML\"{}>{}</math>\n",
-                     tall ? " display=\"block\"" : "", row(start + value));
+std::string start_of(const std::string& name) {
+  return name.empty() ? "" : fmt::format("<mi>{}</mi><mo>=</mo>", escaped(name));
 }
 
 }  // namespace
@@ -188,11 +220,12 @@ std::string math_markup(const efi::Store& store, const std::string& name, const 
                         const DisplayOptions& options) {
   MathWriter writer(options);
   const auto parts = store.parts(value.object);
-  if (parts.empty()) return formula(name, writer.markup(value), is_matrix(value));
+  if (parts.empty()) return writer.line(start_of(name), value);
   std::string result;
   for (std::size_t k = 0; k < parts.size(); ++k)
-    result += formula(fmt::format("{}{}part {}", name, name.empty() ? "" : ", ", k + 1),
-                      writer.markup(object_value(parts[k], value.unit)), true);
+    result +=
+        writer.line(start_of(fmt::format("{}{}part {}", name, name.empty() ? "" : ", ", k + 1)),
+                    object_value(parts[k], value.unit));
   return result;
 }
 

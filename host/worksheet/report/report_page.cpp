@@ -41,14 +41,21 @@ background:none;color:var(--dim);font:inherit;font-size:.8125rem;cursor:pointer}
 border-bottom:1px solid var(--rule)}
 .source{flex:1 1 0;min-width:min(20rem,100%);color:var(--code)}
 .comment{color:var(--dim);font-style:italic}
-.result{flex:0 0 auto;min-width:calc(50% - .75rem);max-width:100%;overflow-x:auto;overflow-y:hidden}
+.result{flex:0 0 auto;min-width:calc(50% - .75rem);max-width:100%}
 math{font-size:1.05rem;font-family:"STIX Two Math","Cambria Math","Latin Modern Math","Libertinus Math","DejaVu Math TeX Gyre",math,serif}
+.scroll,.result{overflow-x:auto;overflow-y:hidden;scrollbar-width:thin}
+.formula{display:flex;align-items:center}
+.formula .scroll{flex:0 1 auto;min-width:0}
+.formula .scroll+math{flex:none;padding-left:.25rem}
+table.matrix{border-spacing:0;margin:.2rem 0 .3rem;border-left:1.5px solid;border-right:1.5px solid}
+table.matrix caption{text-align:left;padding-bottom:.3rem}
+table.matrix td{text-align:right;padding:.1rem .5rem}
 math[display=block]{display:block math;width:max-content;text-align:left;margin:.2rem 0 .3rem}
 mtable{font-variant-numeric:tabular-nums}
 mtd{text-align:right;text-align:-webkit-right;padding:.2em .55em}
 munder mtext{color:var(--dim);font-size:.8rem}
 figure{flex:1 1 100%;margin:.8rem 0 .6rem}
-figure svg{display:block;width:100%;max-width:40rem;height:auto;margin:0 auto}
+figure svg{display:block;width:100%;max-width:36rem;height:auto;margin:0 auto}
 figure svg text{font-family:system-ui,-apple-system,"Segoe UI",Roboto,"Noto Sans","Liberation Sans","DejaVu Sans",sans-serif}
 figure svg image{image-rendering:pixelated}
 figcaption{text-align:center;color:var(--dim);font-size:.8125rem}
@@ -61,7 +68,8 @@ mark{background:var(--mark);color:inherit;border-bottom:2px solid var(--bad)}
 mark.caret{border:0;background:none;color:var(--bad);font-weight:bold}
 @media (max-width:40rem){body{padding:1.25rem 1rem 3rem}h1{font-size:1.35rem}.result{padding-left:.5rem}}
 @media print{html{font-size:10pt}body{max-width:none;padding:0}#theme{display:none}a{color:inherit}
-.statement,figure,.drawing{break-inside:avoid}h2,h3{break-after:avoid}.result{overflow:visible}
+.statement:not(:has(table)),figure,.drawing,tr{break-inside:avoid}h2,h3,caption,.source{break-after:avoid}
+.statement:has(table){display:block}.result,.scroll{overflow:visible}
 .failed{background:none}figure svg{max-width:14cm}}
 )";
 

@@ -33,6 +33,8 @@ struct Outcome {
 
   bool is_syntax_error() const { return !syntax_message.empty(); }
   bool failed() const { return is_syntax_error() || is_error(value); }
+  // The line of the statement because of whose failure this one failed; 0 if it failed by itself.
+  int failed_line() const { return is_place_known() ? place.cause.line : 0; }
   bool is_place_known() const { return place.error == value.object && place.source != nullptr; }
 };
 

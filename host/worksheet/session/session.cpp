@@ -6,9 +6,11 @@
 
 #include "fmt/format.h"
 #include "host/worksheet/engine/assignment.hpp"
+#include "host/text/utf8.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/readable.hpp"
 #include "host/worksheet/language/compile.hpp"
+#include "host/worksheet/language/parse.hpp"
 #include "host/worksheet/language/statement_reader.hpp"
 #include "host/worksheet/session/interruption.hpp"
 #include "host/worksheet/session/memory_reserve.hpp"
@@ -23,8 +25,6 @@ constexpr std::chrono::seconds kPatience(2);
 
 constexpr const char* kNoHelp = "there is no help on that; help alone lists everything";
 
-// Some editors put it in front of a text.
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 Value define(Machine& machine, Statement& statement) {
   const Function* const function = machine.keep(std::move(statement.function));
@@ -75,13 +75,24 @@ void Session::evaluate_into(Outcome& outcome, const Source& source) {
 void Session::run_into(Outcome& outcome, const Source& source) {
   try {
     const bool readable = source.objection.empty();
-    const auto topic = readable ? help_topic(source.text, machine_) : std::nullopt;
+    const auto topic = readable ? help_topic(source.text) : std::nullopt;
     if (!topic) return evaluate_into(outcome, source);
     outcome.help = help_page(machine_, *topic);
     outcome.value = outcome.help ? object_value(&kNoValue) : machine_.fail({}, kNoHelp);
   } catch (const std::bad_alloc&) {
     outcome.value = machine_.out_of_memory({});
   }
+}
+
+// What a failed statement should have defined has no value: those who use it are told why.
+void Session::remember_failure(const Outcome& outcome) try {
+  const Source& source = *outcome.source;
+  if (!outcome.failed() || !source.objection.empty()) return;
+  const Failure itself = {source.line, fmt::format("line {}", source.line)};
+  const Failure& failure = outcome.failed_line() != 0 ? outcome.place.cause : itself;
+  for (const std::string& name : assigned_names(source)) machine_.variable(name)->failure = failure;
+} catch (const std::bad_alloc&) {
+  // Then it is unknown to them.
 }
 
 Outcome Session::outcome_of(const Source& source) {
@@ -94,6 +105,7 @@ Outcome Session::outcome_of(const Source& source) {
   outcome.store = &machine_.store;
   run_into(outcome, source);
   outcome.place = machine_.place();
+  remember_failure(outcome);
   outcome.pictures = std::move(machine_.pictures);
   machine_.pictures.clear();
   outcome.notes = std::move(machine_.notes);

@@ -32,6 +32,7 @@ class Session {
  private:
   Outcome outcome_of(const Source& source);
   void run_into(Outcome& outcome, const Source& source);
+  void remember_failure(const Outcome& outcome);
   void evaluate_into(Outcome& outcome, const Source& source);
 
   Machine machine_;

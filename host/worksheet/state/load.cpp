@@ -41,10 +41,11 @@ Json bounded_json(const std::string& text) {
   }
 }
 
-// The member of that name, which is of the type that `is` tells.
-const Json& member(const Json& object, const char* name, bool (Json::*is)() const noexcept) {
+// The member of that name, which is of the type that `is` tells, if any.
+const Json& member(const Json& object, const char* name,
+                   bool (Json::*is)() const noexcept = nullptr) {
   const auto found = object.is_object() ? object.find(name) : object.end();
-  if (found == object.end() || !((*found).*is)())
+  if (found == object.end() || (is != nullptr && !((*found).*is)()))
     fail(fmt::format("\"{}\" is missing or wrong", name));
   return *found;
 }
@@ -70,7 +71,7 @@ class Maker {
     const std::string kind = text_member(json, "kind");
     Value made = number_value(0.0);
     if (kind == "scalar")
-      made = number_value(number_of(member_of(json, "re")), number_of(member_of(json, "im")));
+      made = number_value(number_of(member(json, "re")), number_of(member(json, "im")));
     else if (kind == "matrix")
       made = object_value(matrix(json));
     else if (kind == "string")
@@ -90,12 +91,6 @@ class Maker {
   static T* checked(T* made) {
     if (made == nullptr) throw std::bad_alloc();
     return made;
-  }
-
-  static const Json& member_of(const Json& object, const char* name) {
-    const auto found = object.find(name);
-    if (found == object.end()) fail(fmt::format("\"{}\" is missing or wrong", name));
-    return *found;
   }
 
   static const Unit* unit(const Json& json) {
@@ -121,8 +116,8 @@ class Maker {
         std::numeric_limits<std::uint32_t>::max() / sizeof(double);
     if (rows * cols > kMostElements) fail("a matrix is too large");
     bool holds_nested = false;
-    Part re = part(member_of(json, "re"), rows * cols, &holds_nested);
-    Part im = part(member_of(json, "im"), rows * cols, nullptr);
+    Part re = part(member(json, "re"), rows * cols, &holds_nested);
+    Part im = part(member(json, "im"), rows * cols, nullptr);
     aMatrix* const made = checked(machine_.store.new_matrix(
         static_cast<int>(rows), static_cast<int>(cols), re.get(), im.get(),
         static_cast<unsigned>(static_cast<std::size_t>(rows * cols) * sizeof(double))));

@@ -86,12 +86,6 @@ MATRIX_INLINE void over_elements(Index from, Index n, Body body) {
   if (k < n) body(k, double{});
 }
 
-// sums[q] += x[q] * y[q]
-MATRIX_INLINE void add_products(Lanes& sums, const double* x, const double* y) {
-  for (int i = 0; i < kParts; ++i)
-    sums.part[i] += load_vector(x + i * kWidth) * load_vector(y + i * kWidth);
-}
-
 MATRIX_INLINE void store_lanes(double* p, const Lanes& lanes) {
   for (int i = 0; i < kParts; ++i) store_vector(p + i * kWidth, lanes.part[i]);
 }

@@ -1,10 +1,9 @@
-#include "host/efiutils/fault_translation.hpp"
-
 #include <signal.h>
 #include <ucontext.h>
 
 #include <system_error>
 
+#include "host/efiutils/fault_translation.hpp"
 #include "pack/frame/faults.hpp"
 
 namespace efi {

@@ -1,0 +1,25 @@
+# From the one list of what the pack shows: the version script of ELF's linker, exports.map, or the
+# module definition of Windows', exports.def. Gives `pack_exports`, the file, and
+# `pack_export_names`.
+set(list_file ${PROJECT_SOURCE_DIR}/pack/exports.list)
+set(rows_file ${PROJECT_SOURCE_DIR}/pack/function_rows.inc)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list_file} ${rows_file})
+file(STRINGS ${list_file} exports REGEX "^(data|function) ")
+file(STRINGS ${rows_file} rows REGEX "^ROW\\(")
+foreach(row ${rows})
+  string(REGEX REPLACE "^ROW\\(([a-z0-9]+).*" "data string_\\1" row "${row}")
+  list(APPEND exports ${row})
+endforeach()
+list(TRANSFORM exports REPLACE "^[a-z]+ " "" OUTPUT_VARIABLE pack_export_names)
+
+if(WIN32)
+  set(pack_exports ${PROJECT_BINARY_DIR}/exports.def)
+  list(TRANSFORM exports REPLACE "^data (.*)" "  \\1 DATA")
+  list(TRANSFORM exports REPLACE "^function (.*)" "  \\1")
+  list(JOIN exports "\n" lines)
+  file(CONFIGURE OUTPUT ${pack_exports} CONTENT "EXPORTS\n${lines}\n")
+else()
+  set(pack_exports ${PROJECT_BINARY_DIR}/exports.map)
+  list(JOIN pack_export_names "; " names)
+  file(CONFIGURE OUTPUT ${pack_exports} CONTENT "{ global: ${names}; local: *; };\n")
+endif()
