@@ -5,7 +5,10 @@ set(header_dir ${CMAKE_INSTALL_INCLUDEDIR}/matrix_pack)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/matrix_pack)
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-install(TARGETS EfiUtils matrix EXPORT matrix_pack LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS EfiUtils matrix EXPORT matrix_pack
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 set(public_headers
   pack/host_interface.hpp pack/exports.hpp pack/frame/faults.hpp pack/frame/fp_control.hpp
   host/efiutils/catalogue.hpp host/efiutils/evaluator.hpp host/efiutils/fault_translation.hpp
@@ -17,7 +20,12 @@ endforeach()
 target_include_directories(EfiUtils INTERFACE $<INSTALL_INTERFACE:${header_dir}>)
 target_compile_features(EfiUtils INTERFACE cxx_std_20)
 
-install(FILES docs/functions.md DESTINATION ${CMAKE_INSTALL_LIBDIR} RENAME libmatrix.md)
+# Beside the library, under its name.
+if(WIN32)
+  install(FILES docs/functions.md DESTINATION ${CMAKE_INSTALL_BINDIR} RENAME matrix.md)
+else()
+  install(FILES docs/functions.md DESTINATION ${CMAKE_INSTALL_LIBDIR} RENAME libmatrix.md)
+endif()
 install(EXPORT matrix_pack NAMESPACE matrix_pack:: FILE matrix_packTargets.cmake
   DESTINATION ${package_dir})
 configure_package_config_file(cmake/matrix_packConfig.cmake.in matrix_packConfig.cmake

@@ -1,8 +1,6 @@
 // The smallest useful host: loads a pack, finds a row by name, calls its handler, reads the result.
 //
-//   minimal_host libmatrix.so
-#include <dlfcn.h>
-
+//   minimal_host libmatrix.so        on Windows: minimal_host matrix.dll
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -11,6 +9,7 @@
 #include "host/efiutils/evaluator.hpp"
 #include "host/efiutils/fault_translation.hpp"
 #include "host/efiutils/store.hpp"
+#include "library.hpp"
 #include "pack/host_interface.hpp"
 
 namespace {
@@ -48,10 +47,10 @@ void show(Anyval* value) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  void* pack = dlopen(argc > 1 ? argv[1] : "libmatrix.so", RTLD_NOW);
-  if (pack == nullptr) return std::fprintf(stderr, "%s\n", dlerror()), 2;
-  const auto* table = static_cast<const FunctionEntry*>(dlsym(pack, "theEfi"));
-  const auto* count = static_cast<const std::int32_t*>(dlsym(pack, "numFuncs"));
+  void* pack = open_library(argc > 1 ? argv[1] : kUsualPack);
+  if (pack == nullptr) return std::fprintf(stderr, "%s\n", library_error()), 2;
+  const auto* table = static_cast<const FunctionEntry*>(find_symbol(pack, "theEfi"));
+  const auto* count = static_cast<const std::int32_t*>(find_symbol(pack, "numFuncs"));
   if (table == nullptr || count == nullptr) return std::fprintf(stderr, "no pack\n"), 2;
   const FunctionEntry* lsolve = find_row(table, *count, "lsolve");
   if (lsolve == nullptr) return std::fprintf(stderr, "no lsolve\n"), 2;

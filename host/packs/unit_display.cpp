@@ -52,15 +52,21 @@ bool reads_well(double magnitude) {
   return rounded >= 1.0 && rounded < 1000.0;
 }
 
-// In the unit of that symbol, with the prefix that suits the magnitude.
-UnitProduct with_prefix(const Unit* unit, double magnitude, const std::string& symbol) {
-  const UnitProduct plain = converted(unit, {{find_named_unit(symbol), 1}});
+// In the unit of that symbol, with the prefix that suits the magnitude, times the other factors.
+UnitProduct with_prefix(const Unit* unit, double magnitude, const std::string& symbol,
+                        const Factors& others = {}) {
+  const auto in_units_of = [&](const NamedUnit* named) {
+    Factors factors = {{named, 1}};
+    factors.insert(factors.end(), others.begin(), others.end());
+    return converted(unit, factors);
+  };
+  const UnitProduct plain = in_units_of(find_named_unit(symbol));
   if (magnitude == 0.0 || !std::isfinite(magnitude)) return plain;
   const auto [least, most] = prefixes_of(symbol);
   for (std::ptrdiff_t k = least; k <= most; ++k) {
     const NamedUnit* const named = find_named_unit(kPrefixes[static_cast<std::size_t>(k)] + symbol);
     if (named == nullptr) continue;
-    const UnitProduct prefixed = converted(unit, {{named, 1}});
+    const UnitProduct prefixed = in_units_of(named);
     if (k == most || magnitude * prefixed.factor * (1.0 + 1e-9) < 1000.0) return prefixed;
   }
   return plain;
@@ -143,6 +149,14 @@ UnitProduct readable_unit(const Unit* unit, double magnitude) {
   const std::string& symbol = factors[0].unit->metric;
   if (symbol.empty() || reads_well(magnitude)) return {unit, 1.0};
   return with_prefix(unit, magnitude, symbol);
+}
+
+UnitProduct prefixed_unit(const Unit* unit, double magnitude) {
+  if (unit == nullptr || unit->origin() == Unit::Origin::asked) return {unit, 1.0};
+  const Factors& factors = unit->factors();
+  const Unit::Factor& first = factors.front();
+  if (first.power != Rational(1) || first.unit->metric.empty()) return {unit, 1.0};
+  return with_prefix(unit, magnitude, first.unit->metric, {factors.begin() + 1, factors.end()});
 }
 
 }  // namespace worksheet

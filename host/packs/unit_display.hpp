@@ -18,4 +18,9 @@ namespace worksheet {
 // - Everything else stays.
 UnitProduct readable_unit(const Unit* unit, double magnitude);
 
+// The same for numbers whose format asks for prefixes, whoever wrote the unit: the first factor of
+// the unit, if it takes prefixes and has the power 1, gets the one that puts the magnitude between
+// 1 and 1000. A unit that was asked for stays.
+UnitProduct prefixed_unit(const Unit* unit, double magnitude);
+
 }  // namespace worksheet

@@ -2,13 +2,14 @@
 # Includes point one way: a folder of the host knows those above it in these lists, and no other.
 set -euo pipefail
 cd "$1"
-worksheet="host/efiutils host/text host/packs host/worksheet/engine host/worksheet/data
+worksheet="host/efiutils host/text host/packs host/arguments host/audit/numeric host/audit host/worksheet/engine host/worksheet/data
   host/worksheet/plot host/worksheet/functions host/worksheet/language host/worksheet/help
   host/worksheet/session host/worksheet/output host/worksheet/state host/worksheet/report host/worksheet/program"
 packcheck="host/efiutils host/text host/packs host/arguments host/packcheck/watch host/packcheck
   host/packcheck/arguments host/packcheck/process host/packcheck/checks host/packcheck/program"
+calc="host/efiutils host/text host/packs calc"
 failed=0
-for order in "$worksheet" "$packcheck"; do
+for order in "$worksheet" "$packcheck" "$calc"; do
   known=""
   for folder in $order; do
     known+=" $folder "

@@ -1,11 +1,13 @@
 # Sourced by checks that want a Debian system on which nothing is installed yet.
 
-# make_root DIRECTORY: such a system, from the package archive that this machine uses.
+# make_root DIRECTORY [OPTION...]: such a system, from the package archive that this machine uses, with
+# options of debootstrap.
 make_root() {
-  local archive
+  local archive fresh=$1
+  shift
   archive=$(apt-get indextargets --format '$(SITE) $(CODENAME)' | awk '$2 == "bookworm" { print $1; exit }')
-  debootstrap --variant=minbase bookworm "$1" "$archive" >"$1.log" || {
-    cat "$1.log" >&2
+  debootstrap --variant=minbase "$@" bookworm "$fresh" "$archive" >"$fresh.log" || {
+    cat "$fresh.log" >&2
     return 1
   }
 }

@@ -39,6 +39,8 @@ for preset in debug clang m32 arm64; do
   echo "$preset: built and tested in $SECONDS s"
 done
 
+tests/checks/windows_check.sh "$digests" || failed+=("Windows")
+
 # same KIND PRESET...: the builds print the same lines of that kind as the first of them. What differs
 # can be found by digest --calls NAME of both.
 same() {
@@ -59,8 +61,8 @@ lines() {
   esac
 }
 
-same results release flags debug clang m32 arm64
-same fault-words release debug m32
+same results release flags debug clang m32 arm64 win64 win32
+same fault-words release debug m32 win64 win32
 same fault-words flags clang arm64
 
 # Threads of their own contexts: the sanitizer wants its addresses, not random ones.
@@ -80,6 +82,7 @@ tools/mutants --seeds 1 --count 8 --quick --least 0.75 || failed+=("mutations")
 
 doxygen docs/Doxyfile || failed+=("the reference of the programming interface")
 tests/checks/package_check.sh || failed+=("the Debian package")
+tests/checks/calc_check.sh || failed+=("the extension for LibreOffice Calc")
 tests/checks/browser_check.sh || failed+=("the reports in a browser")
 tests/checks/fresh_machine_check.sh || failed+=("a new machine")
 

@@ -9,8 +9,8 @@ install_packages packages-full.txt
 cd "$root"
 build package
 cpack --preset package >build/package/cpack.log || { cat build/package/cpack.log >&2; exit 1; }
-packages=(build/package/*.deb)
-lintian --allow-root --fail-on error,warning "${packages[@]}"
+packages=(build/package/matrix-pack_*.deb)
+lintian --allow-root --fail-on error,warning build/package/*.deb
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT

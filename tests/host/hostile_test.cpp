@@ -74,7 +74,7 @@ TEST(Hostile, Nesting) {
 // As many lines and bytes as these take their time in proportion only.
 TEST(Hostile, Length) {
   const Limits little = {.memory = 256 * kMiB, .seconds = 20};
-  const Limits quick = {.seconds = kSanitized ? 100 : 20};
+  const Limits quick = {.seconds = kSanitized ? 100u : 20u};
   std::string variables, lines;
   for (int k = 0; k < 20000; ++k) variables += fmt::format("A{} = [1, 2; 3, {}]\n", k, k);
   for (int k = 0; k < 50000; ++k) lines += fmt::format("x = {}\n", k);

@@ -108,12 +108,16 @@ TEST(Prompt, EvaluatesCompletesAndRemembers) {
     terminal.type("2)\r");
     EXPECT_TRUE(terminal.shows("x = 42")) << terminal.seen();
     ASSERT_TRUE(terminal.asks());
+    terminal.type("\x10\r");
+    EXPECT_TRUE(terminal.shows("2)\r\nx = 42")) << "the statement is whole: " << terminal.seen();
+    ASSERT_TRUE(terminal.asks());
     terminal.type("identi\t(1)\r");
     EXPECT_TRUE(terminal.shows("identity(1)")) << terminal.seen();
     ASSERT_TRUE(terminal.asks());
     terminal.type("1 + x # \u00fcber\r");
     EXPECT_TRUE(terminal.shows("43")) << terminal.seen();
     ASSERT_TRUE(terminal.asks());
+    terminal.type("quit\r");
     EXPECT_EQ(terminal.end(), 0);
   }
   Terminal again(home);
@@ -136,6 +140,9 @@ TEST(Prompt, CtrlCGivesUpALineOrAnEvaluation) {
     ASSERT_TRUE(terminal.shows("\n> ")) << terminal.seen();
     std::this_thread::sleep_for(std::chrono::milliseconds(30));  // For ticks behind the signal.
   }
+  terminal.type("1 + \r");
+  EXPECT_TRUE(terminal.shows("line 2, column 4")) << "lines that were given up count";
+  ASSERT_TRUE(terminal.asks());
   terminal.type("g(i, j) = i\r");
   ASSERT_TRUE(terminal.asks());
   terminal.type("h(i, j) = tr(matrix(200, 200, g))\r");

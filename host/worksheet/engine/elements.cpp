@@ -12,6 +12,21 @@ namespace {
 // Integer powers up to this one are products: exact where the products are.
 constexpr double kMostRepeatedProducts = 64;
 
+// The comparisons that all numbers have, and logic.
+template <class T>
+double truth_result(Operator op, const T& a, const T& b) {
+  switch (op) {
+    case Operator::equal:
+      return truth(a == b);
+    case Operator::both:
+      return truth(a != 0.0 && b != 0.0);
+    case Operator::either:
+      return truth(a != 0.0 || b != 0.0);
+    default:
+      return truth(a != b);
+  }
+}
+
 double real_result(Operator op, double a, double b) {
   switch (op) {
     case Operator::add:
@@ -32,14 +47,8 @@ double real_result(Operator op, double a, double b) {
       return truth(a > b);
     case Operator::greater_equal:
       return truth(a >= b);
-    case Operator::equal:
-      return truth(a == b);
-    case Operator::both:
-      return truth(a != 0.0 && b != 0.0);
-    case Operator::either:
-      return truth(a != 0.0 || b != 0.0);
     default:
-      return truth(a != b);
+      return truth_result(op, a, b);
   }
 }
 
@@ -60,14 +69,8 @@ Number complex_result(Operator op, const Number& a, const Number& b) {
       return b.imag() == 0.0 ? a / b.real() : a / b;
     case Operator::power:
       return power(a, b);
-    case Operator::equal:
-      return truth(a == b);
-    case Operator::both:
-      return truth(a != 0.0 && b != 0.0);
-    case Operator::either:
-      return truth(a != 0.0 || b != 0.0);
     default:
-      return truth(a != b);
+      return truth_result(op, a, b);
   }
 }
 

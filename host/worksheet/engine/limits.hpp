@@ -23,6 +23,9 @@ inline constexpr Limit kNestingLimit = {100, "brackets are nested too deeply"};
 inline constexpr Limit kBlockLimit = {100, "blocks are nested too deeply"};
 // Names that the body of a function gives values.
 inline constexpr Limit kLocalLimit = {100, "too many names in the body of a function"};
+// Files that are included within each other, and all that one statement includes.
+inline constexpr Limit kIncludeDepthLimit = {16, "files are included too deeply"};
+inline constexpr Limit kIncludeLimit = {1000, "one statement may include 1000 files, no more"};
 // Bytes of a unit.
 inline constexpr Limit kUnitLimit = {1000, "the unit is too long"};
 // Columns of a table in a file.

@@ -88,6 +88,7 @@ Value Machine::evaluate(const Node& node, const Source& source) {
   place_ = {};
   pictures.clear();
   notes.clear();
+  trust.clear();
   const Activation activation(*this, nullptr, &source);
   return node.evaluate(*this);
 }
@@ -215,10 +216,16 @@ Machine::LoopValue::~LoopValue() {
   machine_.loop_values_.pop_back();
 }
 
+void Machine::forget(Variable& variable) {
+  assign(variable, {});
+  variable.defined = false;
+}
+
 void Machine::end_statement() {
   last_applied_ = nullptr;
   pictures.clear();
   notes.clear();
+  trust.clear();
   place_ = {};
   try {
     if (lost_words_ > held_words_ / 8) return reclaim_all();

@@ -21,6 +21,7 @@
 #include "host/worksheet/engine/holders.hpp"
 #include "host/worksheet/engine/sheet_files.hpp"
 #include "host/worksheet/engine/source.hpp"
+#include "host/worksheet/engine/trust.hpp"
 #include "host/worksheet/engine/value.hpp"
 #include "host/worksheet/engine/variable.hpp"
 
@@ -41,15 +42,19 @@ class Machine {
   // The files that the worksheet reads and writes.
   SheetFiles files;
 
-  // What the statement under evaluation has drawn, with their SVG if pictures are kept for a
-  // report.
+  // What the statement under evaluation has drawn, with the SVG of those that are kept: for a
+  // report all, at the prompt those that go to no file.
   std::vector<Drawn> pictures;
-  bool keeps_pictures = false;
+  enum class Keep { none, without_file, all };
+  Keep keeps_pictures = Keep::none;
 
   // What its author should know about the statement under evaluation: what `read` left out, say.
   std::vector<std::string> notes;
   // Adds one, up to kNoteLimit.
   void note(std::string text);
+
+  // How far the results of the statement's calls can be trusted.
+  TrustNotes trust;
 
   // How closely packs are watched.
   efi::Care care = efi::Care::records;
@@ -96,6 +101,8 @@ class Machine {
    private:
     Machine& machine_;
   };
+  // From now on the variable is not defined.
+  void forget(Variable& variable);
 
   // The row of that name in the packs; null if there is none.
   const Row* find_row(std::string_view name) const;
@@ -151,6 +158,11 @@ class Machine {
   Value call_pack(const std::string& name, const std::function<Anyval*()>& entry,
                   std::span<Anyval* const> boxes, const Call& call);
 
+  // Checks a call that gave `result`; the same function is called again through `entry`. Not inside
+  // of a function that a pack calls back. Values made on the way are reclaimed.
+  void audit_call(const audit::Check* check, const Value& result, std::span<Anyval* const> boxes,
+                  const std::function<Anyval*(std::span<Anyval* const>)>& entry, Span span);
+
   // A value of the host's for `value`; null without memory.
   Anyval* boxed(const Value& value);
 
@@ -189,7 +201,8 @@ class Machine {
   Value* locals_ = nullptr;  // The same array, where the function has names of its own.
   double last_index_ = 0.0;
   const Source* source_ = nullptr;
-  Span pack_call_;  // The call of a pack's function that is under way.
+  Span pack_call_;      // The call of a pack's function that is under way,
+  int pack_calls_ = 0;  // and how many are, one inside of another.
   Place place_;
   std::size_t kept_ = 0;              // The number of values that the last statement left.
   std::vector<Variable*> assigned_;   // Objects, since then.

@@ -25,8 +25,12 @@ Value inverse(Machine& machine, const Value& base, Span span) {
   const auto entry = entry_point(machine, &Pack::inverse);
   if (entry == nullptr) return machine.fail(span, "no pack gives an inverse");
   Anyval* const arguments[] = {base.object};
-  return machine.call_pack("inv", [&] { return entry(&machine.context, base.object); }, arguments,
-                           {{}, span, {}});
+  const Value result = machine.call_pack(
+      "inv", [&] { return entry(&machine.context, base.object); }, arguments, {{}, span, {}});
+  machine.audit_call(
+      audit::inverse_check(), result, arguments,
+      [&](std::span<Anyval* const> values) { return entry(&machine.context, values[0]); }, span);
+  return result;
 }
 
 Value unit_matrix(Machine& machine, int n, Span span) {

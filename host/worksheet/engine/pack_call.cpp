@@ -92,15 +92,22 @@ Value Machine::call_plain(const Row& row, const Call& call) {
   }
   if (std::find(boxes.begin(), boxes.end(), nullptr) != boxes.end())
     return out_of_memory(call.span);
-  return call_pack(
-      row.name, [&] { return call_handler(row.entry->handler, &context, boxes); }, boxes, call);
+  const auto entry = [&](std::span<Anyval* const> values) {
+    return call_handler(row.entry->handler, &context, values);
+  };
+  const Value result = call_pack(
+      row.name, [&] { return entry(boxes); }, boxes, call);
+  audit_call(audit::find_check(row), result, boxes, entry, call.span);
+  return result;
 }
 
 Value Machine::call_pack(const std::string& name, const std::function<Anyval*()>& entry,
                          std::span<Anyval* const> boxes, const Call& call) {
   const Span outer = std::exchange(pack_call_, call.span);
+  ++pack_calls_;
   const CallOutcome outcome = call_watched(entry, boxes, store, evaluator, care);
   pack_call_ = outer;
+  --pack_calls_;
   last_applied_ = nullptr;
   if (outcome.left) return stopped(call.span);
   if (!outcome.complaint.empty())
@@ -112,6 +119,28 @@ Value Machine::call_pack(const std::string& name, const std::function<Anyval*()>
   const auto arg = static_cast<std::size_t>(error->arg);
   return fail_with(arg >= 1 && arg <= call.places.size() ? call.places[arg - 1] : call.span,
                    result);
+}
+
+void Machine::audit_call(const audit::Check* check, const Value& result,
+                         std::span<Anyval* const> boxes,
+                         const std::function<Anyval*(std::span<Anyval* const>)>& entry, Span span) {
+  if (check == nullptr || !trust.is_on() || pack_calls_ > 0 || interrupted || is_error(result) ||
+      is_none(result))
+    return;
+  const auto again = [&](std::span<Anyval* const> values) -> Anyval* {
+    const CallOutcome outcome =
+        call_watched([&] { return entry(values); }, values, store, evaluator, efi::Care::records);
+    return outcome.complaint.empty() && !outcome.left ? outcome.result : nullptr;
+  };
+  const Variable* const tolerance = find_variable("TOL");
+  const bool chosen = tolerance != nullptr && tolerance->value.re != kDefaultTolerance;
+  const std::size_t since = store.size();
+  if (Anyval* const value = boxed(result)) {
+    const auto finding =
+        audit::run(*check, {boxes, value, store, again, trust.is_full(), chosen, &interrupted});
+    if (finding) trust.add(*finding, source_, span);
+  }
+  store.collect({}, since);
 }
 
 // --- What packs ask back ---

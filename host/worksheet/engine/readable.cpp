@@ -8,10 +8,7 @@
 
 namespace worksheet {
 
-namespace {
-
-// The largest magnitude of an element; those that are not finite do not count.
-double largest(const Value& value) {
+double largest_magnitude(const Value& value) {
   if (is_number(value)) return std::abs(number(value));
   const aMatrix* const m = matrix(value);
   double most = 0.0;
@@ -23,13 +20,11 @@ double largest(const Value& value) {
   return most;
 }
 
-}  // namespace
-
 Value readable(Machine& machine, const Value& value) {
   if (value.unit == nullptr || value.unit->origin() != Unit::Origin::calculated) return value;
   // A copy would lose the parts of a joined value.
   if (!machine.store.parts(value.object).empty()) return value;
-  const UnitProduct shown = readable_unit(value.unit, largest(value));
+  const UnitProduct shown = readable_unit(value.unit, largest_magnitude(value));
   return with_unit(scaled(machine, value, shown.factor), shown.unit);
 }
 

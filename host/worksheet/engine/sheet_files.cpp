@@ -80,6 +80,13 @@ std::string SheetFiles::below_root(const std::string& name) const {
   return whole.lexically_relative(root_path_).string();
 }
 
+bool SheetFiles::may_list(const std::string& name) const try {
+  if (root_.get() >= 0) below_root(name.empty() ? "." : name);
+  return true;
+} catch (const FileError&) {
+  return false;
+}
+
 efi::Descriptor SheetFiles::open_below(const std::string& relative, int flags) const {
   return efi::Descriptor(
       open_beneath(root_.get(), relative, (fs::path(root_path_) / relative).string(), flags));

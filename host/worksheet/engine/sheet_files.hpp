@@ -27,6 +27,9 @@ class SheetFiles {
   // The path that a name stands for, as messages show it.
   std::string path(const std::string& name) const;
 
+  // Whether the worksheet may see what lies in a directory.
+  bool may_list(const std::string& name) const;
+
   // Opens a file for reading: no directory, pipe or device. Throws FileError.
   efi::Descriptor open(const std::string& name) const;
   // The content of a file. Throws FileError, or std::bad_alloc for more than there is memory.

@@ -15,6 +15,11 @@ Source::Position Source::position(std::size_t offset) const {
           character_count(before.substr(line_start)) + (newlines == 0 ? indent : 0) + 1};
 }
 
+std::string Source::line_words(int at_line) const {
+  const std::string words = "line " + std::to_string(at_line);
+  return origin.empty() ? words : words + " of " + origin;
+}
+
 std::vector<std::string> Source::lines() const {
   std::vector<std::string> lines(1, std::string(indent, ' '));
   for (const char c : text) {

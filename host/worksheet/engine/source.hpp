@@ -19,8 +19,9 @@ struct Span {
 // offsets in it are offsets in the worksheet.
 struct Source {
   std::string text;
-  int line = 1;            // The line on which it begins, counted from 1.
-  std::size_t indent = 0;  // The bytes before it on that line.
+  std::string origin = {};  // The file or cell in which it stands; empty for the worksheet itself.
+  int line = 1;             // The line on which it begins, counted from 1.
+  std::size_t indent = 0;   // The bytes before it on that line.
 
   // Why this is not to be read as a statement, and where; empty for most.
   std::string objection = {};
@@ -32,6 +33,9 @@ struct Source {
     std::size_t column;
   };
   Position position(std::size_t offset) const;
+
+  // "line 3", or "line 3 of file.ws".
+  std::string line_words(int at_line) const;
 
   // The lines of the text without their newlines, as written.
   std::vector<std::string> lines() const;

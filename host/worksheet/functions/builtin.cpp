@@ -11,6 +11,7 @@
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/functions/building.hpp"
+#include "host/worksheet/functions/digits.hpp"
 #include "host/worksheet/functions/elementary.hpp"
 #include "host/worksheet/functions/elementwise.hpp"
 #include "host/worksheet/functions/part_arrays.hpp"
@@ -76,6 +77,7 @@ constexpr Builtin kBuiltins[] = {
     {"ones", 2, 2, plain, ones},
     {"linspace", 3, 3, own, linspace},
     {"blocks", 1, 1, keep, blocks},
+    {"digits", 1, 1, own, digits_held},
     {"real_only", 1, 1, keep, real_only},
     {"with_imag", 1, 1, keep, with_imag},
     {"lean", 1, 1, keep, lean},

@@ -31,6 +31,7 @@ std::string units_text() try {
 
 std::optional<std::string> help_topic(std::string_view statement) {
   constexpr std::string_view kHelp = "help";
+  if (statement.starts_with('?')) return std::string(trimmed(statement.substr(1)));
   if (!statement.starts_with(kHelp)) return std::nullopt;
   const std::string_view topic = trimmed(statement.substr(kHelp.size()));
   const bool apart = topic.empty() || topic.data() > statement.data() + kHelp.size();
@@ -44,7 +45,7 @@ std::optional<HelpPage> help_page(const Machine& machine, const std::string& top
   if (function != nullptr) {
     page.kind = HelpPage::Kind::function;
     page.definition = function->source->text;
-    page.line = function->source->line;
+    page.where = function->source->line_words(function->source->line);
     return page;
   }
   page.entries = whole_reference(machine);

@@ -22,10 +22,11 @@ struct HelpPage {
   std::vector<ReferenceEntry> entries;
   std::vector<const Row*> rows;
   std::string definition;
-  int line = 0;  // On which the definition begins.
+  std::string where;  // It begins: "line 3".
 };
 
-// The topic of a statement "help" or "help TOPIC", empty for the first; nothing for other text.
+// The topic of a statement "help", "help TOPIC" or "?TOPIC", empty for the first; nothing for other
+// text.
 std::optional<std::string> help_topic(std::string_view statement);
 
 // Of a function of the worksheet or any other, or with an empty topic of everything; nothing for an

@@ -57,6 +57,11 @@ NaN. With a single matrix they are functions of the pack.
 
 a when the number c is not 0, else b; only one of them is evaluated.
 
+### digits(x)
+
+How many decimal digits of the results of the pack's functions in the expression x hold: the least of them, 0
+to 15. docs/trust.md says how that is found.
+
 ### pi
 
 The ratio of a circle's circumference to its diameter.
@@ -210,9 +215,26 @@ in units such as mA or kN m, unless one was asked for. Prefixes stand before the
 ORIGIN (0 at first) is the index of the first element, TOL (1e-9) a tolerance; both may be assigned.
 `last` and `submatrix` read ORIGIN, `eigenvals`, `genvals`, `genvecs` and `geninv` read TOL.
 
+### who, clear, ans
+
+who lists the variables with their kinds and units, clear forgets them, and clear x y forgets x and y.
+ans is the value of the last expression that was shown.
+
+### include
+
+include "file.ws" runs the statements of another worksheet in this place. Names of files in it lead from
+where it lies. An error in it says its file and line.
+
+### format
+
+format fix 3 shows numbers from now on with 3 digits behind the point, format sci 4 with 4 significant digits and a
+power of ten, format eng 4 with a power of 1000, format auto 6 with up to 6 significant digits, as at first. format
+alone says which it is. In format eng the unit gets the prefix that suits, unless one was asked for with `in`.
+
 ### help
 
-help lists everything there is, and help NAME says what NAME is.
+help lists everything there is, and help NAME or ?NAME says what NAME is. At the prompt quit or exit
+leaves.
 )";
 
 }  // namespace worksheet

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
@@ -10,6 +11,7 @@
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/engine/stack.hpp"
+#include "host/worksheet/functions/digits.hpp"
 #include "host/worksheet/functions/unknown_names.hpp"
 
 namespace worksheet {
@@ -260,6 +262,8 @@ Value MatrixNode::nested(Machine& machine, const std::vector<Value>& values) con
 Value CallNode::evaluate(Machine& machine) const {
   if (stack_is_low()) return machine.fail(span, kStackLimit.message);
   const std::size_t since = machine.store.size();
+  std::optional<TrustNotes::Question> question;
+  if (asks_for_digits()) question.emplace(machine.trust);
   std::array<Value, kMostArguments> values;
   for (std::size_t k = 0; k < arguments.size(); ++k) {
     values[k] = arguments[k]->evaluate(machine);
@@ -269,6 +273,11 @@ Value CallNode::evaluate(Machine& machine) const {
   const Value result = value_of(machine, {{values.data(), arguments.size()}, span, places});
   machine.collect(result, since);
   return result;
+}
+
+bool CallNode::asks_for_digits() const {
+  return builtin != nullptr && builtin->evaluate == digits_held &&
+         !(variable != nullptr && variable->defined);
 }
 
 Value CallNode::value_of(Machine& machine, const Call& call) const {

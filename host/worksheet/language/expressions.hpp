@@ -179,6 +179,8 @@ struct CallNode : Node {
 
  private:
   Value value_of(Machine& machine, const Call& call) const;
+  // Whether it is digits(...), which the calls in its argument answer.
+  bool asks_for_digits() const;
 };
 
 // if(c, a, b): evaluates only what it gives.

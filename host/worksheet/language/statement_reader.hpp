@@ -26,6 +26,9 @@ class StatementReader {
   // Ends the text: gives what an open bracket or block has held back.
   std::vector<Source> finish();
 
+  // The line that the next one given is.
+  int next_line() const { return next_line_; }
+
   // Whether an open bracket or block waits for further lines: whether the statement is not
   // complete.
   bool pending() const { return !pieces_.empty(); }

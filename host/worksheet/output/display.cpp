@@ -10,6 +10,7 @@
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/variable.hpp"
 #include "host/worksheet/output/help_text.hpp"
+#include "host/worksheet/output/listing.hpp"
 #include "host/worksheet/output/matrix_text.hpp"
 #include "host/worksheet/output/number_text.hpp"
 
@@ -31,6 +32,7 @@ class Printer {
   // "name = value", the value on lines of its own if it is a matrix.
   void print(const std::string& name, const Value& value);
   void print_error();
+  void print_trust(const Trust& trust);
 
  private:
   std::string inline_text(const Value& value) const;
@@ -43,12 +45,12 @@ class Printer {
 
   std::ostream& out_;
   const Outcome& outcome_;
-  const DisplayOptions& options_;
+  DisplayOptions options_;
 };
 
 std::string Printer::inline_text(const Value& value) const {
   if (is_number(value)) {
-    const std::string text = number_text(number(value), options_.digits);
+    const std::string text = number_text(number(value), options_.format);
     if (value.unit == nullptr) return text;
     const bool complex = value.im != 0.0 && value.re != 0.0;
     return fmt::format("{}{}{} {}", complex ? "(" : "", text, complex ? ")" : "",
@@ -56,11 +58,9 @@ std::string Printer::inline_text(const Value& value) const {
   }
   if (is_text(value)) return fmt::format("\"{}\"", text(value));
   if (is_matrix(value))
-    return fmt::format("{} x {} {}{}", matrix(value)->rows, matrix(value)->cols,
-                       contains_ptrs(matrix(value)) ? "nested array" : "matrix",
-                       value.unit == nullptr ? "" : " in " + value.unit->name());
+    return kind_words(value) + (value.unit == nullptr ? "" : " in " + value.unit->name());
   if (is_none(value) && !outcome_.pictures.empty()) return pictures_text();
-  return has_kind(value, kFunctionKind) ? signature_text(function_of(value)) : "no value";
+  return kind_words(value);
 }
 
 std::string Printer::pictures_text() const {
@@ -97,8 +97,13 @@ void Printer::print(const std::string& name, const Value& value) {
       print(fmt::format("part {}", k + 1), object_value(parts[k], value.unit));
     return;
   }
-  if (is_matrix(value)) return print_matrix(start, value);
-  out_ << start << inline_text(value) << '\n';
+  const NumberFormat format = options_.format;
+  const Value shown = with_chosen_prefix(value, &options_.format);
+  if (is_matrix(shown))
+    print_matrix(start, shown);
+  else
+    out_ << start << inline_text(shown) << '\n';
+  options_.format = format;
 }
 
 // The line in which the span begins, and carets under the span; of a line that is too long, what
@@ -124,6 +129,7 @@ void Printer::print_marked_line(const Source& source, Span span) {
     at -= first;
     length = std::min(length, width - at);
   }
+  if (!source.origin.empty()) out_ << source.origin << ":\n";
   out_ << fmt::format("{}{}\n{}{}\n", number, joined(line, ""),
                       std::string(number.size() + at, ' '),
                       red(std::string(std::max<std::size_t>(length, 1), '^')));
@@ -147,6 +153,15 @@ void Printer::print_error() {
   // An error inside a function: the statement that came there is shown, too.
   if (!known || place.source != outcome_.source) print_marked_line(*outcome_.source, {0, 0});
   if (known) print_marked_line(*place.source, place.span);
+}
+
+// A warning with its call; a note alone.
+void Printer::print_trust(const Trust& trust) {
+  const audit::Finding& finding = trust.finding;
+  if (finding.level == audit::Level::ok) return;
+  const bool warns = finding.level == audit::Level::warning;
+  out_ << fmt::format("{} {}: {}\n", warns ? red("!") : "note:", finding.function, finding.text);
+  if (warns && trust.source != nullptr) print_marked_line(*trust.source, trust.span);
 }
 
 }  // namespace
@@ -179,8 +194,16 @@ void show_outcome(std::ostream& out, const Outcome& outcome, const DisplayOption
     out << help_text(*outcome.help, options.width);
     return;
   }
-  Printer printer(out, outcome, options);
-  print_value(printer, outcome, options);
+  if (outcome.variables) {
+    out << variables_text(*outcome.variables);
+    return;
+  }
+  if (outcome.is_silent()) return;
+  DisplayOptions chosen = options;
+  chosen.format = outcome.format.value_or(options.format);
+  Printer printer(out, outcome, chosen);
+  print_value(printer, outcome, chosen);
+  for (const Trust& trust : outcome.trust) printer.print_trust(trust);
   for (const std::string& note : outcome.notes) out << fmt::format("note: {}\n", note);
 }
 

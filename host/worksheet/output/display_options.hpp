@@ -1,10 +1,12 @@
 // How values are shown to people.
 #pragma once
 
+#include "host/worksheet/engine/number_format.hpp"
+
 namespace worksheet {
 
 struct DisplayOptions {
-  int digits = 6;            // Significant digits.
+  NumberFormat format;       // Of numbers, unless the outcome has one.
   bool colour = false;       // Terminal colours.
   bool show_source = false;  // Show the expression in front of its value.
   int most_rows = 24;        // Longer and wider matrices are elided...

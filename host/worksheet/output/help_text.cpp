@@ -90,7 +90,7 @@ std::string help_text(const HelpPage& page, int width) {
     case HelpPage::Kind::overview:
       return overview(page.entries, columns);
     case HelpPage::Kind::function:
-      return fmt::format("{}\n\nDefined in line {}.\n", page.definition, page.line);
+      return fmt::format("{}\n\nDefined in {}.\n", page.definition, page.where);
     default:
       break;
   }

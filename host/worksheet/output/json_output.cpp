@@ -1,5 +1,6 @@
 #include "host/worksheet/output/json_output.hpp"
 
+#include <cmath>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -31,6 +32,8 @@ class ValueWriter {
   void error(const aError* e, std::size_t depth);
   void strings(const std::vector<std::string>& texts);
   void pictures(const std::vector<Drawn>& pictures);
+  void trust(const std::vector<Trust>& trust);
+  void variables(const std::vector<const Variable*>& variables);
 
   // Writes `before`, which is JSON, and the text as a string.
   void named(std::string_view before, std::string_view text) {
@@ -133,6 +136,45 @@ void ValueWriter::pictures(const std::vector<Drawn>& pictures) {
   json_.raw("]");
 }
 
+void ValueWriter::trust(const std::vector<Trust>& trust) {
+  static constexpr const char* kLevels[] = {"ok", "note", "warning"};
+  json_.raw(R"(,"trust":[)");
+  for (const Trust& one : trust) {
+    const audit::Finding& finding = one.finding;
+    named(&one == &trust.front() ? R"({"function":)" : R"(,{"function":)", finding.function);
+    json_.raw(R"(,"digits":)");
+    if (finding.digits)
+      json_.number(std::round(*finding.digits * 10) / 10);
+    else
+      json_.raw("null");
+    named(R"(,"level":)", kLevels[static_cast<std::size_t>(finding.level)]);
+    named(R"(,"text":)", finding.text);
+    const Source::Position at =
+        one.source == nullptr ? Source::Position{0, 0} : one.source->position(one.span.begin);
+    json_.raw(R"(,"line":)");
+    json_.integer(at.line);
+    json_.raw(R"(,"column":)");
+    json_.integer(static_cast<long long>(at.column));
+    json_.raw(R"(,"times":)");
+    json_.integer(static_cast<long long>(one.times));
+    json_.raw("}");
+  }
+  json_.raw("]");
+}
+
+// The variables without their elements.
+void ValueWriter::variables(const std::vector<const Variable*>& variables) {
+  elided_ = true;
+  json_.raw(R"(,"variables":[)");
+  for (const Variable* variable : variables) {
+    named(variable == variables.front() ? R"({"name":)" : R"(,{"name":)", variable->name);
+    json_.raw(R"(,"value":)");
+    value(variable->value, 0);
+    json_.raw("}");
+  }
+  json_.raw("]");
+}
+
 void ValueWriter::outcome(const Outcome& outcome, bool all) {
   // What takes memory comes first: no line stops in its middle.
   const std::string help =
@@ -140,6 +182,7 @@ void ValueWriter::outcome(const Outcome& outcome, bool all) {
   elided_ = !all && !fits(store_, outcome.value, kPrintedLimit.most);
   json_.raw(R"({"line":)");
   json_.integer(outcome.line);
+  if (!outcome.source->origin.empty()) named(R"(,"file":)", outcome.source->origin);
   named(R"(,"source":)", outcome.source->text);
   if (outcome.names.size() == 1) named(R"(,"name":)", outcome.names[0]);
   if (outcome.names.size() > 1) {
@@ -174,10 +217,12 @@ void ValueWriter::outcome(const Outcome& outcome, bool all) {
     json_.integer(outcome.failed_line());
   }
   if (!outcome.pictures.empty()) pictures(outcome.pictures);
+  if (outcome.variables) variables(*outcome.variables);
   if (!outcome.notes.empty()) {
     json_.raw(R"(,"notes":)");
     strings(outcome.notes);
   }
+  if (!outcome.trust.empty()) trust(outcome.trust);
   json_.raw("}\n");
   json_.flush();
 }

@@ -1,9 +1,11 @@
 #include "host/worksheet/output/listing.hpp"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "fmt/format.h"
 #include "host/efiutils/catalogue.hpp"
+#include "host/packs/unit.hpp"
 #include "host/text/text.hpp"
 
 namespace worksheet {
@@ -21,6 +23,29 @@ std::string reference_list(const std::vector<ReferenceEntry>& entries, int width
     else if (!entry.summary.empty())
       text.append("\n").append(kSummaries, ' ');
     wrap(text, entry.summary, static_cast<std::size_t>(width), kSummaries);
+  }
+  return text;
+}
+
+std::string kind_words(const Value& value) {
+  if (is_number(value)) return "number";
+  if (is_text(value)) return "text";
+  if (is_matrix(value))
+    return fmt::format("{} x {} {}", matrix(value)->rows, matrix(value)->cols,
+                       contains_ptrs(matrix(value)) ? "nested array" : "matrix");
+  return has_kind(value, kFunctionKind) ? signature_text(function_of(value)) : "no value";
+}
+
+std::string variables_text(std::span<const Variable* const> variables) {
+  std::size_t width = 0;
+  for (const Variable* variable : variables)
+    width = std::max(width, character_count(variable->name));
+  std::string text;
+  for (const Variable* variable : variables) {
+    const Value& value = variable->value;
+    text += fmt::format(
+        "{}{}  {}{}\n", variable->name, std::string(width - character_count(variable->name), ' '),
+        kind_words(value), value.unit == nullptr ? "" : " in " + value.unit->name());
   }
   return text;
 }

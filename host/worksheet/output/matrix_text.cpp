@@ -41,17 +41,17 @@ struct MatrixText::Cell {
   std::array<std::string, 4> pieces;  // Before and from the point on, of both parts.
   std::string whole;
 
-  static Cell of_number(const Number& z, int digits);
+  static Cell of_number(const Number& z, const NumberFormat& format);
 };
 
-MatrixText::Cell MatrixText::Cell::of_number(const Number& z, int digits) {
+MatrixText::Cell MatrixText::Cell::of_number(const Number& z, const NumberFormat& format) {
   Cell cell;
   auto& [re, re_fraction, im, im_fraction] = cell.pieces;
-  if (z.real() != 0.0 || z.imag() == 0.0) cut(number_text(z.real(), digits), &re, &re_fraction);
+  if (z.real() != 0.0 || z.imag() == 0.0) cut(number_text(z.real(), format), &re, &re_fraction);
   if (z.imag() == 0.0) return cell;
   const bool minus = std::signbit(z.imag());
   im = z.real() != 0.0 ? (minus ? " - " : " + ") : (minus ? "-" : "");
-  cut(number_text(std::fabs(z.imag()), digits), &im, &im_fraction);
+  cut(number_text(std::fabs(z.imag()), format), &im, &im_fraction);
   im_fraction += 'i';
   return cell;
 }
@@ -122,7 +122,7 @@ MatrixText::Cell MatrixText::cell(int i, int j) const {
   }
   const std::ptrdiff_t k = static_cast<std::ptrdiff_t>(j) * m_->leading_dimension + i;
   const double re = re_at(m_, k);
-  if (!efi::is_nested_element(re)) return Cell::of_number({re, im_at(m_, k)}, options_.digits);
+  if (!efi::is_nested_element(re)) return Cell::of_number({re, im_at(m_, k)}, options_.format);
   result.whole = brief_(re);
   return result;
 }

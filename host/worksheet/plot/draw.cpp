@@ -63,7 +63,10 @@ Drawn drawn(Machine& machine, const PlotRequest& request, const Picture& picture
   Drawn result = {request.file, "", description_of(picture)};
   if (!request.file.empty())
     write_picture(machine, request, drawn_by_gnuplot(machine, picture, request.format));
-  if (machine.keeps_pictures) result.svg = drawn_by_gnuplot(machine, picture, PictureFormat::page);
+  using Keep = Machine::Keep;
+  const Keep keep = machine.keeps_pictures;
+  if (keep == Keep::all || (keep == Keep::without_file && request.file.empty()))
+    result.svg = drawn_by_gnuplot(machine, picture, PictureFormat::page);
   return result;
 }
 

@@ -2,8 +2,8 @@
 #include <exception>
 #include <new>
 
+#include "host/worksheet/program/catalogue_options.hpp"
 #include "host/worksheet/program/options.hpp"
-#include "host/worksheet/program/pack_choice.hpp"
 #include "host/worksheet/program/run.hpp"
 #include "host/worksheet/program/standard_output.hpp"
 #include "host/worksheet/program/terminal.hpp"

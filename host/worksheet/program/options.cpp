@@ -1,6 +1,7 @@
 #include "host/worksheet/program/options.hpp"
 
 #include <CLI/CLI.hpp>
+#include <map>
 
 namespace worksheet {
 
@@ -16,6 +17,8 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("-e", options.expressions, "Evaluate EXPR, before FILE's statements")
       ->type_name("EXPR")
       ->allow_extra_args(false);
+  app.add_flag("--prompt", options.prompt, "Start the prompt behind FILE, with its variables");
+  app.add_flag("--watch", options.watch, "Evaluate FILE again whenever it is saved, until Ctrl-C");
   app.add_flag("--json", options.json, "Print one JSON object per statement");
   app.add_option("--html", options.html, "Write a report of the worksheet to this file as well")
       ->type_name("FILE");
@@ -29,6 +32,7 @@ void declare(CLI::App& app, Options& options) {
   app.add_option("--functions", options.functions, "List the functions, or describe those named")
       ->type_name("[NAME]")
       ->expected(0, -1);
+  app.add_flag("--words", options.list_words, "List the words of the language, for editors");
   app.add_option("--register", options.register_path, "Enter a pack into the catalogue")
       ->type_name("PATH");
   app.add_option("--unregister", options.unregister_path, "Remove a pack from the catalogue")
@@ -46,7 +50,18 @@ void declare(CLI::App& app, Options& options) {
       ->check(CLI::Range(kLeastMemory, kMostMemory));
   app.add_option("--digits", options.digits, "Show numbers with N significant digits")
       ->type_name("N")
-      ->check(CLI::Range(1, 17));
+      ->check(CLI::Range(1, kMostDigits));
+  static const std::map<std::string, audit::Effort> kEfforts = {
+      {"off", audit::Effort::off}, {"on", audit::Effort::on}, {"full", audit::Effort::full}};
+  app.add_option("--audit", options.audit,
+                 "Say how far results can be trusted: off, on, or full at any cost")
+      ->type_name("EFFORT")
+      ->transform(CLI::CheckedTransformer(kEfforts).description(""));
+  app.add_option("--format", options.format, "Show numbers as fix N, sci N, eng N or auto N")
+      ->type_name("KIND N")
+      ->expected(2)
+      ->allow_extra_args(false)
+      ->excludes("--digits");
   app.add_flag("--all", options.all, "Show values whole, however large");
   app.set_version_flag("--version", "worksheet " WORKSHEET_VERSION);
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host/audit/audit.hpp"
 #include "host/worksheet/output/display_options.hpp"
 
 namespace worksheet {
@@ -20,12 +21,17 @@ struct Options {
   std::string register_path, unregister_path;
   double timeout = 0.0;          // Seconds for a statement; 0: any number.
   std::uint64_t max_memory = 0;  // Bytes for the program; 0: any number.
+  audit::Effort audit = audit::Effort::on;
+  bool prompt = false;  // Wanted behind the worksheet.
+  bool watch = false;
   bool json = false;
   bool all = false;
   bool list_functions = false;
+  bool list_words = false;
   std::vector<std::string> functions;  // To be described; none: all are listed.
   bool list_packs = false;
-  int digits = DisplayOptions().digits;
+  int digits = 0;                   // Significant digits of numbers; 0: as usual.
+  std::vector<std::string> format;  // The words of a format, or none.
 };
 
 // The exit status of the program.

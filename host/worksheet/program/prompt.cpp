@@ -18,8 +18,8 @@
 #include <string>
 #include <vector>
 
-#include "host/worksheet/functions/builtin.hpp"
 #include "host/worksheet/language/statement_reader.hpp"
+#include "host/worksheet/session/completion.hpp"
 
 namespace worksheet {
 
@@ -31,36 +31,30 @@ constexpr const char* kContinuation = ". ";
 
 // The machine for the line editor's callbacks, which take no argument of ours.
 Machine* machine_at_prompt = nullptr;
+// What was typed of the statement before the line that is edited.
+std::string lines_before;
 
-std::vector<std::string> known_names() {
-  std::vector<std::string> names = builtin_names();
-  names.emplace_back("help");
-  for (const auto& pack : machine_at_prompt->packs)
-    for (const Row& row : pack->rows()) names.push_back(row.name);
-  for (const auto& [name, variable] : machine_at_prompt->variables())
-    if (variable->defined) names.push_back(name);
-  std::sort(names.begin(), names.end());
-  names.erase(std::unique(names.begin(), names.end()), names.end());
-  return names;
-}
-
-// Called again and again for one completion; each time gives the next candidate, or null.
-char* next_candidate(const char* start, int call) {
-  static std::vector<std::string> candidates;
-  if (call == 0) {
-    candidates = known_names();
-    std::erase_if(candidates, [&](const std::string& name) { return !name.starts_with(start); });
-    std::reverse(candidates.begin(), candidates.end());
-  }
-  if (candidates.empty()) return nullptr;
-  const std::string name = candidates.back();
-  candidates.pop_back();
-  return strdup(name.c_str());
-}
-
-char** complete(const char* start, int, int) {
-  rl_attempted_completion_over = 1;  // No names of files.
-  return rl_completion_matches(start, next_candidate);
+// The candidates for the word before the cursor, for the line editor: what they share, then each.
+// It takes words to begin at its own marks, and the beginning before them is left out.
+char** complete_word(const char* word, int, int) {
+  rl_attempted_completion_over = 1;  // Else it would offer files.
+  const std::string text =
+      lines_before + std::string(rl_line_buffer, static_cast<std::size_t>(rl_point));
+  Completion completion = complete(*machine_at_prompt, text);
+  const std::size_t begin = text.size() - std::strlen(word);
+  if (completion.candidates.empty() || begin < completion.begin) return nullptr;
+  std::string shared = completion.candidates.front();
+  for (const std::string& candidate : completion.candidates)
+    shared.resize(static_cast<std::size_t>(
+        std::mismatch(shared.begin(), shared.end(), candidate.begin(), candidate.end()).first -
+        shared.begin()));
+  if (completion.candidates.size() > 1)
+    completion.candidates.insert(completion.candidates.begin(), shared);
+  auto** const list =
+      static_cast<char**>(std::calloc(completion.candidates.size() + 1, sizeof(char*)));
+  for (std::size_t k = 0; list != nullptr && k < completion.candidates.size(); ++k)
+    list[k] = strdup(completion.candidates[k].c_str() + (begin - completion.begin));
+  return list;
 }
 
 std::string history_path() {
@@ -185,31 +179,69 @@ std::optional<std::string> next_line(const char* prompt) {
 
 }  // namespace
 
-void run_prompt(Session& session) {
-  Machine& machine = session.machine();
-  machine_at_prompt = &machine;
+namespace {
+
+void prepare_editor() {
   std::setlocale(LC_CTYPE, "C.UTF-8");  // Of characters alone: numbers stay as they are.
   rl_readline_name = const_cast<char*>("worksheet");
   rl_catch_signals = 0;
   rl_getc_function = next_key;
-  rl_attempted_completion_function = complete;
-  rl_basic_word_break_characters = " \t\n+-*/^<>=!,;()[]{}'\"#";
+  rl_attempted_completion_function = complete_word;
+  rl_basic_word_break_characters = " \t\n+-*/^<>=!,;()[]{}'\"#?:.&|\\";
   rl_completion_append_character = '\0';
   rl_initialize();
+}
+
+// Whether the statement is the wish to leave, and no variable's name.
+bool leaves(const Source& source, const Machine& machine) {
+  return (source.text == "quit" || source.text == "exit") &&
+         machine.find_variable(source.text) == nullptr;
+}
+
+// Takes what was typed, which the history gives back with all of its lines. False to leave.
+bool take_lines(Session& session, StatementReader& reader, History& history,
+                std::string_view typed) {
+  std::vector<Source> statements;
+  while (true) {
+    const std::size_t end = typed.find('\n');
+    lines_before.append(typed.substr(0, end)).append("\n");
+    for (Source& source : reader.add_line(typed.substr(0, end)))
+      statements.push_back(std::move(source));
+    if (end == std::string_view::npos) break;
+    typed.remove_prefix(end + 1);
+  }
+  const bool is_last = !statements.empty() && leaves(statements.back(), session.machine());
+  if (!reader.pending() && !is_last) {
+    history.add(lines_before.substr(0, lines_before.size() - 1));
+    lines_before.clear();
+  }
+  for (const Source& source : statements) {
+    if (leaves(source, session.machine())) return false;
+    session.run(source);
+  }
+  // Pressed behind a line that has to go on, Ctrl-C gives up the next one.
+  if (!statements.empty()) session.machine().interrupted = Machine::kGoOn;
+  return true;
+}
+
+}  // namespace
+
+void run_prompt(Session& session) {
+  machine_at_prompt = &session.machine();
+  prepare_editor();
+  std::cout << "worksheet: help lists what there is, help NAME or ?NAME says more, quit leaves"
+            << std::endl;
   History history;
   StatementReader reader;
   while (const auto line = next_line(reader.pending() ? kContinuation : kPrompt)) {
     if (given_up) {
       given_up = false;
       std::cout << std::endl;
-      reader = StatementReader();
-      continue;
+      reader = StatementReader(reader.next_line());
+      lines_before.clear();
+    } else if (!take_lines(session, reader, history, *line)) {
+      return;
     }
-    history.add(*line);
-    const std::vector<Source> statements = reader.add_line(*line);
-    for (const Source& source : statements) session.run(source);
-    // Pressed behind a line that has to go on, Ctrl-C gives up the next one.
-    if (!statements.empty()) machine.interrupted = Machine::kGoOn;
   }
   for (const Source& source : reader.finish()) session.run(source);
   std::cout << std::endl;

@@ -10,23 +10,28 @@
 #include <filesystem>
 #include <iostream>
 #include <iterator>
+#include <optional>
 #include <sstream>
 #include <system_error>
 
 #include "fmt/format.h"
 #include "host/efiutils/files.hpp"
+#include "host/text/text.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/output/display.hpp"
 #include "host/worksheet/output/help_text.hpp"
 #include "host/worksheet/output/json_output.hpp"
 #include "host/worksheet/output/listing.hpp"
-#include "host/worksheet/program/pack_choice.hpp"
+#include "host/worksheet/program/kept_variables.hpp"
 #include "host/worksheet/program/prompt.hpp"
 #include "host/worksheet/program/terminal.hpp"
+#include "host/worksheet/program/viewer.hpp"
+#include "host/worksheet/program/watch.hpp"
+#include "host/worksheet/program/word_list.hpp"
 #include "host/worksheet/report/report.hpp"
 #include "host/worksheet/session/interruption.hpp"
+#include "host/worksheet/session/load_packs.hpp"
 #include "host/worksheet/session/session.hpp"
-#include "host/worksheet/state/state.hpp"
 
 namespace worksheet {
 
@@ -112,51 +117,6 @@ bool write_report(const Options& options, const Report& report, bool interrupted
   return error == 0;
 }
 
-// --- The variables that are kept between runs ---
-
-// Throws std::runtime_error, before anything is evaluated.
-void check_state_file(const Options& options) {
-  if (options.save.empty()) return;
-  std::error_code ignored;
-  if (std::filesystem::equivalent(options.save, options.file, ignored))
-    throw std::runtime_error(options.save + ": the variables would replace the worksheet");
-  if (const int error = efi::NewFile(options.save).error())
-    throw std::runtime_error(
-        fmt::format("{}: cannot be written: {}", options.save, efi::file_error_words(error)));
-}
-
-void load_variables(Machine& machine, const std::string& path) {
-  int error = 0;
-  std::error_code ignored;
-  const auto size = std::filesystem::file_size(path, ignored);
-  if (!ignored && size > kStateLimit.most)
-    throw std::runtime_error(fmt::format("{}: cannot be loaded: {}", path, kStateLimit.message));
-  const auto text = efi::read_file(path, &error);
-  if (!text)
-    throw std::runtime_error(
-        fmt::format("{}: cannot be read: {}", path, efi::file_error_words(error)));
-  try {
-    load_state(machine, *text);
-  } catch (const StateError& wrong) {
-    throw std::runtime_error(fmt::format("{}: cannot be loaded: {}", path, wrong.what()));
-  } catch (const std::bad_alloc&) {
-    throw std::runtime_error(path + ": cannot be loaded: not enough memory");
-  }
-}
-
-bool save_variables(const Machine& machine, const std::string& path) {
-  try {
-    const int error = efi::replace_file(path, state_text(machine));
-    if (error == 0) return true;
-    complain(fmt::format("{}: cannot be written: {}", path, efi::file_error_words(error)));
-  } catch (const StateError& wrong) {
-    complain(fmt::format("{}: cannot be saved: {}", path, wrong.what()));
-  } catch (const std::bad_alloc&) {
-    complain(path + ": cannot be saved: not enough memory");
-  }
-  return false;
-}
-
 // Lists the functions, or says what there is to say about some of them.
 Status show_functions(const Machine& machine, const Options& options, int width) {
   if (options.json) {
@@ -175,9 +135,18 @@ Status show_functions(const Machine& machine, const Options& options, int width)
   return kAllWell;
 }
 
+// Throws std::runtime_error.
+NumberFormat wanted_format(const Options& options) {
+  if (options.digits != 0) return {NumberFormat::Kind::automatic, options.digits};
+  if (options.format.empty()) return {};
+  const auto format = parse_format(joined(options.format, " "));
+  if (!format) throw std::runtime_error(fmt::format("--format: {}", kFormatWanted));
+  return *format;
+}
+
 DisplayOptions display_options(const Options& options) {
   DisplayOptions display;
-  display.digits = options.digits;
+  display.format = wanted_format(options);
   display.colour = wants_colour();
   display.all = options.all;
   display.width = line_width();
@@ -187,8 +156,16 @@ DisplayOptions display_options(const Options& options) {
 
 // Whether statements are asked for at a terminal.
 bool is_interactive(const Options& options) {
-  return options.file.empty() && options.expressions.empty() && !options.json &&
-         isatty(STDIN_FILENO);
+  const bool wanted = options.prompt || (options.file.empty() && options.expressions.empty());
+  return wanted && !options.json && isatty(STDIN_FILENO);
+}
+
+// Throws std::runtime_error for options that do not go together.
+void check_options(const Options& options) {
+  if (options.prompt && (!is_interactive(options) || options.watch || options.file == "-"))
+    throw std::runtime_error("--prompt wants a terminal, and neither --json nor --watch");
+  if (options.watch && (options.file.empty() || options.file == "-"))
+    throw std::runtime_error("--watch wants the name of a worksheet");
 }
 
 // From now on memory beyond that cannot be had, but for stack and what only reads from files.
@@ -200,13 +177,11 @@ void limit_memory(std::uint64_t bytes) {
 
 // Runs the expressions and the file, or what comes from standard input. False when there is no such
 // file.
-bool run_all(Session& session, const Options& options, Report* report) {
+bool run_worksheets(Session& session, const Options& options, Report* report) {
   run_expressions(session, options.expressions);
   if (!options.file.empty()) return run_file(session, options.file, report);
-  if (!options.expressions.empty()) return true;
-  if (!is_interactive(options)) return run_standard_input(session, report);
-  run_prompt(session);
-  return true;
+  const bool done = !options.expressions.empty() || is_interactive(options);
+  return done || run_standard_input(session, report);
 }
 
 // Prints outcomes. A run ends with standard output, unless a report is wanted too; at the prompt
@@ -249,35 +224,71 @@ Status status_of(Session& session, bool output_lost) {
 
 }  // namespace
 
-Status run(const Options& options, StandardOutput& output) {
-  const DisplayOptions display = display_options(options);
+namespace {
+
+// Runs once; with a watch, waits until the worksheet is saved, and then it is to run *again.
+Status run_once(const Options& options, StandardOutput& output, FileWatch* watch, bool* again) {
+  DisplayOptions display = display_options(options);
   const std::unique_ptr<Report> report = wanted_report(options, display);
   Printer printer(output, report != nullptr, is_interactive(options));
+  Viewer viewer;
+  bool at_prompt = false;
+  const SheetFiles* files = nullptr;
   Session session([&](const Outcome& outcome) {
     printer.print([&] {
       if (options.json)
         write_outcome(std::cout, outcome, options.all);
       else
         show_outcome(std::cout, outcome, display);
+      if (at_prompt) viewer.show(outcome.pictures, *files, std::cout);
     });
     if (report != nullptr) report->add(outcome);
   });
+  session.set_format(display.format);
   Machine& machine = session.machine();
-  machine.keeps_pictures = report != nullptr;
+  if (report != nullptr) machine.keeps_pictures = Machine::Keep::all;
+  machine.trust.effort = options.audit;
   machine.seconds_allowed = options.timeout;
   if (!options.sandbox.empty()) machine.files.confine(options.sandbox);
   if (options.max_memory != 0) limit_memory(options.max_memory);
-  add_packs(machine, options);
+  load_packs(machine, options.packs, complain);
   check_state_file(options);
   if (!options.load.empty()) load_variables(machine, options.load);
   if (options.list_functions) return show_functions(machine, options, display.width);
+  if (options.list_words) {
+    std::cout << word_list(machine);
+    return kAllWell;
+  }
   let_interrupt(machine);
   output.stop_at(&machine.interrupted);
   if (isatty(STDERR_FILENO)) session.show_progress(STDERR_FILENO);
-  if (!run_all(session, options, report.get())) return kWrongUsage;
+  if (!run_worksheets(session, options, report.get())) return kWrongUsage;
+  if (is_interactive(options) && !machine.interrupted) {
+    at_prompt = true;
+    files = &machine.files;
+    display.show_source = false;
+    if (report == nullptr) machine.keeps_pictures = Machine::Keep::without_file;
+    run_prompt(session);
+  }
   const bool saved = options.save.empty() || save_variables(machine, options.save);
   if (report != nullptr && !write_report(options, *report, machine.interrupted)) return kWrongUsage;
-  return status_of(session, printer.lost() || !saved);
+  const Status status = status_of(session, printer.lost() || !saved);
+  *again = watch != nullptr && watch->wait(machine.interrupted);
+  return status;
+}
+
+}  // namespace
+
+Status run(const Options& options, StandardOutput& output) {
+  check_options(options);
+  std::optional<FileWatch> watch;
+  if (options.watch) watch.emplace(options.file);
+  for (;;) {
+    bool again = false;
+    const Status status = run_once(options, output, watch ? &*watch : nullptr, &again);
+    if (!again) return status;
+    complain(fmt::format("{} was saved", options.file));
+  }
 }
 
 }  // namespace worksheet

@@ -107,7 +107,7 @@ class MathWriter {
     }
   }
   NumberColumn column(const aMatrix* m, int j) const {
-    NumberColumn column(options_.digits);
+    NumberColumn column(options_.format);
     if (j < 0) return column;
     for (const int i : rows(m)) {
       if (i < 0) continue;
@@ -149,7 +149,7 @@ class MathWriter {
   }
 
   std::string number(const Value& v) const {
-    const std::string plain = NumberColumn(options_.digits).markup(worksheet::number(v));
+    const std::string plain = NumberColumn(options_.format).markup(worksheet::number(v));
     if (v.unit == nullptr) return plain;
     const bool complex = v.re != 0.0 && v.im != 0.0;
     return row((complex ? "<mo stretchy=\"false\">(</mo>" + plain + "<mo stretchy=\"false\">)</mo>"
@@ -210,6 +210,12 @@ class MathWriter {
   bool shows_nested_ = true;
 };
 
+std::string line_of(const std::string& start, const Value& value, const DisplayOptions& options) {
+  DisplayOptions chosen = options;
+  const Value shown = with_chosen_prefix(value, &chosen.format);
+  return MathWriter(chosen).line(start, shown);
+}
+
 std::string start_of(const std::string& name) {
   return name.empty() ? "" : fmt::format("<mi>{}</mi><mo>=</mo>", escaped(name));
 }
@@ -218,14 +224,12 @@ std::string start_of(const std::string& name) {
 
 std::string math_markup(const efi::Store& store, const std::string& name, const Value& value,
                         const DisplayOptions& options) {
-  MathWriter writer(options);
   const auto parts = store.parts(value.object);
-  if (parts.empty()) return writer.line(start_of(name), value);
+  if (parts.empty()) return line_of(start_of(name), value, options);
   std::string result;
   for (std::size_t k = 0; k < parts.size(); ++k)
-    result +=
-        writer.line(start_of(fmt::format("{}{}part {}", name, name.empty() ? "" : ", ", k + 1)),
-                    object_value(parts[k], value.unit));
+    result += line_of(start_of(fmt::format("{}{}part {}", name, name.empty() ? "" : ", ", k + 1)),
+                      object_value(parts[k], value.unit), options);
   return result;
 }
 

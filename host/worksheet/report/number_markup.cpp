@@ -48,11 +48,11 @@ struct NumberColumn::Real {
   std::string whole, fraction, exponent;
   bool negative_exponent = false;
 
-  Real(double x, int digits) {
+  Real(double x, const NumberFormat& format) {
     if (std::isnan(x)) word = "<mi>NaN</mi>";
     if (std::isinf(x)) word = "<mo>\u221E</mo>";
     if (!word.empty()) return;
-    const std::string text = number_text(std::fabs(x), digits);
+    const std::string text = number_text(std::fabs(x), format);
     const std::size_t e = std::min(text.find('e'), text.size());
     const std::size_t point = std::min(text.find('.'), e);
     whole = text.substr(0, point);
@@ -72,9 +72,9 @@ void NumberColumn::widen(Widths& widths, const Real& part) {
 }
 
 void NumberColumn::take(const Number& z) {
-  if (z.real() != 0.0 || z.imag() == 0.0) widen(re_, Real(z.real(), digits_));
+  if (z.real() != 0.0 || z.imag() == 0.0) widen(re_, Real(z.real(), format_));
   if (z.imag() == 0.0) return;
-  widen(im_, Real(z.imag(), digits_));
+  widen(im_, Real(z.imag(), format_));
   has_im_ = true;
 }
 
@@ -120,18 +120,18 @@ std::string NumberColumn::markup(const Number& z) const {
   const bool shows_re = z.real() != 0.0 || z.imag() == 0.0;
   std::string result;
   if (shows_re) {
-    const Real re(z.real(), digits_);
+    const Real re(z.real(), format_);
     result = (is_negative(z.real()) ? kMinus : "") + magnitude(re, re_) + padding(re, re_);
   }
   if (z.imag() == 0.0) {
     if (!has_im_) return row(result);
-    const Real none(0.0, digits_);
+    const Real none(0.0, format_);
     return row(result +
                hidden(row("<mo form=\"infix\">+</mo>" + hidden_digits(im_.whole) + "<mi>i</mi>")) +
                hidden_fraction(im_.fraction, true) +
                padding(none, {0, 0, im_.exponent, im_.negative}));
   }
-  const Real im(z.imag(), digits_);
+  const Real im(z.imag(), format_);
   const std::size_t missing = im_.whole - std::min(im_.whole, im.whole.size());
   const std::string sign =
       !shows_re ? (is_negative(z.imag()) ? kMinus : "")

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 
+#include "host/worksheet/engine/number_format.hpp"
 #include "host/worksheet/engine/value.hpp"
 
 namespace worksheet {
@@ -12,7 +13,7 @@ namespace worksheet {
 // others have as invisible digits. A column of nothing pads nothing.
 class NumberColumn {
  public:
-  explicit NumberColumn(int digits) : digits_(digits) {}
+  explicit NumberColumn(const NumberFormat& format) : format_(format) {}
 
   // Makes room for a number, or for something else of that width.
   void take(const Number& z);
@@ -39,7 +40,7 @@ class NumberColumn {
   static std::string padding(const Real& part, const Widths& widths);
   static double width(const Widths& widths);
 
-  int digits_;
+  NumberFormat format_;
   Widths re_, im_;
   bool has_im_ = false;
   double reserved_ = 0.0;

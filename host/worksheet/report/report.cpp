@@ -11,6 +11,8 @@
 
 #include "fmt/format.h"
 #include "host/text/text.hpp"
+#include "host/worksheet/output/help_text.hpp"
+#include "host/worksheet/output/listing.hpp"
 #include "host/worksheet/report/markup.hpp"
 #include "host/worksheet/report/mathml.hpp"
 #include "host/worksheet/report/prose.hpp"
@@ -39,6 +41,11 @@ std::string marked_markup(const std::string& text, std::size_t begin, std::size_
 }
 
 std::string values_markup(const Outcome& outcome, const DisplayOptions& options) {
+  if (outcome.help)
+    return fmt::format("<pre>{}</pre>\n", escaped(help_text(*outcome.help, options.width)));
+  if (outcome.variables)
+    return fmt::format("<pre>{}</pre>\n", escaped(variables_text(*outcome.variables)));
+  if (outcome.is_silent()) return {};
   if (is_none(outcome.value) && !(outcome.pictures.empty() && outcome.notes.empty())) return {};
   if (outcome.names.size() < 2)
     return math_markup(*outcome.store, outcome.names.empty() ? "" : outcome.names[0], outcome.value,
@@ -101,7 +108,7 @@ std::string Report::source_markup(const Source& source, Span marked) const {
         last == std::string::npos || last < begin ? begin : std::min(last + 1, newline);
     result += marked_markup(source.text, begin, end, marked);
     const std::size_t line = static_cast<std::size_t>(source.line) - 1 + k;
-    if (line < lines_.size()) {
+    if (source.origin.empty() && line < lines_.size()) {
       const std::size_t behind = end - begin + (k == 0 ? source.indent : 0);
       const std::size_t sign = lines_[line].find('#', behind);
       if (sign != std::string::npos)
@@ -120,9 +127,10 @@ std::string Report::source_markup(const Source& source, Span marked) const {
 std::string Report::error_markup(const Outcome& outcome) const {
   if (outcome.is_syntax_error())
     return fmt::format(
-        "<p class=\"message\"><strong>Error:</strong> {} <small>(line {}, column {})"
+        "<p class=\"message\"><strong>Error:</strong> {} <small>({}, column {})"
         "</small></p>\n",
-        escaped(outcome.syntax_message), outcome.line, outcome.column);
+        escaped(outcome.syntax_message), escaped(outcome.source->line_words(outcome.line)),
+        outcome.column);
   const auto* const error = static_cast<const aError*>(outcome.value.object);
   std::string result = fmt::format(
       "<p class=\"message\"><strong>Error:</strong> {}{}</p>\n", escaped(error->message->text),
@@ -131,9 +139,10 @@ std::string Report::error_markup(const Outcome& outcome) const {
   const Place& place = outcome.place;
   if (outcome.is_place_known() && place.source != outcome.source)
     result += fmt::format(
-        "<p class=\"where\">in the definition in line {}:</p>\n<pre><code>{}</code>"
+        "<p class=\"where\">in the definition in {}:</p>\n<pre><code>{}</code>"
         "</pre>\n",
-        place.source->line, source_markup(*place.source, place.span));
+        escaped(place.source->line_words(place.source->line)),
+        source_markup(*place.source, place.span));
   return result;
 }
 
@@ -148,11 +157,29 @@ std::string Report::pictures_markup(const std::vector<Drawn>& pictures) {
   return result;
 }
 
+// What the audit says of the statement's calls, beside it; and the counts of the report's end.
+std::string Report::trust_markup(const Outcome& outcome) {
+  std::string result;
+  for (const Trust& trust : outcome.trust) {
+    const audit::Finding& finding = trust.finding;
+    checked_ += trust.times;
+    if (finding.level == audit::Level::ok) continue;
+    const bool warns = finding.level == audit::Level::warning;
+    remarked_ += 1;
+    result += fmt::format("<aside class=\"trust{}\">{}<code>{}</code>: {}</aside>\n",
+                          warns ? " warning" : "", warns ? "<strong>!</strong> " : "",
+                          escaped(finding.function), escaped(finding.text));
+  }
+  return result;
+}
+
 void Report::add(const Outcome& outcome) {
   const Source& source = *outcome.source;
   const auto first = static_cast<std::size_t>(source.line) - 1;
-  add_prose(first);
-  next_line_ = std::max(next_line_, first + source.lines().size());
+  if (source.origin.empty()) {
+    add_prose(first);
+    next_line_ = std::max(next_line_, first + source.lines().size());
+  }
   const std::string id = fmt::format("s{}", ++statements_);
   Span marked = kNothing;
   if (outcome.is_syntax_error())
@@ -163,12 +190,15 @@ void Report::add(const Outcome& outcome) {
       "<section class=\"statement{}\" id=\"{}\">\n<pre class=\"source\"><code>{}</code></pre>\n",
       outcome.failed() ? " failed" : "", id, source_markup(source, marked));
   if (outcome.failed()) {
-    errors_.push_back(fmt::format("<a href=\"#{}\">line {}</a>", id, outcome.line));
+    errors_.push_back(
+        fmt::format("<a href=\"#{}\">{}</a>", id, escaped(source.line_words(outcome.line))));
     body_ += "<div class=\"result\">\n" + error_markup(outcome) + "</div>\n";
   } else if (!outcome.is_definition && !outcome.is_quiet) {
+    options_.format = outcome.format.value_or(options_.format);
     const std::string values = values_markup(outcome, options_);
     if (!values.empty()) body_ += "<div class=\"result\">\n" + values + "</div>\n";
   }
+  body_ += trust_markup(outcome);
   for (const std::string& note : outcome.notes)
     body_ += fmt::format("<p class=\"where\">Note: {}</p>\n", escaped(note));
   body_ += pictures_markup(outcome.pictures) + "</section>\n";
@@ -200,7 +230,12 @@ std::string Report::page(bool interrupted) const {
     notes.emplace_back(
         "<strong class=\"failure\">The evaluation was interrupted: the report ends "
         "there.</strong>");
-  return page_markup(title_.empty() ? name_ : title_, notes, body_);
+  const std::string last =
+      checked_ == 0
+          ? ""
+          : fmt::format("<footer class=\"trust-count\">{} checked, {} with a note.</footer>\n",
+                        counted(static_cast<std::int64_t>(checked_), "result"), remarked_);
+  return page_markup(title_.empty() ? name_ : title_, notes, body_ + last);
 }
 
 }  // namespace worksheet

@@ -33,6 +33,7 @@ class Report {
   void add_prose(std::size_t end);
   std::string source_markup(const Source& source, Span marked) const;
   std::string error_markup(const Outcome& outcome) const;
+  std::string trust_markup(const Outcome& outcome);
   std::string pictures_markup(const std::vector<Drawn>& pictures);
 
   std::string name_;
@@ -43,6 +44,8 @@ class Report {
   std::string body_;
   int statements_ = 0;
   int pictures_ = 0;
+  std::size_t checked_ = 0;          // Results that were checked,
+  std::size_t remarked_ = 0;         // and places with a note or a warning.
   std::vector<std::string> errors_;  // Links to them.
 };
 

@@ -63,6 +63,8 @@ figcaption{text-align:center;color:var(--dim);font-size:.8125rem}
 .failed .result{flex-basis:100%}
 .message{margin:.1rem 0;color:var(--bad)}
 .where{margin:.3rem 0 .1rem;color:var(--dim);font-size:.875rem}
+.trust{float:right;clear:right;width:14rem;margin:.2rem 0 .2rem 1rem;padding-left:.6rem;border-left:2px solid var(--dim);color:var(--dim);font-size:.875rem}
+.trust-count{margin-top:1.5rem;color:var(--dim);font-size:.875rem}
 .failure{color:var(--bad)}
 mark{background:var(--mark);color:inherit;border-bottom:2px solid var(--bad)}
 mark.caret{border:0;background:none;color:var(--bad);font-weight:bold}

@@ -1,8 +1,12 @@
 #include "host/worksheet/session/session.hpp"
 
+#include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <istream>
 #include <new>
+#include <sstream>
+#include <utility>
 
 #include "fmt/format.h"
 #include "host/worksheet/engine/assignment.hpp"
@@ -12,6 +16,7 @@
 #include "host/worksheet/language/compile.hpp"
 #include "host/worksheet/language/parse.hpp"
 #include "host/worksheet/language/statement_reader.hpp"
+#include "host/worksheet/session/commands.hpp"
 #include "host/worksheet/session/interruption.hpp"
 #include "host/worksheet/session/memory_reserve.hpp"
 #include "host/worksheet/session/progress.hpp"
@@ -71,12 +76,91 @@ void Session::evaluate_into(Outcome& outcome, const Source& source) {
   }
 }
 
+// Does what a statement about the session asks for; false for any other.
+bool Session::run_command(Outcome& outcome, const Source& source) {
+  const auto command = command_in(source.text, machine_);
+  if (!command) return false;
+  outcome.value = object_value(&kNoValue);
+  outcome.is_done = true;
+  if (command->kind == Command::Kind::who) {
+    outcome.variables = variable_list(machine_);
+  } else if (command->kind == Command::Kind::clear) {
+    const std::string wrong = clear_variables(machine_, command->names);
+    if (!wrong.empty()) outcome.value = machine_.fail({}, wrong);
+  } else {
+    outcome.value = begin_include(command->file);
+  }
+  return true;
+}
+
+// Reads the file, whose statements are run behind the one that includes it.
+Value Session::begin_include(const std::string& file) {
+  if (including_.empty()) count_ = 0;
+  if (including_.size() == kIncludeDepthLimit.most)
+    return machine_.fail({}, kIncludeDepthLimit.message);
+  if (++count_ > kIncludeLimit.most) return machine_.fail({}, kIncludeLimit.message);
+  const std::string path = machine_.files.path(file);
+  if (std::find(including_.begin(), including_.end(), path) != including_.end())
+    return machine_.fail({}, path + " includes itself");
+  try {
+    included_ = Included{path, machine_.files.read(file)};
+    return object_value(&kNoValue);
+  } catch (const FileError& error) {
+    return machine_.fail({}, error.what());
+  }
+}
+
+void Session::run_included() {
+  const Included file = *std::exchange(included_, std::nullopt);
+  // Names in it lead from where it lies; behind it from where they did before.
+  struct Inside {
+    Session& session;
+    std::string before = session.machine_.files.directory;
+    ~Inside() {
+      session.machine_.files.directory = before;
+      session.including_.pop_back();
+    }
+  } inside{*this};
+  including_.push_back(file.path);
+  const auto directory = std::filesystem::path(file.path).parent_path();
+  machine_.files.directory = directory.empty() ? "." : directory.string();
+  std::istringstream text(file.text);
+  run_text(text, 1, file.path);
+}
+
+// Keeps the value of an expression that is shown, unless it has a name already.
+void Session::keep_answer(const Outcome& outcome, const Source& source) {
+  const bool shows_value = outcome.names.empty() && !outcome.failed() && !is_none(outcome.value);
+  if (shows_value && machine_.find_variable(source.text) == nullptr)
+    machine_.assign(*machine_.variable(kAnswer), outcome.value);
+}
+
+// What comes of a statement "format": the format from now on.
+Value Session::change_format(std::string_view words) {
+  if (!words.empty()) {
+    const auto format = parse_format(words);
+    if (!format) return machine_.fail({}, kFormatWanted);
+    format_ = format;
+  }
+  machine_.notes.push_back("format " + format_words(format_.value_or(NumberFormat())));
+  return object_value(&kNoValue);
+}
+
 // The same, or that there is no memory for it.
 void Session::run_into(Outcome& outcome, const Source& source) {
   try {
     const bool readable = source.objection.empty();
+    if (readable && run_command(outcome, source)) return;
+    const auto format = readable ? format_statement(source.text) : std::nullopt;
+    if (format && machine_.find_variable(source.text) == nullptr) {
+      outcome.value = change_format(*format);
+      return;
+    }
     const auto topic = readable ? help_topic(source.text) : std::nullopt;
-    if (!topic) return evaluate_into(outcome, source);
+    if (!topic) {
+      evaluate_into(outcome, source);
+      return keep_answer(outcome, source);
+    }
     outcome.help = help_page(machine_, *topic);
     outcome.value = outcome.help ? object_value(&kNoValue) : machine_.fail({}, kNoHelp);
   } catch (const std::bad_alloc&) {
@@ -104,12 +188,14 @@ Outcome Session::outcome_of(const Source& source) {
   outcome.line = source.line;
   outcome.store = &machine_.store;
   run_into(outcome, source);
+  outcome.format = format_;
   outcome.place = machine_.place();
   remember_failure(outcome);
   outcome.pictures = std::move(machine_.pictures);
   machine_.pictures.clear();
   outcome.notes = std::move(machine_.notes);
   machine_.notes.clear();
+  outcome.trust = machine_.trust.take();
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return outcome;
 }
@@ -127,6 +213,7 @@ void Session::run(const Source& source) {
   }
   failed_ = failed_ || outcome.failed();
   machine_.end_statement();
+  if (included_) run_included();
 }
 
 namespace {
@@ -145,17 +232,22 @@ bool take_line(std::istream& text, std::string& line, const Machine& machine) {
 
 }  // namespace
 
-void Session::run_text(std::istream& text, int first_line) {
+void Session::run_all(std::vector<Source> sources, const std::string& origin) {
+  for (Source& source : sources) {
+    source.origin = origin;
+    if (!machine_.interrupted) run(source);
+  }
+}
+
+void Session::run_text(std::istream& text, int first_line, const std::string& origin) {
   StatementReader reader(first_line);
   bool at_start = true;
   for (std::string line; take_line(text, line, machine_); at_start = false) {
     if (at_start && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
-    for (const Source& source : reader.add_line(line))
-      if (!machine_.interrupted) run(source);
+    run_all(reader.add_line(line), origin);
   }
   if (machine_.interrupted) return;
-  for (const Source& source : reader.finish())
-    if (!machine_.interrupted) run(source);
+  run_all(reader.finish(), origin);
 }
 
 }  // namespace worksheet

@@ -3,6 +3,8 @@
 
 #include <functional>
 #include <iosfwd>
+#include <optional>
+#include <string>
 
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/session/outcome.hpp"
@@ -24,19 +26,37 @@ class Session {
   void run(const Source& source);
 
   // Runs text line by line: each statement as soon as it is complete. Stops after an interruption.
-  void run_text(std::istream& text, int first_line = 1);
+  // `origin` is that of the sources.
+  void run_text(std::istream& text, int first_line = 1, const std::string& origin = {});
+
+  // How numbers are shown, until a statement says otherwise.
+  void set_format(const NumberFormat& format) { format_ = format; }
 
   // Whether some statement gave an error.
   bool failed() const { return failed_; }
 
  private:
+  void run_all(std::vector<Source> sources, const std::string& origin);
   Outcome outcome_of(const Source& source);
   void run_into(Outcome& outcome, const Source& source);
+  bool run_command(Outcome& outcome, const Source& source);
+  void keep_answer(const Outcome& outcome, const Source& source);
+  Value begin_include(const std::string& file);
+  void run_included();
+  Value change_format(std::string_view words);
   void remember_failure(const Outcome& outcome);
   void evaluate_into(Outcome& outcome, const Source& source);
 
   Machine machine_;
   Show show_;
+  // A file that a statement includes, between its outcome and those of its statements.
+  struct Included {
+    std::string path, text;
+  };
+  std::optional<Included> included_;
+  std::vector<std::string> including_;  // The files under way, the innermost last,
+  std::size_t count_ = 0;               // and the number of all since there was none.
+  std::optional<NumberFormat> format_;
   bool failed_ = false;
   int progress_ = -1;
 };

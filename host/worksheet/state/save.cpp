@@ -9,6 +9,7 @@
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/output/json_output.hpp"
 #include "host/worksheet/output/printed_size.hpp"
+#include "host/worksheet/session/commands.hpp"
 #include "host/worksheet/state/state.hpp"
 
 namespace worksheet {
@@ -65,11 +66,8 @@ void append_statement(std::ostream& text, const Machine& machine, const Variable
 }  // namespace
 
 std::string state_text(const Machine& machine) {
-  std::vector<const Variable*> variables;
-  for (const auto& [name, variable] : machine.variables())
-    if (variable->defined) variables.push_back(variable.get());
-  std::sort(variables.begin(), variables.end(),
-            [](const Variable* a, const Variable* b) { return a->name < b->name; });
+  std::vector<const Variable*> variables = variable_list(machine);
+  std::erase_if(variables, [](const Variable* variable) { return variable->name == kAnswer; });
   std::vector<std::string> origins;
   for (const Variable* variable : variables)
     if (const char* origin = origin_text(variable->value.unit))

@@ -1,0 +1,2 @@
+autocmd BufNewFile,BufRead *.ws setfiletype worksheet
+autocmd FileType worksheet setlocal commentstring=#\ %s

@@ -1,0 +1,184 @@
+// Checks of factorizations: lu, cholesky, qr.
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include "fmt/format.h"
+#include "host/audit/check.hpp"
+#include "host/audit/numeric/double_double.hpp"
+
+namespace audit {
+
+namespace {
+
+constexpr int kProbes = 2;
+
+std::span<aMatrix* const> factors_of(const Request& r, std::size_t count) {
+  const auto parts = r.store.parts(r.result);
+  return parts.size() == count ? parts : std::span<aMatrix* const>();
+}
+
+bool has_shape(const aMatrix* m, int rows, int cols) {
+  return m->rows == rows && m->cols == cols;
+}
+
+double difference(const Vector& x, const Vector& y) {
+  double most = 0.0;
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    const double d = std::fabs(x[i] - y[i]);
+    if (!(d <= most)) most = d;
+  }
+  return most;
+}
+
+// For each column of the permutation matrix the row in which its 1 stands; empty if it is none.
+std::vector<int> permutation_of(const Matrix& P) {
+  std::vector<int> rows;
+  for (int j = 0; j < P.cols; ++j) {
+    const double* const one = std::find(P.column(j), P.column(j) + P.rows, 1.0);
+    if (one == P.column(j) + P.rows) return {};
+    rows.push_back(static_cast<int>(one - P.column(j)));
+  }
+  return rows;
+}
+
+// Row i is row rows[i] of A.
+Matrix with_rows(const Matrix& A, const std::vector<int>& rows) {
+  Matrix B(A.rows, A.cols);
+  for (int j = 0; j < A.cols; ++j)
+    for (int i = 0; i < A.rows; ++i) B(i, j) = A(rows[static_cast<std::size_t>(i)], j);
+  return B;
+}
+
+}  // namespace
+
+// P (M v) - L (U v) for a random v, with the columns and then the rows of M brought to one size
+// (Higham, Accuracy and Stability, theorem 9.3).
+Verdict check_lu(const Request& r) {
+  const auto parts = factors_of(r, 3);
+  const int n = matrix_at(r, 0)->rows;
+  for (const aMatrix* part : parts)
+    if (!has_shape(part, n, n)) return {};
+  if (parts.empty()) return {};
+  const Parts given = parts_of(matrix_at(r, 0));
+  const bool complex = given.is_complex();
+  Matrix M = real_form(given, complex);
+  const std::vector<int> rows = permutation_of(parts_of(parts[0]).re);
+  if (rows.empty()) return alarm("P is no permutation");
+  Parts lower = parts_of(parts[1]);
+  lower.re = with_rows(lower.re, rows);
+  if (lower.is_complex()) lower.im = with_rows(lower.im, rows);
+  Matrix L = real_form(lower, complex), U = real_form(parts_of(parts[2]), complex);
+  const Equilibration by = equilibrate(M);
+  // (D_r L D) (D⁻¹ U D_c): D keeps the two factors within range.
+  Exponents within = row_exponents(U);
+  for (std::size_t k = 0; k < within.size(); ++k) {
+    const double* const column = L.column(static_cast<int>(k));
+    int most = kZeroExponent;
+    for (std::size_t i = 0; i < within.size(); ++i)
+      if (column[i] != 0.0) most = std::max(most, exponent(column[i]) + by.rows[i]);
+    within[k] = -most;
+  }
+  Exponents back = within;
+  for (int& e : back) e = -e;
+  scale(L, by.rows, within);
+  scale(U, back, by.cols);
+  Random random = random_for(matrix_at(r, 0), 3);
+  double error = 0.0;
+  for (int probe = 0; probe < kProbes; ++probe) {
+    const Vector v = random_signs(random, static_cast<std::size_t>(M.cols));
+    error = std::max(error, difference(product(M, v), product(L, product(U, v))));
+  }
+  return {.error = error, .cause = "L U is not P M"};
+}
+
+namespace {
+
+// L⁻ᵀ x and L⁻¹ x.
+Vector solve_lower_transposed(const Matrix& L, Vector x) {
+  for (int k = L.rows; k-- > 0;) {
+    const auto n = static_cast<std::size_t>(L.rows - k - 1);
+    const auto at = static_cast<std::size_t>(k);
+    x[at] = (x[at] - dot(L.column(k) + k + 1, x.data() + at + 1, n)) / L(k, k);
+  }
+  return x;
+}
+
+Vector solve_lower(const Matrix& L, Vector x) {
+  for (int k = 0; k < L.rows; ++k) {
+    const double d = x[static_cast<std::size_t>(k)] /= L(k, k);
+    for (int i = k + 1; i < L.rows; ++i) x[static_cast<std::size_t>(i)] -= L(i, k) * d;
+  }
+  return x;
+}
+
+// (A - L Lᵀ) y, the difference in twice the digits.
+Vector residual_times(const Matrix& A, const Matrix& L, const Vector& y) {
+  Vector2 w(y.size()), z(y.size());
+  add_product(A, Vector2(y), 1.0, w);
+  add_transposed_product(L, Vector2(y), 1.0, z);
+  add_product(L, z, -1.0, w);
+  for (std::size_t i = 0; i < y.size(); ++i) w.hi[i] += w.lo[i];
+  return w.hi;
+}
+
+}  // namespace
+
+// (A - L Lᵀ) L⁻ᵀ u, the first-order error of L, after the diagonal was scaled to about 1 (Higham,
+// Accuracy and Stability, section 10.1: J. Demmel's condition is that of the scaled matrix).
+Verdict check_cholesky(const Request& r) {
+  Matrix A = parts_of(matrix_at(r, 0)).re, L = parts_of(result_matrix(r)).re;
+  const int n = A.rows;
+  Exponents by;
+  for (int i = 0; i < n; ++i) {
+    if (!(A(i, i) > 0.0) || !(L(i, i) > 0.0)) return {.error = 1.0};
+    by.push_back(-exponent(A(i, i)) / 2);
+    // The upper triangle is the one that counts.
+    for (int j = 0; j < i; ++j) A(i, j) = A(j, i);
+  }
+  scale(A, by, by);
+  scale(L, by, {});
+  Random random = random_for(matrix_at(r, 0), 4);
+  double error = 0.0, inverse = 0.0;
+  for (int probe = 0; probe < kProbes + 1; ++probe) {
+    const Vector u = random_signs(random, static_cast<std::size_t>(n));
+    const Vector y = solve_lower_transposed(L, u);
+    // A step of the power method tells the size of A⁻¹ = L⁻ᵀ L⁻¹.
+    const Vector z = solve_lower_transposed(L, solve_lower(L, y));
+    inverse = std::max(inverse, euclidean(z) / euclidean(y));
+    const Vector e = residual_times(A, L, y);
+    error = std::max(error, largest(e));
+  }
+  const double condition = inverse * frobenius(A);
+  if (!(condition * kEpsilon < 1.0))
+    return {.error = 1.0, .cause = "the matrix is singular to working precision"};
+  return {.error = 2.0 * error, .cause = fmt::format("the condition number is {:.0e}", condition)};
+}
+
+// A v - Q (R v) with the columns of A brought to length 1, Qᵀ (Q u) - u, and R below its staircase
+// (Higham, Accuracy and Stability, theorem 19.4).
+Verdict check_qr(const Request& r) {
+  const auto parts = factors_of(r, 2);
+  const int m = matrix_at(r, 0)->rows, n = matrix_at(r, 0)->cols;
+  if (parts.empty() || !has_shape(parts[0], m, m) || !has_shape(parts[1], m, n)) return {};
+  Matrix A = parts_of(matrix_at(r, 0)).re, R = parts_of(parts[1]).re;
+  const Matrix Q = parts_of(parts[0]).re;
+  const Exponents by = column_exponents(A);
+  scale(A, {}, by);
+  scale(R, {}, by);
+  double below = 0.0;
+  for (int j = 0; j < R.cols; ++j)
+    for (int i = j + 1; i < R.rows; ++i) below = std::max(below, std::fabs(R(i, j)));
+  if (below > 1e-6) return alarm("R is not triangular");
+  Random random = random_for(matrix_at(r, 0), 5);
+  double error = below;
+  for (int probe = 0; probe < kProbes; ++probe) {
+    const Vector v = random_signs(random, static_cast<std::size_t>(A.cols));
+    const Vector u = random_signs(random, static_cast<std::size_t>(A.rows));
+    error = std::max({error, difference(product(A, v), product(Q, product(R, v))),
+                      difference(transposed_product(Q, product(Q, u)), u)});
+  }
+  return {.error = error, .cause = "Q R is not the matrix"};
+}
+
+}  // namespace audit

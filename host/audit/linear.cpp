@@ -1,0 +1,127 @@
+// Checks of lsolve and of the inverse.
+#include <algorithm>
+#include <cmath>
+
+#include "fmt/format.h"
+#include "host/audit/check.hpp"
+#include "host/audit/numeric/solver.hpp"
+
+namespace audit {
+
+namespace {
+
+constexpr const char* kSingular = "the matrix is singular to working precision";
+
+std::string condition_text(double condition) {
+  return fmt::format("the condition number is {:.0e}", condition);
+}
+
+void scale(Vector& x, const Exponents& e, int shift) {
+  for (std::size_t i = 0; i < x.size(); ++i) x[i] = std::ldexp(x[i], e[i] - shift);
+}
+
+// The digits of the small elements of a result whose error is known, element by element.
+std::string small_elements_note(const Vector& x, const Vector& error) {
+  const double largest_error = largest(error);
+  constexpr double kSixDigits = 1e-6;
+  for (std::size_t i = 0; i < x.size(); ++i)
+    if (x[i] != 0.0 && std::fabs(error[i]) > kSixDigits * std::fabs(x[i]) &&
+        std::fabs(error[i]) <= largest_error)
+      return "elements much smaller than the largest do not have six digits";
+  return {};
+}
+
+}  // namespace
+
+// Iterative refinement on a factorization of our own, with residuals of twice the digits: the sum
+// of the corrections is the error (Higham, Accuracy and Stability, chapter 12).
+Verdict check_lsolve(const Request& r) {
+  const Parts M = parts_of(matrix_at(r, 0)), v = parts_of(matrix_at(r, 1)),
+              given = parts_of(result_matrix(r));
+  if (!is_cheap(r, M.re.rows)) return {};
+  const bool complex = M.is_complex() || v.is_complex();
+  Vector b = column_form(v, 0, complex), x = column_form(given, 0, complex);
+  if (largest(b) == 0.0) return {.error = largest(x) == 0.0 ? 0.0 : 1.0};
+  const Solver solver(real_form(M, complex), r.stop);
+  if (solver.is_hopeless()) return {.error = 1.0, .cause = kSingular};
+  // A_s (D_c⁻¹ x) = D_r b, both times 2^-shift, which brings the larger one to 1.
+  const Exponents cols = solver.scaling().cols;
+  Exponents down = cols;
+  for (int& e : down) e = -e;
+  const int shift = std::max(exponent(x, down), exponent(b, solver.scaling().rows));
+  scale(x, down, shift);
+  scale(b, solver.scaling().rows, shift);
+  Vector2 refined(x);
+  if (!solver.refine(Vector2(b), refined)) return {.error = 1.0, .cause = kSingular};
+  Vector error(x.size());
+  for (std::size_t i = 0; i < x.size(); ++i) error[i] = (refined.hi[i] - x[i]) + refined.lo[i];
+  const int unit = exponent(refined.hi, cols);
+  return {.error = largest(error, cols, unit) / largest(refined.hi, cols, unit),
+          .cause = condition_text(solver.condition()),
+          .note = small_elements_note(refined.hi, error)};
+}
+
+namespace {
+
+// The rows of X = A⁻¹ in units in which A is A_s = D_r A D_c: X_s = D_c⁻¹ X D_r⁻¹, times the power
+// of two that brings its largest element to 1.
+Matrix scaled_inverse(Matrix X, const Equilibration& by, int* shift) {
+  int most = kZeroExponent;
+  for (int j = 0; j < X.cols; ++j)
+    for (int i = 0; i < X.rows; ++i)
+      if (X(i, j) != 0.0)
+        most = std::max(most, exponent(X(i, j)) - by.cols[static_cast<std::size_t>(i)] -
+                                  by.rows[static_cast<std::size_t>(j)]);
+  *shift = -most;
+  for (int j = 0; j < X.cols; ++j)
+    for (int i = 0; i < X.rows; ++i)
+      X(i, j) = std::ldexp(X(i, j), *shift - by.cols[static_cast<std::size_t>(i)] -
+                                        by.rows[static_cast<std::size_t>(j)]);
+  return X;
+}
+
+// X (v - A (X v)), the first-order error of X times v; X is 2^shift times what it should be. In
+// *contraction the size of v - A (X v) against that of v.
+Vector error_times(const Matrix& A, const Matrix& X, int shift, const Vector& v,
+                   double* contraction) {
+  Vector2 y(v.size()), w(v.size());
+  add_product(X, Vector2(v), 1.0, y);
+  add_product(A, y, -1.0, w);
+  for (std::size_t i = 0; i < v.size(); ++i) w.add(i, {std::ldexp(v[i], shift), 0.0});
+  for (std::size_t i = 0; i < v.size(); ++i) w.hi[i] = std::ldexp(w.hi[i] + w.lo[i], -shift);
+  *contraction = largest(w.hi) / largest(v);
+  return product(X, w.hi);
+}
+
+}  // namespace
+
+Verdict check_inverse(const Request& r) {
+  constexpr int kProbes = 3;
+  constexpr double kSafety = 2.0;
+  const Parts parts = parts_of(matrix_at(r, 0));
+  Matrix A = real_form(parts, parts.is_complex());
+  const Matrix given = real_form(parts_of(result_matrix(r)), parts.is_complex());
+  const Equilibration by = equilibrate(A);
+  int shift = 0;
+  const Matrix X = scaled_inverse(given, by, &shift);
+  const double condition = std::ldexp(norm_1(A) * norm_1(X), -shift);
+  if (!(condition * kEpsilon * A.rows < 1.0)) return {.error = 1.0, .cause = kSingular};
+  Random random = random_for(matrix_at(r, 0), 2);
+  double error = 0.0, contraction = 0.0, c = 0.0;
+  for (int probe = 0; probe < kProbes; ++probe) {
+    const Vector signs = random_signs(random, static_cast<std::size_t>(A.rows));
+    error_times(A, X, shift, signs, &c);
+    contraction = std::max(contraction, c);
+    // Signs in the matrix's own units, too: X = D_c X_s D_r.
+    const int most = *std::max_element(by.rows.begin(), by.rows.end());
+    Vector v = signs;
+    scale(v, by.rows, most);
+    const Vector e = error_times(A, X, shift, v, &c), y = product(X, v);
+    const int unit = exponent(y, by.cols);
+    error = std::max(error, largest(e, by.cols, unit) / largest(y, by.cols, unit));
+  }
+  if (!(contraction < 0.5)) return {.error = 1.0, .cause = kSingular};
+  return {.error = kSafety * error, .cause = condition_text(condition)};
+}
+
+}  // namespace audit
