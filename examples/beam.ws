@@ -1,9 +1,5 @@
 # A steel cantilever under a load at its tip: from section data to the deflection.
-E = 210{GPa}
-b = 100{mm}
-h = 200{mm}
-L = 3{m}
-F = 10{kN}
+E = 210{GPa}; b = 100{mm}; h = 200{mm}; L = 3{m}; F = 10{kN};
 
 # Second moment of area of the section, and the bending stiffness.
 I = b*h^3/12 in {cm^4}
@@ -12,7 +8,7 @@ EI = E*I
 # The stiffness of one beam element, clamped at one end. The unknowns are the deflection w and the
 # slope times the length, so that one unit serves the whole matrix.
 K = EI/L^3 * [12, -6; -6, 4]
-u = lsolve(K, [F; 0])
+u = K \ [F; 0]
 w = u[0]
 slope = u[1]/L
 

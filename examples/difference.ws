@@ -1,18 +1,19 @@
-# The second difference operator, built by a function, and its known spectrum.
+# The second difference operator, and its known spectrum.
 n = 12
-entry(i, j) = if(i == j, 2, if(abs(i - j) == 1, -1, 0))
-T = matrix(n, n, entry)
+T = 2*identity(n);
+for k = 1:n-1; T[k, k - 1] = -1; T[k - 1, k] = -1; end
+T
 
 # Its eigenvalues are 2 - 2 cos(k pi / (n + 1)), k = 1 ... n, and its eigenvectors are sines.
-exact(k, j) = 2 - 2*cos((k + 1)*pi/(n + 1))
+k = 1:n;
+exact = 2 - 2*cos(k*pi/(n + 1));
 lambda = eigenvals(T)
 tr(T) - n*2
-max(lambda) - max(matrix(n, 1, exact))
-min(lambda) - min(matrix(n, 1, exact))
+max(lambda) - max(exact)
+min(lambda) - min(exact)
 
-sines(i, k) = sqrt(2/(n + 1))*sin((i + 1)*(k + 1)*pi/(n + 1))
-S = matrix(n, n, sines)
-norme(T*S - S*diag(matrix(n, 1, exact)))
+S = sqrt(2/(n + 1))*sin(k*k'*pi/(n + 1));
+norme(T*S - S*diag(exact))
 
 # The operator is positive definite; its condition grows with the square of n.
 rows(cholesky(T))

@@ -13,8 +13,8 @@ m = 100{g}            # of each mass
 ## Natural frequencies
 
 # Vibrations `x cos(w t)` satisfy `K x = w^2 m x`, with the stiffness matrix
-chain(i, j) = if(i == j, 2, if(abs(i - j) == 1, -1, 0))
-K = k*matrix(n, n, chain)
+K = 2*k*identity(n);
+for i = 1:n-1; K[i, i - 1] = -k; K[i - 1, i] = -k; end
 heatmap(K, "stiffness")
 
 # The eigenvalues of K/m are the squares of the angular frequencies.
@@ -31,8 +31,7 @@ min(f) - exact(1) in {Hz}
 # The eigenvectors say how the masses move together: here those of the two slowest vibrations, with the
 # walls at both ends.
 shapes = eigenvecs(K/m)
-slowest(i, j) = if(i == 0, 0, if(i == n + 1, 0, sin(pi*i*(j + 1)/(n + 1))))
-plot(matrix(n + 2, 2, slowest), "mode", "x: mass", "y: displacement")
+plot(sin(pi*(0:n+1)*[1, 2]/(n + 1)), "mode", "x: mass", "y: displacement")
 norme(shapes'*shapes - identity(n))
 
 ## Damping
@@ -41,7 +40,7 @@ norme(shapes'*shapes - identity(n))
 # system:
 beta = 1{ms}
 tau = 1{s}            # the unit of time in the matrix, which has only one unit
-state = stack(augment(0*identity(n), identity(n)), augment(-K/m*tau^2, -beta*K/m*tau))
+state = stack(augment(zeros(n, n), identity(n)), augment(-K/m*tau^2, -beta*K/m*tau))
 lambda = eigenvals(state)/tau
 plot_eigenvals(lambda, "x: real part", "y: imaginary part")
 
@@ -53,12 +52,10 @@ max(re(lambda)) < 0
 # Its decay in half a second, and the envelope.
 slow = max(re(lambda))
 w = 2*pi*exact(1)
-step = 2.5{ms}
-fall(i, j) = exp(slow*i*step)
-swing(i, j) = fall(i, j)*cos(w*i*step)
-count(i, j) = i
-t = matrix(201, 1, count)*step
-plot(t, matrix(201, 1, swing), "displacement", t, matrix(201, 1, fall), "envelope", "x: time")
+t = 0{ms}:2.5{ms}:500{ms};
+fall = exp(slow*t);
+swing = fall .* cos(w*t);
+plot(t, swing, "displacement", t, fall, "envelope", "x: time")
 
 ## How well the system can be solved
 

@@ -2,25 +2,19 @@
 # truss_stiffness.mtx states the model and the order of the unknowns.
 K = read("truss_stiffness.mtx"){N/m}
 F = read("truss_loads.csv"){N}
-u = lsolve(K, F) in {mm}
+u = K \ F in {mm}
 
 # Joints by the index of their x; y follows.
-B2 = 2
-B3 = 4
-T2 = 13
-T3 = 15
+B2 = 2; B3 = 4; T2 = 13; T3 = 15;
 sag = u[B3 + 1]
 
 # Forces in the chords of the panel beside the middle, from how much they are stretched.
-EA = 210e9{N/m^2} * 2e-3{m^2}
-panel = 2{m}
+EA = 210e9{N/m^2} * 2e-3{m^2}; panel = 2{m};
 bottom = EA * (u[B3] - u[B2]) / panel in {kN}
 top = EA * (u[T3] - u[T2]) / panel in {kN}
 
 # The truss is statically determinate: the moments of the forces on one side of a cut give the same.
-load = 50{kN}
-support = 5*load/2
-height = 2{m}
+load = 50{kN}; support = 5*load/2; height = 2{m};
 (support*2*panel - load*panel) / height in {kN}
 -(support*3*panel - load*2*panel - load*panel) / height in {kN}
 

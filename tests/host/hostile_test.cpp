@@ -96,6 +96,33 @@ TEST(Hostile, Length) {
   for (const Case& c : cases) expect(c);
 }
 
+TEST(Hostile, Loops) {
+  const Directory directory;
+  const Limits little = {.memory = 256 * kMiB};
+  const std::vector<std::string> briefly = {"--timeout", "0.3"};
+  const Case cases[] = {
+      {"blocks", repeated("if 1\n", 20000) + repeated("end\n", 20000),
+       "blocks are nested too deeply"},
+      {"no end", "while 1; end", "takes longer than", 1, {}, briefly},
+      {"no end within", "while 1\n for k = 1:1e15; x = [k, k]; y = x; y[0] = 1; end\nend",
+       "takes longer than", 1, little, briefly},
+      {"a long range", "v = 0:1e12", "memory exhausted", 1, little},
+      {"a loop through what changes",
+       "v = 0*(1:1000);\nfor x = v\n v[:] = v[:] + 1\n w = v\nend\nw[0]", "w[0] = 1000", 0, little},
+      {"growing nested values", "N = [1, \"t\"]\nfor k = 1:300\n N = [N]\nend", "the end", 0,
+       little},
+      {"notes without end",
+       "for k = 1:1000\n write(\"" + directory.path("n.csv") + "\", [k])\nend",
+       "further notes are left out",
+       0,
+       {.file_size = kMiB}},
+      {"prefixes", "x = " + repeated("-!", 100000) + "1", "x = ", 0},
+      {"names in a body", "f(x) = (" + repeated("t = x; ", 200) + "t)",
+       "too many names in the body of a function"},
+  };
+  for (const Case& c : cases) expect(c);
+}
+
 TEST(Hostile, Size) {
   const Directory directory;
   const std::string page = directory.path("page.html");

@@ -50,7 +50,7 @@ TEST_F(Language, Matrices) {
       {"[1, 2; 3, 4] * [1; 1]", "[3; 7]"},
       {"[1i, 2] * [1i; 1]", "[1]"},
       {"[1, 2] + 1", "[2 3]"},
-      {"2 ^ [1, 2]", "[2 4]"},
+      {"2 .^ [1, 2]", "[2 4]"},
       {"[1, 2] < [2, 1]", "[1 0]"},
       {"[1, 1; 0, 1]^5", "[1 5; 0 1]"},
       {"[1, 1; 0, 1]^0", "[1 0; 0 1]"},
@@ -58,7 +58,8 @@ TEST_F(Language, Matrices) {
       {"[1, 2] * [1, 2]",
        "error: cannot multiply 1 x 2 by 1 x 2: the columns of the first are not as many as the "
        "rows of the second (0, 0)"},
-      {"[1, 2; 3, 4]^0.5", "error: the power of a matrix must be an integer (0, 0)"},
+      {"[1, 2; 3, 4]^0.5",
+       "error: the power of a matrix must be an integer; '.^' works element by element (0, 0)"},
       {"with_imag([1, 2])", "[1 2 complex]"},
       {"real_only([1i, 2])", "[0 2]"},
       {"lean([0, 0])", "[0 0 lean]"},

@@ -108,7 +108,7 @@ Value read(Machine& machine, const Call& call) {
   return answer(machine, call, true, [&](const Request& request) {
     DataFile file = opened(machine, request.file);
     DataMatrix data = matrix_of(file, request);
-    for (std::string& note : data.notes) machine.notes.push_back(std::move(note));
+    for (std::string& note : data.notes) machine.note(std::move(note));
     return object_value(data.matrix.finish(machine.store), data.unit);
   });
 }

@@ -236,7 +236,7 @@ Value write(Machine& machine, const Call& call) {
     write_file(machine, request, call.places[0]);
     std::ptrdiff_t cols = 0;
     for (const Value& v : request.values) cols += cols_of(v);
-    machine.notes.push_back(
+    machine.note(
         fmt::format("{}: {} x {} written", request.file, rows_of(request.values[0]), cols));
     return object_value(&kNoValue);
   } catch (const Stopped&) {

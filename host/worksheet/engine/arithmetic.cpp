@@ -1,10 +1,11 @@
 #include "host/worksheet/engine/arithmetic.hpp"
 
-#include <cmath>
 #include <cstring>
 
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
+#include "host/worksheet/engine/elements.hpp"
+#include "host/worksheet/engine/left_division.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/engine/matrix_power.hpp"
@@ -12,101 +13,6 @@
 namespace worksheet {
 
 namespace {
-
-// Integer powers up to this one are products: exact where the products are.
-constexpr double kMostRepeatedProducts = 64;
-
-bool is_comparison(Operator op) {
-  return op >= Operator::less;
-}
-
-double truth(bool holds) {
-  return holds ? 1.0 : 0.0;
-}
-
-double real_result(Operator op, double a, double b) {
-  switch (op) {
-    case Operator::add:
-      return a + b;
-    case Operator::subtract:
-      return a - b;
-    case Operator::multiply:
-      return a * b;
-    case Operator::divide:
-      return a / b;
-    case Operator::power:
-      return std::pow(a, b);
-    case Operator::less:
-      return truth(a < b);
-    case Operator::less_equal:
-      return truth(a <= b);
-    case Operator::greater:
-      return truth(a > b);
-    case Operator::greater_equal:
-      return truth(a >= b);
-    case Operator::equal:
-      return truth(a == b);
-    default:
-      return truth(a != b);
-  }
-}
-
-// Whether the operator gives a real number for real operands.
-bool stays_real(Operator op, double a, double b) {
-  return op != Operator::power || a >= 0.0 || std::isnan(a) || std::floor(b) == b;
-}
-
-Number complex_result(Operator op, const Number& a, const Number& b) {
-  switch (op) {
-    case Operator::add:
-      return a + b;
-    case Operator::subtract:
-      return a - b;
-    case Operator::multiply:
-      return a.imag() == 0.0 ? a.real() * b : b.imag() == 0.0 ? a * b.real() : a * b;
-    case Operator::divide:
-      return b.imag() == 0.0 ? a / b.real() : a / b;
-    case Operator::power:
-      return power(a, b);
-    case Operator::equal:
-      return truth(a == b);
-    default:
-      return truth(a != b);
-  }
-}
-
-Number element_result(Operator op, const Number& a, const Number& b) {
-  if (a.imag() == 0.0 && b.imag() == 0.0 && stays_real(op, a.real(), b.real()))
-    return real_result(op, a.real(), b.real());
-  return complex_result(op, a, b);
-}
-
-// An operand of an elementwise operation: a matrix, or a number that stands for every element.
-struct Operand {
-  explicit Operand(const Value& v)
-      : m(is_matrix(v) ? matrix(v) : nullptr), z(m == nullptr ? number(v) : Number()) {}
-  bool complex() const { return m != nullptr ? m->im != nullptr : z.imag() != 0.0; }
-  double re(std::ptrdiff_t k) const { return m != nullptr ? re_at(m, k) : z.real(); }
-  double im(std::ptrdiff_t k) const { return m != nullptr ? im_at(m, k) : z.imag(); }
-  Number at(std::ptrdiff_t k) const { return {re(k), im(k)}; }
-
-  const aMatrix* m;
-  Number z;
-};
-
-Value elementwise(Machine& machine, Operator op, const Value& a, const Value& b) {
-  const Operand x(a), y(b);
-  const aMatrix* const shape = x.m != nullptr ? x.m : y.m;
-  MatrixBuilder result(shape->rows, shape->cols);
-  const std::ptrdiff_t count = element_count(shape);
-  if (x.complex() || y.complex() || op == Operator::power) {
-    for (std::ptrdiff_t k = 0; k < count; ++k) result.set(k, element_result(op, x.at(k), y.at(k)));
-  } else {
-    double* const re = result.re();
-    for (std::ptrdiff_t k = 0; k < count; ++k) re[k] = real_result(op, x.re(k), y.re(k));
-  }
-  return object_value(result.finish(machine.store));
-}
 
 // c := c + s A b for one column of a product, by the columns of A.
 void add_column(double* c, double s, const double* a, const double* b, std::ptrdiff_t m,
@@ -155,61 +61,57 @@ Value compare_texts(Machine& machine, Operator op, const Value& a, const Value& 
   return machine.fail(span, fmt::format("text has no '{}'", operator_text(op)));
 }
 
-bool has_imaginary_part(const Value& v) {
-  return is_number(v) ? v.im != 0.0 : matrix(v)->im != nullptr;
-}
-
 }  // namespace
 
 const char* operator_text(Operator op) {
-  constexpr const char* kTexts[] = {"+", "-", "*", "/", "^", "<", "<=", ">", ">=", "==", "!="};
+  constexpr const char* kTexts[] = {"+", "-",  "*", "/",  "^",  "\\", ".*", "./", ".^",
+                                    "<", "<=", ">", ">=", "==", "!=", "&&", "||"};
   return kTexts[static_cast<int>(op)];
-}
-
-Number power(const Number& a, const Number& b) {
-  if (a.imag() == 0.0 && b.imag() == 0.0 && stays_real(Operator::power, a.real(), b.real()))
-    return std::pow(a.real(), b.real());
-  const double n = b.real();
-  if (b.imag() == 0.0 && std::floor(n) == n && std::fabs(n) <= kMostRepeatedProducts) {
-    Number result = 1.0;
-    for (int k = 0; k < static_cast<int>(std::fabs(n)); ++k) result *= a;
-    return n < 0.0 ? 1.0 / result : result;
-  }
-  if (a == 0.0) return b.real() > 0.0 ? Number(0.0) : std::pow(a, b);
-  return std::exp(b * std::log(a));
 }
 
 namespace {
 
 // Whether the operator takes two matrices of these shapes.
 bool fit(Operator op, const aMatrix* a, const aMatrix* b) {
-  return op == Operator::multiply ? a->cols == b->rows : op != Operator::power && same_shape(a, b);
+  return op == Operator::multiply ? a->cols == b->rows : elements_fit(op, a, b);
+}
+
+bool has_imaginary_part(const Value& v) {
+  return is_number(v) ? v.im != 0.0 : matrix(v)->im != nullptr;
+}
+
+// Why the operator does not work on these operands; empty if it does.
+std::string objection(Operator op, const Value& a, const Value& b) {
+  for (const Value* v : {&a, &b})
+    if (!is_operand(*v))
+      return fmt::format("'{}' does not take {}", operator_text(op),
+                         is_matrix(*v) ? "a nested array" : kind_name(*v));
+  const bool ordered = is_comparison(op) && op != Operator::equal && op != Operator::not_equal;
+  if (ordered && (has_imaginary_part(a) || has_imaginary_part(b)))
+    return "complex numbers have no order";
+  if (op == Operator::power && (is_matrix(a) || is_matrix(b)))
+    return "'^' takes a square matrix to an integer power; '.^' works element by element";
+  const bool are_matrices = is_matrix(a) && is_matrix(b) && op != Operator::multiply;
+  if (are_matrices && !elements_fit(op, matrix(a), matrix(b)))
+    return fmt::format("'{}' needs equal shapes, not {} and {}", operator_text(op),
+                       shape_text(matrix(a)), shape_text(matrix(b)));
+  return {};
 }
 
 Value plain_binary(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
-  if (is_matrix(a) && is_matrix(b) && !fit(op, matrix(a), matrix(b))) {
+  const bool is_power = op == Operator::power;
+  if (is_matrix(a) && is_matrix(b) && (is_power || !fit(op, matrix(a), matrix(b)))) {
     if (is_number(as_number(b))) return plain_binary(machine, op, a, as_number(b), span);
     if (is_number(as_number(a))) return plain_binary(machine, op, as_number(a), b, span);
   }
   if (is_text(a) && is_text(b)) return compare_texts(machine, op, a, b, span);
-  if (op == Operator::power && is_matrix(a) && is_number(as_number(b)))
-    return matrix_power(machine, a, number(as_number(b)), span);
-  for (const Value* v : {&a, &b}) {
-    if (is_operand(*v)) continue;
-    return machine.fail(span, fmt::format("'{}' does not take {}", operator_text(op),
-                                          is_matrix(*v) ? "a nested array" : kind_name(*v)));
-  }
-  const bool ordered = is_comparison(op) && op != Operator::equal && op != Operator::not_equal;
-  if (ordered && (has_imaginary_part(a) || has_imaginary_part(b)))
-    return machine.fail(span, "complex numbers have no order");
-  if (is_number(a) && is_number(b)) return number_value(element_result(op, number(a), number(b)));
-  if (is_matrix(a) && is_matrix(b)) {
-    if (op == Operator::multiply) return product(machine, matrix(a), matrix(b), span);
-    if (!same_shape(matrix(a), matrix(b)))
-      return machine.fail(span,
-                          fmt::format("'{}' needs equal shapes, not {} and {}", operator_text(op),
-                                      shape_text(matrix(a)), shape_text(matrix(b))));
-  }
+  if (is_power && is_matrix(a) && is_number(b)) return matrix_power(machine, a, number(b), span);
+  if (const std::string reason = objection(op, a, b); !reason.empty())
+    return machine.fail(span, reason);
+  if (is_number(a) && is_number(b))
+    return number_value(element_result(for_elements(op), number(a), number(b)));
+  if (is_matrix(a) && is_matrix(b) && op == Operator::multiply)
+    return product(machine, matrix(a), matrix(b), span);
   return elementwise(machine, op, a, b);
 }
 
@@ -220,22 +122,27 @@ Value combined(Machine& machine, Operator op, const Value& a, const Value& b,
   return is_error(result) ? result : with_unit(scaled(machine, result, unit.factor), unit.unit);
 }
 
-Value power_with_units(Machine& machine, const Value& a, const Value& b, Span span) {
+Value power_with_units(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
   const auto factor = conversion(b.unit, nullptr);
   if (!factor)
     return machine.fail(span,
                         fmt::format("an exponent must be plain; it has {}", unit_text(b.unit)));
   const Value exponent = with_unit(scaled(machine, as_number(b), *factor), nullptr);
-  if (a.unit == nullptr) return plain_binary(machine, Operator::power, a, exponent, span);
+  if (a.unit == nullptr) return plain_binary(machine, op, a, exponent, span);
   const auto power = is_plain_real(exponent) ? to_rational(exponent.re) : std::nullopt;
   if (!power) return machine.fail(span, fmt::format("no such power of {}", unit_text(a.unit)));
-  return combined(machine, Operator::power, a, exponent, raise(a.unit, *power), span);
+  return combined(machine, op, a, exponent, raise(a.unit, *power), span);
 }
 
 Value binary_with_units(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
-  if (op == Operator::multiply) return combined(machine, op, a, b, multiply(a.unit, b.unit), span);
-  if (op == Operator::divide) return combined(machine, op, a, b, divide(a.unit, b.unit), span);
-  if (op == Operator::power) return power_with_units(machine, a, b, span);
+  const Operator kind = for_elements(op);
+  if (kind == Operator::multiply)
+    return combined(machine, op, a, b, multiply(a.unit, b.unit), span);
+  if (kind == Operator::divide) return combined(machine, op, a, b, divide(a.unit, b.unit), span);
+  if (kind == Operator::power) return power_with_units(machine, op, a, b, span);
+  if (is_logic(op))
+    return machine.fail(span, fmt::format("'{}' needs plain values, not {}", operator_text(op),
+                                          unit_text(a.unit != nullptr ? a.unit : b.unit)));
   const Unit* const unit = needs_no_unit(a) ? b.unit : a.unit;
   const auto factor = needs_no_unit(b) ? 1.0 : common_conversion(b.unit, unit);
   if (!factor)
@@ -250,6 +157,7 @@ Value binary_with_units(Machine& machine, Operator op, const Value& a, const Val
 }  // namespace
 
 Value binary(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
+  if (op == Operator::left_divide) return left_division(machine, a, b, span);
   if (a.unit == nullptr && b.unit == nullptr) return plain_binary(machine, op, a, b, span);
   try {
     return binary_with_units(machine, op, a, b, span);
@@ -267,6 +175,25 @@ Value negate(Machine& machine, const Value& a, Span span) {
   MatrixBuilder result(m->rows, m->cols);
   for (std::ptrdiff_t k = 0; k < element_count(m); ++k) result.set(k, -re_at(m, k), -im_at(m, k));
   return object_value(result.finish(machine.store), a.unit);
+}
+
+Value opposite(Machine& machine, const Value& a, Span span) {
+  if (!is_operand(a) || a.unit != nullptr)
+    return machine.fail(span,
+                        fmt::format("'!' does not take {}", a.unit != nullptr ? unit_text(a.unit)
+                                                            : is_matrix(a)    ? "a nested array"
+                                                                              : kind_name(a)));
+  if (is_number(a)) return number_value(truth(number(a) == 0.0));
+  return elementwise(machine, Operator::equal, a, number_value(0.0));
+}
+
+bool holds(Machine& machine, const Value& condition, Span span, Value* error) {
+  const Value v = as_number(condition);
+  if (is_error(v))
+    *error = v;
+  else if (!is_plain_real(v))
+    *error = machine.fail(span, "a condition must be a plain real number");
+  return v.re != 0.0;
 }
 
 }  // namespace worksheet

@@ -19,6 +19,10 @@ inline constexpr Limit kStatementLimit = {
     "the statement is longer than 4 MiB: a table that long belongs in a file"};
 // Brackets within brackets.
 inline constexpr Limit kNestingLimit = {100, "brackets are nested too deeply"};
+// Blocks within blocks: loops and branches.
+inline constexpr Limit kBlockLimit = {100, "blocks are nested too deeply"};
+// Names that the body of a function gives values.
+inline constexpr Limit kLocalLimit = {100, "too many names in the body of a function"};
 // Files that are included within each other, and all that one statement includes.
 inline constexpr Limit kIncludeDepthLimit = {16, "files are included too deeply"};
 inline constexpr Limit kIncludeLimit = {1000, "one statement may include 1000 files, no more"};
@@ -36,11 +40,16 @@ inline constexpr Limit kTargetLimit = {12, "too many names on the left"};
 // packs.
 inline constexpr Limit kStackLimit = {std::size_t{8} << 20, "calls are nested too deeply"};
 
+// Elements of a range that a loop runs through: beyond them numbers are not apart.
+inline constexpr Limit kRangeLimit = {std::size_t{1} << 53, "the range has too many elements"};
 // Elements of a matrix whose size is a number in the worksheet: zeros, ones, linspace, blocks.
 inline constexpr Limit kBuiltLimit = {std::size_t{1} << 27,
                                       "the matrix would have more than 134217728 elements"};
 
 // --- What is shown of a statement ---
+
+// Notes of a statement: a loop may have something to say in every pass.
+inline constexpr Limit kNoteLimit = {100, nullptr};
 
 // Elements that JSON shows of a value, those of nested values included; beyond that none. Nested
 // values count as a few elements each, long texts for what they take.

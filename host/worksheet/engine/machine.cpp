@@ -1,12 +1,14 @@
 #include "host/worksheet/engine/machine.hpp"
 
 #include <algorithm>
+#include <array>
 
 #include "fmt/format.h"
 #include "host/efiutils/fault_translation.hpp"
 #include "host/packs/watched_call.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/limits.hpp"
+#include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/engine/stack.hpp"
 
 namespace worksheet {
@@ -17,18 +19,24 @@ std::string signature_text(const Function& function) {
 
 // The part of the machine's state that belongs to one call of a worksheet function.
 struct Machine::Activation {
-  Activation(Machine& m, const Value* parameters, const Source* source)
-      : machine(m), saved_parameters(m.parameters_), saved_source(m.source_) {
+  Activation(Machine& m, const Value* parameters, const Source* source, Value* locals = nullptr)
+      : machine(m),
+        saved_parameters(m.parameters_),
+        saved_source(m.source_),
+        saved_locals(m.locals_) {
     m.parameters_ = parameters;
     m.source_ = source;
+    m.locals_ = locals;
   }
   ~Activation() {
     machine.parameters_ = saved_parameters;
     machine.source_ = saved_source;
+    machine.locals_ = saved_locals;
   }
   Machine& machine;
   const Value* saved_parameters;
   const Source* saved_source;
+  Value* saved_locals;
 };
 
 Machine::Machine() {
@@ -39,6 +47,7 @@ Machine::Machine() {
   Variable* const origin = variable("ORIGIN");
   origin->value = number_value(0.0);
   origin->defined = true;
+  origin->is_origin = true;
   Variable* const tolerance = variable("TOL");
   tolerance->value = number_value(kDefaultTolerance);
   tolerance->defined = true;
@@ -84,6 +93,11 @@ Value Machine::evaluate(const Node& node, const Source& source) {
   return node.evaluate(*this);
 }
 
+void Machine::note(std::string text) {
+  if (notes.size() < kNoteLimit.most) notes.push_back(std::move(text));
+  if (notes.size() == kNoteLimit.most) notes.back() = "further notes are left out";
+}
+
 std::string_view Machine::text_at(Span span) const {
   return std::string_view(source_->text).substr(span.begin, span.end - span.begin);
 }
@@ -120,7 +134,15 @@ Value Machine::call(const Function& function, std::span<const Value> arguments, 
   if (arguments.size() != wanted) return wrong_count(span, function.name, wanted, arguments.size());
   if (interrupted) return stopped(span);
   if (stack_is_low()) return fail(span, kStackLimit.message);
+  if (function.local_count > 0) return call_with_locals(function, arguments);
   const Activation activation(*this, arguments.data(), function.source.get());
+  return function.body->evaluate(*this);
+}
+
+Value Machine::call_with_locals(const Function& function, std::span<const Value> arguments) {
+  std::vector<Value> values(arguments.begin(), arguments.end());
+  values.resize(values.size() + function.local_count);
+  const Activation activation(*this, values.data(), function.source.get(), values.data());
   return function.body->evaluate(*this);
 }
 
@@ -142,12 +164,56 @@ std::size_t words_of(const Value& v) {
 }  // namespace
 
 void Machine::assign(Variable& variable, const Value& value) {
-  assigned_.push_back(&variable);
+  if (value.object != nullptr && !variable.is_listed) {
+    assigned_.push_back(&variable);
+    variable.is_listed = true;
+  }
+  if (is_matrix(value)) holders_.add(value.object);
+  if (is_matrix(variable.value)) holders_.remove(variable.value.object);
   lost_words_ += words_of(variable.value);
   held_words_ += words_of(value);
   variable.value = value;
   variable.defined = true;
-  variable.failure = {};
+  if (variable.failure.line != 0) variable.failure = {};
+  variable.may_be_real = false;
+  variable.written = nullptr;
+}
+
+void Machine::assign_part_of_joined(Variable& variable, const Value& value) {
+  assign(variable, value);
+  holders_.lend(value.object);
+}
+
+aMatrix* Machine::made_writable(Variable& variable) {
+  const aMatrix* const m = matrix(variable.value);
+  const bool is_simple = m->re != nullptr && m->leading_dimension == m->rows &&
+                         (m->flags & kIsNestedValue) == 0 && store.parts(m).empty();
+  if (!is_simple || !holders_.let_write(variable)) {
+    assign(variable, object_value(plain_copy(*this, m), variable.value.unit));
+    holders_.let_write(variable);
+  }
+  return matrix(variable.value);
+}
+
+void Machine::drop_zero_imaginary_part(Variable& variable) {
+  aMatrix* const m = matrix(variable.value);
+  variable.may_be_real = false;
+  const double* const im = m->im;
+  if (im == nullptr || std::any_of(im, im + element_count(m), [](double x) { return x != 0.0; }))
+    return;
+  ::operator delete(std::exchange(m->im, nullptr));
+}
+
+Machine::LoopValue::LoopValue(Machine& machine, const Value& value) : machine_(machine) {
+  machine.loop_values_.reserve(machine.loop_values_.size() + 1);
+  if (is_matrix(value)) machine.holders_.add(value.object);
+  machine.loop_values_.push_back(value.object);
+}
+
+Machine::LoopValue::~LoopValue() {
+  Anyval* const object = machine_.loop_values_.back();
+  if (object != nullptr && object->kind == kMatrixKind) machine_.holders_.remove(object);
+  machine_.loop_values_.pop_back();
 }
 
 void Machine::forget(Variable& variable) {
@@ -167,15 +233,31 @@ void Machine::end_statement() {
     for (const Variable* variable : assigned_) roots.push_back(variable->value.object);
     store.collect(roots, kept_);
     kept_ = store.size();
-    assigned_.clear();
+    forget_assigned();
   } catch (const std::bad_alloc&) {
     // Then a later statement does it.
   }
 }
 
+void Machine::reclaim_step(std::size_t since, std::span<Variable* const> targets) {
+  // Small losses wait, so that a pass of a loop does not look at all variables.
+  constexpr std::size_t kSmallLoss = 1u << 12;
+  last_applied_ = nullptr;
+  if (lost_words_ > held_words_ / 8 + kSmallLoss + variables_.size()) return reclaim_all();
+  std::array<Anyval*, kTargetLimit.most> roots;
+  std::size_t count = 0;
+  for (const Variable* target : targets) roots[count++] = target->value.object;
+  store.collect({roots.data(), count}, since);
+}
+
+void Machine::forget_assigned() {
+  for (Variable* variable : assigned_) variable->is_listed = false;
+  assigned_.clear();
+}
+
 // Reclaims everything that no variable reaches.
 void Machine::reclaim_all() {
-  std::vector<Anyval*> roots;
+  std::vector<Anyval*> roots = loop_values_;
   held_words_ = 0;
   for (const auto& [name, variable] : variables_)
     if (variable->defined) {
@@ -184,7 +266,7 @@ void Machine::reclaim_all() {
     }
   store.collect(roots);
   kept_ = store.size();
-  assigned_.clear();
+  forget_assigned();
   lost_words_ = 0;
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "host/efiutils/evaluator.hpp"
@@ -17,6 +18,7 @@
 #include "host/packs/packs.hpp"
 #include "host/worksheet/engine/call.hpp"
 #include "host/worksheet/engine/drawn.hpp"
+#include "host/worksheet/engine/holders.hpp"
 #include "host/worksheet/engine/sheet_files.hpp"
 #include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/trust.hpp"
@@ -48,6 +50,8 @@ class Machine {
 
   // What its author should know about the statement under evaluation: what `read` left out, say.
   std::vector<std::string> notes;
+  // Adds one, up to kNoteLimit.
+  void note(std::string text);
 
   // How far the results of the statement's calls can be trusted.
   TrustNotes trust;
@@ -69,7 +73,34 @@ class Machine {
     return variables_;
   }
 
+  // The variable takes the value; the old one is reclaimed sooner or later. Throws std::bad_alloc.
   void assign(Variable& variable, const Value& value);
+  // The same for a matrix that is part of another value.
+  void assign_part_of_joined(Variable& variable, const Value& value);
+
+  // The matrix of a variable, to write numbers to: a copy where the old one is held elsewhere, too,
+  // and not for a nested array. Throws std::bad_alloc.
+  aMatrix* writable(Variable& variable) {
+    return variable.written != nullptr ? matrix(variable.value) : made_writable(variable);
+  }
+
+  // The value of a defined variable.
+  const Value& value_of(Variable& variable) {
+    if (variable.may_be_real) drop_zero_imaginary_part(variable);
+    return variable.value;
+  }
+
+  // Holds the value through which a loop runs. Throws std::bad_alloc.
+  class LoopValue {
+   public:
+    LoopValue(Machine& machine, const Value& value);
+    ~LoopValue();
+    LoopValue(const LoopValue&) = delete;
+    LoopValue& operator=(const LoopValue&) = delete;
+
+   private:
+    Machine& machine_;
+  };
   // From now on the variable is not defined.
   void forget(Variable& variable);
 
@@ -90,6 +121,12 @@ class Machine {
 
   // The argument of the function being evaluated.
   const Value& parameter(std::size_t index) const { return parameters_[index]; }
+  // The name of its body with that number, behind the parameters.
+  void set_local(std::size_t index, const Value& value) { locals_[index] = value; }
+
+  // What `end` stands for in the index under evaluation; gives what it stood for before.
+  double set_last_index(double last) { return std::exchange(last_index_, last); }
+  double last_index() const { return last_index_; }
 
   // What stands at `span` of the text being evaluated.
   std::string_view text_at(Span span) const;
@@ -133,6 +170,10 @@ class Machine {
   void collect(const Value& result, std::size_t since) {
     if (store.size() != since) reclaim(result, since);
   }
+  // Ends a step of a block: the same for what no variable reaches. `targets` were assigned.
+  void end_step(std::size_t since, std::span<Variable* const> targets) {
+    if (store.size() != since) reclaim_step(since, targets);
+  }
   // Ends a statement: reclaims what it made and no variable reaches. What variables have lost may
   // stay until it is an eighth of what they hold, so that many statements with many variables take
   // time in proportion.
@@ -145,22 +186,31 @@ class Machine {
   Anyval* applied(const Function& function, std::span<const Value> arguments);
   void forget_last_applied();
   void reclaim(const Value& result, std::size_t since);
+  void reclaim_step(std::size_t since, std::span<Variable* const> targets);
   void reclaim_all();
+  void forget_assigned();
+  aMatrix* made_writable(Variable& variable);
+  void drop_zero_imaginary_part(Variable& variable);
+  Value call_with_locals(const Function& function, std::span<const Value> arguments);
   Value call_with_units(const Row& row, const Call& call);
   Value call_plain(const Row& row, const Call& call);
 
   std::unordered_map<std::string, std::unique_ptr<Variable>> variables_;
   std::vector<std::unique_ptr<Function>> functions_;
   const Value* parameters_ = nullptr;
+  Value* locals_ = nullptr;  // The same array, where the function has names of its own.
+  double last_index_ = 0.0;
   const Source* source_ = nullptr;
   Span pack_call_;      // The call of a pack's function that is under way,
   int pack_calls_ = 0;  // and how many are, one inside of another.
   Place place_;
-  std::size_t kept_ = 0;                   // The number of values that the last statement left.
-  std::vector<const Variable*> assigned_;  // Since then.
-  std::size_t held_words_ = 0;             // What variables hold, at least,
-  std::size_t lost_words_ = 0;             // and what they have lost since `reclaim_all`.
-  Anyval* last_applied_ = nullptr;         // The newest value that `apply` gave a pack.
+  std::size_t kept_ = 0;              // The number of values that the last statement left.
+  std::vector<Variable*> assigned_;   // Objects, since then.
+  std::vector<Anyval*> loop_values_;  // What loops run through.
+  Holders holders_;
+  std::size_t held_words_ = 0;      // What variables hold, at least,
+  std::size_t lost_words_ = 0;      // and what they have lost since `reclaim_all`.
+  Anyval* last_applied_ = nullptr;  // The newest value that `apply` gave a pack.
 };
 
 }  // namespace worksheet

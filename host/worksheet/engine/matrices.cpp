@@ -53,6 +53,23 @@ aMatrix* copy_of(Machine& machine, const aMatrix* m) {
   return copy;
 }
 
+Anyval* nested_copy(Machine& machine, const Value& v) {
+  if (!is_matrix(v)) return v.object;
+  aMatrix* const copy = copy_of(machine, matrix(v));
+  copy->flags |= kIsNestedValue;
+  return copy;
+}
+
+aMatrix* plain_copy(Machine& machine, const aMatrix* m) {
+  MatrixBuilder copy(m->rows, m->cols);
+  for (std::ptrdiff_t j = 0, k = 0; j < m->cols; ++j)
+    for (std::ptrdiff_t i = 0; i < m->rows; ++i, ++k) {
+      const std::ptrdiff_t at = j * m->leading_dimension + i;
+      copy.set(k, re_at(m, at), im_at(m, at));
+    }
+  return copy.finish(machine.store);
+}
+
 Value scaled(Machine& machine, const Value& v, double factor) {
   if (factor == 1.0) return v;
   if (is_number(v)) return with_unit(number_value(number(v) * factor), v.unit);

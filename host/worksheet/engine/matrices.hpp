@@ -47,6 +47,12 @@ class MatrixBuilder {
 // A copy of `m`, with the part arrays that m has.
 aMatrix* copy_of(Machine& machine, const aMatrix* m);
 
+// What a nested array holds of a value: copies of matrices, marked as nested; others as they are.
+Anyval* nested_copy(Machine& machine, const Value& v);
+
+// A copy of the elements alone, with a real array, and an imaginary one that is not all zeros.
+aMatrix* plain_copy(Machine& machine, const aMatrix* m);
+
 // The number or matrix with every element multiplied; its unit stays.
 Value scaled(Machine& machine, const Value& v, double factor);
 

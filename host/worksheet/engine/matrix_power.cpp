@@ -45,12 +45,16 @@ Value unit_matrix(Machine& machine, int n, Span span) {
 Value matrix_power(Machine& machine, const Value& base, const Number& exponent, Span span) {
   const double n = exponent.real();
   if (exponent.imag() != 0.0 || std::floor(n) != n || std::fabs(n) > kMostExponent)
-    return machine.fail(span, "the power of a matrix must be an integer");
+    return machine.fail(span,
+                        "the power of a matrix must be an integer; '.^' works element by element");
   if (n >= 0.0 && contains_ptrs(matrix(base)))
     return machine.fail(span, "a nested array has no power");
   if (n >= 0.0 && matrix(base)->rows != matrix(base)->cols)
-    return machine.fail(span, fmt::format("the power of a matrix needs a square one, not {}",
-                                          shape_text(matrix(base))));
+    return machine.fail(span,
+                        fmt::format("the power of a matrix needs a square one, not {}; '.^' works "
+                                    "element by element",
+                                    shape_text(matrix(base))));
+  if (element_count(matrix(base)) == 0) return base;
   if (n == 0.0) return unit_matrix(machine, matrix(base)->rows, span);
   Value square = n < 0.0 ? inverse(machine, base, span) : base;
   Value result = {};

@@ -35,6 +35,16 @@ Value in_plain_numbers(const Value& v) {
              : v;
 }
 
+// The functions of packs that need no elements; others are not given a matrix without any.
+bool takes_empty(const std::string& name) {
+  constexpr std::string_view kNames[] = {"rows", "cols", "length", "last"};
+  return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
+}
+
+bool is_empty(const Value& v) {
+  return is_matrix(v) && element_count(matrix(v)) == 0;
+}
+
 }  // namespace
 
 Value Machine::call(const Row& row, const Call& call) {
@@ -66,6 +76,10 @@ Value Machine::call_with_units(const Row& row, const Call& call) {
 }
 
 Value Machine::call_plain(const Row& row, const Call& call) {
+  const auto empty = std::find_if(call.arguments.begin(), call.arguments.end(), is_empty);
+  if (empty != call.arguments.end() && !takes_empty(row.name))
+    return fail(call.places[static_cast<std::size_t>(empty - call.arguments.begin())],
+                "must have elements");
   std::vector<Anyval*> boxes;
   for (const Value& value : call.arguments) boxes.push_back(boxed(value));
   for (const std::string& name : row.context) {

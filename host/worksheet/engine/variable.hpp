@@ -16,6 +16,12 @@ struct Variable {
   std::string name;
   Value value = {};
   bool defined = false;
+  bool is_origin = false;  // Of the indices.
+  bool is_listed = false;  // Among those that the statement has given an object.
+  // Whether elements that were written may have left an imaginary array of zeros.
+  bool may_be_real = false;
+  // Its matrix, if that holds numbers and no one else holds it: then elements are written in place.
+  const Anyval* written = nullptr;
   // The statement that should have defined it, while it is not; or the one because of which that
   // one failed.
   Failure failure = {};
@@ -25,6 +31,7 @@ struct Variable {
 struct Function {
   std::string name;
   std::vector<std::string> parameters;
+  std::size_t local_count = 0;  // Of the names that its body gives values.
   std::unique_ptr<Node> body;
   std::unique_ptr<const Source> source;
 };

@@ -169,16 +169,39 @@ A colour for each element of a matrix.
 
 ### statements
 
-x = expr assigns, f(i, j) = expr defines a function, P, L, U = lu(A) takes the parts of a joined value,
-and an expression alone shows its value. One statement a line; an open bracket continues it, and `#`
-starts a comment.
+x = expr assigns, x += expr (`-=`, `*=`, `/=`) changes, f(i, j) = expr defines a function, P, L, U = lu(A) takes
+the parts of a joined value, and an expression alone shows its value. A statement ends with its line or a `;`,
+which keeps its value from being shown; an open bracket continues it, and `#` starts a comment.
 
 ### operators
 
-`+ - * / ^`, comparisons, `A'`, `A[i, j]` and `[1, 2; 3, 4]`. `*` between matrices is the matrix product,
-all else works element by element and with a number. `A^-1` is the inverse, `A^0` the identity. Indices
-are counted from ORIGIN. `2i` is an imaginary number, "text" a text, and a matrix with matrices or texts
-in it a nested array.
+From those that bind least: `||`, `&&`, comparisons, `a:b`, `+ -`, `* / \ .* ./`, signs and `!`, `^ .^`. Between
+matrices `*` is the matrix product, A \ b solves A x = b (by least squares for a tall A), and A ^ n is the power
+of a square matrix (`A^-1` the inverse, `A^0` the identity); all else works element by element and with a number.
+`2i` is an imaginary number, "text" a text, `A'` the transpose, [1, 2; 3, 4] a matrix, and a matrix with matrices
+or texts in it a nested array.
+
+### ranges
+
+0:n-1 and 0{m}:0.1{m}:6{m} are columns of numbers, from the first to the last in steps of 1 or of the one between.
+
+### parts, end
+
+A[i, :], A[:, j], A[i:k, j:l] and v[i:k] are parts of a matrix, A[v, w] that of vectors of indices; indices are
+counted from ORIGIN, and `end` is the last. A[i, j] = x and A[i:k, j:l] += K assign to parts.
+
+### for, while, break, continue
+
+for k = 0:n-1, while c: repeat the lines up to `end`; `break` leaves the loop, `continue` goes on with the next
+pass. A loop shows nothing.
+
+### blocks, elseif, else
+
+if c, elseif c, else: one of the blocks is evaluated; `end` closes them. if(c, a, b) is a function.
+
+### functions
+
+f(x, y) = (t = x^2; t + y) gives t a value for the rest of the parentheses.
 
 ### units
 

@@ -10,11 +10,18 @@
 namespace worksheet {
 
 struct Statement {
-  enum class Form { display, assignment, definition };
+  enum class Form {
+    display,
+    assignment,
+    update,  // Of the variable in `targets`; its value is that of the statement.
+    block,   // Has no value.
+    definition
+  };
 
   Form form = Form::display;
   std::vector<Variable*> targets;
-  NodePtr expression;  // Of a display or an assignment.
+  NodePtr expression;     // Of all but a definition.
+  bool is_quiet = false;  // Whether nothing is to be shown.
   std::unique_ptr<Function> function;
 };
 

@@ -7,6 +7,7 @@
 
 #include "fmt/format.h"
 #include "host/packs/unit.hpp"
+#include "host/worksheet/engine/assignment.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/engine/stack.hpp"
@@ -21,14 +22,14 @@ Value TextNode::evaluate(Machine& machine) const {
 }
 
 Value VariableNode::evaluate(Machine& machine) const {
-  if (variable->defined) return variable->value;
+  if (variable->defined) return machine.value_of(*variable);
   if (constant != nullptr) return number_value(*constant);
   return no_value_error(machine, span, variable->name, variable);
 }
 
 namespace {
 
-// The usual case, an operator between plain real numbers, in `a`; false for any other case.
+// The usual cases, operators between plain real numbers, in `a`; false for any other case.
 bool combine_reals(Operator op, Value& a, const Value& b) {
   if (!is_plain_real(a) || !is_plain_real(b)) return false;
   switch (op) {
@@ -43,6 +44,18 @@ bool combine_reals(Operator op, Value& a, const Value& b) {
       return true;
     case Operator::divide:
       a.re /= b.re;
+      return true;
+    case Operator::less:
+      a.re = a.re < b.re ? 1.0 : 0.0;
+      return true;
+    case Operator::less_equal:
+      a.re = a.re <= b.re ? 1.0 : 0.0;
+      return true;
+    case Operator::greater:
+      a.re = a.re > b.re ? 1.0 : 0.0;
+      return true;
+    case Operator::equal:
+      a.re = a.re == b.re ? 1.0 : 0.0;
       return true;
     default:
       return false;
@@ -78,8 +91,67 @@ Value PowerNode::evaluate(Machine& machine) const {
   }
   Value result = values.back();
   for (std::size_t k = values.size() - 1; k-- > 0 && !is_error(result);)
-    result =
-        binary(machine, Operator::power, values[k], result, {operands[k]->span.begin, span.end});
+    result = binary(machine, operators[k], values[k], result, {operands[k]->span.begin, span.end});
+  return result;
+}
+
+Value LogicNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
+  Value result = first->evaluate(machine);
+  for (const ChainNode::Term& term : terms) {
+    if (is_error(result)) return result;
+    const bool decides =
+        is_plain_real(result) && (result.re != 0.0) == (term.op == Operator::either);
+    if (decides) return number_value(result.re != 0.0 ? 1.0 : 0.0);
+    const Value b = term.operand->evaluate(machine);
+    if (is_error(b)) return b;
+    result = binary(machine, term.op, result, b, term.op_span);
+  }
+  return result;
+}
+
+Value PrefixNode::evaluate(Machine& machine) const {
+  Value result = operand->evaluate(machine);
+  for (std::size_t k = signs.size(); k-- > 0 && !is_error(result);)
+    result = signs[k] == '!' ? opposite(machine, result, span) : negate(machine, result, span);
+  return result;
+}
+
+Value RangeNode::evaluate(Machine& machine) const {
+  Value error = {};
+  const Range range = range_of(machine, &error);
+  return is_error(error) ? error : worksheet::column_of(machine, range);
+}
+
+Range RangeNode::range_of(Machine& machine, Value* error) const {
+  std::array<Value, 3> values;
+  std::array<Span, 3> places;
+  for (std::size_t k = 0; k < bounds.size(); ++k) {
+    values[k] =
+        stack_is_low() ? machine.fail(span, kStackLimit.message) : bounds[k]->evaluate(machine);
+    places[k] = bounds[k]->span;
+    if (!is_error(values[k])) continue;
+    *error = values[k];
+    return {};
+  }
+  return worksheet::range_of(machine, {values.data(), bounds.size()},
+                             {places.data(), bounds.size()}, error);
+}
+
+Value SequenceNode::evaluate(Machine& machine) const {
+  if (stack_is_low()) return machine.fail(span, kStackLimit.message);
+  const std::size_t since = machine.store.size();
+  for (const Assignment& one : assignments) {
+    const Value value = one.expression->evaluate(machine);
+    if (is_error(value)) return value;
+    if (is_none(value)) return machine.fail(one.expression->span, "the expression has no value");
+    std::array<Value, kTargetLimit.most> parts;
+    const Value split = split_value(machine, value, {parts.data(), one.places.size()}, span);
+    if (is_error(split)) return split;
+    for (std::size_t k = 0; k < one.places.size(); ++k) machine.set_local(one.places[k], parts[k]);
+  }
+  const Value result = last->evaluate(machine);
+  machine.collect(result, since);
   return result;
 }
 
@@ -110,53 +182,6 @@ Value TransposeSuffix::apply(Machine& machine, const Value& a, Span place) const
 
 namespace {
 
-// The position, counted from 0, that a subscript counted from the origin means; an error value in
-// *error otherwise.
-std::ptrdiff_t position(Machine& machine, const Node& node, double origin, std::ptrdiff_t size,
-                        Value* error) {
-  const Value v = as_number(node.evaluate(machine));
-  if (is_error(v)) {
-    *error = v;
-  } else if (!is_plain_real(v) || std::floor(v.re) != v.re) {
-    *error = machine.fail(node.span, "an index must be an integer");
-  } else if (!(v.re >= origin && v.re < origin + static_cast<double>(size))) {
-    *error = machine.fail(node.span, fmt::format("index {} is outside of {} to {}", v.re, origin,
-                                                 origin + static_cast<double>(size) - 1));
-  } else {
-    return static_cast<std::ptrdiff_t>(v.re - origin);
-  }
-  return 0;
-}
-
-Value element(const aMatrix* m, std::ptrdiff_t k) {
-  const double re = re_at(m, k);
-  if (efi::is_nested_element(re)) return nested(re);
-  return number_value(re, im_at(m, k));
-}
-
-}  // namespace
-
-Value IndexSuffix::apply(Machine& machine, const Value& a, Span place) const {
-  if (!is_matrix(a)) return machine.fail(place, fmt::format("{} has no elements", kind_name(a)));
-  const aMatrix* const m = matrix(a);
-  if (!is_plain_real(origin->value)) return machine.fail(span, "ORIGIN must be a real number");
-  const double start = origin->value.re;
-  Value error = {};
-  if (indices.size() == 1) {
-    if (m->rows != 1 && m->cols != 1)
-      return machine.fail(span, fmt::format("a {} matrix needs two indices", shape_text(m)));
-    const std::ptrdiff_t k = position(machine, *indices[0], start, element_count(m), &error);
-    return is_error(error) ? error : with_unit(element(m, k), a.unit);
-  }
-  const std::ptrdiff_t i = position(machine, *indices[0], start, m->rows, &error);
-  if (is_error(error)) return error;
-  const std::ptrdiff_t j = position(machine, *indices[1], start, m->cols, &error);
-  if (is_error(error)) return error;
-  return with_unit(element(m, j * m->leading_dimension + i), a.unit);
-}
-
-namespace {
-
 bool can_have_unit(const Value& v) {
   return is_number(v) || (is_matrix(v) && !contains_ptrs(matrix(v)));
 }
@@ -180,18 +205,6 @@ Value ConversionNode::evaluate(Machine& machine) const {
                                                    unit_text(unit), conversion_hint(a.unit, unit)));
   return with_unit(scaled(machine, a, *factor), unit);
 }
-
-namespace {
-
-// What a nested array holds of a value: copies of matrices, marked as nested; others as they are.
-Anyval* nested_copy(Machine& machine, const Value& v) {
-  if (!is_matrix(v)) return v.object;
-  aMatrix* const copy = copy_of(machine, matrix(v));
-  copy->flags |= kIsNestedValue;
-  return copy;
-}
-
-}  // namespace
 
 Value MatrixNode::evaluate(Machine& machine) const {
   if (stack_is_low()) return machine.fail(span, kStackLimit.message);
@@ -281,11 +294,9 @@ Value CallNode::value_of(Machine& machine, const Call& call) const {
 
 Value IfNode::evaluate(Machine& machine) const {
   if (stack_is_low()) return machine.fail(span, kStackLimit.message);
-  const Value condition = as_number(arguments[0]->evaluate(machine));
-  if (is_error(condition)) return condition;
-  if (!is_plain_real(condition))
-    return machine.fail(arguments[0]->span, "a condition must be a plain real number");
-  return arguments[condition.re != 0.0 ? 1 : 2]->evaluate(machine);
+  Value error = {};
+  const bool yes = holds(machine, arguments[0]->evaluate(machine), arguments[0]->span, &error);
+  return is_error(error) ? error : arguments[yes ? 1 : 2]->evaluate(machine);
 }
 
 }  // namespace worksheet

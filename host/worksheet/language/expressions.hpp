@@ -8,6 +8,7 @@
 
 #include "host/worksheet/engine/arithmetic.hpp"
 #include "host/worksheet/engine/machine.hpp"
+#include "host/worksheet/engine/range.hpp"
 #include "host/worksheet/functions/builtin.hpp"
 
 namespace worksheet {
@@ -33,10 +34,9 @@ struct ParameterNode : Node {
 
 // A variable; where none is defined, a constant of that name.
 struct VariableNode : Node {
-  VariableNode(Span where, const Variable* v, const double* c)
-      : Node(where), variable(v), constant(c) {}
+  VariableNode(Span where, Variable* v, const double* c) : Node(where), variable(v), constant(c) {}
   Value evaluate(Machine& machine) const override;
-  const Variable* variable;
+  Variable* variable;
   const double* constant;
 };
 
@@ -60,11 +60,53 @@ struct NegateNode : Node {
   NodePtr operand;
 };
 
-// a ^ b ^ c..., from right to left.
+// a && b && c..., or with ||: elements where there are matrices. Behind a number that decides
+// nothing is evaluated.
+struct LogicNode : Node {
+  LogicNode(Span where, NodePtr a, std::vector<ChainNode::Term> rest)
+      : Node(where), first(std::move(a)), terms(std::move(rest)) {}
+  Value evaluate(Machine& machine) const override;
+  NodePtr first;
+  std::vector<ChainNode::Term> terms;
+};
+
+// Signs with '!' among them.
+struct PrefixNode : Node {
+  PrefixNode(Span where, std::string ops, NodePtr a)
+      : Node(where), signs(std::move(ops)), operand(std::move(a)) {}
+  Value evaluate(Machine& machine) const override;
+  std::string signs;
+  NodePtr operand;
+};
+
+// a:b or a:step:b; a column as a value.
+struct RangeNode : Node {
+  RangeNode(Span where, std::vector<NodePtr> of) : Node(where), bounds(std::move(of)) {}
+  Value evaluate(Machine& machine) const override;
+  Range range_of(Machine& machine, Value* error) const;
+  std::vector<NodePtr> bounds;
+};
+
+// (t = a; P, L, U = b; c) in the body of a function.
+struct SequenceNode : Node {
+  struct Assignment {
+    std::vector<std::size_t> places;  // Of the names among the values of the function.
+    NodePtr expression;
+  };
+  SequenceNode(Span where, std::vector<Assignment> of, NodePtr result)
+      : Node(where), assignments(std::move(of)), last(std::move(result)) {}
+  Value evaluate(Machine& machine) const override;
+  std::vector<Assignment> assignments;
+  NodePtr last;
+};
+
+// a ^ b .^ c..., from right to left.
 struct PowerNode : Node {
-  PowerNode(Span where, std::vector<NodePtr> of) : Node(where), operands(std::move(of)) {}
+  PowerNode(Span where, std::vector<NodePtr> of, std::vector<Operator> ops)
+      : Node(where), operands(std::move(of)), operators(std::move(ops)) {}
   Value evaluate(Machine& machine) const override;
   std::vector<NodePtr> operands;
+  std::vector<Operator> operators;
 };
 
 // What stands behind an operand; its span begins with the operand's.
@@ -84,15 +126,6 @@ struct TransposeSuffix : Suffix {
   TransposeSuffix(Span where, const Row* r) : Suffix(where), row(r) {}
   Value apply(Machine& machine, const Value& a, Span place) const override;
   const Row* row;
-};
-
-// A[i, j] or v[i].
-struct IndexSuffix : Suffix {
-  IndexSuffix(Span where, std::vector<NodePtr> subscripts, const Variable* o)
-      : Suffix(where), indices(std::move(subscripts)), origin(o) {}
-  Value apply(Machine& machine, const Value& a, Span place) const override;
-  std::vector<NodePtr> indices;
-  const Variable* origin;
 };
 
 // a{unit}: a plain value that gets a unit.

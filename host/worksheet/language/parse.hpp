@@ -1,17 +1,29 @@
 // Reading the text of a statement.
 //
-//   statement   [names "=" | name "(" names ")" "="] expression
-//   expression  comparison ("in" unit)*
-//   comparison  sum (("<" | "<=" | ">" | ">=" | "==" | "!=") sum)*
+//   text        statement [";"]
+//   statement   block | "break" | "continue" | [left] expression
+//   left        names "=" | name "(" names ")" "=" | name [index] ("=" | "+=" | "-=" | "*=" | "/=")
+//   block       "for" name "=" expression body "end" | "while" expression body "end"
+//               | "if" expression body ("elseif" expression body)* ["else" body] "end"
+//   body        statements, each on lines of its own or behind ";"
+//   expression  either ("in" unit)*
+//   either      both ("||" both)*
+//   both        comparison ("&&" comparison)*
+//   comparison  range (("<" | "<=" | ">" | ">=" | "==" | "!=") range)*
+//   range       sum [":" sum [":" sum]]
 //   sum         product (("+" | "-") product)*
-//   product     signed (("*" | "/") signed)*
-//   signed      ("+" | "-")* postfix ("^" ("+" | "-")* postfix)*
+//   product     signed (("*" | "/" | "\" | ".*" | "./") signed)*
+//   signed      ("+" | "-" | "!")* postfix (("^" | ".^") ("+" | "-")* postfix)*
 //   postfix     operand (index | "'" | unit)*
-//   operand     number | text | matrix | "(" expression ")" | name "(" [list] ")" | name
+//   operand     number | text | matrix | "(" sequence ")" | name "(" [list] ")" | name | "end"
+//   sequence    (names "=" expression ";")* expression
 //   matrix      "[" list (";" list)* "]"
-//   index       "[" list "]"
+//   index       "[" subscript ("," subscript)* "]"
+//   subscript   ":" | expression
 //   list        expression ("," expression)*
 //   unit        "{" ... "}"
+//
+// "end" as an operand stands within an index only; `if(` with a "," in its brackets is a call.
 #pragma once
 
 #include <stdexcept>

@@ -19,18 +19,30 @@ struct SyntaxTree {
     definition,  // Of the function named first; its parameters follow.
     assignment,
     display,
+    update,      // name, index or nothing, operation, expression
+    for_loop,    // name, expression, body
+    while_loop,  // expression, body
+    branches,    // (expression, body)+, body or nothing
+    leave,       // break
+    again,       // continue
     // Expressions.
     conversion,  // operand, unit
     chain,       // operand (operation operand)*, from left to right
-    power,       // operand operand*, from right to left
+    logic,       // the same, with operations that may leave the rest alone
+    range,       // operand operand, or operand operand operand: from, step, to
+    power,       // operand (operation operand)*, from right to left
     negation,    // operand
+    prefix,      // operation* operand, from right to left
     postfix,     // operand (index | transpose | unit)*
     number,
     imaginary,  // A number with its mark.
     text,       // With its quotes.
     matrix,     // rows
     call,       // name, arguments
+    sequence,   // assignments, expression
     variable,
+    last_index,
+    everything,  // The subscript ":".
     // Parts of these.
     name,
     operation,
@@ -38,6 +50,7 @@ struct SyntaxTree {
     transpose,
     unit,  // What stands in the braces.
     row,   // elements
+    body,  // statements
   };
   using Index = std::uint32_t;
 
@@ -55,6 +68,7 @@ struct SyntaxTree {
 
   std::string_view text;      // Of the source, which lives longer.
   std::vector<Piece> pieces;  // The first one is not used.
+  bool quiet = false;         // Whether the value is not to be shown.
 };
 
 // A piece and the pieces that it is made of.

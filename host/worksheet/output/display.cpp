@@ -171,6 +171,8 @@ namespace {
 void print_value(Printer& printer, const Outcome& outcome, const DisplayOptions& options) {
   if (outcome.failed()) {
     printer.print_error();
+  } else if (outcome.is_quiet) {
+    return;
   } else if (outcome.names.size() > 1) {
     const auto parts = outcome.store->parts(outcome.value.object);
     for (std::size_t k = 0; k < parts.size(); ++k)

@@ -201,6 +201,17 @@ void ValueWriter::outcome(const Outcome& outcome, bool all) {
   } else {
     value(outcome.value, 0);
   }
+  if (outcome.is_quiet) json_.raw(R"(,"quiet":true)");
+  // Within a statement of several lines.
+  if (outcome.is_place_known() && outcome.place.source == outcome.source) {
+    const Source::Position at = outcome.source->position(outcome.place.span.begin);
+    if (at.line != outcome.line) {
+      json_.raw(R"(,"error_line":)");
+      json_.integer(at.line);
+      json_.raw(R"(,"error_column":)");
+      json_.integer(static_cast<long long>(at.column));
+    }
+  }
   if (outcome.failed_line() != 0) {
     json_.raw(R"(,"failed_line":)");
     json_.integer(outcome.failed_line());

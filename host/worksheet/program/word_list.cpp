@@ -3,21 +3,15 @@
 #include <set>
 
 #include "host/worksheet/functions/builtin.hpp"
+#include "host/worksheet/language/words.hpp"
 #include "host/worksheet/session/commands.hpp"
 
 namespace worksheet {
 
-namespace {
-
-// The words of the grammar.
-constexpr const char* kGrammarWords[] = {"for", "while", "if",       "elseif", "else",
-                                         "end", "break", "continue", "in"};
-
-}  // namespace
-
 std::string word_list(const Machine& machine) {
   std::set<std::string> lines;
-  for (const char* word : kGrammarWords) lines.insert(std::string("keyword ") + word);
+  for (const std::string_view word : kKeywords)
+    if (word != "help") lines.insert("keyword " + std::string(word));
   for (const char* word : kCommandWords) lines.insert(std::string("command ") + word);
   lines.insert("command help");
   for (const std::string& name : builtin_names()) {

@@ -173,7 +173,7 @@ void Report::add(const Outcome& outcome) {
     errors_.push_back(
         fmt::format("<a href=\"#{}\">{}</a>", id, escaped(source.line_words(outcome.line))));
     body_ += "<div class=\"result\">\n" + error_markup(outcome) + "</div>\n";
-  } else if (!outcome.is_definition) {
+  } else if (!outcome.is_definition && !outcome.is_quiet) {
     options_.format = outcome.format.value_or(options_.format);
     const std::string values = values_markup(outcome, options_);
     if (!values.empty()) body_ += "<div class=\"result\">\n" + values + "</div>\n";

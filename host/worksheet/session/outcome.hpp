@@ -24,6 +24,7 @@ struct Outcome {
   Value value = {};                   // A function value for a definition.
   const efi::Store* store = nullptr;  // Of the value: it knows the parts of a joined one.
   bool is_definition = false;
+  bool is_quiet = false;           // Whether the value is not to be shown to people.
   Place place;                     // Of an error value; without a source where that is not known.
   std::vector<Drawn> pictures;     // In the order in which they were drawn.
   std::vector<std::string> notes;  // That its author should know, in text of one line.

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "fmt/format.h"
+#include "host/worksheet/engine/assignment.hpp"
 #include "host/text/utf8.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/readable.hpp"
@@ -22,11 +23,6 @@
 
 namespace worksheet {
 
-const char* assignment_objection(const Variable& variable, const Value& value) {
-  const bool wrong = variable.name == ORIGIN_sUnIdent->name->text && !is_plain_real(value);
-  return wrong ? "ORIGIN must be a plain real number" : nullptr;
-}
-
 namespace {
 
 // A statement that takes longer shows that it is at work.
@@ -34,27 +30,6 @@ constexpr std::chrono::seconds kPatience(2);
 
 constexpr const char* kNoHelp = "there is no help on that; help alone lists everything";
 
-// Gives the targets the value, or each a part of a joined value.
-Value assign_targets(Machine& machine, const std::vector<Variable*>& targets, const Value& value,
-                     Span span) {
-  if (targets.size() == 1) {
-    if (const char* reason = assignment_objection(*targets[0], value))
-      return machine.fail(span, reason);
-    machine.assign(*targets[0], value);
-    return value;
-  }
-  const auto parts = machine.store.parts(value.object);
-  if (parts.size() != targets.size())
-    return machine.fail(span, parts.empty() ? "the value is not made of parts"
-                                            : fmt::format("the value has {} parts, not {}",
-                                                          parts.size(), targets.size()));
-  for (std::size_t k = 0; k < targets.size(); ++k)
-    if (const char* reason = assignment_objection(*targets[k], object_value(parts[k])))
-      return machine.fail(span, reason);
-  for (std::size_t k = 0; k < targets.size(); ++k)
-    machine.assign(*targets[k], object_value(parts[k], value.unit));
-  return value;
-}
 
 Value define(Machine& machine, Statement& statement) {
   const Function* const function = machine.keep(std::move(statement.function));
@@ -71,6 +46,9 @@ Value evaluate(Machine& machine, const Statement& statement, const Source& sourc
     const Value value = machine.evaluate(*statement.expression, source);
     if (is_error(value)) return value;
     if (statement.form == Statement::Form::display) return readable(machine, value);
+    if (statement.form == Statement::Form::block) return value;
+    if (statement.form == Statement::Form::update)
+      return readable(machine, machine.value_of(*statement.targets[0]));
     return readable(machine,
                     assign_targets(machine, statement.targets, value, statement.expression->span));
   } catch (const std::bad_alloc&) {
@@ -85,6 +63,7 @@ void Session::evaluate_into(Outcome& outcome, const Source& source) {
   try {
     Statement statement = compile(source, machine_);
     for (const Variable* target : statement.targets) outcome.names.push_back(target->name);
+    outcome.is_quiet = statement.is_quiet;
     outcome.is_definition = statement.form == Statement::Form::definition;
     outcome.value =
         outcome.is_definition ? define(machine_, statement) : evaluate(machine_, statement, source);

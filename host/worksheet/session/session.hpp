@@ -11,10 +11,6 @@
 
 namespace worksheet {
 
-// Null, or why the variable cannot have the value: packs read the index origin as a number without
-// looking at its kind.
-const char* assignment_objection(const Variable& variable, const Value& value);
-
 class Session {
  public:
   // `show` sees every outcome while its value lives. Where it throws std::bad_alloc it sees the
