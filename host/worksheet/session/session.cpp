@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "fmt/format.h"
-#include "host/worksheet/engine/assignment.hpp"
 #include "host/text/utf8.hpp"
+#include "host/worksheet/engine/assignment.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/readable.hpp"
 #include "host/worksheet/language/compile.hpp"
@@ -29,7 +29,6 @@ namespace {
 constexpr std::chrono::seconds kPatience(2);
 
 constexpr const char* kNoHelp = "there is no help on that; help alone lists everything";
-
 
 Value define(Machine& machine, Statement& statement) {
   const Function* const function = machine.keep(std::move(statement.function));
