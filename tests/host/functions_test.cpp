@@ -14,7 +14,7 @@ TEST_F(Functions, UndoTheirInverses) {
       "near(x) = all(abs(x - z) < 1e-14)");
   for (const char* text :
        {"sin(asin(z))", "cos(acos(z))", "tan(atan(z))", "sinh(asinh(z))", "cosh(acosh(z))",
-        "tanh(atanh(z))", "exp(log(z))", "2 ^ log2(z)", "10 ^ log10(z)"})
+        "tanh(atanh(z))", "exp(log(z))", "2 .^ log2(z)", "10 .^ log10(z)"})
     EXPECT_EQ(sheet.brief("near(" + std::string(text) + ")"), "1") << text;
 }
 

@@ -142,10 +142,10 @@ TEST_F(Units, MeanWhatTheySay) {
       {"(r'*r)*r", "[75; 100] {m^3}"},
       {"[1, 2; 3, 4] + r'*r/1{m^2}", "[26 27; 28 29]"},
       {"r/(r'*r)", "[0.12; 0.16] {1/m}"},
-      {"2^([1]*[2])", "[4]"},
+      {"2^([1]*[2])", "4"},
       {"[2]^2", "[4]"},
       {"if([0]*[1], 1, 2)", "2"},
-      {"r[[1]*[1]]", "4 {m}"},
+      {"r[[1]*[1]]", "[4] {m}"},
       {"[1, 2]*[1, 2]",
        "error: cannot multiply 1 x 2 by 1 x 2: the columns of the first are not as many "
        "as the rows of the second (0, 0)"},

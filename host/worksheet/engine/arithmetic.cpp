@@ -100,7 +100,9 @@ std::string objection(Operator op, const Value& a, const Value& b) {
 
 Value plain_binary(Machine& machine, Operator op, const Value& a, const Value& b, Span span) {
   const bool is_power = op == Operator::power;
-  if (is_matrix(a) && is_matrix(b) && (is_power || !fit(op, matrix(a), matrix(b)))) {
+  if (is_power && is_matrix(b) && is_number(as_number(b)))
+    return plain_binary(machine, op, a, as_number(b), span);
+  if (is_matrix(a) && is_matrix(b) && !is_power && !fit(op, matrix(a), matrix(b))) {
     if (is_number(as_number(b))) return plain_binary(machine, op, a, as_number(b), span);
     if (is_number(as_number(a))) return plain_binary(machine, op, as_number(a), b, span);
   }
