@@ -8,7 +8,7 @@
 #include <string>
 
 #include "host/efiutils/store.hpp"
-#include "host/efiutils/streams.hpp"
+#include "host/efiutils/system/streams.hpp"
 #include "host/packs/packs.hpp"
 
 namespace audit {

@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
-#include "host/efiutils/files.hpp"
-#include "host/efiutils/platform.hpp"
+#include "host/efiutils/system/files.hpp"
+#include "host/efiutils/system/platform.hpp"
 #include "pack/host_interface.hpp"
 
 namespace efi {

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <new>
 
-#include "host/efiutils/platform.hpp"
+#include "host/efiutils/system/platform.hpp"
 
 namespace efi {
 

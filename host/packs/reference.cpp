@@ -5,7 +5,7 @@
 #include <iterator>
 
 #include "fmt/format.h"
-#include "host/efiutils/files.hpp"
+#include "host/efiutils/system/files.hpp"
 #include "host/text/text.hpp"
 
 namespace worksheet {

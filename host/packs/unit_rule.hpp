@@ -21,7 +21,7 @@
 #include <string>
 #include <vector>
 
-#include "host/packs/unit.hpp"
+#include "host/units/unit.hpp"
 
 namespace worksheet {
 

@@ -2,12 +2,12 @@
 # Includes point one way: a folder of the host knows those above it in these lists, and no other.
 set -euo pipefail
 cd "$1"
-worksheet="host/efiutils host/text host/packs host/arguments host/audit/numeric host/audit host/worksheet/engine host/worksheet/data
+worksheet="host/efiutils/system host/efiutils host/text host/units host/packs host/arguments host/audit/numeric host/audit host/worksheet/engine host/worksheet/operators host/worksheet/data
   host/worksheet/plot host/worksheet/functions host/worksheet/language host/worksheet/help
   host/worksheet/session host/worksheet/output host/worksheet/state host/worksheet/report host/worksheet/program host/kernel"
-packcheck="host/efiutils host/text host/packs host/arguments host/packcheck/watch host/packcheck
+packcheck="host/efiutils/system host/efiutils host/text host/units host/packs host/arguments host/packcheck/watch host/packcheck
   host/packcheck/arguments host/packcheck/process host/packcheck/checks host/packcheck/program"
-calc="host/efiutils host/text host/packs calc"
+calc="host/efiutils/system host/efiutils host/text host/units host/packs calc"
 failed=0
 for order in "$worksheet" "$packcheck" "$calc"; do
   known=""

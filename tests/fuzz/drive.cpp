@@ -8,7 +8,7 @@
 #include <random>
 #include <string_view>
 
-#include "host/efiutils/files.hpp"
+#include "host/efiutils/system/files.hpp"
 #include "tests/support/platform.hpp"
 
 namespace fuzz {

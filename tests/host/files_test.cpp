@@ -1,5 +1,5 @@
 // Files: what is written whole, what is refused, and what a confined worksheet gets at.
-#include "host/efiutils/files.hpp"
+#include "host/efiutils/system/files.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>

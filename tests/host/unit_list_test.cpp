@@ -1,11 +1,11 @@
 // The list of units: their values, and what converts to what.
-#include "host/packs/unit_list.hpp"
+#include "host/units/unit_list.hpp"
 
 #include <algorithm>
 #include <fstream>
 
-#include "host/packs/unit.hpp"
 #include "host/text/text.hpp"
+#include "host/units/unit.hpp"
 #include "tests/host/sheet.hpp"
 
 using worksheet::parse_unit;

@@ -1,7 +1,7 @@
 // Units: reading them, calculating with them, and the unit rules of the pack's rows.
 #include "fmt/format.h"
-#include "host/packs/unit.hpp"
 #include "host/packs/unit_rule.hpp"
+#include "host/units/unit.hpp"
 #include "tests/host/sheet.hpp"
 
 using namespace test;

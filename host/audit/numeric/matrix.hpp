@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "host/arguments/random.hpp"
-#include "host/efiutils/streams.hpp"
+#include "host/efiutils/system/streams.hpp"
 #include "pack/host_interface.hpp"
 
 namespace audit {

@@ -10,7 +10,7 @@
 #include <new>
 #include <system_error>
 
-#include "host/efiutils/files.hpp"
+#include "host/efiutils/system/files.hpp"
 #include "host/packcheck/watch/environment.hpp"
 
 namespace packcheck {

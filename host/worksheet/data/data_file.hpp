@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/efiutils/streams.hpp"
+#include "host/efiutils/system/streams.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/engine/source.hpp"
 

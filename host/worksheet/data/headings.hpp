@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/packs/unit.hpp"
+#include "host/units/unit.hpp"
 
 namespace worksheet {
 

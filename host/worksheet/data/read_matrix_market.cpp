@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "fmt/format.h"
-#include "host/packs/unit.hpp"
 #include "host/text/numbers.hpp"
 #include "host/text/text.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/data/data_file.hpp"
 #include "host/worksheet/engine/limits.hpp"
 

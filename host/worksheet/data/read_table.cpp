@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "fmt/format.h"
-#include "host/packs/unit.hpp"
 #include "host/text/text.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/data/headings.hpp"
 #include "host/worksheet/data/table_numbers.hpp"
 

@@ -6,11 +6,11 @@
 #include <ostream>
 
 #include "fmt/format.h"
-#include "host/efiutils/files.hpp"
-#include "host/efiutils/streams.hpp"
-#include "host/packs/unit.hpp"
+#include "host/efiutils/system/files.hpp"
+#include "host/efiutils/system/streams.hpp"
 #include "host/text/numbers.hpp"
 #include "host/text/text.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/data/data_file.hpp"
 #include "host/worksheet/data/headings.hpp"
 #include "host/worksheet/data/table_numbers.hpp"

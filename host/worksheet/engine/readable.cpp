@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/packs/unit_display.hpp"
+#include "host/units/unit_display.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 
 namespace worksheet {

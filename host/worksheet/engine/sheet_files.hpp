@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/efiutils/files.hpp"
+#include "host/efiutils/system/files.hpp"
 
 namespace worksheet {
 

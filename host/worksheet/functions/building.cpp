@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "fmt/format.h"
-#include "host/packs/unit.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/functions/elementwise.hpp"
 
 namespace worksheet {

@@ -4,8 +4,8 @@
 #include <numbers>
 
 #include "fmt/format.h"
-#include "host/packs/unit.hpp"
 #include "host/text/text.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/data/read_data.hpp"
 #include "host/worksheet/data/write_data.hpp"
 #include "host/worksheet/engine/machine.hpp"

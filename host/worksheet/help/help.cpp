@@ -1,9 +1,9 @@
 #include "host/worksheet/help/help.hpp"
 
 #include "fmt/format.h"
-#include "host/packs/unit_database.hpp"
-#include "host/packs/unit_list.hpp"
 #include "host/text/text.hpp"
+#include "host/units/unit_database.hpp"
+#include "host/units/unit_list.hpp"
 #include "host/worksheet/engine/machine.hpp"
 
 namespace worksheet {

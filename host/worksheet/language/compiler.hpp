@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/packs/unit.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/language/indices.hpp"
 #include "host/worksheet/language/parse.hpp"
 

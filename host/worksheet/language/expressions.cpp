@@ -6,13 +6,13 @@
 #include <optional>
 
 #include "fmt/format.h"
-#include "host/packs/unit.hpp"
-#include "host/worksheet/engine/assignment.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/engine/stack.hpp"
 #include "host/worksheet/functions/digits.hpp"
 #include "host/worksheet/functions/unknown_names.hpp"
+#include "host/worksheet/operators/assignment.hpp"
 
 namespace worksheet {
 

@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "host/worksheet/engine/arithmetic.hpp"
 #include "host/worksheet/engine/machine.hpp"
-#include "host/worksheet/engine/range.hpp"
 #include "host/worksheet/functions/builtin.hpp"
+#include "host/worksheet/operators/arithmetic.hpp"
+#include "host/worksheet/operators/range.hpp"
 
 namespace worksheet {
 

@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "host/worksheet/engine/subscript.hpp"
 #include "host/worksheet/language/expressions.hpp"
+#include "host/worksheet/operators/subscript.hpp"
 
 namespace worksheet {
 

@@ -3,10 +3,10 @@
 #include <new>
 
 #include "fmt/format.h"
-#include "host/worksheet/engine/assignment.hpp"
-#include "host/worksheet/engine/part_assignment.hpp"
 #include "host/worksheet/engine/stack.hpp"
 #include "host/worksheet/functions/unknown_names.hpp"
+#include "host/worksheet/operators/assignment.hpp"
+#include "host/worksheet/operators/part_assignment.hpp"
 
 namespace worksheet {
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "fmt/format.h"
-#include "host/packs/unit.hpp"
 #include "host/text/text.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/engine/variable.hpp"
 #include "host/worksheet/output/help_text.hpp"
 #include "host/worksheet/output/listing.hpp"

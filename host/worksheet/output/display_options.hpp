@@ -1,7 +1,7 @@
 // How values are shown to people.
 #pragma once
 
-#include "host/worksheet/engine/number_format.hpp"
+#include "host/text/number_format.hpp"
 
 namespace worksheet {
 

@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/efiutils/catalogue.hpp"
-#include "host/packs/unit.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/output/display_options.hpp"

@@ -5,8 +5,8 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/catalogue.hpp"
-#include "host/packs/unit.hpp"
 #include "host/text/text.hpp"
+#include "host/units/unit.hpp"
 
 namespace worksheet {
 

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "fmt/format.h"
-#include "host/packs/unit_display.hpp"
+#include "host/units/unit_display.hpp"
 #include "host/worksheet/engine/readable.hpp"
 
 namespace worksheet {

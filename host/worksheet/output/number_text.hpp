@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/worksheet/engine/number_format.hpp"
+#include "host/text/number_format.hpp"
 #include "host/worksheet/engine/value.hpp"
 
 namespace worksheet {

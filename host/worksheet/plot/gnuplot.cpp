@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "fmt/format.h"
-#include "host/efiutils/files.hpp"
+#include "host/efiutils/system/files.hpp"
 
 extern char** environ;
 

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "host/efiutils/streams.hpp"
+#include "host/efiutils/system/streams.hpp"
 
 namespace worksheet {
 

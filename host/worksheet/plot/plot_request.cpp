@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "fmt/format.h"
-#include "host/packs/unit.hpp"
 #include "host/text/text.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/readable.hpp"
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "fmt/format.h"
-#include "host/packs/unit.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/plot/draw.hpp"
 #include "host/worksheet/plot/plot.hpp"

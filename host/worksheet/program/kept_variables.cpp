@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "fmt/format.h"
-#include "host/efiutils/files.hpp"
+#include "host/efiutils/system/files.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/program/terminal.hpp"
 #include "host/worksheet/state/state.hpp"

@@ -15,7 +15,7 @@
 #include <system_error>
 
 #include "fmt/format.h"
-#include "host/efiutils/files.hpp"
+#include "host/efiutils/system/files.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/output/display.hpp"

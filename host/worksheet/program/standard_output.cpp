@@ -8,7 +8,7 @@
 #include <iostream>
 
 #include "fmt/format.h"
-#include "host/efiutils/files.hpp"
+#include "host/efiutils/system/files.hpp"
 
 namespace worksheet {
 

@@ -3,7 +3,7 @@
 
 #include <stdexcept>
 
-#include "host/efiutils/streams.hpp"
+#include "host/efiutils/system/streams.hpp"
 
 namespace worksheet {
 

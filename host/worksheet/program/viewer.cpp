@@ -11,7 +11,7 @@
 #include <filesystem>
 
 #include "fmt/format.h"
-#include "host/efiutils/files.hpp"
+#include "host/efiutils/system/files.hpp"
 
 extern char** environ;
 

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "fmt/format.h"
-#include "host/packs/unit.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/variable.hpp"
 #include "host/worksheet/output/matrix_text.hpp"

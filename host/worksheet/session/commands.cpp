@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include "host/text/number_format.hpp"
 #include "host/text/text.hpp"
-#include "host/worksheet/engine/number_format.hpp"
 
 namespace worksheet {
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <set>
 
-#include "host/packs/unit_database.hpp"
+#include "host/units/unit_database.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/functions/builtin.hpp"
 #include "host/worksheet/help/help.hpp"

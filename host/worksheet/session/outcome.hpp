@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "host/efiutils/store.hpp"
+#include "host/text/number_format.hpp"
 #include "host/worksheet/engine/drawn.hpp"
-#include "host/worksheet/engine/number_format.hpp"
 #include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/trust.hpp"
 #include "host/worksheet/engine/value.hpp"

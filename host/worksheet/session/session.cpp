@@ -10,12 +10,12 @@
 
 #include "fmt/format.h"
 #include "host/text/utf8.hpp"
-#include "host/worksheet/engine/assignment.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/readable.hpp"
 #include "host/worksheet/language/compile.hpp"
 #include "host/worksheet/language/parse.hpp"
 #include "host/worksheet/language/statement_reader.hpp"
+#include "host/worksheet/operators/assignment.hpp"
 #include "host/worksheet/session/commands.hpp"
 #include "host/worksheet/session/interruption.hpp"
 #include "host/worksheet/session/memory_reserve.hpp"

@@ -4,12 +4,12 @@
 #include <vector>
 
 #include "fmt/format.h"
-#include "host/packs/unit.hpp"
-#include "host/worksheet/engine/assignment.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/engine/matrices.hpp"
 #include "host/worksheet/language/compile.hpp"
+#include "host/worksheet/operators/assignment.hpp"
 #include "host/worksheet/state/state.hpp"
 
 namespace worksheet {

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "fmt/format.h"
-#include "host/packs/unit.hpp"
 #include "host/text/text.hpp"
+#include "host/units/unit.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/output/json_output.hpp"
