@@ -45,7 +45,7 @@ constexpr Builtin kBuiltins[] = {
     {"asinh", 1, 1, plain, each<area_sine>},
     {"acosh", 1, 1, plain, each<area_cosine>},
     {"atanh", 1, 1, plain, each<area_tangent>},
-    {"gamma", 1, 1, plain, each_real<gamma_function>},
+    {"gamma", 1, 1, plain, each<gamma_function>},
     {"abs", 1, 1, keep, each<magnitude>},
     {"arg", 1, 1, drop, each<argument>},
     {"sign", 1, 1, drop, each<sign>},

@@ -22,6 +22,18 @@ bool is_not_negative(const Number& z) {
   return is_real(z) && !(z.real() < 0.0);
 }
 
+// A logarithm of the gamma function where the real part of z is at least 1/2: the series of Lanczos
+// with g = 7 and nine terms.
+Number log_gamma(const Number& z) {
+  constexpr double kTerms[] = {676.5203681218851,     -1259.1392167224028,  771.32342877765313,
+                               -176.61502916214059,   12.507343278686905,   -0.13857109526572012,
+                               9.9843695780195716e-6, 1.5056327351493116e-7};
+  Number sum = 0.99999999999980993;
+  for (int k = 0; k < 8; ++k) sum += kTerms[k] / (z + static_cast<double>(k));
+  const Number t = z + 6.5;
+  return 0.5 * std::log(2.0 * std::numbers::pi) + (z - 0.5) * std::log(t) - t + std::log(sum);
+}
+
 }  // namespace
 
 Number square_root(const Number& z) {
@@ -110,6 +122,19 @@ Number sign(const Number& z) {
   return static_cast<double>(z.real() > 0.0) - static_cast<double>(z.real() < 0.0);
 }
 
+Number gamma_function(const Number& z) {
+  if (is_real(z)) return Number(std::tgamma(z.real()));
+  if (!(z.real() < 0.5)) return std::exp(log_gamma(z));
+  // By reflection. Far from the real axis the sine is one power of e, which may overflow.
+  const Number angle = std::numbers::pi * z;
+  const double side = std::copysign(1.0, z.imag());
+  const Number log_sine =
+      std::fabs(z.imag()) < 10.0
+          ? std::log(std::sin(angle))
+          : Number(-std::numbers::ln2, side * std::numbers::pi / 2) - Number(0.0, side) * angle;
+  return std::exp(std::log(std::numbers::pi) - log_sine - log_gamma(1.0 - z));
+}
+
 Number real_part(const Number& z) {
   return z.real();
 }
@@ -136,10 +161,6 @@ double nearest_whole(double x) {
 
 double whole_towards_zero(double x) {
   return std::trunc(x);
-}
-
-double gamma_function(double x) {
-  return std::tgamma(x);
 }
 
 double angle_of(double y, double x) {

@@ -108,6 +108,9 @@ Value product_of_elements(Machine& machine, const Call& call) {
 }
 
 Value mean(Machine& machine, const Call& call) {
+  const Value& x = call.arguments[0];
+  if (is_matrix(x) && element_count(matrix(x)) == 0)
+    return machine.fail(call.places[0], "must have elements");
   return reduced(
       machine, call,
       [](const Elements& x, std::ptrdiff_t at, std::ptrdiff_t step, std::ptrdiff_t length) {

@@ -25,7 +25,7 @@ The hyperbolic functions and their inverses, element by element; complex where n
 
 ### gamma(x)
 
-The gamma function, element by element, for real numbers: gamma(n + 1) is the factorial of n.
+The gamma function, element by element, of real and complex numbers: gamma(n + 1) is the factorial of n.
 
 ### abs(z), re(z), im(z), conj(z)
 
