@@ -121,6 +121,11 @@ TEST_F(Plot, WhatCannotBeDrawnIsSaidAtTheArgument) {
   EXPECT_EQ(directory.names(), std::vector<std::string>());
 }
 
+TEST_F(Plot, OneStatementDrawsABoundedNumber) {
+  EXPECT_TRUE(sheet.shown("for k = 1:1e9\n  plot([k, 1])\nend")
+                  .starts_with("error: one statement may draw 1000 pictures, no more\n"));
+}
+
 TEST_F(Plot, PngFilesHoldPictures) {
   sheet.run("plot(\"p.PNG\", [1, 3, 2])\nplot(\"p.PNG\", [1, 3, 1])");
   EXPECT_EQ(directory.read("p.PNG").substr(0, 8), "\x89PNG\r\n\x1A\n");

@@ -46,6 +46,9 @@ inline constexpr Limit kRangeLimit = {std::size_t{1} << 53, "the range has too m
 inline constexpr Limit kBuiltLimit = {std::size_t{1} << 27,
                                       "the matrix would have more than 134217728 elements"};
 
+// Pictures of a statement: it holds all of them, and a loop may draw in every pass.
+inline constexpr Limit kPictureLimit = {1000, "one statement may draw 1000 pictures, no more"};
+
 // --- What is shown of a statement ---
 
 // Notes of a statement: a loop may have something to say in every pass.

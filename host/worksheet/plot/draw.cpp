@@ -6,6 +6,7 @@
 
 #include "fmt/format.h"
 #include "host/text/text.hpp"
+#include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/plot/gnuplot.hpp"
 #include "host/worksheet/plot/plot_script.hpp"
@@ -79,6 +80,8 @@ void name_curves(Picture& picture) {
 }  // namespace
 
 Value draw(Machine& machine, const Call& call, const Fill& fill) {
+  if (machine.pictures.size() == kPictureLimit.most)
+    return machine.fail(call.span, kPictureLimit.message);
   try {
     PlotRequest request = read_plot_request(machine, call);
     Picture picture;
