@@ -118,6 +118,12 @@ TEST(Report, ShowsTextStatementsValuesPicturesAndErrors) {
         << page.html.substr(at, 80);
 }
 
+TEST(Report, ShowsACommentBesideTheLastStatementOfItsLine) {
+  const Page page("a = 1; b = \"# b\"; c = 2  # of c\n");
+  EXPECT_EQ(page.at("string(count(//h:span[@class='comment']))"), "1");
+  EXPECT_EQ(page.at("string(//h:section[3]//h:span[@class='comment'])"), "# of c");
+}
+
 TEST(Report, AlignsPointsAndBreaksLongMatrices) {
   const std::string text =
       "c = [1.25; -20; 3e-9; 2i]{kN}\nf(i, j) = i\nt = matrix(20, 1, f)\n"

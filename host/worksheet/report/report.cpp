@@ -89,9 +89,10 @@ std::string Report::source_markup(const Source& source, Span marked) const {
     result += marked_markup(source.text, begin, end, marked);
     const std::size_t line = static_cast<std::size_t>(source.line) - 1 + k;
     if (source.origin.empty() && line < lines_.size()) {
+      // Behind a statement that is not the last one of its line stands the next one.
       const std::size_t behind = end - begin + (k == 0 ? source.indent : 0);
-      const std::size_t sign = lines_[line].find('#', behind);
-      if (sign != std::string::npos)
+      const std::size_t sign = lines_[line].find_first_not_of(" \t\r", behind);
+      if (sign != std::string::npos && lines_[line][sign] == '#')
         result +=
             fmt::format("{}<span class=\"comment\">{}</span>",
                         std::string(end > begin ? std::min<std::size_t>(sign - behind, 2) : 0, ' '),
