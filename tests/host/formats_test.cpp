@@ -55,7 +55,7 @@ TEST_F(Formats, EngineeringChoosesThePrefix) {
 
 TEST_F(Formats, AreStatements) {
   EXPECT_EQ(sheet.shown("format"), "note: format auto 6\n");
-  EXPECT_EQ(sheet.shown("format  fix\t2 ;"), "note: format fix 2\n");
+  EXPECT_EQ(sheet.shown("format  fix\t2"), "note: format fix 2\n");
   EXPECT_EQ(sheet.shown("2/3"), "0.67\n");
   for (const char* wrong : {"format fix", "format fix 18", "format sci 0", "format wide 3",
                             "format fix 2 3", "format fix -1"})

@@ -78,6 +78,12 @@ TEST_F(Mistakes, WhatFollowsFromAFailureNamesIt) {
   EXPECT_EQ(outcomes[4]["failed_line"], 4);
   EXPECT_EQ(brief_text(outcomes.back()["value"]), "[2]");
   EXPECT_EQ(sheet.shown("a = 1 + c\na"), "error: line 2: a has no value: line 1 failed\n");
+  // Of a block, what it should have assigned; but not what it did.
+  EXPECT_EQ(sheet.shown("if 1\n  p = 1; q = c\n  q[0] = 1\nend\nq"),
+            "error: line 5: q has no value: line 2 failed\n");
+  EXPECT_EQ(sheet.brief("clear p\np"), "error: unknown name: p (0, 0)");
+  EXPECT_EQ(sheet.shown("for r = 1:2\n  s = (2\n  t = 1\nend\nr + t"),
+            "error: line 5: r has no value: line 2 failed\n");
   // A failure changes nothing that was there.
   EXPECT_EQ(sheet.brief("b = nothing\nb"), "[4]");
   EXPECT_TRUE(sheet.session().failed());

@@ -51,6 +51,16 @@ TEST_F(Session, IncludesWorksheets) {
   EXPECT_NE(sheet.brief("include \"../d.ws\"").find("lies outside"), std::string::npos);
 }
 
+TEST_F(Session, StatementsAboutItAreQuietToo) {
+  directory.write("inner.ws", "2\nformat fix 2\n");
+  directory.write("outer.ws", "1\ninclude \"inner.ws\"\nx = 3\nwho\n");
+  for (const Json& outcome : sheet.run("include \"outer.ws\";"))
+    EXPECT_TRUE(outcome.value("quiet", false)) << outcome;
+  EXPECT_EQ(sheet.shown("who;"), "");
+  EXPECT_EQ(sheet.shown("format sci 3;"), "");
+  EXPECT_EQ(sheet.shown("x"), "3.00e+00\n");
+}
+
 TEST_F(Session, CompletesWhatIsTyped) {
   directory.write("forces.csv", "1\n");
   std::filesystem::create_directory(directory.path("data"));
@@ -65,7 +75,7 @@ TEST_F(Session, CompletesWhatIsTyped) {
                         {"read(\"fo", 6, "forces.csv"},    {"read(\"", 6, "data/"},
                         {"help oper", 5, "operators"},     {"x # stiff", 3, nullptr},
                         {"\"a\" + stiff", 6, "stiffness"}, {"[1,\n2, stiff", 7, "stiffness"},
-                        {"read(\"no/such", 6, nullptr}};
+                        {"read(\"no/such", 6, nullptr},    {"el", 0, "elseif"}};
   for (const Case& c : cases) {
     const auto found = worksheet::complete(sheet.machine(), c.text);
     EXPECT_EQ(found.candidates.empty(), c.candidate == nullptr) << c.text;

@@ -1,6 +1,9 @@
 // Statements and blocks.
 #include "host/worksheet/language/parse.hpp"
 
+#include <algorithm>
+#include <utility>
+
 #include "fmt/format.h"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/stack.hpp"
@@ -253,8 +256,24 @@ SyntaxTree parse(const Source& source) {
   return Parser(source.text).whole_text();
 }
 
+// Of a block those of its statements, also of those behind a mistake: they are found by their
+// beginnings alone.
 std::vector<std::string> assigned_names(const Source& source) {
-  return Parser(source.text).names_on_the_left();
+  const std::string_view text = source.text;
+  if (!is_keyword(text.substr(0, name_length(text, 0)))) return Parser(text).names_on_the_left();
+  std::vector<std::string> names;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    at = skip_blanks(text, at);
+    const std::string_view first = text.substr(at, name_length(text, at));
+    if (first == "for" || first == "else") at = skip_blanks(text, at + first.size());
+    const std::size_t begin = at;
+    while (at < text.size() && text[at] != '\n' && text[at] != ';')
+      at = (text[at] == '"' || text[at] == '{' ? end_of_quoted(text, at) : at) + 1;
+    at = std::min(at, text.size());
+    for (std::string& name : Parser(text.substr(begin, at - begin)).names_on_the_left())
+      names.push_back(std::move(name));
+  }
+  return names;
 }
 
 }  // namespace worksheet

@@ -43,7 +43,8 @@ struct SyntaxError : std::runtime_error {
 // The text of the source must outlive the tree. Throws SyntaxError.
 SyntaxTree parse(const Source& source);
 
-// The names that a statement assigns or defines, whether it can be read to its end or not.
+// The names that a statement assigns or defines, also within a block, whether it can be read to its
+// end or not.
 std::vector<std::string> assigned_names(const Source& source);
 
 }  // namespace worksheet

@@ -195,6 +195,7 @@ void show_outcome(std::ostream& out, const Outcome& outcome, const DisplayOption
     return;
   }
   if (outcome.variables) {
+    if (outcome.is_quiet) return;
     out << variables_text(*outcome.variables);
     return;
   }

@@ -39,12 +39,14 @@ bool is_context(const Machine& machine, const std::string& name) {
 
 std::optional<Command> command_in(std::string_view statement, const Machine& machine) {
   statement = trimmed(statement);
-  if (statement.ends_with(';')) statement = trimmed(statement.substr(0, statement.size() - 1));
+  const bool is_quiet = statement.ends_with(';');
+  if (is_quiet) statement = trimmed(statement.substr(0, statement.size() - 1));
   const std::string word(statement.substr(0, statement.find_first_of(" \t\"")));
   const auto known = std::find(std::begin(kCommandWords), std::end(kCommandWords), word);
   if (known == std::end(kCommandWords) || machine.find_variable(word) != nullptr)
     return std::nullopt;
   Command command;
+  command.is_quiet = is_quiet;
   command.kind = static_cast<Command::Kind>(known - std::begin(kCommandWords));
   const std::string_view rest = trimmed(statement.substr(word.size()));
   if (command.kind == Command::Kind::format) {

@@ -24,6 +24,7 @@ struct Command {
   std::vector<std::string> names;
   std::string file;
   std::string format;  // Its words; empty to ask for it.
+  bool is_quiet = false;
 };
 
 // Every word that begins such a statement.

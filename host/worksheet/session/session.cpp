@@ -62,7 +62,7 @@ void Session::evaluate_into(Outcome& outcome, const Source& source) {
   try {
     Statement statement = compile(source, machine_);
     for (const Variable* target : statement.targets) outcome.names.push_back(target->name);
-    outcome.is_quiet = statement.is_quiet;
+    outcome.is_quiet = statement.is_quiet || quiet_;
     outcome.is_definition = statement.form == Statement::Form::definition;
     outcome.value =
         outcome.is_definition ? define(machine_, statement) : evaluate(machine_, statement, source);
@@ -82,7 +82,7 @@ Value Session::change_format(std::string_view words) {
     if (!format) return machine_.fail({}, kFormatWanted);
     format_ = format;
   }
-  machine_.notes.push_back("format " + format_words(format_.value_or(NumberFormat())));
+  machine_.note("format " + format_words(format_.value_or(NumberFormat())));
   return object_value(&kNoValue);
 }
 
@@ -91,6 +91,7 @@ bool Session::run_command(Outcome& outcome, const Source& source) {
   const auto command = command_in(source.text, machine_);
   if (!command) return false;
   outcome.value = object_value(&kNoValue);
+  outcome.is_quiet = command->is_quiet || quiet_;
   outcome.is_done = command->kind != Command::Kind::format;  // Which says what it did.
   if (command->kind == Command::Kind::who) {
     outcome.variables = variable_list(machine_);
@@ -99,8 +100,10 @@ bool Session::run_command(Outcome& outcome, const Source& source) {
     if (!wrong.empty()) outcome.value = machine_.fail({}, wrong);
   } else if (command->kind == Command::Kind::format) {
     outcome.value = change_format(command->format);
+    if (outcome.is_quiet) machine_.notes.clear();
   } else {
     outcome.value = begin_include(command->file);
+    if (included_) included_->is_quiet = outcome.is_quiet;
   }
   return true;
 }
@@ -115,7 +118,7 @@ Value Session::begin_include(const std::string& file) {
   if (std::find(including_.begin(), including_.end(), path) != including_.end())
     return machine_.fail({}, path + " includes itself");
   try {
-    included_ = Included{path, machine_.files.read(file)};
+    included_ = Included{path, machine_.files.read(file), false};
     return object_value(&kNoValue);
   } catch (const FileError& error) {
     return machine_.fail({}, error.what());
@@ -128,11 +131,14 @@ void Session::run_included() {
   struct Inside {
     Session& session;
     std::string before = session.machine_.files.directory;
+    bool was_quiet = session.quiet_;
     ~Inside() {
+      session.quiet_ = was_quiet;
       session.machine_.files.directory = before;
       session.including_.pop_back();
     }
   } inside{*this};
+  quiet_ = file.is_quiet;
   including_.push_back(file.path);
   const auto directory = std::filesystem::path(file.path).parent_path();
   machine_.files.directory = directory.empty() ? "." : directory.string();
@@ -168,9 +174,14 @@ void Session::run_into(Outcome& outcome, const Source& source) {
 void Session::remember_failure(const Outcome& outcome) try {
   const Source& source = *outcome.source;
   if (!outcome.failed() || !source.objection.empty()) return;
-  const Failure itself = {source.line, source.line_words(source.line)};
+  const bool is_here = outcome.is_place_known() && outcome.place.source == &source;
+  const int line = is_here ? source.position(outcome.place.span.begin).line : outcome.line;
+  const Failure itself = {line, source.line_words(line)};
   const Failure& failure = outcome.failed_line() != 0 ? outcome.place.cause : itself;
-  for (const std::string& name : assigned_names(source)) machine_.variable(name)->failure = failure;
+  for (const std::string& name : assigned_names(source)) {
+    Variable* const variable = machine_.variable(name);
+    if (!variable->defined) variable->failure = failure;
+  }
 } catch (const std::bad_alloc&) {
   // Then it is unknown to them.
 }

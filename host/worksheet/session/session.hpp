@@ -53,10 +53,12 @@ class Session {
   // A file that a statement includes, between its outcome and those of its statements.
   struct Included {
     std::string path, text;
+    bool is_quiet = false;
   };
   std::optional<Included> included_;
   std::vector<std::string> including_;  // The files under way, the innermost last,
   std::size_t count_ = 0;               // and the number of all since there was none.
+  bool quiet_ = false;                  // Whether one of them shows errors only.
   bool failed_ = false;
   int progress_ = -1;
 };
