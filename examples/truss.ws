@@ -13,7 +13,7 @@ EA = 210e9{N/m^2} * 2e-3{m^2}; panel = 2{m};
 bottom = EA * (u[B3] - u[B2]) / panel in {kN}
 top = EA * (u[T3] - u[T2]) / panel in {kN}
 
-# The truss is statically determinate: the moments of the forces on one side of a cut give the same.
+# The truss is statically determinate: the moments of the forces beside a cut give the same.
 load = 50{kN}; support = 5*load/2; height = 2{m};
 (support*2*panel - load*panel) / height in {kN}
 -(support*3*panel - load*2*panel - load*panel) / height in {kN}
