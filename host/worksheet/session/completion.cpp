@@ -8,6 +8,7 @@
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/functions/builtin.hpp"
 #include "host/worksheet/help/help.hpp"
+#include "host/worksheet/language/words.hpp"
 #include "host/worksheet/session/commands.hpp"
 
 namespace worksheet {
@@ -94,7 +95,7 @@ void take_files(std::set<std::string>& found, std::string_view word, const Sheet
 void take_names(std::set<std::string>& found, std::string_view word, const Machine& machine) {
   for (std::string& name : builtin_names()) take(found, word, std::move(name));
   for (const char* name : kCommandWords) take(found, word, name);
-  take(found, word, "help");
+  for (const std::string_view name : kKeywords) take(found, word, std::string(name));
   for (const auto& pack : machine.packs)
     for (const Row& row : pack->rows()) take(found, word, row.name);
   for (const auto& [name, variable] : machine.variables())
