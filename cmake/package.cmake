@@ -74,6 +74,16 @@ The functions of all function packs as array formulas of LibreOffice Calc.
 The packs run in a process of their own, so that Calc goes on whatever a
 pack does.")
 endif()
+if(MATRIX_NOTEBOOK)
+  list(APPEND CPACK_COMPONENTS_ALL notebook)
+  set(CPACK_DEBIAN_NOTEBOOK_PACKAGE_NAME matrix-pack-jupyter)
+  set(CPACK_DEBIAN_NOTEBOOK_PACKAGE_DEPENDS "matrix-pack (= ${PROJECT_VERSION}-1)")
+  set(CPACK_DEBIAN_NOTEBOOK_PACKAGE_RECOMMENDS "jupyter-notebook | jupyter-client")
+  set(CPACK_COMPONENT_NOTEBOOK_DESCRIPTION
+"worksheets in Jupyter notebooks
+A notebook kernel that evaluates worksheets with units and matrices: values
+as formulas, pictures, completion, and help.")
+endif()
 string(TIMESTAMP debian_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(cmake/debian/changelog.in debian_changelog @ONLY)
 include(CPack)

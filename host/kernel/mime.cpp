@@ -23,7 +23,10 @@ constexpr const char* kStyle =
     ".worksheet math[display=block]{display:block math;width:max-content;text-align:left}"
     ".worksheet mtable{font-variant-numeric:tabular-nums}"
     ".worksheet .formula{display:flex;align-items:center}"
-    ".worksheet .scroll{overflow-x:auto;min-width:0}</style>";
+    ".worksheet .scroll{overflow-x:auto;min-width:0}"
+    ".worksheet .trust{float:right;width:14rem;margin-left:1rem;padding-left:.6rem;"
+    "border-left:2px solid;font-size:.875rem;opacity:.75}"
+    ".worksheet .warning{opacity:1}</style>";
 
 // The last newline is no part of what is shown.
 std::string without_newline(std::string text) {
@@ -55,9 +58,8 @@ nlohmann::json value_bundle(const Outcome& outcome) {
   if (text.empty()) return nullptr;
   nlohmann::json bundle = {{"text/plain", text}};
   if (outcome.variables || outcome.is_definition) return bundle;
-  std::string markup = values_markup(outcome, DisplayOptions());
-  for (const std::string& note : outcome.notes)
-    markup += fmt::format("<p>Note: {}</p>\n", escaped(note));
+  // The remarks come first: they float beside the value.
+  const std::string markup = remarks_markup(outcome) + values_markup(outcome, DisplayOptions());
   if (!markup.empty())
     bundle["text/html"] = fmt::format("<div class=\"worksheet\">{}{}</div>", kStyle, markup);
   return bundle;

@@ -6,10 +6,13 @@ source "$(dirname "${BASH_SOURCE[0]}")/../../tools/setup.sh"
 source "$root/tests/checks/fresh_root.sh"
 
 install_packages packages-full.txt
+install_packages packages-notebook.txt
 cd "$root"
+# Again: there may have been no kernel to build.
+cmake --preset package >/dev/null
 build package
 cpack --preset package >build/package/cpack.log || { cat build/package/cpack.log >&2; exit 1; }
-packages=(build/package/matrix-pack_*.deb)
+packages=(build/package/matrix-pack_*.deb build/package/matrix-pack-jupyter_*.deb)
 lintian --allow-root --fail-on error,warning build/package/*.deb
 
 scratch=$(mktemp -d)
@@ -40,7 +43,7 @@ diff <(run worksheet "$examples/circuit.ws") <(build/package/worksheet examples/
 for example in "$fresh$examples"/*.ws; do
   run worksheet "${example#"$fresh"}" >/dev/null || fail "$example fails"
 done
-run worksheet --functions | grep -q 'lsolve' || fail 'no list of the functions'
+run worksheet --functions | grep 'lsolve' >/dev/null || fail 'no list of the functions'
 run sh -ec '
   export WORKSHEET_CATALOGUE=/tmp/packs.json
   pack=$(find /usr/lib -name libmatrix.so.0)
@@ -54,7 +57,10 @@ done
 run sh -c 'test -x /usr/bin/worksheet && ldconfig -p | grep -q libEfiUtils.so.0' ||
   fail 'the libraries are not known to the loader'
 
-run apt-get -qq purge --yes --auto-remove matrix-pack >/dev/null
+run grep -q '"/usr/libexec/worksheet-kernel"' /usr/share/jupyter/kernels/worksheet/kernel.json &&
+  run sh -c '/usr/libexec/worksheet-kernel 2>&1 | grep -q usage' || fail 'no notebook kernel'
+
+run apt-get -qq purge --yes --auto-remove matrix-pack matrix-pack-jupyter >/dev/null
 list_files >"$scratch/after"
 diff "$scratch/before" "$scratch/after" || fail 'the package leaves something behind'
 run dpkg --audit

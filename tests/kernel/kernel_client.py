@@ -1,10 +1,13 @@
 """The notebook kernel as a client sees it: kernel_client.py DIRECTORY_OF_KERNELS"""
 import os
+import subprocess
 import sys
+import tempfile
 import threading
 import time
 
 os.environ["JUPYTER_PATH"] = sys.argv[1]
+from jupyter_client.connect import write_connection_file
 from jupyter_client.manager import KernelManager
 
 manager = KernelManager(kernel_name="worksheet")
@@ -51,9 +54,9 @@ assert ask(client.is_complete, "[1, 2;\n")["status"] == "incomplete"
 assert ask(client.is_complete, "x = 1")["status"] == "complete"
 
 manager.interrupt_kernel()  # While idle.
-time.sleep(0.3)
+time.sleep(0.1)
 assert manager.is_alive() and run("2 * 21")[0] == "ok"
-threading.Timer(0.5, manager.interrupt_kernel).start()
+threading.Timer(0.3, manager.interrupt_kernel).start()
 start = time.time()
 status, outputs = run("svd(identity(2500) + 1)")
 assert status == "error" and outputs[-1][1]["evalue"] == "interrupted", outputs
@@ -64,4 +67,22 @@ manager.restart_kernel(now=True)
 client.wait_for_ready(timeout=30)
 assert run("A")[0] == "error", "a kernel that was killed begins anew"
 manager.shutdown_kernel()
+client.stop_channels()
+del client
+
+# A kernel ends with its parent, even when that is killed.
+with tempfile.TemporaryDirectory() as directory:
+    path, _ = write_connection_file(directory + "/connection.json")
+    command = [path if word == "{connection_file}" else word for word in manager.kernel_spec.argv]
+    parent = subprocess.Popen(["sh", "-c", '"$@" & echo $!; wait', "sh"] + command,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    kernel = "/proc/%d/stat" % int(parent.stdout.readline())
+    parent.stderr.readline()  # The kernel has begun.
+assert os.path.exists(kernel)
+parent.kill()
+parent.wait()
+end = time.time() + 5
+while os.path.exists(kernel) and open(kernel).read().split()[2] != "Z":
+    assert time.time() < end, "the kernel outlives its parent"
+    time.sleep(0.02)
 print("The kernel is well")

@@ -9,7 +9,12 @@
 namespace worksheet {
 
 // The value of a statement that has not failed, under its names; help and lists as text. Empty
-// where there is nothing to show.
+// where there is nothing to show. The statement's own format of numbers comes before that of the
+// options.
 std::string values_markup(const Outcome& outcome, const DisplayOptions& options);
+
+// What stands beside the value: how far its calls can be trusted, where that is less than well, and
+// notes.
+std::string remarks_markup(const Outcome& outcome);
 
 }  // namespace worksheet

@@ -138,22 +138,6 @@ std::string Report::pictures_markup(const std::vector<Drawn>& pictures) {
   return result;
 }
 
-// What the audit says of the statement's calls, beside it; and the counts of the report's end.
-std::string Report::trust_markup(const Outcome& outcome) {
-  std::string result;
-  for (const Trust& trust : outcome.trust) {
-    const audit::Finding& finding = trust.finding;
-    checked_ += trust.times;
-    if (finding.level == audit::Level::ok) continue;
-    const bool warns = finding.level == audit::Level::warning;
-    remarked_ += 1;
-    result += fmt::format("<aside class=\"trust{}\">{}<code>{}</code>: {}</aside>\n",
-                          warns ? " warning" : "", warns ? "<strong>!</strong> " : "",
-                          escaped(finding.function), escaped(finding.text));
-  }
-  return result;
-}
-
 void Report::add(const Outcome& outcome) {
   const Source& source = *outcome.source;
   const auto first = static_cast<std::size_t>(source.line) - 1;
@@ -174,14 +158,15 @@ void Report::add(const Outcome& outcome) {
     errors_.push_back(
         fmt::format("<a href=\"#{}\">{}</a>", id, escaped(source.line_words(outcome.line))));
     body_ += "<div class=\"result\">\n" + error_markup(outcome) + "</div>\n";
-  } else if (!outcome.is_definition && !outcome.is_quiet) {
-    options_.format = outcome.format.value_or(options_.format);
+  } else if (!outcome.is_definition) {
     const std::string values = values_markup(outcome, options_);
     if (!values.empty()) body_ += "<div class=\"result\">\n" + values + "</div>\n";
   }
-  body_ += trust_markup(outcome);
-  for (const std::string& note : outcome.notes)
-    body_ += fmt::format("<p class=\"where\">Note: {}</p>\n", escaped(note));
+  for (const Trust& trust : outcome.trust) {
+    checked_ += trust.times;
+    if (trust.finding.level != audit::Level::ok) remarked_ += 1;
+  }
+  body_ += remarks_markup(outcome);
   body_ += pictures_markup(outcome.pictures) + "</section>\n";
 }
 

@@ -33,7 +33,6 @@ class Report {
   void add_prose(std::size_t end);
   std::string source_markup(const Source& source, Span marked) const;
   std::string error_markup(const Outcome& outcome) const;
-  std::string trust_markup(const Outcome& outcome);
   std::string pictures_markup(const std::vector<Drawn>& pictures);
 
   std::string name_;

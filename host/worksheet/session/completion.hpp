@@ -1,5 +1,5 @@
-// What a word that is being typed may become: names, units within braces, files within quotation
-// marks.
+// What a word that is being typed may become: names and keywords, units within braces, files
+// within quotation marks.
 #pragma once
 
 #include <cstddef>
