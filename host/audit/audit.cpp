@@ -53,9 +53,6 @@ constexpr Check kInverse = {"inverse", 1, false, true, Shape::same, check_invers
 enum class Content { numbers, not_finite, other };
 
 Content content_of(const Anyval* value) {
-  const auto finite = [](const double* x, std::size_t n) {
-    return x == nullptr || std::all_of(x, x + n, [](double a) { return std::isfinite(a); });
-  };
   if (value->kind == kScalarKind) {
     const auto* const z = static_cast<const aComplex*>(value);
     return std::isfinite(z->re) && std::isfinite(z->im) ? Content::numbers : Content::not_finite;
@@ -67,9 +64,8 @@ Content content_of(const Anyval* value) {
   for (int j = 0; j < m->cols; ++j) {
     const auto at = static_cast<std::ptrdiff_t>(j) * m->leading_dimension;
     const auto n = static_cast<std::size_t>(m->rows);
-    if (!finite(m->re == nullptr ? nullptr : m->re + at, n) ||
-        !finite(m->im == nullptr ? nullptr : m->im + at, n))
-      return Content::not_finite;
+    for (const double* part : {m->re, m->im})
+      if (part != nullptr && !all_finite(part + at, n)) return Content::not_finite;
   }
   return Content::numbers;
 }
