@@ -9,6 +9,7 @@
 #include <optional>
 #include <regex>
 
+#include "bench/audit.hpp"
 #include "bench/bench.hpp"
 #include "bench/lapack.hpp"
 #include "bench/limit.hpp"
@@ -232,6 +233,8 @@ int run(const Options& options) {
         print(row);
     }
   }
+  report["audit"] = nlohmann::json::array();
+  time_audit(filter, options.sizes, options.quick, options.json ? &report["audit"] : nullptr);
   if (options.json) fmt::print("{}\n", report.dump(2));
   return status;
 }

@@ -6,6 +6,7 @@
 
 #include "fmt/format.h"
 #include "host/audit/check.hpp"
+#include "host/audit/second_call.hpp"
 
 namespace audit {
 
@@ -53,9 +54,6 @@ constexpr Check kInverse = {"inverse", 1, false, true, Shape::same, check_invers
 enum class Content { numbers, not_finite, other };
 
 Content content_of(const Anyval* value) {
-  const auto finite = [](const double* x, std::size_t n) {
-    return x == nullptr || std::all_of(x, x + n, [](double a) { return std::isfinite(a); });
-  };
   if (value->kind == kScalarKind) {
     const auto* const z = static_cast<const aComplex*>(value);
     return std::isfinite(z->re) && std::isfinite(z->im) ? Content::numbers : Content::not_finite;
@@ -67,9 +65,8 @@ Content content_of(const Anyval* value) {
   for (int j = 0; j < m->cols; ++j) {
     const auto at = static_cast<std::ptrdiff_t>(j) * m->leading_dimension;
     const auto n = static_cast<std::size_t>(m->rows);
-    if (!finite(m->re == nullptr ? nullptr : m->re + at, n) ||
-        !finite(m->im == nullptr ? nullptr : m->im + at, n))
-      return Content::not_finite;
+    for (const double* part : {m->re, m->im})
+      if (part != nullptr && !all_finite(part + at, n)) return Content::not_finite;
   }
   return Content::numbers;
 }
@@ -162,6 +159,52 @@ std::optional<Finding> run(const Check& check, const Request& request) try {
     default:
       return std::nullopt;
   }
+} catch (const std::bad_alloc&) {
+  return std::nullopt;
+} catch (const Stopped&) {
+  return std::nullopt;
+}
+
+namespace {
+
+// The messages that depend on the size of the elements.
+bool is_about_size(const Anyval* result) {
+  if (result->kind != kErrorKind) return false;
+  const std::string_view message = static_cast<const aError*>(result)->message->text;
+  return message == "too many iterations" || message == "singular matrix";
+}
+
+// Far from 1: sizes within are no reason to fail.
+constexpr int kFarExponent = 20;
+
+}  // namespace
+
+std::optional<Finding> hint(const Check& check, const Request& r) try {
+  if (!is_about_size(r.result)) return std::nullopt;
+  std::vector<Parts> matrices;
+  for (std::size_t k = 0; k < check.arguments; ++k) {
+    if (r.arguments[k]->kind != kMatrixKind || content_of(r.arguments[k]) != Content::numbers)
+      return std::nullopt;
+    matrices.push_back(parts_of(matrix_at(r, k)));
+  }
+  const int power = -exponent(std::max(largest(matrices[0].re), largest(matrices[0].im)));
+  if (std::abs(power) < kFarExponent || -power == kZeroExponent ||
+      !is_cheap(r, matrix_at(r, 0)->rows))
+    return std::nullopt;
+  std::vector<const Parts*> near_1;
+  for (Parts& m : matrices) {
+    scale(m.re, power);
+    scale(m.im, power);
+    near_1.push_back(&m);
+  }
+  const double* const tolerance =
+      check.takes_tolerance ? &static_cast<const aComplex*>(r.arguments[check.arguments])->re
+                            : nullptr;
+  if (content_of(call_again(r, near_1, tolerance)) != Content::numbers) return std::nullopt;
+  const double factor = std::ldexp(1.0, std::clamp(power, -1000, 1000));
+  return Finding{check.name, std::nullopt, Level::note,
+                 fmt::format("times about {:.0e}, near 1, {} a result", factor,
+                             matrices.size() == 1 ? "the matrix has" : "the matrices have")};
 } catch (const std::bad_alloc&) {
   return std::nullopt;
 } catch (const Stopped&) {

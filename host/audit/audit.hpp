@@ -56,4 +56,8 @@ const Check* inverse_check();
 // arguments, no memory, no time.
 std::optional<Finding> run(const Check& check, const Request& request);
 
+// Of a call that ended with an error: a note where the same call has a result once the matrices are
+// brought near 1 together. The request's result is the error.
+std::optional<Finding> hint(const Check& check, const Request& request);
+
 }  // namespace audit

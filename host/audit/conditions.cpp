@@ -145,7 +145,7 @@ Verdict check(const Request& r, Norm norm) {
   if (!is_cheap(r, n)) return {};
   Inverse inverse(parts, r.stop);
   const double condition = inverse.solver().condition();
-  if (!(condition * kEpsilon * 4.0 < 1.0)) return {.error = 1.0, .cause = kSingular};
+  if (inverse.solver().is_hopeless()) return {.error = 1.0, .cause = kSingular};
   Matrix magnitudes = parts.re;
   for (std::size_t k = 0; parts.is_complex() && k < magnitudes.elements.size(); ++k)
     magnitudes.elements[k] = std::hypot(parts.re.elements[k], parts.im.elements[k]);
@@ -167,7 +167,7 @@ Verdict check_cond2(const Request& r) {
   normalize(parts);
   Inverse inverse(parts, r.stop);
   const double condition = inverse.solver().condition();
-  if (!(condition * kEpsilon * 4.0 < 1.0)) return {.error = 1.0, .cause = kSingular};
+  if (inverse.solver().is_hopeless()) return {.error = 1.0, .cause = kSingular};
   inverse.find_shift();
   const auto of_inverse = inverse_norm_2(inverse, condition > kHarmless, r);
   if (!of_inverse) return {.error = 1.0, .cause = kSingular};

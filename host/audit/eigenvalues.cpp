@@ -85,7 +85,7 @@ Numbers take_isolated(Parts& A) {
 // The matrix balanced, with noise of its norm's rounding, rows and columns in another order, and
 // transposed: its eigenvalues differ as much as those that a stable method may give.
 Parts disturbed(Parts A, Random& random) {
-  constexpr double kNoise = 2.0 * kEpsilon;
+  constexpr double kNoise = kEpsilon;
   const bool symmetric = is_symmetric(A);
   if (!symmetric) balance(A);
   const auto order = random_order(random, A.re.rows);
@@ -103,7 +103,7 @@ Parts disturbed(Parts A, Random& random) {
 // A second call with a disturbed matrix: a stochastic estimate of the condition (C. S. Kenney, A.
 // J. Laub, Small-sample statistical condition estimates, 1994).
 Verdict check_eigenvals(const Request& r) {
-  constexpr double kSafety = 2.0;
+  constexpr double kSafety = 1.0;
   const aMatrix* const m = matrix_at(r, 0);
   Parts A = parts_of(m);
   const int power = normalize(A);

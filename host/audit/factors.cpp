@@ -32,22 +32,27 @@ double difference(const Vector& x, const Vector& y) {
 }
 
 // For each column of the permutation matrix the row in which its 1 stands; empty if it is none.
-std::vector<int> permutation_of(const Matrix& P) {
-  std::vector<int> rows;
-  for (int j = 0; j < P.cols; ++j) {
-    const double* const one = std::find(P.column(j), P.column(j) + P.rows, 1.0);
-    if (one == P.column(j) + P.rows) return {};
-    rows.push_back(static_cast<int>(one - P.column(j)));
+std::vector<std::size_t> permutation_of(const aMatrix* P) {
+  std::vector<std::size_t> rows;
+  for (int j = 0; j < P->cols; ++j) {
+    const double* const column = P->re + static_cast<std::ptrdiff_t>(j) * P->leading_dimension;
+    const double* const one = std::find(column, column + P->rows, 1.0);
+    if (one == column + P->rows) return {};
+    rows.push_back(static_cast<std::size_t>(one - column));
   }
   return rows;
 }
 
-// Row i is row rows[i] of A.
-Matrix with_rows(const Matrix& A, const std::vector<int>& rows) {
-  Matrix B(A.rows, A.cols);
-  for (int j = 0; j < A.cols; ++j)
-    for (int i = 0; i < A.rows; ++i) B(i, j) = A(rows[static_cast<std::size_t>(i)], j);
-  return B;
+// The largest exponent in a column whose rows are scaled.
+int largest_exponent(const aMatrix* m, int col, const Exponents& rows) {
+  int most = kZeroExponent;
+  for (const double* part : {m->re, m->im}) {
+    if (part == nullptr) continue;
+    const double* const a = part + static_cast<std::ptrdiff_t>(col) * m->leading_dimension;
+    for (std::size_t i = 0; i < rows.size(); ++i)
+      most = std::max(most, a[i] == 0.0 ? kZeroExponent : exponent(a[i]) + rows[i]);
+  }
+  return most;
 }
 
 }  // namespace
@@ -60,34 +65,29 @@ Verdict check_lu(const Request& r) {
   for (const aMatrix* part : parts)
     if (!has_shape(part, n, n)) return {};
   if (parts.empty()) return {};
-  const Parts given = parts_of(matrix_at(r, 0));
-  const bool complex = given.is_complex();
-  Matrix M = real_form(given, complex);
-  const std::vector<int> rows = permutation_of(parts_of(parts[0]).re);
+  const aMatrix *const M = matrix_at(r, 0), *const L = parts[1], *const U = parts[2];
+  // Row k of M is row rows[k] of L U.
+  const std::vector<std::size_t> rows = permutation_of(parts[0]);
   if (rows.empty()) return alarm("P is no permutation");
-  Parts lower = parts_of(parts[1]);
-  lower.re = with_rows(lower.re, rows);
-  if (lower.is_complex()) lower.im = with_rows(lower.im, rows);
-  Matrix L = real_form(lower, complex), U = real_form(parts_of(parts[2]), complex);
-  const Equilibration by = equilibrate(M);
+  const Equilibration by = equilibration(M);
   // (D_r L D) (D⁻¹ U D_c): D keeps the two factors within range.
-  Exponents within = row_exponents(U);
-  for (std::size_t k = 0; k < within.size(); ++k) {
-    const double* const column = L.column(static_cast<int>(k));
-    int most = kZeroExponent;
-    for (std::size_t i = 0; i < within.size(); ++i)
-      if (column[i] != 0.0) most = std::max(most, exponent(column[i]) + by.rows[i]);
-    within[k] = -most;
+  Exponents of_L(rows.size()), within(rows.size()), back(rows.size());
+  for (std::size_t k = 0; k < rows.size(); ++k) of_L[rows[k]] = by.rows[k];
+  for (std::size_t k = 0; k < rows.size(); ++k) {
+    const int most = largest_exponent(L, static_cast<int>(k), of_L);
+    back[k] = most == kZeroExponent ? 0 : most;
+    within[k] = -back[k];
   }
-  Exponents back = within;
-  for (int& e : back) e = -e;
-  scale(L, by.rows, within);
-  scale(U, back, by.cols);
-  Random random = random_for(matrix_at(r, 0), 3);
+  Random random = random_for(M, 3);
   double error = 0.0;
   for (int probe = 0; probe < kProbes; ++probe) {
-    const Vector v = random_signs(random, static_cast<std::size_t>(M.cols));
-    error = std::max(error, difference(product(M, v), product(L, product(U, v))));
+    const Vector v = random_signs(random, M->im == nullptr ? rows.size() : 2 * rows.size());
+    const Vector product = scaled_product(M, by.rows, by.cols, v);
+    const Vector of_factors = scaled_product(L, of_L, within, scaled_product(U, back, by.cols, v));
+    Vector w(v.size());
+    for (std::size_t k = 0; k < w.size(); ++k)
+      w[k] = of_factors[k < rows.size() ? rows[k] : rows.size() + rows[k - rows.size()]];
+    error = std::max(error, difference(product, w));
   }
   return {.error = error, .cause = "L U is not P M"};
 }
@@ -140,7 +140,7 @@ Verdict check_cholesky(const Request& r) {
   scale(A, by, by);
   scale(L, by, {});
   Random random = random_for(matrix_at(r, 0), 4);
-  double error = 0.0, inverse = 0.0;
+  double error = 0.0, inverse = 0.0, contraction = 0.0;
   for (int probe = 0; probe < kProbes + 1; ++probe) {
     const Vector u = random_signs(random, static_cast<std::size_t>(n));
     const Vector y = solve_lower_transposed(L, u);
@@ -149,9 +149,11 @@ Verdict check_cholesky(const Request& r) {
     inverse = std::max(inverse, euclidean(z) / euclidean(y));
     const Vector e = residual_times(A, L, y);
     error = std::max(error, largest(e));
+    // L⁻¹ (A - L Lᵀ) L⁻ᵀ: below 1 the matrix is definite, and the error of first order holds.
+    contraction = std::max(contraction, largest(solve_lower(L, e)));
   }
   const double condition = inverse * frobenius(A);
-  if (!(condition * kEpsilon < 1.0))
+  if (!(contraction < 0.5))
     return {.error = 1.0, .cause = "the matrix is singular to working precision"};
   return {.error = 2.0 * error, .cause = fmt::format("the condition number is {:.0e}", condition)};
 }

@@ -45,6 +45,34 @@ TEST_F(Audit, APlaceIsToldOnceAndCallsBackAreNotChecked) {
   EXPECT_EQ(trust[0]["text"], "no digit holds: squares left the range of numbers (2 of 3 calls)");
 }
 
+TEST_F(Audit, APlaceInALoopIsToldOnceAndDigitsWorkInFunctionsAndBlocks) {
+  const Json trust =
+      sheet.run("s(k) = 1e-170^k\nfor k = 0:3\n  x = norme([3, 4; 0, 0]*s(k)) + norm1([k])\nend")
+          .back()
+          .at("trust");
+  ASSERT_EQ(trust.size(), 2u);
+  EXPECT_EQ(trust[0]["times"], 4);
+  EXPECT_EQ(trust[0]["line"], 3);
+  EXPECT_EQ(trust[0]["text"], "no digit holds: squares left the range of numbers (1 of 4 calls)");
+  EXPECT_EQ(trust[1]["level"], "ok");
+  sheet.run("d(k) = digits(norme([3, 4; 0, 0]*s(k)))");
+  const auto outcomes =
+      sheet.run("q = 7; for k = 0:1\n  q = q + (k + 1)*d(k) + 100*digits(norm1([k]))\nend");
+  EXPECT_FALSE(outcomes.back().contains("trust"));
+  expect({{"q", "3022"}, {"[d(0), d(1)]", "[15 0]"}});
+}
+
+// A failure that the size of the elements brings about says so; others do not.
+TEST_F(Audit, AMessageThatScalingAvoidsHasANote) {
+  EXPECT_EQ(sheet.shown("eigenvals([1, 2, 3; 4, 5, 6; 7, 8, 10]*1e-165)"),
+            "error: too many iterations\n"
+            "    1 | eigenvals([1, 2, 3; 4, 5, 6; 7, 8, 10]*1e-165)\n"
+            "        ^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^\n"
+            "note: eigenvals: times about 1e+164, near 1, the matrix has a result\n");
+  EXPECT_FALSE(sheet.run("[1, 2; 2, 4]^-1").back().contains("trust"));
+  EXPECT_FALSE(sheet.run("([1, 2; 2, 4]*1e-100)^-1").back().contains("trust"));
+}
+
 TEST_F(Audit, DigitsIsANumberWhateverTheEffort) {
   sheet.machine().trust.effort = audit::Effort::off;
   expect({{"digits(norme([3, 4; 0, 0]))", "15"},

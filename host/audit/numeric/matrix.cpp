@@ -35,6 +35,10 @@ Matrix real_form(const Parts& m, bool as_complex) {
   return A;
 }
 
+Matrix real_form(Parts&& m, bool as_complex) {
+  return as_complex ? real_form(static_cast<const Parts&>(m), true) : std::move(m.re);
+}
+
 Vector column_form(const Parts& m, int col, bool as_complex) {
   const double* const re = m.re.column(col);
   Vector x(re, re + m.re.rows);
@@ -47,10 +51,17 @@ Vector column_form(const Parts& m, int col, bool as_complex) {
 }
 
 double largest(const Vector& x) {
-  double most = 0.0;
-  for (const double a : x)
-    if (!(std::fabs(a) <= most)) most = std::fabs(a);
-  return most;
+  constexpr std::size_t kLanes = 4;
+  double most[kLanes] = {};
+  const auto take = [&](std::size_t lane, double a) {
+    most[lane] = std::fabs(a) <= most[lane] ? most[lane] : std::fabs(a);
+  };
+  std::size_t k = 0;
+  for (; k + kLanes <= x.size(); k += kLanes)
+    for (std::size_t lane = 0; lane < kLanes; ++lane) take(lane, x[k + lane]);
+  for (; k < x.size(); ++k) take(0, x[k]);
+  for (std::size_t lane = 1; lane < kLanes; ++lane) take(0, most[lane]);
+  return most[0];
 }
 
 double euclidean(const Vector& x) {
@@ -128,6 +139,17 @@ double dot(const double* x, const double* y, std::size_t n) {
   }
   for (; k < n; ++k) s0 += x[k] * y[k];
   return (s0 + s1) + (s2 + s3);
+}
+
+bool all_finite(const double* x, std::size_t n) {
+  constexpr std::size_t kLanes = 4;
+  // 0 times a number is 0, times anything else it is NaN.
+  double sums[kLanes] = {};
+  std::size_t k = 0;
+  for (; k + kLanes <= n; k += kLanes)
+    for (std::size_t lane = 0; lane < kLanes; ++lane) sums[lane] += 0.0 * x[k + lane];
+  for (; k < n; ++k) sums[0] += 0.0 * x[k];
+  return (sums[0] + sums[1]) + (sums[2] + sums[3]) == 0.0;
 }
 
 Vector random_signs(Random& random, std::size_t n) {

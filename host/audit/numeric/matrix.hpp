@@ -3,6 +3,7 @@
 // sums, products, inverses and Euclidean norms of vectors are the same.
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include "host/arguments/random.hpp"
@@ -44,9 +45,11 @@ Parts parts_of(const aMatrix* m);
 // The real matrix that stands for it: of twice the size if it is complex, or is to be taken as
 // such.
 Matrix real_form(const Parts& m, bool as_complex);
+Matrix real_form(Parts&& m, bool as_complex);
 inline Matrix real_form(const aMatrix* m) {
-  const Parts parts = parts_of(m);
-  return real_form(parts, parts.is_complex());
+  Parts parts = parts_of(m);
+  const bool complex = parts.is_complex();
+  return real_form(std::move(parts), complex);
 }
 // A column: its real parts, then the imaginary ones.
 Vector column_form(const Parts& m, int col, bool as_complex);
@@ -68,6 +71,7 @@ Vector transposed_product(const Matrix& A, const Vector& x);
 Matrix product(const Matrix& A, const Matrix& B);
 Matrix transposed(const Matrix& A);
 double dot(const double* x, const double* y, std::size_t n);
+bool all_finite(const double* x, std::size_t n);
 
 // Elements of random sign and magnitude 1.
 Vector random_signs(Random& random, std::size_t n);
@@ -96,6 +100,13 @@ struct Equilibration {
 // Scales rows and columns so that the largest element of each is about 1 (D. Ruiz, A scaling
 // algorithm to equilibrate both rows and columns norms in matrices, 2001, with powers of two).
 Equilibration equilibrate(Matrix& A);
+// What `equilibrate` would scale a value with, which stays as it is; a complex element counts as
+// the larger of its parts.
+Equilibration equilibration(const aMatrix* m);
+// D_r A D_c x without a copy of A. A complex matrix takes and gives complex columns: the real
+// parts, then the imaginary ones; so does a real one if x is twice as long as A has columns.
+Vector scaled_product(const aMatrix* A, const Exponents& rows, const Exponents& cols,
+                      const Vector& x);
 // The exponents that bring the largest element of each column to [1, 2).
 Exponents column_exponents(const Matrix& A);
 Exponents row_exponents(const Matrix& A);

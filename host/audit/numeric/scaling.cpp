@@ -1,6 +1,8 @@
 // The part of matrix.hpp that scales.
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 
 #include "host/audit/numeric/matrix.hpp"
@@ -8,6 +10,10 @@
 namespace audit {
 
 int exponent(double x) {
+  constexpr int kBias = 1023, kFieldMask = 0x7FF, kFractionBits = 52;
+  const auto field =
+      static_cast<int>(std::bit_cast<std::uint64_t>(x) >> kFractionBits) & kFieldMask;
+  if (field != 0 && field != kFieldMask) return field - kBias;
   return x == 0.0 ? kZeroExponent : std::ilogb(x);
 }
 
@@ -51,10 +57,22 @@ int normalize(Parts& m) {
 }
 
 void scale(Matrix& A, const Exponents& rows, const Exponents& cols) {
+  const auto m = static_cast<std::size_t>(A.rows);
+  const auto row = [&](std::size_t i) { return rows.empty() ? 0 : rows[i]; };
+  int most = 0;
+  for (const int e : rows) most = std::max(most, std::abs(e));
+  // Factors serve where no product of them leaves the range of numbers.
+  Vector factors(most <= kSafe ? m : 0);
+  for (std::size_t i = 0; i < factors.size(); ++i) factors[i] = std::ldexp(1.0, row(i));
   for (int j = 0; j < A.cols; ++j) {
     const int of_column = cols.empty() ? 0 : cols[static_cast<std::size_t>(j)];
-    for (int i = 0; i < A.rows; ++i)
-      A(i, j) = scaled(A(i, j), of_column + (rows.empty() ? 0 : rows[static_cast<std::size_t>(i)]));
+    double* const a = A.column(j);
+    if (most + std::abs(of_column) <= kSafe) {
+      const double factor = std::ldexp(1.0, of_column);
+      for (std::size_t i = 0; i < m; ++i) a[i] *= factors[i] * factor;
+    } else {
+      for (std::size_t i = 0; i < m; ++i) a[i] = scaled(a[i], of_column + row(i));
+    }
   }
 }
 
@@ -65,15 +83,24 @@ namespace {
 void largest_exponents(const std::vector<int>& e, int m, const Equilibration& by, Exponents& rows,
                        Exponents& cols) {
   std::fill(rows.begin(), rows.end(), kZeroExponent);
-  std::fill(cols.begin(), cols.end(), kZeroExponent);
-  for (std::size_t j = 0; j < cols.size(); ++j)
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      const int given = e[j * static_cast<std::size_t>(m) + i];
-      if (given == kZeroExponent) continue;
-      const int x = given + by.rows[i] + by.cols[j];
-      rows[i] = std::max(rows[i], x);
-      cols[j] = std::max(cols[j], x);
+  const std::size_t n = rows.size();
+  int* const of_rows = rows.data();
+  const int* const up = by.rows.data();
+  for (std::size_t j = 0; j < cols.size(); ++j) {
+    const int* const given = e.data() + j * static_cast<std::size_t>(m);
+    const int of_column = by.cols[j];
+    int most = kZeroExponent;
+    for (std::size_t i = 0; i < n; ++i) {
+      const int x = given[i] + up[i] + of_column;
+      of_rows[i] = std::max(of_rows[i], x);
+      most = std::max(most, x);
     }
+    cols[j] = most;
+  }
+  // Those of zeros are far below all others, wherever they were brought.
+  for (Exponents* of : {&rows, &cols})
+    for (int& x : *of)
+      if (x < kZeroExponent / 2) x = kZeroExponent;
 }
 
 // by := by - most / divisor; rows and columns of zeros stay.
@@ -84,30 +111,90 @@ void reduce(Exponents& by, const Exponents& most, int divisor) {
 
 }  // namespace
 
-Equilibration equilibrate(Matrix& A) {
+namespace {
+
+// The same from the elements' exponents.
+Equilibration equilibration(const std::vector<int>& e, int m, int n) {
   constexpr int kMostSweeps = 12;
-  std::vector<int> e(A.elements.size());
-  std::transform(A.elements.begin(), A.elements.end(), e.begin(),
-                 [](double x) { return exponent(x); });
-  Exponents rows(static_cast<std::size_t>(A.rows)), cols(static_cast<std::size_t>(A.cols));
+  Exponents rows(static_cast<std::size_t>(m)), cols(static_cast<std::size_t>(n));
   Equilibration by = {Exponents(rows.size()), Exponents(cols.size())};
   const auto is_even = [](const Exponents& most) {
     return std::all_of(most.begin(), most.end(),
                        [](int x) { return x == kZeroExponent || std::abs(x) <= 1; });
   };
   for (int sweep = 0; sweep < kMostSweeps; ++sweep) {
-    largest_exponents(e, A.rows, by, rows, cols);
+    largest_exponents(e, m, by, rows, cols);
     if (is_even(rows) && is_even(cols)) break;
     reduce(by.rows, rows, 2);
     reduce(by.cols, cols, 2);
   }
   // No element is above 2: first the rows, then what that leaves in the columns.
-  largest_exponents(e, A.rows, by, rows, cols);
+  largest_exponents(e, m, by, rows, cols);
   reduce(by.rows, rows, 1);
-  largest_exponents(e, A.rows, by, rows, cols);
+  largest_exponents(e, m, by, rows, cols);
   reduce(by.cols, cols, 1);
+  return by;
+}
+
+}  // namespace
+
+Equilibration equilibrate(Matrix& A) {
+  std::vector<int> e(A.elements.size());
+  std::transform(A.elements.begin(), A.elements.end(), e.begin(),
+                 [](double x) { return exponent(x); });
+  const Equilibration by = equilibration(e, A.rows, A.cols);
   scale(A, by.rows, by.cols);
   return by;
+}
+
+Equilibration equilibration(const aMatrix* m) {
+  const auto rows = static_cast<std::size_t>(m->rows);
+  std::vector<int> e(rows * static_cast<std::size_t>(m->cols), kZeroExponent);
+  for (const double* part : {m->re, m->im}) {
+    if (part == nullptr) continue;
+    int* to = e.data();
+    for (int j = 0; j < m->cols; ++j, to += rows) {
+      const double* const a = part + static_cast<std::ptrdiff_t>(j) * m->leading_dimension;
+      for (std::size_t i = 0; i < rows; ++i) to[i] = std::max(to[i], exponent(a[i]));
+    }
+  }
+  return equilibration(e, m->rows, m->cols);
+}
+
+namespace {
+
+// y := y + x D a for a column a, where D has the powers of two 2^(rows[i] + col).
+void add_scaled(const double* a, const Exponents& rows, const Vector& factors, int col, double x,
+                std::size_t m, double* y) {
+  if (factors.size() == m && std::abs(col) <= kSafe / 2) {
+    const double factor = std::ldexp(x, col);
+    for (std::size_t i = 0; i < m; ++i) y[i] += a[i] * (factors[i] * factor);
+  } else {
+    for (std::size_t i = 0; i < m; ++i) y[i] += scaled(a[i], rows[i] + col) * x;
+  }
+}
+
+}  // namespace
+
+Vector scaled_product(const aMatrix* A, const Exponents& rows, const Exponents& cols,
+                      const Vector& x) {
+  const auto m = static_cast<std::size_t>(A->rows), n = static_cast<std::size_t>(A->cols);
+  const bool complex = x.size() > n;
+  Vector y(complex ? 2 * m : m), factors;
+  if (std::all_of(rows.begin(), rows.end(), [](int e) { return std::abs(e) <= kSafe / 2; }))
+    for (const int e : rows) factors.push_back(std::ldexp(1.0, e));
+  for (std::size_t j = 0; j < n; ++j) {
+    const auto at = static_cast<std::ptrdiff_t>(j) * A->leading_dimension;
+    const auto add = [&](const double* part, double by, double* to) {
+      if (part != nullptr && by != 0.0) add_scaled(part + at, rows, factors, cols[j], by, m, to);
+    };
+    add(A->re, x[j], y.data());
+    if (!complex) continue;
+    add(A->re, x[n + j], y.data() + m);
+    add(A->im, -x[n + j], y.data());
+    add(A->im, x[j], y.data() + m);
+  }
+  return y;
 }
 
 Exponents column_exponents(const Matrix& A) {

@@ -14,7 +14,20 @@ Solver::Solver(const Matrix& A, efi::StopFlag stop) : scaled_(A) {
 }
 
 bool Solver::is_hopeless() const {
-  return singular_ || !(condition_ * kEpsilon * scaled_.rows < 1.0);
+  // Residuals of twice the digits tell the error as long as the condition leaves some of theirs.
+  constexpr double kFarBeyond = 64.0, kNear = 0.25;
+  if (singular_ || !(condition_ * kEpsilon < kFarBeyond)) return true;
+  return condition_ * kEpsilon * scaled_.rows > kNear && !refined_solution(unrelated_side());
+}
+
+// A right side that Hager's steps are known to miss nothing with (Higham, section 15.2).
+Vector Solver::unrelated_side() const {
+  const auto n = static_cast<std::size_t>(scaled_.rows);
+  Vector b(n);
+  for (std::size_t i = 0; i < n; ++i)
+    b[i] = (i % 2 == 0 ? 1.0 : -1.0) *
+           (1.0 + static_cast<double>(i) / std::max(1.0, static_cast<double>(n) - 1.0));
+  return b;
 }
 
 void Solver::factor(efi::StopFlag stop) {
@@ -102,11 +115,8 @@ double Solver::inverse_norm() const {
     x.assign(n, 0.0);
     x[static_cast<std::size_t>(most - z.begin())] = 1.0;
   }
-  // A right side that the steps are known to miss nothing with (Higham, section 15.2).
-  for (std::size_t i = 0; i < n; ++i)
-    x[i] = (i % 2 == 0 ? 1.0 : -1.0) *
-           (1.0 + static_cast<double>(i) / std::max(1.0, static_cast<double>(n) - 1.0));
-  const double other = 2.0 * sum_of_magnitudes(solve(x)) / (3.0 * static_cast<double>(n));
+  const double other =
+      2.0 * sum_of_magnitudes(solve(unrelated_side())) / (3.0 * static_cast<double>(n));
   return std::max(estimate, other);
 }
 

@@ -23,7 +23,8 @@ class Solver {
   // ‖A_s‖₁ ‖A_s⁻¹‖₁, the inverse's norm by Hager's estimate (N. J. Higham, Accuracy and Stability
   // of Numerical Algorithms, 2nd ed., algorithm 15.1), which is rarely below a third.
   double condition() const { return condition_; }
-  // Whether the condition leaves no digit.
+  // Whether no solution has a digit that could be told: the condition is far beyond 1/ε, or it is
+  // near and refining fails for a right side that has no relation to the matrix.
   bool is_hopeless() const;
 
   Vector solve(Vector b) const;             // A_s⁻¹ b
@@ -39,6 +40,7 @@ class Solver {
  private:
   void factor(efi::StopFlag stop);
   double inverse_norm() const;
+  Vector unrelated_side() const;
 
   Matrix scaled_, factors_;
   Equilibration scaling_;

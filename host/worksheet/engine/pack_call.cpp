@@ -124,9 +124,9 @@ Value Machine::call_pack(const std::string& name, const std::function<Anyval*()>
 void Machine::audit_call(const audit::Check* check, const Value& result,
                          std::span<Anyval* const> boxes,
                          const std::function<Anyval*(std::span<Anyval* const>)>& entry, Span span) {
-  if (check == nullptr || !trust.is_on() || pack_calls_ > 0 || interrupted || is_error(result) ||
-      is_none(result))
+  if (check == nullptr || !trust.is_on() || pack_calls_ > 0 || interrupted || is_none(result))
     return;
+  if (is_error(result) && trust.question() != nullptr) return;
   const auto again = [&](std::span<Anyval* const> values) -> Anyval* {
     const CallOutcome outcome =
         call_watched([&] { return entry(values); }, values, store, evaluator, efi::Care::records);
@@ -136,8 +136,10 @@ void Machine::audit_call(const audit::Check* check, const Value& result,
   const bool chosen = tolerance != nullptr && tolerance->value.re != kDefaultTolerance;
   const std::size_t since = store.size();
   if (Anyval* const value = boxed(result)) {
+    const audit::Request request = {boxes,           value,  store,       again,
+                                    trust.is_full(), chosen, &interrupted};
     const auto finding =
-        audit::run(*check, {boxes, value, store, again, trust.is_full(), chosen, &interrupted});
+        is_error(result) ? audit::hint(*check, request) : audit::run(*check, request);
     if (finding) trust.add(*finding, source_, span);
   }
   store.collect({}, since);
