@@ -75,7 +75,7 @@ TEST_F(Session, CompletesWhatIsTyped) {
                         {"read(\"fo", 6, "forces.csv"},    {"read(\"", 6, "data/"},
                         {"help oper", 5, "operators"},     {"x # stiff", 3, nullptr},
                         {"\"a\" + stiff", 6, "stiffness"}, {"[1,\n2, stiff", 7, "stiffness"},
-                         {"read(\"no/such", 6, nullptr},    {"x = 1; whi", 7, "while"}};
+                        {"read(\"no/such", 6, nullptr},    {"x = 1; whi", 7, "while"}};
   for (const Case& c : cases) {
     const auto found = worksheet::complete(sheet.machine(), c.text);
     EXPECT_EQ(found.candidates.empty(), c.candidate == nullptr) << c.text;
