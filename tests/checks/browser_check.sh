@@ -73,7 +73,7 @@ plot([1, 2], [3, 4], "</text><script>", [1, 2], [2, 3])
 EOF
 "$root/build/release/worksheet" --html errors.html errors.ws >errors.txt || [[ $? == 1 ]]
 for size in 1200,900 500,800; do
-  open_report modes.html "$size" 25 5 0
+  open_report modes.html "$size" 20 5 0
   open_report errors.html "$size" 4 1 2
 done
 echo "The reports are well in the browser"
