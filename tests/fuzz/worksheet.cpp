@@ -14,6 +14,7 @@
 #include "host/worksheet/report/report.hpp"
 #include "host/worksheet/session/session.hpp"
 #include "tests/fuzz/targets.hpp"
+#include "tests/host/build_files.hpp"
 #include "tests/support/allocation_faults.hpp"
 #include "tests/support/fp_environment.hpp"
 
@@ -122,7 +123,7 @@ std::vector<std::uint32_t> control_words() {
 
 Evaluation evaluate(const std::string& text) {
   // Kept: a library that stays loaded is opened quickly.
-  static void* const pack = dlopen(MATRIX_PACK, RTLD_NOW);
+  static void* const pack = dlopen(test::kPackFile, RTLD_NOW);
   Evaluation evaluation;
   if (pack == nullptr) return {{}, "no pack"};
   const auto lines = static_cast<int>(std::count(text.begin(), text.end(), '\n')) + 1;
@@ -135,7 +136,7 @@ Evaluation evaluate(const std::string& text) {
   });
   Machine& machine = session.machine();
   machine.files.directory = "/nonexistent";
-  machine.add_pack(std::make_unique<worksheet::Pack>(MATRIX_PACK));
+  machine.add_pack(std::make_unique<worksheet::Pack>(test::kPackFile));
   const NoPrograms no_programs;
   const auto environment = control_words();
   {

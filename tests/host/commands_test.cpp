@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "fmt/format.h"
+#include "tests/host/build_files.hpp"
 #include "tests/host/sheet.hpp"
 #include "tests/support/sanitized.hpp"
 
@@ -37,7 +38,7 @@ void expect_of_commands(std::initializer_list<Command> commands) {
     const std::string line = fmt::format(
         "cd '{}'; export WORKSHEET_CATALOGUE=none; W='{}'; T='{}/tiny_'; "
         "INT=\"timeout --preserve-status -s INT 0.5 $W\"; {{ {} ; }} >out 2>err",
-        directory.path("."), WORKSHEET_PROGRAM, TINY_PACKS, command.line);
+        directory.path("."), kWorksheet, kTinyPacks, command.line);
     const int status = std::system(line.c_str());
     EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, command.status) << command.line;
     const std::string printed = directory.read("out") + directory.read("err");

@@ -6,6 +6,7 @@
 #include <set>
 #include <sstream>
 
+#include "tests/host/build_files.hpp"
 #include "tests/host/sheet.hpp"
 #include "tests/support/sanitized.hpp"
 
@@ -94,7 +95,7 @@ TEST(Documents, EveryCommandThatStartsTheProgramRuns) {
     std::istringstream lines(block.content);
     for (std::string line; std::getline(lines, line);)
       if (line.starts_with(kRun) && !(test::kSanitized && line.find("--max-memory") != line.npos))
-        runs += WORKSHEET_PROGRAM + line.substr(kRun.size()) + "\n";
+        runs += test::kWorksheet + line.substr(kRun.size()) + "\n";
     const std::string output = output_of(runs);
     if (next != nullptr && next->language == "text") {
       EXPECT_EQ(output, next->content);

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 
+#include "tests/host/build_files.hpp"
 #include "tests/host/sheet.hpp"
 
 using namespace test;
@@ -55,7 +56,7 @@ TEST(Files, OnlyFilesAreReadAndReplaced) {
     EXPECT_EQ(efi::replace_file(path, "x"), expected) << path;
     EXPECT_EQ(run_program({"--pack", path, "-e", "1"}).status, 2) << path;
     EXPECT_NE(run_program({"-e", "1"}, "", path).out, "") << path;
-    EXPECT_EQ(run_program({"--register", MATRIX_PACK}, "", path).status, error == ENOENT ? 0 : 2)
+    EXPECT_EQ(run_program({"--register", kPackFile}, "", path).status, error == ENOENT ? 0 : 2)
         << path;
   }
 }
@@ -65,11 +66,11 @@ TEST(Files, RegisteringTouchesNothingButTheCatalogue) {
   const std::string catalogue = directory.path("packs.json");
   directory.write("packs.json.backup", "mine");
   directory.write(".packs.json.worksheet-abcdef", "half a catalogue of one that was killed");
-  ASSERT_EQ(run_program({"--register", MATRIX_PACK}, "", catalogue).status, 0);
+  ASSERT_EQ(run_program({"--register", kPackFile}, "", catalogue).status, 0);
   EXPECT_EQ(directory.names(), Names({"packs.json", "packs.json.backup", "packs.json.lock"}));
   fs::remove(directory.path("packs.json.lock"));
   fs::create_symlink("victim", directory.path("packs.json.lock"));
-  EXPECT_EQ(run_program({"--register", MATRIX_PACK}, "", catalogue).status, 2);
+  EXPECT_EQ(run_program({"--register", kPackFile}, "", catalogue).status, 2);
   EXPECT_FALSE(fs::exists(directory.path("victim"))) << "the lock is no link to elsewhere";
 }
 

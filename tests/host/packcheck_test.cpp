@@ -9,20 +9,18 @@
 #include <string>
 #include <vector>
 
+#include "tests/host/build_files.hpp"
 #include "tests/host/sheet.hpp"
 
 namespace {
 
 using test::Directory;
 using test::Json;
-
-std::string tiny_pack(const std::string& fault) {
-  return fmt::format("{}/tiny_{}.so", TINY_PACKS, fault);
-}
+using test::tiny_pack;
 
 test::ProgramRun run(const std::string& arguments) {
   const Directory directory;
-  const std::string command = fmt::format("{} {} >'{}' 2>'{}'", PACKCHECK, arguments,
+  const std::string command = fmt::format("{} {} >'{}' 2>'{}'", test::kPackcheck, arguments,
                                           directory.path("out"), directory.path("err"));
   const int status = std::system(command.c_str());
   return {directory.read("out"), directory.read("err"),
@@ -139,7 +137,7 @@ INSTANTIATE_TEST_SUITE_P(Packcheck, BrokenPack, ::testing::ValuesIn(kCases), cas
 
 TEST(Packcheck, finds_nothing_in_packs_that_keep_their_promises) {
   for (const auto& [pack, calls] : {std::pair{"--depth quick " + tiny_pack("none"), 20000},
-                                    std::pair{std::string(MATRIX_PACK), 30000}}) {
+                                    std::pair{std::string(test::kPackFile), 30000}}) {
     const Report report = check(pack);
     EXPECT_EQ(report.status, 0);
     for (const Json& finding : report.findings) ADD_FAILURE() << finding;
@@ -186,8 +184,8 @@ TEST(Packcheck, ends_each_check_in_its_time) {
 
 TEST(Packcheck, is_strict_about_null_when_told_to_be) {
   const std::string selection = "--only result --function reverse ";
-  EXPECT_EQ(check(selection + MATRIX_PACK).status, 0);
-  const Report strict = check("--strict " + selection + MATRIX_PACK);
+  EXPECT_EQ(check(selection + test::kPackFile).status, 0);
+  const Report strict = check("--strict " + selection + test::kPackFile);
   ASSERT_EQ(strict.findings.size(), 1u);
   EXPECT_EQ(strict.findings[0]["message"], "gives null");
 }
@@ -204,7 +202,7 @@ TEST(Packcheck, tells_wrong_usage_and_files_that_are_no_packs) {
     EXPECT_NE(program.err, "") << arguments;
   }
   // A library that is no pack lacks what a host looks for.
-  EXPECT_TRUE(check(NO_PACK).checks().contains("exports"));
+  EXPECT_TRUE(check(test::kNoPackFile).checks().contains("exports"));
 }
 
 TEST(Packcheck, lists_its_checks) {

@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "fmt/format.h"
+#include "tests/host/build_files.hpp"
 #include "tests/host/sheet.hpp"
 
 using namespace test;
@@ -163,8 +164,8 @@ class Endless {
       std::freopen("/dev/null", "w", stdout);
       setenv("PATH", (directory.path("") + ":/usr/bin:/bin").c_str(), 1);
       setenv("WORKSHEET_CATALOGUE", "/nonexistent/packs.json", 1);
-      execl(WORKSHEET_PROGRAM, "worksheet", "--html", directory.path("r.html").c_str(),
-            sheet.c_str(), static_cast<char*>(nullptr));
+      execl(kWorksheet, "worksheet", "--html", directory.path("r.html").c_str(), sheet.c_str(),
+            static_cast<char*>(nullptr));
       _exit(127);
     }
     while (!std::filesystem::exists(pid) && waitpid(program_, nullptr, WNOHANG) == 0)

@@ -5,6 +5,7 @@
 
 #include "fmt/format.h"
 #include "host/worksheet/session/progress.hpp"
+#include "tests/host/build_files.hpp"
 #include "tests/host/sheet.hpp"
 
 using namespace test;
@@ -64,10 +65,10 @@ TEST(Program, WrongUsageGivesStatusTwo) {
       {{"--unknown"}, "--unknown"},
       {{"/nonexistent.ws"}, "/nonexistent.ws: cannot be read"},
       {{"/tmp"}, "/tmp: cannot be read"},
-      {{WORKSHEET_PROGRAM}, "is no text"},
+      {{kWorksheet}, "is no text"},
       {{"--pack", "/nonexistent.so", "-e", "1"}, "/nonexistent.so: no such file"},
       {{"--pack", text, "-e", "1"}, "text.so: file too short"},
-      {{"--pack", NO_PACK, "-e", "1"}, "is not a function pack: it has no function table"},
+      {{"--pack", kNoPackFile, "-e", "1"}, "is not a function pack: it has no function table"},
       {{"--digits", "0", "-e", "1"}, "--digits"},
   };
   for (const Case& c : cases) {
@@ -78,7 +79,7 @@ TEST(Program, WrongUsageGivesStatusTwo) {
   }
   EXPECT_EQ(run_program({"--help"}).status, 0);
   EXPECT_EQ(run_program({"--version"}).status, 0);
-  EXPECT_EQ(run_program({"--pack", MATRIX_PACK, "-e", "rows([1;2])"}).out, "2\n");
+  EXPECT_EQ(run_program({"--pack", kPackFile, "-e", "rows([1;2])"}).out, "2\n");
 }
 
 TEST(Program, NumbersDoNotDependOnTheLocale) {
@@ -97,17 +98,17 @@ TEST(Catalogue, ARegisteredPackIsLoadedAtStart) {
     return run_program(arguments, "", catalogue);
   };
   EXPECT_EQ(run({"--packs"}).out, "");
-  EXPECT_EQ(run({"--unregister", MATRIX_PACK}).status, 2) << "it is not there";
-  ASSERT_EQ(run({"--register", MATRIX_PACK}).status, 0);
-  ASSERT_EQ(run({"--register", MATRIX_PACK}).status, 0) << "twice is the same as once";
+  EXPECT_EQ(run({"--unregister", kPackFile}).status, 2) << "it is not there";
+  ASSERT_EQ(run({"--register", kPackFile}).status, 0);
+  ASSERT_EQ(run({"--register", kPackFile}).status, 0) << "twice is the same as once";
   const auto packs = run({"--packs", "--json"}).json();
   ASSERT_EQ(packs.size(), 1u);
   EXPECT_EQ(packs[0]["id"], "{5C1E07A2-3D94-4B6F-8E21-A0B7C3D9E415}");
-  EXPECT_EQ(packs[0]["path"], MATRIX_PACK);
-  EXPECT_EQ(run({"--functions", "--json"}).json().at(0)["pack"], MATRIX_PACK);
-  EXPECT_EQ(run({"--unregister", MATRIX_PACK}).status, 0);
+  EXPECT_EQ(packs[0]["path"], kPackFile);
+  EXPECT_EQ(run({"--functions", "--json"}).json().at(0)["pack"], kPackFile);
+  EXPECT_EQ(run({"--unregister", kPackFile}).status, 0);
   EXPECT_EQ(run({"--packs"}).out, "");
-  EXPECT_EQ(run({"--register", TINY_PACKS "/tiny_cannot_register.so"}).status, 2)
+  EXPECT_EQ(run({"--register", tiny_pack("cannot_register")}).status, 2)
       << "it cannot be registered";
 }
 
@@ -129,44 +130,47 @@ TEST(Catalogue, APackThatHasGoneIsReported) {
 TEST(Catalogue, PacksStandSideBySide) {
   const Directory directory;
   const std::string catalogue = directory.path("packs.json");
-  const std::string tiny = TINY_PACKS "/tiny_none.so";
-  ASSERT_EQ(run_program({"--register", MATRIX_PACK}, "", catalogue).status, 0);
+  const std::string tiny = tiny_pack("none");
+  ASSERT_EQ(run_program({"--register", kPackFile}, "", catalogue).status, 0);
   ASSERT_EQ(run_program({"--register", tiny}, "", catalogue).status, 0);
   const ProgramRun both = run_program({"-e", "twice(stack([1], [2]))"}, "", catalogue);
   EXPECT_EQ(both.out, "2 x 1 matrix\n  2\n  4\n");
   EXPECT_EQ(both.err, "");
-  ASSERT_EQ(run_program({"--unregister", MATRIX_PACK}, "", catalogue).status, 0);
+  ASSERT_EQ(run_program({"--unregister", kPackFile}, "", catalogue).status, 0);
   const ProgramRun one = run_program({"-e", "rows(twice([1]))"}, "", catalogue);
   EXPECT_NE(one.out.find("unknown name: rows"), std::string::npos) << one.out;
   // Of two functions of one name the first counts; the same pack twice is the same as once.
   const std::string copy = directory.path("copy.so");
-  std::filesystem::copy_file(MATRIX_PACK, copy);
+  std::filesystem::copy_file(kPackFile, copy);
   const ProgramRun hidden =
-      run_program({"--pack", copy, "--pack", MATRIX_PACK, "--pack", copy, "-e", "rows([1])"});
+      run_program({"--pack", copy, "--pack", kPackFile, "--pack", copy, "-e", "rows([1])"});
   EXPECT_EQ(hidden.out, "1\n");
-  EXPECT_EQ(hidden.err, "worksheet: " MATRIX_PACK ": 37 of its 37 functions are hidden by " + copy +
-                            ": rows, cols, identity, last, length, ...\n");
+  EXPECT_EQ(
+      hidden.err,
+      fmt::format(
+          "worksheet: {}: 37 of its 37 functions are hidden by {}: rows, cols, identity, last, "
+          "length, ...\n",
+          kPackFile, copy));
 }
 
 TEST(Catalogue, IsWholeWheneverAProcessIsKilled) {
   constexpr int kMoments = 40;
   const Directory directory;
   const std::string catalogue = directory.path("packs.json");
-  ASSERT_EQ(run_program({"--register", MATRIX_PACK}, "", catalogue).status, 0);
+  ASSERT_EQ(run_program({"--register", kPackFile}, "", catalogue).status, 0);
   const auto start = std::chrono::steady_clock::now();
-  ASSERT_EQ(run_program({"--register", MATRIX_PACK}, "", catalogue).status, 0);
+  ASSERT_EQ(run_program({"--register", kPackFile}, "", catalogue).status, 0);
   const std::chrono::duration<double> usual = std::chrono::steady_clock::now() - start;
   for (int k = 1; k <= kMoments; ++k) {
-    const std::string command =
-        fmt::format("WORKSHEET_CATALOGUE='{}' timeout -s KILL {:.6f} {} --{}register {} 2>{}",
-                    catalogue, usual.count() * k / kMoments, WORKSHEET_PROGRAM,
-                    k % 3 == 2 ? "un" : "", MATRIX_PACK, "/dev/null");
+    const std::string command = fmt::format(
+        "WORKSHEET_CATALOGUE='{}' timeout -s KILL {:.6f} {} --{}register {} 2>{}", catalogue,
+        usual.count() * k / kMoments, kWorksheet, k % 3 == 2 ? "un" : "", kPackFile, "/dev/null");
     [[maybe_unused]] const int status = std::system(command.c_str());
     const Json content = Json::parse(directory.read("packs.json"), nullptr, false);
     ASSERT_FALSE(content.is_discarded()) << command;
     EXPECT_LE(content.at("packs").size(), 1u);
   }
-  ASSERT_EQ(run_program({"--register", MATRIX_PACK}, "", catalogue).status, 0) << "no lock is left";
+  ASSERT_EQ(run_program({"--register", kPackFile}, "", catalogue).status, 0) << "no lock is left";
   EXPECT_EQ(run_program({"--packs", "--json"}, "", catalogue).json().size(), 1u);
   EXPECT_EQ(directory.names(), (std::vector<std::string>{"packs.json", "packs.json.lock"}));
 }
@@ -198,7 +202,7 @@ TEST(Catalogue, ACorruptOneIsReportedAndLeftAlone) {
     const ProgramRun used = run_program({"-e", "1"}, "", catalogue);
     EXPECT_EQ(used.out, "1\n");
     EXPECT_NE(used.err.find("packs.json"), std::string::npos) << used.err;
-    const ProgramRun changed = run_program({"--register", MATRIX_PACK}, "", catalogue);
+    const ProgramRun changed = run_program({"--register", kPackFile}, "", catalogue);
     EXPECT_EQ(changed.status, 2);
     EXPECT_NE(changed.err.find("packs.json"), std::string::npos) << changed.err;
     EXPECT_EQ(run_program({"--packs"}, "", catalogue).status, 2);
@@ -213,8 +217,8 @@ TEST(Catalogue, IsReplacedUnderALock) {
   // whole whenever it is looked at.
   std::string command;
   for (int k = 0; k < 8; ++k)
-    command += "WORKSHEET_CATALOGUE='" + catalogue +
-               "' " WORKSHEET_PROGRAM " --register " MATRIX_PACK " & ";
+    command += fmt::format("WORKSHEET_CATALOGUE='{}' {} --register {} & ", catalogue, kWorksheet,
+                           kPackFile);
   ASSERT_EQ(std::system(("{ " + command + "wait; }").c_str()), 0);
   EXPECT_EQ(run_program({"--packs", "--json"}, "", catalogue).json().size(), 1u);
   EXPECT_EQ(directory.names().size(), 2u) << "the catalogue and its lock, no leavings";

@@ -10,6 +10,7 @@
 #include <thread>
 #include <utility>
 
+#include "tests/host/build_files.hpp"
 #include "tests/host/sheet.hpp"
 
 using namespace test;
@@ -33,7 +34,7 @@ class Terminal {
     setenv("NO_COLOR", "1", 1);
     setenv("WORKSHEET_CATALOGUE", home.path("packs.json").c_str(), 1);
     unsetenv("XDG_STATE_HOME");
-    execl(WORKSHEET_PROGRAM, WORKSHEET_PROGRAM, static_cast<char*>(nullptr));
+    execl(kWorksheet, kWorksheet, static_cast<char*>(nullptr));
     _exit(127);
   }
   ~Terminal() {

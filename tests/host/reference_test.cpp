@@ -7,6 +7,7 @@
 #include "host/text/text.hpp"
 #include "host/worksheet/functions/builtin.hpp"
 #include "host/worksheet/output/help_text.hpp"
+#include "tests/host/build_files.hpp"
 #include "tests/host/sheet.hpp"
 
 using namespace test;
@@ -102,7 +103,7 @@ TEST_F(Reference, TheProgramListsAndDescribes) {
   EXPECT_EQ(submatrix["heading"], "submatrix(A, ir, jr, ic, jc)");
   EXPECT_TRUE(rows[2]["rule"].is_null());
   // A pack without a reference is listed all the same.
-  const ProgramRun bare = run_program({"--pack", TINY_PACKS "/tiny_none.so", "--functions"});
+  const ProgramRun bare = run_program({"--pack", tiny_pack("none"), "--functions"});
   EXPECT_NE(bare.out.find("twice(any)"), std::string::npos) << bare.out;
 }
 

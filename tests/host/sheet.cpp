@@ -14,6 +14,7 @@
 
 #include "fmt/format.h"
 #include "host/worksheet/output/json_output.hpp"
+#include "tests/host/build_files.hpp"
 
 namespace test {
 
@@ -27,7 +28,7 @@ Sheet::Sheet()
         worksheet::show_outcome(text, outcome, options_);
         shown_ = text.str();
       }) {
-  machine().add_pack(std::make_unique<worksheet::Pack>(MATRIX_PACK));
+  machine().add_pack(std::make_unique<worksheet::Pack>(kPackFile));
 }
 
 std::vector<Json> Sheet::run(const std::string& text) {
@@ -121,7 +122,7 @@ void limit(__rlimit_resource resource, rlim_t most) {
 // What the child does until it is the program.
 [[noreturn]] void become_program(const std::vector<std::string>& arguments, const Directory& files,
                                  const std::string& catalogue, const Limits& limits) {
-  std::vector<char*> words = {const_cast<char*>(WORKSHEET_PROGRAM)};
+  std::vector<char*> words = {const_cast<char*>(kWorksheet)};
   for (const std::string& argument : arguments)
     words.push_back(const_cast<char*>(argument.c_str()));
   words.push_back(nullptr);

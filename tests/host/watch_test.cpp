@@ -1,6 +1,7 @@
 // What the host says about packs that break the rules.
 #include "fmt/format.h"
 #include "pack/frame/fp_control.hpp"
+#include "tests/host/build_files.hpp"
 #include "tests/host/sheet.hpp"
 
 using namespace test;
@@ -28,8 +29,7 @@ TEST(Watch, SaysWhatAPackDidWrong) {
   for (const auto& [fault, words] : cases) {
     Sheet sheet;
     sheet.machine().care = efi::Care::elements;
-    sheet.machine().add_pack(
-        std::make_unique<worksheet::Pack>(fmt::format("{}/tiny_{}.so", TINY_PACKS, fault)));
+    sheet.machine().add_pack(std::make_unique<worksheet::Pack>(tiny_pack(fault)));
     const bool of_pick = fault == std::string("forgets_a_part");
     EXPECT_EQ(sheet.brief(of_pick ? "pick([1], 0)" : "twice([1])"),
               fmt::format("error: {}: the pack {} (0, 0)", of_pick ? "pick" : "twice", words));
