@@ -7,6 +7,7 @@
 #include "eigen/cores.hpp"
 #include "pack/exports.hpp"
 #include "tests/support/eigen_zoo.hpp"
+#include "tests/support/sanitized.hpp"
 
 namespace matrix_pack {
 namespace {
@@ -59,6 +60,7 @@ TEST_F(Eigen, ResidualsAreSmallOverTheZoo) {
   WorstRatio symmetric("symmetric eigen residual", 8), general("general eigen residual", 10),
       complex("complex eigen residual", 10), orthogonality("symmetric V'V - I", 20);
   for (const int n : kOrders) {
+    if (kSanitized && n > 100) continue;
     for (const Specimen& a : problems(n, true)) check_residual(a, complex);
     for (const Specimen& a : problems(n, false)) {
       check_residual(a, general);
@@ -111,12 +113,14 @@ void check_cores(const Specimen& a) {
 
 TEST_F(Eigen, BothCoresAgreeAndLargestComponentsAreOne) {
   // Real symmetric matrices have a core of their own.
-  for (const int n : kOrders)
+  for (const int n : kOrders) {
+    if (kSanitized && n > 100) continue;
     for (const bool complex : {false, true})
       for (const Specimen& a : problems(n, complex))
         if (complex || mirrored(a.matrix).a != a.matrix.a) check_cores(a);
+  }
   // At this order, blocks that had split off used to be joined again.
-  check_cores({"random", random_dense(500, 500, 500)});
+  if (!kSanitized) check_cores({"random", random_dense(500, 500, 500)});
 }
 
 // Ones on and above the diagonal, and below them a block with the eigenvalues 1 +- distance i: each

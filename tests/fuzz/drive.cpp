@@ -10,6 +10,7 @@
 
 #include "host/efiutils/system/files.hpp"
 #include "tests/support/platform.hpp"
+#include "tests/support/sanitized.hpp"
 
 namespace fuzz {
 
@@ -81,7 +82,7 @@ void try_random_inputs(const std::string& name, Target target, int count,
   for (const int signal : test::crash_signals()) std::signal(signal, report_crash);
   std::vector<Input> corpus = shipped(name);
   corpus.insert(corpus.end(), more.begin(), more.end());
-  count = static_cast<int>(environment_number("MATRIX_FUZZ_INPUTS", count));
+  count = static_cast<int>(environment_number("MATRIX_FUZZ_INPUTS", test::trials(count)));
   const double seconds = environment_number("MATRIX_FUZZ_SECONDS", 0);
   const auto seed = static_cast<std::uint64_t>(environment_number("MATRIX_FUZZ_SEED", 1));
   std::mt19937_64 random(seed);

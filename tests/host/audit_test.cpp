@@ -1,5 +1,6 @@
 // How far results can be trusted: what each output says of it.
 #include <fstream>
+#include <nlohmann/json.hpp>
 
 #include "tests/host/sheet.hpp"
 

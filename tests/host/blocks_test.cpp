@@ -1,4 +1,6 @@
 // Arrays and blocks of the worksheet language: element operators, ranges, parts, loops.
+#include <nlohmann/json.hpp>
+
 #include "tests/host/sheet.hpp"
 
 using namespace test;

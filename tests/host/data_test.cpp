@@ -1,6 +1,7 @@
 // Matrices from files.
 #include <cmath>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "fmt/format.h"

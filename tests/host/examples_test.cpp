@@ -3,6 +3,7 @@
 #include <cmath>
 #include <complex>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <numbers>
 
 #include "tests/host/sheet.hpp"

@@ -1,4 +1,6 @@
 // The worksheet language: statements and their values.
+#include <nlohmann/json.hpp>
+
 #include "tests/host/sheet.hpp"
 
 using namespace test;

@@ -1,4 +1,6 @@
 // What is said of names that have no value.
+#include <nlohmann/json.hpp>
+
 #include "host/text/nearest.hpp"
 #include "tests/host/sheet.hpp"
 

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <nlohmann/json.hpp>
 #include <thread>
 
 #include "fmt/format.h"

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <nlohmann/json.hpp>
 
 #include "fmt/format.h"
 #include "host/worksheet/session/progress.hpp"

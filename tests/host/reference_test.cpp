@@ -2,6 +2,7 @@
 #include "host/worksheet/help/reference.hpp"
 
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "host/text/text.hpp"

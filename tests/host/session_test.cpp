@@ -1,5 +1,6 @@
 // Statements about the session, and completion.
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 #include "host/worksheet/session/completion.hpp"
 #include "tests/host/sheet.hpp"

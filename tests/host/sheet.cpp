@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "fmt/format.h"
@@ -31,7 +32,9 @@ Sheet::Sheet()
   machine().add_pack(std::make_unique<worksheet::Pack>(kPackFile));
 }
 
-std::vector<Json> Sheet::run(const std::string& text) {
+Sheet::~Sheet() = default;
+
+const std::vector<Json>& Sheet::run(const std::string& text) {
   outcomes_.clear();
   std::istringstream lines(text);
   session_.run_text(lines);

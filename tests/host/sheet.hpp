@@ -5,7 +5,7 @@
 #include <sys/resource.h>
 
 #include <filesystem>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -14,18 +14,20 @@
 
 namespace test {
 
+// Tests that look into it include <nlohmann/json.hpp>, which takes seconds to compile.
 using Json = nlohmann::ordered_json;
 
 // A worksheet evaluated in this process with the pack of this build.
 class Sheet {
  public:
   Sheet();
+  ~Sheet();
 
   worksheet::Machine& machine() { return session_.machine(); }
   worksheet::Session& session() { return session_; }
 
-  // The outcomes of the statements of `text`.
-  std::vector<Json> run(const std::string& text);
+  // The outcomes of the statements of `text`, until it runs others.
+  const std::vector<Json>& run(const std::string& text);
   // The value of its last statement.
   Json value(const std::string& text);
   // The same as short text: "1.5", "1+2i", "[1 2; 3 4]", "\"text\"", "error: message (arg 1)".

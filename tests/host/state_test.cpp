@@ -1,4 +1,6 @@
 // Variables that outlive their session: --save and --load.
+#include <nlohmann/json.hpp>
+
 #include "host/worksheet/state/state.hpp"
 
 #include "fmt/format.h"

@@ -99,14 +99,16 @@ TEST(UnitList, ConvertWithinTheirKindOnly) {
   const auto is = [](const ListedUnit& unit, std::initializer_list<const char*> names) {
     return std::find(names.begin(), names.end(), unit.names.front()) != names.end();
   };
-  for (const ListedUnit& a : units)
-    for (const ListedUnit& b : units) {
+  std::vector<const Unit*> parsed;
+  for (const ListedUnit& unit : units) parsed.push_back(parse_unit(unit.names.front()));
+  for (std::size_t i = 0; i < units.size(); ++i)
+    for (std::size_t j = 0; j < units.size(); ++j) {
+      const ListedUnit &a = units[i], &b = units[j];
       const bool of_surfaces = (a.kind == "Force per length, in N/m" && is(b, {"langley"})) ||
                                (b.kind == "Force per length, in N/m" && is(a, {"langley"}));
       const bool of_turns =
           (is(a, {"Hz"}) && is(b, {"rpm", "rps"})) || (is(b, {"Hz"}) && is(a, {"rpm", "rps"}));
-      const auto factor =
-          worksheet::conversion(parse_unit(a.names.front()), parse_unit(b.names.front()));
+      const auto factor = worksheet::conversion(parsed[i], parsed[j]);
       EXPECT_EQ(factor.has_value(), a.kind == b.kind || of_surfaces || of_turns)
           << a.names.front() << " to " << b.names.front();
     }

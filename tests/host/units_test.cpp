@@ -1,4 +1,6 @@
 // Units: reading them, calculating with them, and the unit rules of the pack's rows.
+#include <nlohmann/json.hpp>
+
 #include "fmt/format.h"
 #include "host/packs/unit_rule.hpp"
 #include "host/units/unit.hpp"

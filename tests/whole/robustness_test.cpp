@@ -76,11 +76,12 @@ TEST(Robustness, ManyMixedCallsKeepMemoryFlat) {
     for (const Call& call : calls) call.run();
     corpus.host.store().collect(roots, mark);
   };
-  for (int k = 0; k < 30; ++k) round();  // The heap settles.
+  for (int k = 0; k < trials(30); ++k) round();  // The heap settles.
   const long blocks = live_blocks();
   const long long resident = resident_bytes();
   const char* wanted = std::getenv("MATRIX_CALLS");
-  const std::size_t most = wanted == nullptr ? 10'000 : std::stoul(wanted);
+  const std::size_t most =
+      static_cast<std::size_t>(wanted == nullptr ? trials(10'000) : std::stol(wanted));
   std::size_t made = 0;
   for (; made < most; made += calls.size()) round();
   EXPECT_EQ(live_blocks(), blocks);
