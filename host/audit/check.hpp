@@ -42,6 +42,9 @@ inline int probes_for(int order) {
   return order <= kCheapOrder ? 3 : 1;
 }
 
+// The cause where a system of equations has no digits.
+inline constexpr const char* kSingular = "the matrix is singular to working precision";
+
 // A generator whose seed is made from the shape and the salt: the same call gives the same words.
 inline Random random_for(const aMatrix* m, std::uint64_t salt) {
   Random random = {(static_cast<std::uint64_t>(m->rows) << 32) +

@@ -12,8 +12,6 @@ namespace audit {
 
 namespace {
 
-constexpr const char* kSingular = "the matrix is singular to working precision";
-
 // A, transposed for the norm of rows, with its inverse column by column.
 class Inverse {
  public:

@@ -22,7 +22,7 @@ double distance(const Complex& x, const Complex& y) {
   return std::abs(x - y);
 }
 
-double largest(const Numbers& x) {
+double largest_modulus(const Numbers& x) {
   double most = 0.0;
   for (const Complex& z : x) most = std::max(most, std::abs(z));
   return most;
@@ -109,7 +109,7 @@ Verdict check_eigenvals(const Request& r) {
   const int power = normalize(A);
   const Numbers values = scaled(numbers_of(r.result), power);
   if (largest(A.re) == 0.0 && largest(A.im) == 0.0)
-    return {.error = largest(values) == 0.0 ? 0.0 : 1.0};
+    return {.error = largest_modulus(values) == 0.0 ? 0.0 : 1.0};
   if (!is_cheap(r, A.re.rows)) {
     if (has_the_trace(A, values)) return {};
     return alarm("their sum is not the trace");
@@ -133,7 +133,7 @@ Verdict check_eigenvals(const Request& r) {
     const auto partner = nearest_pairs(values, second, distance);
     for (std::size_t i = 0; i < values.size(); ++i)
       apart = std::max(apart, distance(values[i], second[static_cast<std::size_t>(partner[i])]));
-    size = std::max(size, largest(second));
+    size = std::max(size, largest_modulus(second));
   }
   if (size == 0.0) return {.error = apart == 0.0 ? 0.0 : 1.0};
   const double error = kSafety * apart;

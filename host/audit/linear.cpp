@@ -10,8 +10,6 @@ namespace audit {
 
 namespace {
 
-constexpr const char* kSingular = "the matrix is singular to working precision";
-
 std::string condition_text(double condition) {
   return fmt::format("the condition number is {:.0e}", condition);
 }

@@ -10,6 +10,10 @@
 
 namespace worksheet {
 
+inline bool is_digit(char c) {
+  return c >= '0' && c <= '9';
+}
+
 // Without the blanks around it.
 std::string_view trimmed(std::string_view text);
 

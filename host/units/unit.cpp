@@ -19,9 +19,6 @@ namespace {
 // Denominators of powers that are recognised: square and cube roots of products and the like.
 constexpr int kMostDenominator = 12;
 
-// The largest numerator and denominator of a power.
-constexpr std::int64_t kMostPower = 1000;
-
 Rational turns_of(const Factors& factors) {
   Rational turns;
   for (const Unit::Factor& factor : factors)

@@ -18,7 +18,10 @@
 
 namespace worksheet {
 
-// A power of a unit beyond what is calculated with.
+// The largest numerator and denominator of a power that is calculated with.
+inline constexpr std::int64_t kMostPower = 1000;
+
+// One is beyond that.
 struct UnitPowerError : std::runtime_error {
   UnitPowerError() : std::runtime_error("this unit is too large a power") {}
 };

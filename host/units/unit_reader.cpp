@@ -16,7 +16,6 @@ constexpr std::string_view kRaisedMinus = "\u207B";
 
 constexpr int kMostParentheses = 20;
 constexpr std::size_t kMostFactors = 100;  // That are written, in whatever number of names.
-constexpr int kMostPower = 1000;
 
 class UnitReader {
  public:

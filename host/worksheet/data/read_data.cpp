@@ -12,14 +12,14 @@ namespace worksheet {
 namespace {
 
 // What a call asks for.
-struct Request {
+struct ReadRequest {
   std::string file;
   std::optional<std::string> column;
   TableOptions options;
 };
 
-Request request_of(const Call& call, bool with_column) {
-  Request request;
+ReadRequest request_of(const Call& call, bool with_column) {
+  ReadRequest request;
   if (call.arguments.empty()) throw WrongArgument(call.span, "needs the name of a file");
   for (std::size_t k = 0; k < call.arguments.size(); ++k) {
     const Value& value = call.arguments[k];
@@ -53,7 +53,7 @@ DataFile opened(const Machine& machine, const std::string& name) {
   return {machine.files.path(name), machine.files.read(name), &machine.interrupted};
 }
 
-DataMatrix matrix_of(DataFile& file, const Request& request) {
+DataMatrix matrix_of(DataFile& file, const ReadRequest& request) {
   if (!is_matrix_market(file)) return read_table(file, request.options, request.column);
   if (request.column) file.fail_whole("a Matrix Market file has no columns by name");
   return read_matrix_market(file);
@@ -63,7 +63,7 @@ DataMatrix matrix_of(DataFile& file, const Request& request) {
 template <class Act>
 Value answer(Machine& machine, const Call& call, bool with_column, Act act) {
   try {
-    const Request request = request_of(call, with_column);
+    const ReadRequest request = request_of(call, with_column);
     try {
       return act(request);
     } catch (const std::bad_alloc&) {
@@ -105,7 +105,7 @@ aMatrix* read_data(Machine& machine, const std::string& name) {
 }
 
 Value read(Machine& machine, const Call& call) {
-  return answer(machine, call, true, [&](const Request& request) {
+  return answer(machine, call, true, [&](const ReadRequest& request) {
     DataFile file = opened(machine, request.file);
     DataMatrix data = matrix_of(file, request);
     for (std::string& note : data.notes) machine.note(std::move(note));
@@ -114,7 +114,7 @@ Value read(Machine& machine, const Call& call) {
 }
 
 Value columns(Machine& machine, const Call& call) {
-  return answer(machine, call, false, [&](const Request& request) {
+  return answer(machine, call, false, [&](const ReadRequest& request) {
     const DataFile file = opened(machine, request.file);
     if (is_matrix_market(file)) file.fail_whole("a Matrix Market file has no columns by name");
     return text_column(machine, table_headings(file, request.options));

@@ -4,20 +4,17 @@
 #include <string>
 
 #include "host/text/numbers.hpp"
+#include "host/text/text.hpp"
 
 namespace worksheet {
 
 namespace {
 
-constexpr std::string_view kMinus = "\u2212";
+constexpr std::string_view kMinusSign = "\u2212";
 
 // Signs between groups of digits, besides the comma or the point: apostrophes, and spaces that do
 // not break, the last one as Windows-1252 has it.
 constexpr std::string_view kGroupSigns[] = {"'", "\u2019", "\u00A0", "\u202F", "\xA0"};
-
-bool is_digit(char c) {
-  return c >= '0' && c <= '9';
-}
 
 std::size_t digit_count(std::string_view text) {
   return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), is_digit) -
@@ -54,9 +51,9 @@ std::string plain_number(std::string_view text, char decimal) {
   while (!text.empty()) {
     if (is_digit(text[0])) take_digits(text, decimal, plain);
     if (text.empty()) break;
-    if (text.starts_with(kMinus)) {
+    if (text.starts_with(kMinusSign)) {
       plain += '-';
-      text.remove_prefix(kMinus.size());
+      text.remove_prefix(kMinusSign.size());
       continue;
     }
     const char c = text[0];

@@ -22,7 +22,7 @@ namespace worksheet {
 namespace {
 
 // What is written, and the headings for its columns.
-struct Request {
+struct WriteRequest {
   std::string file;
   std::vector<Value> values;
   std::vector<Span> places;
@@ -36,7 +36,7 @@ std::ptrdiff_t cols_of(const Value& v) {
   return is_number(v) ? 1 : matrix(v)->cols;
 }
 
-void check_value(const Request& request, const Value& value, Span place) {
+void check_value(const WriteRequest& request, const Value& value, Span place) {
   if (!is_number(value) && !is_matrix(value))
     throw WrongArgument(place, "must be a number, a matrix or text");
   if (is_matrix(value) && contains_ptrs(matrix(value)))
@@ -48,9 +48,9 @@ void check_value(const Request& request, const Value& value, Span place) {
                                     rows_of(request.values[0])));
 }
 
-Request request_of(const Call& call) {
+WriteRequest request_of(const Call& call) {
   constexpr std::string_view kKey = "heading:";
-  Request request;
+  WriteRequest request;
   if (call.arguments.empty() || !is_text(call.arguments[0]))
     throw WrongArgument(call.arguments.empty() ? call.span : call.places[0],
                         "the name of a file comes first");
@@ -111,7 +111,7 @@ std::string cell_of(const std::string& heading) {
 }
 
 // What the call names a column, or else the name of its variable; with the unit.
-std::string heading_text(const Machine& machine, const Request& request, std::size_t value,
+std::string heading_text(const Machine& machine, const WriteRequest& request, std::size_t value,
                          std::ptrdiff_t col, std::size_t at) {
   const Value& v = request.values[value];
   const Span place = request.places[value];
@@ -134,7 +134,7 @@ std::string heading_text(const Machine& machine, const Request& request, std::si
 }
 
 // The line of headings; none where neither names nor units ask for it.
-std::string table_head(const Machine& machine, const Request& request, char separator) {
+std::string table_head(const Machine& machine, const WriteRequest& request, char separator) {
   std::string text;
   std::size_t cols = 0;
   for (const Value& v : request.values) cols += static_cast<std::size_t>(cols_of(v));
@@ -156,7 +156,8 @@ std::string table_head(const Machine& machine, const Request& request, char sepa
   return text;
 }
 
-void write_rows(const Machine& machine, const Request& request, char separator, std::ostream& out) {
+void write_rows(const Machine& machine, const WriteRequest& request, char separator,
+                std::ostream& out) {
   const std::ptrdiff_t rows = rows_of(request.values[0]);
   std::string text;
   for (std::ptrdiff_t i = 0; i < rows && out; ++i) {
@@ -174,7 +175,7 @@ void write_rows(const Machine& machine, const Request& request, char separator, 
 
 // --- Matrix Market ---
 
-std::string matrix_market_head(const Request& request) {
+std::string matrix_market_head(const WriteRequest& request) {
   if (request.values.size() > 1)
     throw WrongArgument(request.places[1], "a Matrix Market file holds one matrix");
   if (!request.names.empty())
@@ -204,7 +205,7 @@ void write_elements(const Machine& machine, const Value& v, std::ostream& out) {
 // --- Files ---
 
 // Row by row: a file takes no memory. What cannot be written whole is not written.
-void write_file(Machine& machine, const Request& request, Span file_place) {
+void write_file(Machine& machine, const WriteRequest& request, Span file_place) {
   const std::string& name = request.file;
   const bool is_table = name.ends_with(".csv") || name.ends_with(".tsv");
   if (!is_table && !name.ends_with(".mtx"))
@@ -232,7 +233,7 @@ void write_file(Machine& machine, const Request& request, Span file_place) {
 
 Value write(Machine& machine, const Call& call) {
   try {
-    const Request request = request_of(call);
+    const WriteRequest request = request_of(call);
     write_file(machine, request, call.places[0]);
     std::ptrdiff_t cols = 0;
     for (const Value& v : request.values) cols += cols_of(v);

@@ -13,7 +13,7 @@ bool all_zero(const double* part, std::ptrdiff_t count) {
   return std::all_of(part, part + count, [](double x) { return x == 0.0; });
 }
 
-void drop(double** part) {
+void free_part(double** part) {
   ::operator delete(*part);
   *part = nullptr;
 }
@@ -30,7 +30,7 @@ Value changed_copy(Machine& machine, const Call& call, Change change) {
 }  // namespace
 
 Value real_only(Machine& machine, const Call& call) {
-  return changed_copy(machine, call, [](aMatrix* m) { drop(&m->im); });
+  return changed_copy(machine, call, [](aMatrix* m) { free_part(&m->im); });
 }
 
 Value with_imag(Machine& machine, const Call& call) {
@@ -45,7 +45,7 @@ Value with_imag(Machine& machine, const Call& call) {
 Value lean(Machine& machine, const Call& call) {
   return changed_copy(machine, call, [](aMatrix* m) {
     for (double** part : {&m->re, &m->im})
-      if (*part != nullptr && all_zero(*part, element_count(m))) drop(part);
+      if (*part != nullptr && all_zero(*part, element_count(m))) free_part(part);
   });
 }
 

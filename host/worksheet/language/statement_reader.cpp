@@ -10,7 +10,7 @@ namespace worksheet {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\n";
+constexpr std::string_view kWhiteSpace = " \t\n";
 
 constexpr const char* kNotText = "this is not text in UTF-8";
 
@@ -216,10 +216,10 @@ void StatementReader::add(std::size_t first, std::size_t last, std::vector<Sourc
   const std::size_t begin = pieces_[first].begin;
   const std::size_t end = last + 1 < pieces_.size() ? pieces_[last + 1].begin : text_.size();
   const std::string_view text = std::string_view(text_).substr(begin, end - begin);
-  const std::size_t indent = text.find_first_not_of(kBlanks);
+  const std::size_t indent = text.find_first_not_of(kWhiteSpace);
   if (indent == std::string_view::npos) return;
   Source source;
-  source.text = text.substr(indent, text.find_last_not_of(kBlanks) + 1 - indent);
+  source.text = text.substr(indent, text.find_last_not_of(kWhiteSpace) + 1 - indent);
   if (source.text == ";") return;
   source.line = pieces_[first].line;
   source.indent = pieces_[first].column + indent;

@@ -5,6 +5,8 @@
 #include <array>
 #include <string_view>
 
+#include "host/text/text.hpp"
+
 namespace worksheet {
 
 // The words that are no names. A matter of the grammar: editors colour them.
@@ -17,9 +19,6 @@ inline bool is_keyword(std::string_view name) {
 
 inline bool is_blank(char c) {
   return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
-inline bool is_digit(char c) {
-  return c >= '0' && c <= '9';
 }
 // All characters beyond ASCII are letters.
 inline bool is_letter(char c) {

@@ -31,7 +31,7 @@ void add_product(const Machine& machine, double* c, double s, const double* a, c
     add_column(c + j * m, s, a, b + j * inner, m, inner);
 }
 
-Value product(Machine& machine, const aMatrix* a, const aMatrix* b, Span span) {
+Value matrix_product(Machine& machine, const aMatrix* a, const aMatrix* b, Span span) {
   if (a->cols != b->rows)
     return machine.fail(span, fmt::format("cannot multiply {} by {}: the columns of the first are "
                                           "not as many as the rows of the second",
@@ -113,7 +113,7 @@ Value plain_binary(Machine& machine, Operator op, const Value& a, const Value& b
   if (is_number(a) && is_number(b))
     return number_value(element_result(for_elements(op), number(a), number(b)));
   if (is_matrix(a) && is_matrix(b) && op == Operator::multiply)
-    return product(machine, matrix(a), matrix(b), span);
+    return matrix_product(machine, matrix(a), matrix(b), span);
   return elementwise(machine, op, a, b);
 }
 

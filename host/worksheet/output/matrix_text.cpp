@@ -14,12 +14,12 @@ namespace worksheet {
 
 namespace {
 
-constexpr int kGap = -1;  // The index of what stands for the rows or columns that are left out.
+constexpr int kLeftOut = -1;  // The index of what stands for the rows or columns that are left out.
 constexpr std::size_t kBetweenColumns = 2;
 
 int shown_count(const std::vector<int>& shown) {
   return static_cast<int>(shown.size()) -
-         static_cast<int>(std::count(shown.begin(), shown.end(), kGap));
+         static_cast<int>(std::count(shown.begin(), shown.end(), kLeftOut));
 }
 
 std::string padding(std::size_t width, const std::string& text) {
@@ -116,7 +116,7 @@ std::size_t MatrixText::measure() {
 
 MatrixText::Cell MatrixText::cell(int i, int j) const {
   Cell result;
-  if (i == kGap || j == kGap) {
+  if (i == kLeftOut || j == kLeftOut) {
     result.whole = i == j ? "" : "...";
     return result;
   }
@@ -166,7 +166,7 @@ std::vector<int> shown_indices(int count, int most) {
   std::vector<int> shown;
   for (int k = 0; k < first; ++k) shown.push_back(k);
   if (all) return shown;
-  shown.push_back(kGap);
+  shown.push_back(kLeftOut);
   for (int k = count - (most - 1 - first); k < count; ++k) shown.push_back(k);
   return shown;
 }

@@ -23,7 +23,7 @@ namespace worksheet {
 
 namespace {
 
-constexpr const char* kMissing =
+constexpr const char* kNoGnuplot =
     "there is no gnuplot to draw with: install the Debian package gnuplot-nox";
 
 // The longest wait for output before the flag of an interruption is looked at again.
@@ -99,7 +99,7 @@ class Child {
     sigprocmask(SIG_SETMASK, &start.signals, nullptr);
     if (start.error == 0) return;
     if (pid_ > 0) wait();
-    if (start.error == ENOENT || start.error == EACCES) throw PlotError(kMissing);
+    if (start.error == ENOENT || start.error == EACCES) throw PlotError(kNoGnuplot);
     fail_with_errno(start.error);
   }
   ~Child() {
@@ -130,7 +130,7 @@ std::string read_all(int from, efi::StopFlag interrupted) {
     if (*interrupted) throw PlotError("interrupted");
     pollfd ready = {from, POLLIN, 0};
     if (poll(&ready, 1, kLongestWait) <= 0) continue;
-    const ssize_t count = read(from, buffer.data(), buffer.size());
+    const ssize_t count = ::read(from, buffer.data(), buffer.size());
     if (count == 0) return content;
     if (count > 0) content.append(buffer.data(), static_cast<std::size_t>(count));
   }

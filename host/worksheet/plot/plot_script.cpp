@@ -15,7 +15,7 @@ namespace {
 constexpr double kLargestDrawn = 1e300;
 
 // gnuplot leaves a gap at a NaN.
-constexpr double kGap = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNoDatum = std::numeric_limits<double>::quiet_NaN();
 
 // Curves with no more points than these show each of them.
 constexpr std::size_t kMostMarkedPoints = 24;
@@ -163,8 +163,8 @@ class Script {
     for (std::size_t k = 0; k < curve.x.size(); ++k) {
       const bool drawn = can_be_drawn(curve.x[k]) && can_be_drawn(curve.y[k]) &&
                          (curve.y[k] > 0.0 || picture_.kind != Picture::Kind::log_points);
-      datum(drawn ? curve.x[k] : kGap);
-      datum(drawn ? curve.y[k] : kGap);
+      datum(drawn ? curve.x[k] : kNoDatum);
+      datum(drawn ? curve.y[k] : kNoDatum);
     }
   }
 
@@ -214,7 +214,7 @@ class Script {
     for (std::ptrdiff_t i = 0; i < rows * down; ++i)
       for (std::ptrdiff_t j = 0; j < cols * across; ++j) {
         const double v = picture_.elements[static_cast<std::size_t>(j / across * rows + i / down)];
-        datum(can_be_drawn(v) ? v : kGap);
+        datum(can_be_drawn(v) ? v : kNoDatum);
       }
   }
 

@@ -144,7 +144,7 @@ int next_byte(int descriptor) {
     held->wait(descriptor);
     given_up = machine_at_prompt->interrupted;
     if (given_up) return EOF;
-    const ssize_t count = read(descriptor, &byte, 1);
+    const ssize_t count = ::read(descriptor, &byte, 1);
     if (count == 1) return byte;
     if (count == 0 || errno != EINTR) return EOF;
   }

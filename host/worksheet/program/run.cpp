@@ -186,9 +186,9 @@ bool run_worksheets(Session& session, const Options& options, Report* report) {
 
 // Prints outcomes. A run ends with standard output, unless a report is wanted too; at the prompt
 // Ctrl-C ends the output of one statement.
-class Printer {
+class OutcomePrinter {
  public:
-  Printer(StandardOutput& output, bool has_report, bool at_prompt)
+  OutcomePrinter(StandardOutput& output, bool has_report, bool at_prompt)
       : output_(output), has_report_(has_report), at_prompt_(at_prompt) {}
 
   // Lets `print` write to std::cout.
@@ -230,7 +230,7 @@ namespace {
 Status run_once(const Options& options, StandardOutput& output, FileWatch* watch, bool* again) {
   DisplayOptions display = display_options(options);
   const std::unique_ptr<Report> report = wanted_report(options, display);
-  Printer printer(output, report != nullptr, is_interactive(options));
+  OutcomePrinter printer(output, report != nullptr, is_interactive(options));
   Viewer viewer;
   bool at_prompt = false;
   const SheetFiles* files = nullptr;

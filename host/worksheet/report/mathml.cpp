@@ -28,13 +28,9 @@ constexpr double kOtherCellWidth = 4.0;  // Of what is no number, more or less.
 // Before a unit; twice behind a bracket.
 constexpr const char* kUnitSpace = "<mspace width=\"0.25em\"/>";
 
-std::string row(const std::string& content) {
-  return "<mrow>" + content + "</mrow>";
-}
-
 std::string math(const std::string& content, bool block = false) {
   return fmt::format("<math xmlns=\"http://www.w3.org/1998/Math/MathML\"{}>{}</math>",
-                     block ? " display=\"block\"" : "", row(content));
+                     block ? " display=\"block\"" : "", row_markup(content));
 }
 
 // A unit's name, its powers raised: "kN/m^2", "1/(m s^(1/2))".
@@ -141,8 +137,8 @@ class MathWriter {
       return fmt::format("<mtext>\u201C{}\u201D</mtext>",
                          escaped(depth == 0 || options_.all ? text(v) : cell_text(text(v))));
     if (is_matrix(v))
-      return row(matrix_markup(matrix(v), depth) +
-                 (v.unit == nullptr ? "" : kUnitSpace + unit_markup(*v.unit)));
+      return row_markup(matrix_markup(matrix(v), depth) +
+                        (v.unit == nullptr ? "" : kUnitSpace + unit_markup(*v.unit)));
     if (has_kind(v, kFunctionKind))
       return fmt::format("<mtext>{}</mtext>", escaped(signature_text(function_of(v))));
     return "<mtext>no value</mtext>";
@@ -152,9 +148,10 @@ class MathWriter {
     const std::string plain = NumberColumn(options_.format).markup(worksheet::number(v));
     if (v.unit == nullptr) return plain;
     const bool complex = v.re != 0.0 && v.im != 0.0;
-    return row((complex ? "<mo stretchy=\"false\">(</mo>" + plain + "<mo stretchy=\"false\">)</mo>"
-                        : plain) +
-               unit_markup(*v.unit));
+    return row_markup(
+        (complex ? "<mo stretchy=\"false\">(</mo>" + plain + "<mo stretchy=\"false\">)</mo>"
+                 : plain) +
+        unit_markup(*v.unit));
   }
 
   std::string cell(const aMatrix* m, int i, int j, const NumberColumn& column,
@@ -195,7 +192,7 @@ class MathWriter {
     const bool whole = options_.all || (m->rows <= kMostRows &&
                                         cols(m).size() == static_cast<std::size_t>(m->cols));
     if (whole) return table;
-    return fmt::format("<munder>{}<mtext>{} \u00D7 {}</mtext></munder>", row(table), m->rows,
+    return fmt::format("<munder>{}<mtext>{} \u00D7 {}</mtext></munder>", row_markup(table), m->rows,
                        m->cols);
   }
 

@@ -8,6 +8,10 @@
 
 namespace worksheet {
 
+std::string row_markup(const std::string& content) {
+  return "<mrow>" + content + "</mrow>";
+}
+
 namespace {
 
 constexpr const char* kMinus = "<mo form=\"prefix\">\u2212</mo>";
@@ -15,10 +19,6 @@ constexpr const char* kMinus = "<mo form=\"prefix\">\u2212</mo>";
 // The widths of characters and of the space around a cell, in em.
 constexpr double kDigit = 0.5, kSmallDigit = 0.36, kTimesTen = 2.0, kAroundCell = 1.1;
 constexpr double kSignAndUnit = 1.8;  // Of an imaginary part.
-
-std::string row(const std::string& content) {
-  return "<mrow>" + content + "</mrow>";
-}
 
 std::string hidden(const std::string& content) {
   return "<mphantom>" + content + "</mphantom>";
@@ -109,8 +109,8 @@ std::string NumberColumn::padding(const Real& part, const Widths& widths) {
   const std::size_t missing = widths.fraction - std::min(widths.fraction, part.fraction.size());
   std::string result = hidden_fraction(missing, part.fraction.empty());
   if (widths.exponent > 0 && part.exponent.empty())
-    result +=
-        hidden(row(times_power((widths.negative ? kMinus : "") +
+    result += hidden(
+        row_markup(times_power((widths.negative ? kMinus : "") +
                                fmt::format("<mn>{}</mn>", std::string(widths.exponent, '0')))));
   return result;
 }
@@ -124,20 +124,20 @@ std::string NumberColumn::markup(const Number& z) const {
     result = (is_negative(z.real()) ? kMinus : "") + magnitude(re, re_) + padding(re, re_);
   }
   if (z.imag() == 0.0) {
-    if (!has_im_) return row(result);
+    if (!has_im_) return row_markup(result);
     const Real none(0.0, format_);
-    return row(result +
-               hidden(row("<mo form=\"infix\">+</mo>" + hidden_digits(im_.whole) + "<mi>i</mi>")) +
-               hidden_fraction(im_.fraction, true) +
-               padding(none, {0, 0, im_.exponent, im_.negative}));
+    return row_markup(
+        result +
+        hidden(row_markup("<mo form=\"infix\">+</mo>" + hidden_digits(im_.whole) + "<mi>i</mi>")) +
+        hidden_fraction(im_.fraction, true) + padding(none, {0, 0, im_.exponent, im_.negative}));
   }
   const Real im(z.imag(), format_);
   const std::size_t missing = im_.whole - std::min(im_.whole, im.whole.size());
   const std::string sign =
       !shows_re ? (is_negative(z.imag()) ? kMinus : "")
                 : fmt::format("<mo form=\"infix\">{}</mo>", is_negative(z.imag()) ? "\u2212" : "+");
-  return row(result + (shows_re ? hidden_digits(missing) : "") + sign + magnitude(im, im_) +
-             "<mi>i</mi>" + padding(im, im_));
+  return row_markup(result + (shows_re ? hidden_digits(missing) : "") + sign + magnitude(im, im_) +
+                    "<mi>i</mi>" + padding(im, im_));
 }
 
 }  // namespace worksheet

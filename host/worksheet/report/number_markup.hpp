@@ -9,6 +9,9 @@
 
 namespace worksheet {
 
+// What stands side by side, as one.
+std::string row_markup(const std::string& content);
+
 // The numbers of one column, which stand flush right: what the longest has behind its point, the
 // others have as invisible digits. A column of nothing pads nothing.
 class NumberColumn {

@@ -107,7 +107,7 @@ std::string prose_markup(std::span<const std::string> lines) {
   return prose.take();
 }
 
-std::string heading_of(const std::string& line) {
+std::string heading_words(const std::string& line) {
   const std::string_view words = trimmed(line);
   return words.starts_with("## ") ? std::string(trimmed(words.substr(3))) : "";
 }

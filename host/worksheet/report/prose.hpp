@@ -20,6 +20,6 @@ bool is_comment_line(const std::string& line);
 std::string prose_markup(std::span<const std::string> lines);
 
 // The words of a heading of the first rank, "## Words"; empty if the line is none.
-std::string heading_of(const std::string& line);
+std::string heading_words(const std::string& line);
 
 }  // namespace worksheet

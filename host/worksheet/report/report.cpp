@@ -56,7 +56,7 @@ void Report::begin_text(const std::string& text) {
   // A heading before anything else is the title.
   while (next_line_ < lines_.size() && trimmed(lines_[next_line_]).empty()) ++next_line_;
   if (next_line_ < lines_.size() && title_.empty()) {
-    title_ = heading_of(lines_[next_line_]);
+    title_ = heading_words(lines_[next_line_]);
     if (!title_.empty()) ++next_line_;
   }
 }

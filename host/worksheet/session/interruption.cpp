@@ -32,7 +32,7 @@ volatile std::sig_atomic_t asked = 0;      // How often SIGINT came since then.
 volatile std::sig_atomic_t has_limit = 0;  // Whether the timer stands for a TimeLimit.
 
 void say(std::string_view words) {
-  [[maybe_unused]] const ssize_t ignored = write(STDERR_FILENO, words.data(), words.size());
+  [[maybe_unused]] const ssize_t ignored = ::write(STDERR_FILENO, words.data(), words.size());
 }
 
 // Lets the timer signal after `seconds`, and then with every tick; 0 stops it.

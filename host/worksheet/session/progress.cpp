@@ -80,7 +80,7 @@ void Progress::show(const std::string& line) {
   std::string text = "\r" + line + std::string(shown_ - std::min(shown_, length), ' ');
   if (line.empty()) text += '\r';
   shown_ = length;
-  [[maybe_unused]] const ssize_t ignored = write(descriptor_, text.data(), text.size());
+  [[maybe_unused]] const ssize_t ignored = ::write(descriptor_, text.data(), text.size());
 }
 
 }  // namespace worksheet

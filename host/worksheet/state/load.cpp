@@ -16,45 +16,45 @@ namespace worksheet {
 
 namespace {
 
-using Json = nlohmann::json;
+using StateJson = nlohmann::json;
 
 [[noreturn]] void fail(const std::string& what) {
   throw StateError(what);
 }
 
 // The text as JSON, no deeper and with no more values than a state has.
-Json bounded_json(const std::string& text) {
+StateJson bounded_json(const std::string& text) {
   // A nested value is an object in an array.
   const int deepest = 2 * static_cast<int>(kStateNestingLimit.most) + 8;
   std::size_t count = 0;
-  auto check = [&](int depth, Json::parse_event_t, const Json&) {
+  auto check = [&](int depth, StateJson::parse_event_t, const StateJson&) {
     if (depth > deepest) fail(kStateNestingLimit.message);
     if (++count > 2 * kStateElementLimit.most) fail(kStateElementLimit.message);
     return true;
   };
   try {
-    return Json::parse(text, check);
-  } catch (const Json::parse_error& error) {
+    return StateJson::parse(text, check);
+  } catch (const StateJson::parse_error& error) {
     fail(fmt::format("is no JSON from byte {} on", error.byte));
-  } catch (const Json::exception&) {
+  } catch (const StateJson::exception&) {
     fail("holds a number that is too large");
   }
 }
 
 // The member of that name, which is of the type that `is` tells, if any.
-const Json& member(const Json& object, const char* name,
-                   bool (Json::*is)() const noexcept = nullptr) {
+const StateJson& member(const StateJson& object, const char* name,
+                        bool (StateJson::*is)() const noexcept = nullptr) {
   const auto found = object.is_object() ? object.find(name) : object.end();
   if (found == object.end() || (is != nullptr && !((*found).*is)()))
     fail(fmt::format("\"{}\" is missing or wrong", name));
   return *found;
 }
 
-std::string text_member(const Json& object, const char* name) {
-  return member(object, name, &Json::is_string).get<std::string>();
+std::string text_member(const StateJson& object, const char* name) {
+  return member(object, name, &StateJson::is_string).get<std::string>();
 }
 
-double number_of(const Json& json) {
+double number_of(const StateJson& json) {
   if (json.is_number()) return json.get<double>();
   const std::string word = json.is_string() ? json.get<std::string>() : "";
   if (word == "nan") return std::numeric_limits<double>::quiet_NaN();
@@ -67,7 +67,7 @@ class Maker {
  public:
   explicit Maker(Machine& machine) : machine_(machine) {}
 
-  Value value(const Json& json, const std::string& source = "", int line = 0) {
+  Value value(const StateJson& json, const std::string& source = "", int line = 0) {
     const std::string kind = text_member(json, "kind");
     Value made = number_value(0.0);
     if (kind == "scalar")
@@ -93,7 +93,7 @@ class Maker {
     return made;
   }
 
-  static const Unit* unit(const Json& json) {
+  static const Unit* unit(const StateJson& json) {
     const std::string name = text_member(json, "unit");
     try {
       if (name.size() <= kUnitLimit.most) return parse_unit(name);
@@ -102,14 +102,14 @@ class Maker {
     fail(fmt::format("\"{}\" is no unit", name.substr(0, 40)));
   }
 
-  static std::int64_t extent(const Json& json, const char* name) {
-    const Json& extent = member(json, name, &Json::is_number_integer);
+  static std::int64_t extent(const StateJson& json, const char* name) {
+    const StateJson& extent = member(json, name, &StateJson::is_number_integer);
     if (extent < 0 || extent > std::numeric_limits<std::int32_t>::max())
       fail(fmt::format("\"{}\" is missing or wrong", name));
     return extent.get<std::int64_t>();
   }
 
-  aMatrix* matrix(const Json& json) {
+  aMatrix* matrix(const StateJson& json) {
     if (json.contains("elided")) fail("a matrix has been left out");
     const std::int64_t rows = extent(json, "rows"), cols = extent(json, "cols");
     constexpr std::int64_t kMostElements =
@@ -124,12 +124,12 @@ class Maker {
     re.release();
     im.release();
     if (holds_nested) made->flags |= kHoldsNested;
-    if (json.contains("parts")) set_parts(made, member(json, "parts", &Json::is_array));
+    if (json.contains("parts")) set_parts(made, member(json, "parts", &StateJson::is_array));
     return made;
   }
 
   // An array of elements; null for null. Values within it are allowed where they are noted.
-  Part part(const Json& json, std::int64_t count, bool* holds_nested) {
+  Part part(const StateJson& json, std::int64_t count, bool* holds_nested) {
     if (json.is_null()) return nullptr;
     if (!json.is_array() || static_cast<std::int64_t>(json.size()) != count)
       fail("an array has another length than its matrix");
@@ -143,7 +143,7 @@ class Maker {
     return elements;
   }
 
-  Anyval* nested_object(const Json& json) {
+  Anyval* nested_object(const StateJson& json) {
     const Value inner = value(json);
     if (inner.unit != nullptr || is_none(inner)) fail("a nested value is no value");
     if (is_number(inner)) return checked(machine_.store.new_scalar(inner.re, inner.im));
@@ -151,9 +151,9 @@ class Maker {
     return inner.object;
   }
 
-  void set_parts(aMatrix* joined, const Json& list) {
+  void set_parts(aMatrix* joined, const StateJson& list) {
     std::vector<aMatrix*> parts;
-    for (const Json& one : list) {
+    for (const StateJson& one : list) {
       const Value made = value(one);
       if (!is_matrix(made) || parts.size() == efi::Store::kMostParts) fail("\"parts\" is wrong");
       parts.push_back(worksheet::matrix(made));
@@ -199,12 +199,12 @@ Unit::Origin origin_of(const std::string& word) {
   fail("the origin of its unit is not known here");
 }
 
-void load_statement(Machine& machine, const Json& statement, const Json& origins) {
+void load_statement(Machine& machine, const StateJson& statement, const StateJson& origins) {
   const std::string name = text_member(statement, "name");
   Variable& variable = variable_of(machine, name);
   try {
-    const auto line = member(statement, "line", &Json::is_number_integer).get<std::int64_t>();
-    Value value = Maker(machine).value(member(statement, "value", &Json::is_object),
+    const auto line = member(statement, "line", &StateJson::is_number_integer).get<std::int64_t>();
+    Value value = Maker(machine).value(member(statement, "value", &StateJson::is_object),
                                        text_member(statement, "source"),
                                        line > 0 && line < 1 << 30 ? static_cast<int>(line) : 1);
     if (value.unit != nullptr && origins.contains(name))
@@ -220,11 +220,11 @@ void load_statement(Machine& machine, const Json& statement, const Json& origins
 
 void load_state(Machine& machine, const std::string& text) {
   if (text.size() > kStateLimit.most) fail(kStateLimit.message);
-  const Json state = bounded_json(text);
+  const StateJson state = bounded_json(text);
   if (!state.is_object() || !state.contains("worksheet_state")) fail("is no state of a worksheet");
   if (state["worksheet_state"] != 1) fail("is the state of a newer program");
-  const Json& origins = member(state, "unit_origins", &Json::is_object);
-  for (const Json& statement : member(state, "variables", &Json::is_array))
+  const StateJson& origins = member(state, "unit_origins", &StateJson::is_object);
+  for (const StateJson& statement : member(state, "variables", &StateJson::is_array))
     load_statement(machine, statement, origins);
 }
 
