@@ -11,7 +11,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cp "$root"/build/package/*.oxt "$work/pack.oxt"
 cp "$root"/build/release/tests/packs/broken_packs/tiny_{crashes,spins,none}.so "$work"
-cp -L "$root"/build/release/{worksheet,host/efiutils/libEfiUtils.so.0,libmatrix.so.0} "$work"
+cp -L "$root"/build/release/{worksheet,libEfiUtils.so.0,libmatrix.so.0} "$work"
 cp "$root/docs/functions.md" "$work/libmatrix.md"
 cp -r "$root"/build/release/share "$root"/tests/checks/calc_check.py "$root"/calc/office.py "$root"/examples/vibration.ods "$work"
 as_user=()
