@@ -1,7 +1,7 @@
 # The programs and documents that are installed for worksheet users, and Debian packages: of all that
 # belongs to no component, and of each component that says so (calc/CMakeLists.txt).
 #
-#   cmake --workflow --preset package        makes build/package/*.deb
+#   ./package        makes build/package/*.deb
 set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/matrix-pack)
 install(TARGETS worksheet RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES docs/man/worksheet.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
