@@ -7,6 +7,8 @@ source "$(dirname "${BASH_SOURCE[0]}")/../../tools/setup.sh"
 install_packages packages-calc.txt
 build package oxt
 build release worksheet matrix tiny_packs
+/usr/bin/python3 "$root/tests/calc/worker_test.py" "$root/build/package/calc/extension/worker/pack_worker" \
+  "$root/build/release/libmatrix.so" "$root/build/release/tests/packs/broken_packs"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cp "$root"/build/package/*.oxt "$work/pack.oxt"
