@@ -1,4 +1,5 @@
-# Sourced by ./run, ./check, ./benchmark, ./package and the checks: the packages of a list, and incremental builds.
+# Sourced by ./run, ./check, ./benchmark, ./package and the checks: the packages of a list, and builds of
+# what is out of date.
 # Nothing here writes to standard output.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)

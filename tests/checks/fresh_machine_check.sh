@@ -2,8 +2,8 @@
 # What the documents promise to someone with a new machine, by the commands that they show: two Debian
 # systems on which nothing is installed. On one, a clone of this tree, from which all is built: a
 # result, also without a network and for a user who may not install anything; a notebook; the packages.
-# On the other, without a compiler, these packages: a notebook and a formula in Calc, the latter also
-# by the extension that a user installs.
+# On the other, without a compiler, what was made: the extension and the packages, by a formula in Calc and
+# a notebook.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/../../tools/setup.sh"
 source "$root/tests/checks/fresh_root.sh"
@@ -34,6 +34,7 @@ execute=$(command_of docs/notebook.md 'jupyter-nbconvert')
 make_packages=$(command_of docs/spreadsheet.md './package')
 install_jupyter=$(command_of docs/notebook.md 'apt install ./')
 install_calc=$(command_of docs/spreadsheet.md 'apt install ./')
+install_office=$(command_of docs/spreadsheet.md 'apt install libreoffice')
 add_extension=$(command_of docs/spreadsheet.md 'unopkg add')
 formula=$(command_of docs/spreadsheet.md '=MATRIX.LSOLVE(A1:B2;D1:D2)')
 formula=${formula%% *}
@@ -106,7 +107,7 @@ step 'a notebook, from the clone'
 in_matrix "$builder" root "$make_packages" >>"$log" || fail 'no packages'
 step 'the packages, from the clone'
 
-# What they are made for: root of the other system has them, and its user his examples.
+# On the other system root and the user have them, and the user the examples.
 for home in /root /home/user; do
   mkdir -p "$user$home/matrix/build/package"
   cp "$builder"/root/matrix/build/package/*.{deb,oxt} "$user$home/matrix/build/package/"
@@ -115,22 +116,23 @@ done
 cp "$root/calc/office.py" "$root/tests/checks/calc_formula.py" "$user/home/user/matrix/"
 chown -R --reference="$user/home/user" "$user/home/user"
 
-in_matrix "$user" root "$install_jupyter
-  $nbconvert" >>"$log" || fail 'the packages do not install'
-expect_notebook "$user" user
-step 'a notebook, from the packages'
-
 # expect_formula: a formula of the document has its value.
 expect_formula() {
   local output
   output=$(in_matrix "$user" user "/usr/bin/python3 calc_formula.py '$formula'") || fail 'no Calc'
   [[ $output == '0.1 0.6' ]] || fail "$formula: $output"
 }
-in_matrix "$user" root "$install_calc" >>"$log" ||
-  fail 'the packages do not install'
-expect_formula
-step 'a formula in Calc, from the packages'
-in_matrix "$user" root 'apt-get purge matrix-pack' >>"$log"
+in_matrix "$user" root "$install_office" >>"$log" || fail 'no LibreOffice'
 in_matrix "$user" user "$add_extension" >>"$log" || fail 'no extension'
 expect_formula
+in_matrix "$user" user 'unopkg remove matrixpack.calc' >>"$log" || fail 'the extension stays'
 step 'a formula in Calc, from the extension'
+
+in_matrix "$user" root "$install_jupyter
+  $nbconvert" >>"$log" || fail 'the packages do not install'
+expect_notebook "$user" user
+step 'a notebook, from the packages'
+
+in_matrix "$user" root "$install_calc" >>"$log" || fail 'the packages do not install'
+expect_formula
+step 'a formula in Calc, from the packages'
