@@ -43,9 +43,9 @@ home_of() {
   [[ $1 == root ]] && echo /root || echo "/home/$1"
 }
 
-# in_matrix ROOT USER [--offline] COMMANDS: runs them in the directory `matrix` of a user's home. A compiler
-# cache keeps the builds from compiling the same three times.
-in_matrix() {
+# as_user ROOT USER [--offline] COMMANDS: runs them in the user's home. A compiler cache keeps the builds
+# from compiling the same three times.
+as_user() {
   local fresh=$1 name=$2 home options=()
   home=$(home_of "$2")
   shift 2
@@ -54,7 +54,11 @@ in_matrix() {
     env HOME="$home" CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_DIR=/var/cache/ccache \
     CCACHE_UMASK=000 CCACHE_BASEDIR="$home/matrix" CCACHE_NOHASHDIR=1 \
     CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime \
-    sh -ec "cd ~/matrix; $1" 2>>"$log"
+    sh -ec "cd; $1" 2>>"$log"
+}
+# In the directory of the clone, which the documents' commands take for granted.
+in_matrix() {
+  as_user "${@:1:$#-1}" "cd matrix; ${!#}"
 }
 
 # step WORDS: what is done by now, and how long it took.
@@ -85,11 +89,12 @@ expect_result() {
   output=$(in_matrix "$builder" "$@" "$compute") || fail './run fails'
   [[ $output == $'2 x 1 matrix\n  0.1\n  0.6' ]] || fail "$output"
 }
-in_root "$builder" git clone --quiet /srv/matrix.git /root/matrix
+clone='cd; git clone --quiet /srv/matrix.git matrix'
+as_user "$builder" root "$clone"
 expect_result root
 step './run, from a clone to a result'
-in_root "$builder" sh -ec 'chown -R user /srv/matrix.git
-  setpriv --reuid=user --regid=user --init-groups git clone --quiet /srv/matrix.git /home/user/matrix'
+in_root "$builder" chown -R user /srv/matrix.git
+as_user "$builder" user "$clone"
 expect_result user --offline
 step './run, without a network and without privileges'
 
