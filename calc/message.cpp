@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "host/efiutils/system/files.hpp"
+#include "nlohmann/json.hpp"
 
 namespace calc {
 
@@ -29,6 +30,10 @@ bool write_bytes(int descriptor, const void* source, std::size_t bytes) {
 }
 
 }  // namespace
+
+Message message_of(const nlohmann::json& text) {
+  return {text.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace), {}};
+}
 
 std::optional<Message> read_message(int descriptor) {
   std::array<std::uint32_t, 2> sizes;

@@ -13,9 +13,8 @@
 //   {"ready": true}
 //
 // From then on each request gets one answer. The numbers of a message are the elements of its
-// matrices, each by columns: all real parts, then the imaginary ones if it is complex. "pack"
-// counts the packs that were loaded, from 0. "part" picks a part of a joined result; 0 is the
-// whole.
+// matrices, each by columns: all real parts, then the imaginary ones if it is complex. "part" picks
+// a part of a joined result; 0 is the whole.
 //
 //   {"pack": PATH, "function": "lu", "arguments": [{"rows": 2, "cols": 2, "complex": false}],
 //    "context": {"ORIGIN": 1, "TOL": 1e-9}, "part": 2}
@@ -26,6 +25,7 @@
 #pragma once
 
 #include <cstdint>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,6 +40,9 @@ struct Message {
   std::string text;
   std::vector<double> numbers;
 };
+
+// A message without numbers. Text that is not UTF-8, as packs may have it, is mended.
+Message message_of(const nlohmann::json& text);
 
 // Nothing at the end of the input, and where a message is too large or cut off.
 std::optional<Message> read_message(int descriptor);

@@ -20,12 +20,12 @@ def property_of(name, value):
 class Office:
     """A LibreOffice, for as long as the block lasts."""
 
-    def __init__(self, *options):
-        self.options = options
+    def __init__(self, *options, profile=PROFILE):
+        self.options = (profile, *options)
 
     def __enter__(self):
         self.process = subprocess.Popen(
-            ["soffice", PROFILE, *self.options, "--headless", "--norestore", "--nologo", f"--accept={PIPE}"],
+            ["soffice", *self.options, "--headless", "--norestore", "--nologo", f"--accept={PIPE}"],
             start_new_session=True, stderr=subprocess.DEVNULL)
         context = uno.getComponentContext()
         resolver = context.ServiceManager.createInstanceWithContext("com.sun.star.bridge.UnoUrlResolver", context)

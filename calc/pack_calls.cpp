@@ -21,11 +21,6 @@ constexpr const char* kInverse = "inverse";
 constexpr const char* kNonScalar = "non-scalar value";
 constexpr std::size_t kShownText = 400;  // Bytes of a heading or a sentence.
 
-// What a pack says need not be UTF-8.
-Message message_of(const json& text) {
-  return {text.dump(-1, ' ', false, json::error_handler_t::replace), {}};
-}
-
 Message failure(const std::string& words, int argument = 0) {
   return message_of({{"error", words}, {"argument", argument}});
 }
@@ -104,7 +99,7 @@ Message part_message(const efi::Store& store, Anyval* result, std::size_t part) 
     return matrix_message(static_cast<aMatrix&>(*result));
   if (parts.empty()) return failure("the result has no parts: leave the number of the part out");
   if (part > parts.size())
-    return failure(fmt::format("the result has {} parts, but no part {}", parts.size(), part));
+    return failure(fmt::format("the result has {} parts, not {}", parts.size(), part));
   return matrix_message(*parts[part - 1]);
 }
 
@@ -137,45 +132,35 @@ PackCalls::PackCalls() {
 }
 
 Message PackCalls::load(const std::string& path) {
-  auto pack = std::make_unique<worksheet::Pack>(path);
-  const auto reference = worksheet::pack_reference(*pack);
-  json functions = json::array();
-  const auto add = [&](const std::string& name, std::size_t arguments, const json& context) {
+  packs_.push_back(std::make_unique<worksheet::Pack>(path));
+  const worksheet::Pack& pack = *packs_.back();
+  const auto reference = worksheet::pack_reference(pack);
+  json told = json::array();
+  const auto add = [&](const std::string& name, Function function) {
     const auto* const entry = worksheet::find_entry(reference, name);
-    functions.push_back(
-        {{"name", name},
-         {"arguments", arguments},
-         {"context", context},
-         {"heading", entry == nullptr ? name : entry->heading.substr(0, kShownText)},
-         {"summary", entry == nullptr ? "" : entry->summary.substr(0, kShownText)}});
+    told.push_back({{"name", name},
+                    {"arguments", function.argument_count},
+                    {"context", function.context},
+                    {"heading", entry == nullptr ? name : entry->heading.substr(0, kShownText)},
+                    {"summary", entry == nullptr ? "" : entry->summary.substr(0, kShownText)}});
+    functions_.try_emplace({path, name}, std::move(function));
   };
-  for (const worksheet::Row& row : pack->rows()) add(row.name, row.argument_count, row.context);
-  packs_.push_back(std::move(pack));
-  const Function inverse = find(path, kInverse);
-  if (inverse.pack != nullptr && inverse.row == nullptr) add(kInverse, 1, json::array());
-  return message_of({{"pack", path}, {"functions", functions}});
-}
-
-PackCalls::Function PackCalls::find(const std::string& path, const std::string& name) const {
-  for (const auto& pack : packs_) {
-    if (pack->path() != path) continue;
-    for (const worksheet::Row& row : pack->rows())
-      if (row.name == name) return {pack.get(), &row};
-    if (name == kInverse && pack->inverse() != nullptr) return {pack.get(), nullptr};
-  }
-  return {};
+  for (const worksheet::Row& row : pack.rows())
+    add(row.name, {row.argument_count, row.context, [this, &row](std::span<Anyval* const> values) {
+                     return worksheet::call_handler(row.entry->handler, &context_, values);
+                   }});
+  if (const auto inverse = pack.inverse(); inverse && !functions_.contains({path, kInverse}))
+    add(kInverse, {1, {}, [this, inverse](std::span<Anyval* const> values) {
+                     return inverse(&context_, values[0]);
+                   }});
+  return message_of({{"pack", path}, {"functions", told}});
 }
 
 Message PackCalls::call(const Function& function, const std::string& name,
                         std::vector<Anyval*> values, std::size_t part) {
-  const auto entry = [&] {
-    return function.row == nullptr
-               ? function.pack->inverse()(&context_, values[0])
-               : worksheet::call_handler(function.row->entry->handler, &context_, values);
-  };
   for (;;) {
-    const auto outcome =
-        worksheet::call_watched(entry, values, store_, evaluator_, efi::Care::records);
+    const auto outcome = worksheet::call_watched([&] { return function.call(values); }, values,
+                                                 store_, evaluator_, efi::Care::records);
     if (!outcome.complaint.empty()) return failure(name + ": " + outcome.complaint);
     if (outcome.result == nullptr) return failure(name + " gave no value");
     Anyval* const scalar = as_scalar(store_, outcome.result, values);
@@ -184,14 +169,15 @@ Message PackCalls::call(const Function& function, const std::string& name,
   }
 }
 
-Message PackCalls::answer(const Message& request) {
+Message PackCalls::answer(const Message& request) try {
   const json call = json::parse(request.text);
   const auto path = call.at("pack").get<std::string>();
   const auto name = call.at("function").get<std::string>();
-  const Function function = find(path, name);
-  if (function.pack == nullptr)
+  const auto found = functions_.find({path, name});
+  if (found == functions_.end())
     return failure(fmt::format("{} of {} is not there any more", name, path));
-  if (call.at("arguments").size() != (function.row == nullptr ? 1 : function.row->argument_count))
+  const Function& function = found->second;
+  if (call.at("arguments").size() != function.argument_count)
     throw std::invalid_argument("a request with a wrong number of arguments");
 
   store_.collect({});
@@ -199,15 +185,16 @@ Message PackCalls::answer(const Message& request) {
   std::vector<Anyval*> values;
   for (const json& shape : call.at("arguments"))
     values.push_back(matrix_argument(store_, shape, numbers));
-  if (function.row != nullptr)
-    for (const std::string& variable : function.row->context) {
-      const auto value = call.at("context").find(variable);
-      if (value == call.at("context").end())
-        return failure(fmt::format("{} needs the variable {}, unknown here", name, variable));
-      values.push_back(store_.new_scalar(value->get<double>(), 0.0));
-    }
+  for (const std::string& variable : function.context) {
+    const auto value = call.at("context").find(variable);
+    if (value == call.at("context").end())
+      return failure(fmt::format("{} needs the variable {}, unknown here", name, variable));
+    values.push_back(store_.new_scalar(value->get<double>(), 0.0));
+  }
   if (std::find(values.begin(), values.end(), nullptr) != values.end()) throw std::bad_alloc();
   return this->call(function, name, std::move(values), call.at("part").get<std::size_t>());
+} catch (const std::bad_alloc&) {
+  return failure("memory exhausted");
 }
 
 }  // namespace calc

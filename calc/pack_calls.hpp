@@ -1,7 +1,12 @@
 // Calls of packs' functions, from the request of the extension to the answer.
 #pragma once
 
+#include <functional>
+#include <map>
 #include <memory>
+#include <span>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "calc/message.hpp"
@@ -22,17 +27,18 @@ class PackCalls {
   Message answer(const Message& request);
 
  private:
-  // A row of a pack, or the inverse that hosts have for their operator: then there is no row.
+  // A row of a pack, or the inverse that hosts have for their operator.
   struct Function {
-    const worksheet::Pack* pack = nullptr;  // Null where there is no such function.
-    const worksheet::Row* row = nullptr;
+    std::size_t argument_count;
+    std::vector<std::string> context;  // The variables whose values follow the arguments.
+    std::function<Anyval*(std::span<Anyval* const>)> call;
   };
-  Function find(const std::string& path, const std::string& name) const;
   // Calls it, with cells as numbers where it wants them so.
   Message call(const Function& function, const std::string& name, std::vector<Anyval*> values,
                std::size_t part);
 
   std::vector<std::unique_ptr<worksheet::Pack>> packs_;
+  std::map<std::pair<std::string, std::string>, Function> functions_;  // By path and name.
   efi::Store store_;
   efi::Evaluator evaluator_;
   EfiCallContext context_ = {&store_, &evaluator_};

@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <exception>
 #include <filesystem>
-#include <new>
 #include <string_view>
 #include <thread>
 
@@ -24,7 +23,6 @@ namespace {
 
 using calc::read_message;
 using calc::write_message;
-using nlohmann::json;
 
 // What a pack may ask for; a spreadsheet shares its machine with other programs.
 constexpr rlim_t kMostMemory = rlim_t{4} << 30;
@@ -50,8 +48,8 @@ void end_with_reader(int output) {
   _exit(0);
 }
 
-void say(const Pipes& pipes, const json& text) {
-  write_message(pipes.output, {text.dump(-1, ' ', false, json::error_handler_t::replace), {}});
+void say(const Pipes& pipes, const nlohmann::json& text) {
+  write_message(pipes.output, calc::message_of(text));
 }
 
 void load_packs(calc::PackCalls& calls, const Pipes& pipes, const std::vector<std::string>& paths) {
@@ -81,12 +79,6 @@ std::vector<std::string> known_packs(const Pipes& pipes) {
   return paths;
 }
 
-calc::Message answer(calc::PackCalls& calls, const calc::Message& request) try {
-  return calls.answer(request);
-} catch (const std::bad_alloc&) {
-  return {json{{"error", "memory exhausted"}, {"argument", 0}}.dump(), {}};
-}
-
 int serve(const Pipes& pipes, const std::vector<std::string>& arguments) {
   std::vector<std::string> named, without;
   for (std::size_t k = 0; k < arguments.size(); ++k)
@@ -102,7 +94,7 @@ int serve(const Pipes& pipes, const std::vector<std::string>& arguments) {
   load_packs(calls, pipes, paths);
   say(pipes, {{"ready", true}});
   while (const auto request = read_message(pipes.input))
-    if (!write_message(pipes.output, answer(calls, *request))) break;
+    if (!write_message(pipes.output, calls.answer(*request))) break;
   return 0;
 }
 

@@ -1,7 +1,7 @@
 # The programs and documents that are installed for worksheet users, and Debian packages: of all that
 # belongs to no component, and of each component that says so (calc/CMakeLists.txt).
 #
-#   cmake --workflow --preset package        makes build/package/*.deb
+#   ./package        makes build/package/*.deb
 set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/matrix-pack)
 install(TARGETS worksheet RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES docs/man/worksheet.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
@@ -50,7 +50,7 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SECTION math)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The package's own libraries are not in the packaging tool's database yet.
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/host/efiutils)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)

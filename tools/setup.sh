@@ -1,4 +1,5 @@
-# Sourced by ./run, ./check and ./benchmark: the packages of a list, and incremental builds.
+# Sourced by ./run, ./check, ./benchmark, ./package and the checks: the packages of a list, and builds of
+# what is out of date.
 # Nothing here writes to standard output.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -6,12 +7,12 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # install_packages [LIST]: installs the Debian packages of the list, packages.txt unless another is
 # named, that are not there.
 install_packages() {
-  local list=${1:-packages.txt} package missing=()
-  while read -r package; do
-    [[ -z $package || $package == \#* ]] && continue
-    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok installed' ||
-      missing+=("$package")
-  done <"$root/$list"
+  local wanted installed missing
+  wanted=$(sed -e '/^#/d' -e '/^$/d' "$root/${1:-packages.txt}" | sort -u)
+  # To ask for all takes as long as for one; it fails where one is unknown.
+  installed=$({ xargs dpkg-query -W -f '${Status} ${Package}\n' <<<"$wanted" 2>/dev/null || true; } |
+    sed -n 's/^install ok installed //p' | sort -u)
+  mapfile -t missing < <(comm -23 <(echo "$wanted") <(echo "$installed"))
   ((${#missing[@]})) || return 0
 
   local as_root=()

@@ -117,16 +117,14 @@ class Packs:
     def ask(self, request, numbers, seconds):
         """The worker's answer. A call that was too slow is not made again: Calc would wait for each
         formula that repeats it, at each recalculation."""
-        key = None
-        if self.slow:
-            key = key_of(request, numbers, seconds)
-            if key in self.slow:
-                raise TooSlow(f"stopped after {seconds:g} s")
+        key = hashlib.sha256(repr((request, seconds)).encode() + numbers.tobytes()).digest()
+        if key in self.slow:
+            raise TooSlow(f"stopped after {seconds:g} s")
         try:
             return self.worker.ask(request, numbers, seconds)
         except TooSlow:
             if len(self.slow) < MOST_SLOW:
-                self.slow.add(key or key_of(request, numbers, seconds))
+                self.slow.add(key)
             raise
 
     def table(self):
@@ -140,10 +138,6 @@ class Packs:
             rows.append((pack["pack"], prefix_of(pack["pack"]) + ".…", state))
         rows += [(path, "", f"not loaded: {reason}") for path, reason in self.worker.failures]
         return tuple(rows)
-
-
-def key_of(request, numbers, seconds):
-    return hashlib.sha256(repr((request, seconds)).encode() + numbers.tobytes()).digest()
 
 
 def prefix_of(path):

@@ -1,4 +1,6 @@
 // The notebook kernel for worksheets: worksheet-kernel -f CONNECTION [PATH OF A PACK]...
+#include <openssl/crypto.h>
+
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -21,6 +23,8 @@ int run(const std::vector<std::string>& arguments) {
     std::fputs("usage: worksheet-kernel -f CONNECTION_FILE [PACK]...\n", stderr);
     return 2;
   }
+  // What signs messages would keep half a megabyte of texts about its errors, which nobody reads.
+  OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CRYPTO_STRINGS, nullptr);
   worksheet_kernel::hold_signals();
   worksheet_kernel::end_with_parent();
   auto interpreter =

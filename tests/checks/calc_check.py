@@ -140,7 +140,7 @@ def try_conventions(office):
         ('=PACK.MESSAGE("MATRIX.MAX";C1:D1)', (1, 1), (("argument 1, row 1, column 2: text, not a number: word",),)),
         ('=PACK.MESSAGE("max";A1:A3)', (1, 1), (("argument 1, row 3, column 1: the cell is empty",),)),
         ('=PACK.MESSAGE("lsolve";A1:B2)', (1, 1), (("argument 2 is missing",),)),
-        ('=PACK.MESSAGE("lu";A1:B2;4)', (1, 1), (("the result has 3 parts, but no part 4",),)),
+        ('=PACK.MESSAGE("lu";A1:B2;4)', (1, 1), (("the result has 3 parts, not 4",),)),
         ('=PACK.MESSAGE("no such";A1)', (1, 1), (("no pack has a function no such",),)),
         ('=PACK.MESSAGE("max";A1:B2;"real")', (1, 1), (('"real" is none of "re", "im", "abs" and "complex"',),)),
         ('=MATRIX.TR(C1:D2;"complex")', (1, 1), "#VALUE!"),
@@ -199,7 +199,7 @@ def try_trouble(office):
     expect_message('"norm1";2', "stopped after 1 s", 3)
     before = worker(office)
     os.kill(before, signal.SIGKILL)
-    expect(value_of(sheet, "=MATRIX.NORM1({1;2|3;4})") == "#VALUE!", "a killed worker answers")
+    time.sleep(0.1)
     begin = time.monotonic()
     expect(value_of(sheet, "=MATRIX.NORM1({1;2|3;4})") == ((6.0,),), "no answer after the worker was killed")
     print(f"restart and answer: {1000 * (time.monotonic() - begin):.0f} ms")

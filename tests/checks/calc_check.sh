@@ -7,11 +7,13 @@ source "$(dirname "${BASH_SOURCE[0]}")/../../tools/setup.sh"
 install_packages packages-calc.txt
 build package oxt
 build release worksheet matrix tiny_packs
+/usr/bin/python3 "$root/tests/calc/worker_test.py" "$root/build/package/calc/extension/worker/pack_worker" \
+  "$root/build/release/libmatrix.so" "$root/build/release/tests/packs/broken_packs"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cp "$root"/build/package/*.oxt "$work/pack.oxt"
 cp "$root"/build/release/tests/packs/broken_packs/tiny_{crashes,spins,none}.so "$work"
-cp -L "$root"/build/release/{worksheet,host/efiutils/libEfiUtils.so.0,libmatrix.so.0} "$work"
+cp -L "$root"/build/release/{worksheet,libEfiUtils.so.0,libmatrix.so.0} "$work"
 cp "$root/docs/functions.md" "$work/libmatrix.md"
 cp -r "$root"/build/release/share "$root"/tests/checks/calc_check.py "$root"/calc/office.py "$root"/examples/vibration.ods "$work"
 as_user=()

@@ -58,6 +58,10 @@ TEST(Commands, AWatchedSheetRunsAgainWhenItIsSaved) {
   });
 }
 
+TEST(Commands, LibrariesInTheDirectoryAreNotTaken) {
+  expect_of_commands({{"touch libEfiUtils.so.0 libfmt.so.9; $W -e '40 + 2'", "42", 0}});
+}
+
 TEST(Commands, NoOutputIsLostInSilence) {
   expect_of_commands({
       {"$W -e 1 >/dev/full", "standard output: No space left on device"},

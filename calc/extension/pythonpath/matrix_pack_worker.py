@@ -13,6 +13,7 @@ from array import array
 HEADER = struct.Struct("=II")
 MOST_TEXT = MOST_NUMBERS = 16 << 20
 LOAD_SECONDS = 10  # For all packs together.
+OUT_OF_MEMORY = "memory exhausted"  # The worker's words, and those of packs.
 
 
 class WorkerError(Exception):
@@ -36,34 +37,39 @@ class Worker:
 
     def start(self):
         """Starts the program if it does not run, and reads what it says of the packs."""
+        if self.process is not None and self.process.poll() is not None:
+            self.stop()
         while self.process is None:
-            loading = None
-            command = list(self.command)
-            for path in self.without:
-                command += ["--without", path]
+            command = self.command + [word for path in self.without for word in ("--without", path)]
             try:
                 self.process = subprocess.Popen(
                     command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, bufsize=0)
             except OSError as error:
                 raise WorkerError(f"the worker does not start: {command[0]}: {error.strerror}") from None
             os.set_blocking(self.process.stdin.fileno(), False)
-            self.packs, self.failures = [], list(self.without.items())
-            try:
-                end = time.monotonic() + LOAD_SECONDS
-                while True:
-                    text = json.loads(self._read(end)[0])
-                    if "ready" in text:
-                        return
-                    loading = text.get("loading", loading)
-                    if "pack" in text:
-                        self.packs.append(text)
-                    elif "failed" in text:
-                        self.failures.append((text["failed"], text["reason"]))
-            except WorkerError as error:
-                self.stop()
-                if loading is None or loading in self.without:
-                    raise
-                self.without[loading] = f"{error}, while it was loaded"
+            self._load()
+
+    def _load(self):
+        """Reads what the program says until it is ready. A pack that keeps it from that is left out from
+        now on, and the program stopped."""
+        self.packs, self.failures = [], list(self.without.items())
+        loading = None
+        end = time.monotonic() + LOAD_SECONDS
+        try:
+            while True:
+                text = self._read(end)[0]
+                if "ready" in text:
+                    return
+                loading = text.get("loading", loading)
+                if "pack" in text:
+                    self.packs.append(text)
+                elif "failed" in text:
+                    self.failures.append((text["failed"], text["reason"]))
+        except WorkerError as error:
+            self.stop()
+            if loading is None or loading in self.without:
+                raise
+            self.without[loading] = f"{error}, while it was loaded"
 
     def stop(self):
         process, self.process = self.process, None
@@ -84,14 +90,16 @@ class Worker:
             end = time.monotonic() + seconds
             try:
                 self._write(message, end)
-                text, answer = self._read(end)
-                return json.loads(text), answer
+                text, numbers = self._read(end)
             except TooSlow:
                 self.stop()
                 raise TooSlow(f"stopped after {seconds:g} s") from None
-            except (WorkerError, ValueError):
+            except WorkerError:
                 self.stop()
                 raise
+            if text.get("error") == OUT_OF_MEMORY:
+                self.stop()  # A pack may have lost what it took.
+            return text, numbers
 
     def _wait(self, pipe, event, end):
         poll = select.poll()
@@ -110,10 +118,15 @@ class Worker:
                 raise WorkerError("the pack ended its process") from None
 
     def _read(self, end):
+        """The next message: its text, read as JSON, and its numbers."""
         text_size, count = HEADER.unpack(self._bytes(HEADER.size, end))
         if text_size > MOST_TEXT or count > MOST_NUMBERS:
             raise WorkerError("the pack spoiled what its process says")
-        return self._bytes(text_size, end), array("d", self._bytes(count * 8, end))
+        text, numbers = self._bytes(text_size, end), self._bytes(count * 8, end)
+        try:
+            return json.loads(text), array("d", numbers)
+        except ValueError:
+            raise WorkerError("the pack spoiled what its process says") from None
 
     def _bytes(self, size, end):
         pipe, data = self.process.stdout.fileno(), bytearray()

@@ -82,12 +82,15 @@ void touch_process() {
   }
 }
 
+void spin() {
+  while (calls >= 0.0) calls = calls + 1.0;
+}
+
 void not_return() {
   if (has("throws")) throw std::runtime_error("a matter of chance");
   if (has("crashes")) raise(SIGSEGV);
   if (has("exits")) std::_Exit(0);
-  if (has("spins"))
-    while (calls >= 0.0) calls = calls + 1.0;
+  if (has("spins")) spin();
   if (has("sleeps"))
     while (calls >= 0.0) sleep(1);
 }
@@ -267,6 +270,9 @@ namespace {
   if (has("bad_context")) origin.car = &twice_name;
   if (has("prints_when_loaded")) std::puts("tiny pack");
   if (has("handles_a_signal_when_loaded")) signal(SIGUSR1, SIG_IGN);
+  if (has("exits_when_loaded")) std::exit(0);
+  if (has("aborts_when_loaded")) std::abort();
+  if (has("spins_when_loaded")) spin();
   return true;
 }();
 
