@@ -86,7 +86,7 @@ const char* inv_core(EfiCallContext* context, aMatrix* m, aMatrix** inverse, boo
   const int n = m->rows;
   Doubles re = new_part(n, n);
   // The pivots first.
-  const Doubles work = new_doubles(n + upper_work(n));
+  const Work<double, kTriangle> work(n + upper_work(n));
   if (!re || !work) return kOutOfMemory;
   double* const y = re.get();
   double* const pivots = work.get();
@@ -112,7 +112,7 @@ const char* cinv_core(EfiCallContext* context, aMatrix* m, aMatrix** inverse, bo
   const int n = m->rows;
   Doubles re = new_part(n, n);
   Doubles im = new_part(n, n);
-  const Doubles work = new_doubles(n + upper_work(n));
+  const Work<double, kTriangle> work(n + upper_work(n));
   if (!re || !im || !work) return kOutOfMemory;
   const ComplexView y = {re.get(), im.get(), n};
   double* const pivots = work.get();

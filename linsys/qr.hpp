@@ -1,20 +1,10 @@
 // The QR decomposition by plane rotations, for qr and its tests.
 #pragma once
 
+#include "linsys/givens.hpp"
 #include "pack/host_interface.hpp"
 
 namespace matrix_pack {
-
-// The rotation c x + s y, c y - s x.
-struct Givens {
-  double c;  // The cosine.
-  double s;  // The sine.
-};
-
-// The rotation that takes (a, b) to (r, 0). The signs follow a and b.
-//   b = 0: c = 1, s = 0.  |b| <= |a|: t = b / a, c = 1 / sqrt(t^2 + 1), s = c t.
-//   else:  t = a / b, s = 1 / sqrt(t^2 + 1), c = s t.
-Givens givens_coeffs(double a, double b);
 
 // A = Q R for a real m x n matrix A of any shape; A stays as it is.
 //   q        a new m x m orthogonal matrix

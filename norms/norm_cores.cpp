@@ -32,19 +32,13 @@ ConstComplexView from_element(const ConstComplexView& a, Index at) {
   return {a.re + at, a.im == nullptr ? nullptr : a.im + at, a.ld};
 }
 
-double larger_sum(double largest, const double* sums, Index count) {
-  for (Index k = 0; k < count; ++k)
-    if (sums[k] > largest) largest = sums[k];
-  return largest;
-}
-
 double largest_column_sum(Index n, const ConstComplexView& a) {
   double largest = 0.0;
   double sums[kSumColumns];
   for (Index k = 0; a.re != nullptr && k < n; k += kSumColumns) {
     const Index count = std::min(kSumColumns, n - k);
     norm_kernels().column_sums(n, count, from_element(a, k * a.ld), sums);
-    largest = larger_sum(largest, sums, count);
+    largest = norm_kernels().largest_sum(largest, count, sums);
   }
   return largest;
 }
@@ -55,7 +49,7 @@ double largest_row_sum(Index n, const ConstComplexView& a) {
   for (Index j = 0; a.re != nullptr && j < n; j += kSumRows) {
     const Index count = std::min(kSumRows, n - j);
     norm_kernels().row_sums(count, n, from_element(a, j), sums);
-    largest = larger_sum(largest, sums, count);
+    largest = norm_kernels().largest_sum(largest, count, sums);
   }
   return largest;
 }
@@ -67,7 +61,7 @@ double largest_row_sum_plainly(Index n, const ConstComplexView& a) {
   for (Index i = 0; i < n; ++i) {
     double sum;
     plain::row_sums(1, n, from_element(a, i), &sum);
-    largest = larger_sum(largest, &sum, 1);
+    if (sum > largest) largest = sum;
   }
   return largest;
 }
@@ -93,11 +87,12 @@ const char* square_norm(const aMatrix* a, const ConstComplexView& parts, Norm no
   return nullptr;
 }
 
-const char* row_norm(const aMatrix* a, const ConstComplexView& parts, double* norm) {
+const char* row_norm(const aMatrix* a, const ConstComplexView& parts, const FpState& before,
+                     double* norm) {
   constexpr const char* kNoMessage = "";  // Faults alone ask for the plain sums.
   return fast_or_plain(
       kNoMessage, [&] { return square_norm(a, parts, largest_row_sum, norm); },
-      [&] { return square_norm(a, parts, largest_row_sum_plainly, norm); });
+      [&] { return square_norm(a, parts, largest_row_sum_plainly, norm); }, before);
 }
 
 }  // namespace
@@ -111,11 +106,15 @@ const char* norm1_complex(const aMatrix* a, double* norm) {
 }
 
 const char* normi_real(const aMatrix* a, double* norm) {
-  return row_norm(a, real_parts(a), norm);
+  return row_norm(a, real_parts(a), FpState(), norm);
 }
 
 const char* normi_complex(const aMatrix* a, double* norm) {
-  return row_norm(a, complex_parts(a), norm);
+  return row_norm(a, complex_parts(a), FpState(), norm);
+}
+
+const char* normi_guarded(const aMatrix* a, double* norm) {
+  return row_norm(a, is_complex(a) ? complex_parts(a) : real_parts(a), FpState::guarded(), norm);
 }
 
 const char* norme_real(const aMatrix* a, double* norm) {

@@ -18,6 +18,8 @@ const char* norm1_real(const aMatrix* a, double* norm);
 const char* norm1_complex(const aMatrix* a, double* norm);
 const char* normi_real(const aMatrix* a, double* norm);
 const char* normi_complex(const aMatrix* a, double* norm);
+// That of the two which the matrix asks for, at the beginning of a guarded body.
+const char* normi_guarded(const aMatrix* a, double* norm);
 
 // The root of the sum of squares, added up column by column, without scaling: kept, so large
 // elements overflow.

@@ -16,24 +16,36 @@ MATRIX_INLINE V element_magnitude(const ConstComplexView& a, Index at) {
     return magnitude(load<V>(a.re + at));
 }
 
-// One chain of additions a column: kSide columns in a vector, and several vectors side by side.
+// One chain of additions a column: kSide columns in a vector, and as many vectors side by side as
+// hold the columns, at least kSide of them. The last vector may overlap the one before it.
 template <int kVectors>
-MATRIX_INLINE void real_column_sums(Index rows, const double* x, Index ld, double* sums) {
+MATRIX_INLINE void real_column_sums(Index rows, Index cols, const double* x, Index ld,
+                                    double* sums) {
+  if constexpr (kVectors > 1)
+    if (cols <= kSide * (kVectors - 1))
+      return real_column_sums<kVectors - 1>(rows, cols, x, ld, sums);
+  const auto column = [=](int p) MATRIX_INLINE_LAMBDA {
+    return p + 1 < kVectors ? Index{kSide} * p : cols - kSide;
+  };
   Row s[kVectors] = {};
   Index j = 0;
-  for (; j + kSide <= rows; j += kSide)
+  for (; j + 2 <= rows; j += 2)
     for (int p = 0; p < kVectors; ++p) {
-      const Tile<Row> tile = load_tile<Row>(x + kSide * p * ld + j, ld);
-      for (const Row& row : tile.row) s[p] += magnitude(row);
+      Row row[2];
+      load_two_rows(x + column(p) * ld + j, ld, row);
+      s[p] += magnitude(row[0]);
+      s[p] += magnitude(row[1]);
     }
-  for (int p = 0; p < kVectors; ++p) store(sums + kSide * p, s[p]);
-  for (; j < rows; ++j)
-    for (int k = 0; k < kSide * kVectors; ++k) sums[k] += __builtin_fabs(x[k * ld + j]);
+  for (int p = 0; p < kVectors; ++p) {
+    if (j < rows) s[p] += magnitude(load_row<Row>(x + column(p) * ld + j, ld));
+    store(sums + column(p), s[p]);
+  }
 }
 
-void real_column_sum(Index rows, const double* x, double* sum) {
-  *sum = 0.0;
-  for (Index j = 0; j < rows; ++j) *sum += __builtin_fabs(x[j]);
+double real_column_sum(Index rows, const double* x) {
+  double sum = 0.0;
+  for (Index j = 0; j < rows; ++j) sum += __builtin_fabs(x[j]);
+  return sum;
 }
 
 void complex_column_sum(Index rows, const ConstComplexView& a, Index at, double* sum) {
@@ -54,13 +66,8 @@ void column_sums(Index rows, Index cols, const ConstComplexView& a, double* sums
     for (Index k = 0; k < cols; ++k) complex_column_sum(rows, a, k * a.ld, sums + k);
     return;
   }
-  Index k = 0;
-  if (cols == kSumColumns) {
-    real_column_sums<kSumColumns / kSide>(rows, a.re, a.ld, sums);
-    return;
-  }
-  for (; k + kSide <= cols; k += kSide) real_column_sums<1>(rows, a.re + k * a.ld, a.ld, sums + k);
-  for (; k < cols; ++k) real_column_sum(rows, a.re + k * a.ld, sums + k);
+  if (cols >= kSide) return real_column_sums<kSumColumns / kSide>(rows, cols, a.re, a.ld, sums);
+  for (Index k = 0; k < cols; ++k) sums[k] = real_column_sum(rows, a.re + k * a.ld);
 }
 
 // Columns whose terms are added while a stretch of sums is in a register.
@@ -68,11 +75,11 @@ constexpr Index kStretchColumns = 32;
 
 template <bool kComplex>
 void sum_rows(Index rows, Index cols, const ConstComplexView& a, double* sums) {
-  for (Index j = 0; j < rows; ++j) sums[j] = 0.0;
   for (Index k0 = 0; k0 < cols; k0 += kStretchColumns) {
     const Index k1 = smaller(k0 + kStretchColumns, cols);
     over_elements(0, rows, [&]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
-      V s = load<V>(sums + j);
+      V s = {};
+      if (k0 > 0) s = load<V>(sums + j);
       for (Index k = k0; k < k1; ++k) s += element_magnitude<V, kComplex>(a, k * a.ld + j);
       store(sums + j, s);
     });
@@ -84,6 +91,23 @@ void row_sums(Index rows, Index cols, const ConstComplexView& a, double* sums) {
     sum_rows<false>(rows, cols, a, sums);
   else
     sum_rows<true>(rows, cols, a, sums);
+}
+
+double largest_sum(double largest, Index n, const double* sums) {
+  const auto larger_of = [](double x, double y) { return y > x ? y : x; };
+  Index k = 0;
+  if (n >= 2 * kWidth) {
+    Vector most = largest - Vector{};
+    for (; k + kWidth <= n; k += kWidth) {
+      const Vector x = load_vector(sums + k);
+      most = x > most ? x : most;
+    }
+    double lanes[kWidth];
+    store_vector(lanes, most);
+    for (const double lane : lanes) largest = larger_of(largest, lane);
+  }
+  for (; k < n; ++k) largest = larger_of(largest, sums[k]);
+  return largest;
 }
 
 // --- A^H A ---
@@ -153,6 +177,6 @@ void gram(Index n, const ConstComplexView& a, double* re, double* im, double* wo
 
 }  // namespace
 
-const NormKernels norm_kernels_table = {column_sums, row_sums, gram};
+const NormKernels norm_kernels_table = {column_sums, row_sums, largest_sum, gram};
 
 }  // namespace matrix_pack::MATRIX_KERNEL_SET

@@ -21,6 +21,9 @@ struct NormKernels {
   void (*column_sums)(Index rows, Index cols, const ConstComplexView& a, double* sums);
   void (*row_sums)(Index rows, Index cols, const ConstComplexView& a, double* sums);
 
+  // The largest of `largest`, which is no NaN, and those of n sums that are none.
+  double (*largest_sum)(double largest, Index n, const double* sums);
+
   // For all i <= j: re(j,i) + i im(j,i) = sum over k of conj(a(k,i)) a(k,j), a an n x n matrix with
   // both parts: below the diagonal of the result stands what A^H A has above it. The rest of
   // the n x n arrays re and im (leading dimension n) is not written.

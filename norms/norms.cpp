@@ -54,7 +54,7 @@ Anyval* norme(EfiCallContext* context, Anyval* a) {
 }
 
 Anyval* normi(EfiCallContext* context, Anyval* a) {
-  return guarded(context, [=] { return norm_of(context, a, normi_real, normi_complex); });
+  return guarded(context, [=] { return norm_of(context, a, normi_guarded, normi_guarded); });
 }
 
 }  // namespace matrix_pack

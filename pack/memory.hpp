@@ -40,6 +40,30 @@ Array<T> new_array(std::int64_t count) noexcept {
 inline Doubles new_doubles(std::int64_t count) noexcept {
   return new_array<double>(count);
 }
+
+// Work of a call: `count` uninitialised elements, on the stack while they are at most kFew: small
+// matrices take less time than an allocation. False without memory.
+template <class T, int kFew>
+class Work {
+ public:
+  // Room for `count` elements.
+  explicit Work(std::int64_t count)
+      : many_(count > kFew ? new_array<T>(count) : nullptr),
+        first_(count > kFew ? many_.get() : few_) {}
+  Work(const Work&) = delete;
+  Work& operator=(const Work&) = delete;
+
+  // The first element.
+  T* get() const { return first_; }
+  // Whether there was memory.
+  explicit operator bool() const { return first_ != nullptr; }
+
+ private:
+  T few_[kFew];
+  Array<T> many_;
+  T* first_;
+};
+
 // Doubles that are all 0.
 Doubles new_zeros(std::int64_t count) noexcept;
 

@@ -17,6 +17,9 @@ namespace matrix_pack {
 
 namespace {
 
+// Up to this order the work stands on the stack.
+constexpr Index kFew = 4;
+
 // A factor whose columns are rotated.
 struct Factor {
   Index rows;
@@ -93,8 +96,8 @@ const char* svd_core(aMatrix* u, aMatrix* v, aMatrix* s) {
   if (m < n) return kFewerRowsThanColumns;
   // What the steps need in turn: the reduction, the rotations, the permutation.
   const Index shared = std::max({bidiagonalise_work(m, n), rotation_work(n), m + n + n});
-  const Doubles work = new_doubles(n + n * n + shared);
-  const Array<Rotation> rotations = new_array<Rotation>(2 * kept_rotations(n));
+  const Work<double, 2 * panel_size(kFew)> work(n + n * n + shared);
+  const Work<Rotation, 2 * kept_rotations(kFew)> rotations(2 * kept_rotations(n));
   // A matrix without a real array is zero; its U is not.
   if (!provide_part(u, &aMatrix::re) || !work || !rotations) return kOutOfMemory;
   double* const rv1 = work.get();

@@ -8,11 +8,18 @@
 
 namespace matrix_pack {
 
+namespace {
+
+// Up to this order the work stands on the stack.
+constexpr int kFew = 8;
+
+}  // namespace
+
 const char* symmetric_eigenvalues(EfiCallContext* context, aMatrix* a, aMatrix** values) {
   if (const char* message = check_copy(a)) return message;
   const int n = a->rows;
   Doubles d = new_part(n, 1);
-  Doubles e = new_doubles(n);
+  const Work<double, kFew> e(n);
   if (!d || !e) return kOutOfMemory;
   if (const char* message = tridiagonalize(n, real_view(a), d.get(), e.get())) return message;
   if (const char* message = tridiagonal_ql(n, d.get(), e.get())) return message;
@@ -24,7 +31,7 @@ const char* symmetric_eigenvectors(aMatrix* a) {
   if (const char* message = check_copy(a)) return message;
   const int n = a->rows;
   const RealView z = real_view(a);
-  const Doubles work = new_doubles(std::int64_t{2} * n);
+  const Work<double, 2 * kFew> work(std::int64_t{2} * n);
   if (!work) return kOutOfMemory;
   double* const d = work.get();
   double* const e = d + n;

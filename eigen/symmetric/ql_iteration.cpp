@@ -16,6 +16,9 @@ namespace {
 // Sweeps that one eigenvalue may take.
 constexpr int kMostSweeps = 30;
 
+// Up to this order the work stands on the stack.
+constexpr int kFew = 4;
+
 // The first m >= l behind which the matrix splits: e[m] no longer changes its neighbours on the
 // diagonal. e[n-1] = 0 ends the search.
 int find_split(const double* d, const double* e, int l, int n) {
@@ -92,8 +95,8 @@ const char* tridiagonal_ql(int n, double* d, double* e) {
 }
 
 const char* tridiagonal_ql_with_vectors(int n, double* d, double* e, RealView z) {
-  const Array<Rotation> rotations = new_array<Rotation>(kept_rotations(n));
-  const Doubles panel = new_doubles(panel_size(n));
+  const Work<Rotation, kept_rotations(kFew)> rotations(kept_rotations(n));
+  const Work<double, panel_size(kFew)> panel(panel_size(n));
   if (!rotations || !panel) return kOutOfMemory;
   // A sweep rises: its columns are counted from the last one down.
   RotationBatch kept(n, {z.column(n - 1), -z.ld}, n, rotations.get(), panel.get());

@@ -1,4 +1,5 @@
 // The services that a pack asks of its host: making values, and small operations on matrices.
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -129,10 +130,14 @@ void renormalize_matrix_cols(aMatrix* matrix) {
     // vanish, and the scaling is exact.
     int exponent;
     std::frexp(largest, &exponent);
+    // (No one power brings the least numbers there; upwards two are exact, too.)
+    const int most = std::max(exponent, -1000);
+    const double power = std::ldexp(1.0, -most);
+    const double rest = std::ldexp(1.0, most - exponent);
     double sum = 0.0;
     for (double* part : parts)
       for (int i = 0; part != nullptr && i < matrix->rows; ++i) {
-        part[i] = std::ldexp(part[i], -exponent);
+        part[i] = part[i] * power * rest;
         sum += part[i] * part[i];
       }
     const double length = std::sqrt(sum);

@@ -156,6 +156,45 @@ double growth_bound(Index n, const ConstComplexView& x) {
   return growth;
 }
 
+// Divides n elements by the pivot, and takes their multiples off the rows that begin beside them:
+// those of the row above, which has `cols` elements.
+MATRIX_INLINE void step_by_elements(Index n, Index cols, const ComplexView& x, Complex pivot,
+                                    const ComplexView& row) {
+  const Divisor d = divisor(pivot);
+  for (Index i = 0; i < n; ++i) {
+    const Complex l = quotient(x.re[i], x.im[i], d);
+    x.set(i, l);
+    for (Index j = 0; j < cols; ++j)
+      row.set(i + 1, j, subtract(row(i + 1, j), multiply(l, row(0, j))));
+  }
+}
+
+// Whether all parts of a row are.
+bool row_is_safe(Index n, const ConstComplexView& row) {
+  bool safe = true;
+  for (Index j = 0; j < n; ++j) {
+    const Complex z = row(0, j);
+    safe &= __builtin_isless(__builtin_fabs(z.re), kSafePart) &
+            __builtin_isless(__builtin_fabs(z.im), kSafePart);
+  }
+  return safe;
+}
+
+// Tests pivot k, the bound of the row above it taken in. While the test is off nobody asks for the
+// growth: the bounds of safe parts, which come without a fault, are left out.
+Pivoting test_pivot(Index n, const ConstComplexView& a, Index k, double* scale, PivotTest& test) {
+  const ConstComplexView row = a.from(k - 1, k - 1);
+  if (k > 0 && (test.on || !row_is_safe(n - k + 1, row))) {
+    if (!test.on) scale[k - 1] = growth_bound(n - k, a.column(k - 1) + k);
+    const double bound = row_bound(n - k + 1, row, scale[k - 1]);
+    if (is_marked(bound)) return Pivoting::modulus_overflow;
+    take_row(test, bound);
+  }
+  double modulus;
+  if (!modulus_in_range(a(k, k), &modulus)) return Pivoting::modulus_overflow;
+  return passes(test, modulus) ? Pivoting::done : Pivoting::zero_pivot;
+}
+
 Elimination eliminate(Index n, const ComplexView& a, Index k0, Index k1, double* scale,
                       double* pivots, PivotTest* test) {
   for (Index k = k0; k < k1; ++k) {
@@ -170,22 +209,22 @@ Elimination eliminate(Index n, const ComplexView& a, Index k0, Index k1, double*
     const Complex pivot = column[k];
     if (is_zero(pivot)) return {k - k0, Pivoting::zero_pivot};
     if (test != nullptr) {
-      if (k > 0) {
-        const double bound = row_bound(n - k + 1, a.from(k - 1, k - 1), scale[k - 1]);
-        if (is_marked(bound)) return {k - k0, Pivoting::modulus_overflow};
-        take_row(*test, bound);
-      }
-      double modulus;
-      if (!modulus_in_range(pivot, &modulus)) return {k - k0, Pivoting::modulus_overflow};
-      if (!passes(*test, modulus)) return {k - k0, Pivoting::zero_pivot};
+      const Pivoting tested = test_pivot(n, a, k, scale, *test);
+      if (tested != Pivoting::done) return {k - k0, tested};
     }
     // rows below := rows below - multipliers * row k
     const Index below = n - k - 1;
     const ComplexView multipliers = column + (k + 1);
-    divide_by_pivot(below, multipliers, pivot);
-    scale[k] = growth_bound(below, multipliers);
+    const ComplexView row = a.from(k, k + 1);
+    if (n <= kFew) {
+      step_by_elements(below, k1 - k - 1, multipliers, pivot, row);
+    } else {
+      divide_by_pivot(below, multipliers, pivot);
+      subtract_rank_one(below, k1 - k - 1, multipliers, row, a.from(k + 1, k + 1));
+    }
+    const bool left_out = test != nullptr && !test->on && parts_are_safe(below, 1, multipliers);
+    scale[k] = left_out ? 1.0 : growth_bound(below, multipliers);
     if (is_marked(scale[k])) return {k + 1 - k0, Pivoting::modulus_overflow};
-    subtract_rank_one(below, k1 - k - 1, multipliers, a.from(k, k + 1), a.from(k + 1, k + 1));
   }
   return {k1 - k0, Pivoting::done};
 }

@@ -28,6 +28,8 @@ inline constexpr Index kSmallOrder = 64;
 // Columns of a panel, and of the parts that it is split into. Measured.
 inline constexpr Index kPanel = 64;
 inline constexpr Index kNarrowPanel = 16;
+// Columns beside a panel that are completed and updated while the cache holds them.
+inline constexpr Index kStrip = 32;
 
 template <class View>
 struct Factoring {
@@ -117,13 +119,17 @@ Pivoting eliminate_by_panels(Factoring<View>& f) {
     const Index k1 = f.n - k0 < kPanel ? f.n : k0 + kPanel;
     const Elimination panel = eliminate_panel(f, k0, k1);
     const Index end = k0 + panel.columns;
-    complete_rows(f, k0, end, k1, f.n);
+    for (Index j = k1; j < f.n; j += kStrip) {
+      const Index j1 = f.n - j < kStrip ? f.n : j + kStrip;
+      complete_rows(f, k0, end, j, j1);
+      if (end == k1) update_rest(f, k0, k1, j, j1);
+    }
     const Pivoting tested = test_pivots(f, k0, end, &above);
     if (tested != Pivoting::done) return tested;
     if (panel.outcome != Pivoting::done) return panel.outcome;
-    update_rest(f, k0, k1, k1, f.n);
-    exchange_rows(f, k0, k1, 0, k0);
   }
+  // Nothing has read the columns before a panel since: their rows are exchanged in one go.
+  for (Index k1 = kPanel; k1 < f.n; k1 += kPanel) exchange_rows(f, k1, f.n, k1 - kPanel, k1);
   return Pivoting::done;
 }
 

@@ -1,6 +1,7 @@
 #include "linsys/lu/lu_kernels.hpp"
 
 #include "linsys/lu/pivot_search.hpp"
+#include "pack/numeric/lanes/column_products.hpp"
 #include "pack/numeric/lanes/runs.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
@@ -103,15 +104,17 @@ void row_bounds(Index n, ConstRealView a, Index k0, Index k1, const double* scal
 }
 
 void exchange_pivot_rows(Index cols, RealView a, Index k0, Index k1, const double* pivots) {
-  for (Index j = 0; j < cols; ++j) {
-    double* const column = a.column(j);
+  by_fours(0, cols, [=]<int K>(Index j, Group<K>) MATRIX_INLINE_LAMBDA {
     for (Index k = k0; k < k1; ++k) {
-      const auto m = static_cast<Index>(pivots[k]);
-      const double t = column[k];
-      column[k] = column[m];
-      column[m] = t;
+      double* const x = &a(k, j);
+      double* const y = &a(static_cast<Index>(pivots[k]), j);
+      for (int c = 0; c < K; ++c) {
+        const double t = x[c * a.ld];
+        x[c * a.ld] = y[c * a.ld];
+        y[c * a.ld] = t;
+      }
     }
-  }
+  });
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ template <class View>
 const char* factor(Index n, View a, double* pivots, double* sign, double epsilon,
                    bool relative_test) {
   // The scale array, the bounds of a panel's rows, and a pivot record if the caller has none.
-  const Doubles work = new_doubles(n + kPanel + (pivots == nullptr ? n : 0));
+  const Work<double, 3 * kPanel> work(n + kPanel + (pivots == nullptr ? n : 0));
   if (!work) return kOutOfMemory;
   double* const scale = work.get();
   double* const bounds = scale + n;

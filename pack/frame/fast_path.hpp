@@ -12,11 +12,11 @@
 namespace matrix_pack {
 
 // Runs `fast`, which returns null or a message. Where that is `failure`, or a fault unwinds it,
-// `plain` is run, in the floating-point environment in which `fast` began, and its outcome counts.
-// Both work on storage of the caller's: `plain` begins with what it needs.
+// `plain` is run, in the floating-point environment `before`, that in which `fast` begins, and its
+// outcome counts. Both work on storage of the caller's: `plain` begins with what it needs.
 template <class Fast, class Plain>
-const char* fast_or_plain(const char* failure, Fast fast, Plain plain) {
-  const FpState before;
+const char* fast_or_plain(const char* failure, Fast fast, Plain plain,
+                          const FpState& before = FpState()) {
   try {
     const char* const message = fast();
     // By its words: a literal may stand at several addresses.

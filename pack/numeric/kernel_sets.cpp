@@ -24,17 +24,13 @@ KernelSet best_set() {
   return processor_runs(KernelSet::v3) ? KernelSet::v3 : KernelSet::baseline;
 }
 
-KernelSet set_in_use = best_set();
-
 }  // namespace
 
-KernelSet kernel_set() noexcept {
-  return set_in_use;
-}
+KernelSet kernel_set_in_use = best_set();
 
 bool force_kernel_set(KernelSet set) noexcept {
   if (!processor_runs(set)) return false;
-  set_in_use = set;
+  kernel_set_in_use = set;
   return true;
 }
 

@@ -13,8 +13,13 @@ namespace matrix_pack {
 
 enum class KernelSet { baseline, v3, v4 };
 
+// What kernel_set returns; only kernel_sets.cpp changes it.
+extern KernelSet kernel_set_in_use;
+
 // The best set that this processor runs, unless a test has forced another.
-KernelSet kernel_set() noexcept;
+inline KernelSet kernel_set() noexcept {
+  return kernel_set_in_use;
+}
 
 // For tests: uses `set` from now on. False, and no change, when this processor or build lacks it.
 bool force_kernel_set(KernelSet set) noexcept;

@@ -12,7 +12,7 @@ RotationBatch::RotationBatch(Index row_count, RealView array, Index column_count
 Rotation* RotationBatch::sweep(Index first, Index length) {
   if (kept.is_full(length)) apply();
   Rotation* const place = kept.add(length);
-  kept.sweeps[kept.count - 1] = {first, length, place};
+  kept.sweeps[kept.count - 1] = {first, length, place, nullptr};
   return place;
 }
 

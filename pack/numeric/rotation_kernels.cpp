@@ -7,10 +7,16 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 namespace {
 
 // Rows that are rotated together. They are copied side by side, so that no stride of the matrix can
-// make columns displace each other from the cache; missing rows are filled with zeros, which
-// stay zeros.
+// make columns displace each other from the cache; missing rows of the vectors in use are filled
+// with zeros, which stay zeros.
 constexpr Index kRows = 4 * kWidth;
-static_assert(kRows <= kPanelRows);
+static_assert(kPanelRows % kRows == 0);
+
+// How many vectors go through the sweeps for so many rows.
+Index vectors_for(Index rows) {
+  if (rows > 2 * kWidth) return 4;
+  return rows > kWidth ? 2 : 1;
+}
 
 void copy_in(Index rows, Index cols, ConstRealView from, double* panel) {
   for (Index k = 0; k < cols; ++k, panel += kRows) {
@@ -19,7 +25,7 @@ void copy_in(Index rows, Index cols, ConstRealView from, double* panel) {
       for (int p = 0; p < 4; ++p) store_vector(panel + p * kWidth, load_vector(a + p * kWidth));
     } else {
       for (Index j = 0; j < rows; ++j) panel[j] = a[j];
-      for (Index j = rows; j < kRows; ++j) panel[j] = 0.0;
+      for (Index j = rows; j < kWidth * vectors_for(rows); ++j) panel[j] = 0.0;
     }
   }
 }
@@ -62,7 +68,8 @@ constexpr Index kTile = 32;
 // column behind the sweep before it, so that each rotation finds its columns as if the
 // sweeps came one after the other.
 //   from_column   where each sweep begins in this panel, if not with its first column
-template <int kVectors>
+//   kLd           elements from a column to the next
+template <int kVectors, Index kLd>
 void rotate_panel(double* panel, Index first, Index end, const Sweep* sweeps, Index sweep_count,
                   const Index* from_column) {
   for (Index tile = first; tile < end + sweep_count; tile += kTile)
@@ -71,9 +78,23 @@ void rotate_panel(double* panel, Index first, Index end, const Sweep* sweeps, In
       const Index from = larger(tile - i, from_column == nullptr ? sweep.first : from_column[i]);
       const Index to = smaller(tile - i + kTile, sweep.first + sweep.count);
       if (from < to)
-        rotate_run<kVectors>(panel + (from - first) * kRows, kRows,
+        rotate_run<kVectors>(panel + (from - first) * kLd, kLd,
                              sweep.rotations + (from - sweep.first), to - from);
     }
+}
+
+// The same for a panel of `rows` rows, at most kRows.
+template <Index kLd>
+void rotate_rows(Index rows, double* panel, Index first, Index end, const Sweep* sweeps,
+                 Index sweep_count, const Index* from_column) {
+  switch (vectors_for(rows)) {
+    case 1:
+      return rotate_panel<1, kLd>(panel, first, end, sweeps, sweep_count, from_column);
+    case 2:
+      return rotate_panel<2, kLd>(panel, first, end, sweeps, sweep_count, from_column);
+    default:
+      return rotate_panel<4, kLd>(panel, first, end, sweeps, sweep_count, from_column);
+  }
 }
 
 // One sweep where the columns stand.
@@ -88,64 +109,81 @@ void rotate_in_place(Index rows, RealView a, const Sweep& sweep) {
   });
 }
 
-// How many rotations of the sweep find nothing stored in the rows before `end`.
-Index unstored(const Sweep& sweep, Index end) {
-  Index low = 0;
-  Index high = sweep.count;
-  while (low < high) {
-    const Index middle = low + (high - low) / 2;
-    if (sweep.edges[middle + 1].reach >= end)
-      low = middle + 1;
-    else
-      high = middle;
-  }
-  return low;
+// How many rotations of the sweep find nothing stored in the rows before `end`; sought from
+// `expected` on.
+Index unstored(const Sweep& sweep, Index end, Index expected) {
+  Index count = larger(0, smaller(expected, sweep.count));
+  while (count > 0 && sweep.edges[count].reach < end) --count;
+  while (count < sweep.count && sweep.edges[count + 1].reach >= end) ++count;
+  return count;
 }
 
 // Where the sweeps begin in the panel of the rows before `end`, whose first column is `first`. The
 // first column that a sweep meets there is stored now, if it has not been.
 void begin_sweeps(double* panel, Index first, Index end, const Sweep* sweeps, Index sweep_count,
                   Index* from_column) {
+  Index expected = first;
   for (Index i = 0; i < sweep_count; ++i) {
     const Sweep& sweep = sweeps[i];
-    const Index skipped = unstored(sweep, end);
-    from_column[i] = sweep.first + skipped;
+    const Index skipped = unstored(sweep, end, expected - sweep.first);
+    expected = from_column[i] = sweep.first + skipped;
     if (skipped == sweep.count || sweep.edges[skipped].reach < end) continue;
-    double* const column = panel + (from_column[i] - first) * kRows;
+    double* const column = panel + (from_column[i] - first) * kPanelRows;
     for (Index k = 0; k < kRows; ++k) column[k] = sweep.edges[skipped].above;
   }
 }
 
-void rotate(Index rows, RealView a, const Sweep* sweeps, Index sweep_count, double* work) {
-  const bool edged = sweeps[0].edges != nullptr;
-  if (sweep_count == 1 && !edged) return rotate_in_place(rows, a, sweeps[0]);
-  double* const panel = line_start(work);
-  Index first = sweeps[0].first;
-  Index end = first;
+// So few rows are not worth a copy.
+constexpr Index kFewRows = 4;
+
+// The columns of all sweeps: from `first` to `end`, which takes part.
+struct Range {
+  Index first;
+  Index end;
+};
+
+Range columns_of(const Sweep* sweeps, Index sweep_count) {
+  Range range = {sweeps[0].first, sweeps[0].first};
   for (Index i = 0; i < sweep_count; ++i) {
-    first = smaller(first, sweeps[i].first);
-    end = larger(end, sweeps[i].first + sweeps[i].count);
+    range.first = smaller(range.first, sweeps[i].first);
+    range.end = larger(range.end, sweeps[i].first + sweeps[i].count);
   }
+  return range;
+}
+
+void rotate(Index rows, RealView a, const Sweep* sweeps, Index sweep_count, double* work) {
+  if (sweep_count == 1 || rows <= kFewRows) {
+    for (Index i = 0; i < sweep_count; ++i) rotate_in_place(rows, a, sweeps[i]);
+    return;
+  }
+  double* const panel = line_start(work);
+  const auto [first, end] = columns_of(sweeps, sweep_count);
   const Index cols = end - first + 1;
   for (Index j = 0; j < rows; j += kRows) {
     const Index count = smaller(kRows, rows - j);
     const RealView block = a.from(j, first);
     copy_in(count, cols, block, panel);
+    rotate_rows<kRows>(count, panel, first, end, sweeps, sweep_count, nullptr);
+    copy_out(count, cols, panel, block);
+  }
+}
+
+void rotate_panels(Index rows, Index cols, double* panels, const Sweep* sweeps, Index sweep_count,
+                   bool edged) {
+  const auto [first, end] = columns_of(sweeps, sweep_count);
+  for (Index j = 0; j < rows; j += kRows) {
+    const Index count = smaller(kRows, rows - j);
+    const Index before = j / kPanelRows * kPanelRows;  // The rows of the panels before this one.
+    double* const panel = panels + before * cols + first * kPanelRows + (j - before);
     Index begins[kMostEdgedSweeps];
     if (edged) begin_sweeps(panel, first, j + count, sweeps, sweep_count, begins);
-    const Index* const from = edged ? begins : nullptr;
-    if (count <= kWidth)
-      rotate_panel<1>(panel, first, end, sweeps, sweep_count, from);
-    else if (count <= 2 * kWidth)
-      rotate_panel<2>(panel, first, end, sweeps, sweep_count, from);
-    else
-      rotate_panel<4>(panel, first, end, sweeps, sweep_count, from);
-    copy_out(count, cols, panel, block);
+    rotate_rows<kPanelRows>(count, panel, first, end, sweeps, sweep_count,
+                            edged ? begins : nullptr);
   }
 }
 
 }  // namespace
 
-const RotationKernels rotation_kernels_table = {rotate};
+const RotationKernels rotation_kernels_table = {rotate, rotate_panels};
 
 }  // namespace matrix_pack::MATRIX_KERNEL_SET

@@ -27,7 +27,7 @@ struct Sweep {
   Index first;
   Index count;
   const Rotation* rotations;
-  const Edge* edges = nullptr;
+  const Edge* edges;
 };
 // The most sweeps in one call when columns are not stored whole.
 inline constexpr Index kMostEdgedSweeps = 64;
@@ -44,6 +44,12 @@ struct RotationKernels {
   // panel_size of the columns between the first and the last that takes part; one sweep alone does
   // without. Columns that are counted from the last one down have a negative distance.
   void (*rotate)(Index rows, RealView a, const Sweep* sweeps, Index sweep_count, double* work);
+
+  // The same for an array of `cols` columns in panels of kPanelRows rows, one panel behind the
+  // other: in a panel the elements of a column lie side by side, column after column. The last
+  // panel, too, has all of its rows. With `edged` the columns are not stored whole.
+  void (*rotate_panels)(Index rows, Index cols, double* panels, const Sweep* sweeps,
+                        Index sweep_count, bool edged);
 };
 MATRIX_SELECT_KERNELS(RotationKernels, rotation_kernels)
 

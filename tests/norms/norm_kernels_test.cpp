@@ -42,6 +42,17 @@ TEST_P(NormKernels, SumsOfMagnitudesAreTakenInOrder) {
   }
 }
 
+TEST_P(NormKernels, TheLargestSumIsNoNaN) {
+  for (int n = 0; n <= 40; ++n)
+    for (int at = 0; at < n; ++at) {
+      Sums sums(static_cast<std::size_t>(n), std::nan(""));
+      EXPECT_EQ(norm_kernels().largest_sum(0.0, n, sums.data()), 0.0);
+      sums[static_cast<std::size_t>(at)] = 2.0;
+      EXPECT_EQ(norm_kernels().largest_sum(1.0, n, sums.data()), 2.0) << n << ' ' << at;
+      EXPECT_EQ(norm_kernels().largest_sum(3.0, n, sums.data()), 3.0) << n << ' ' << at;
+    }
+}
+
 TEST_P(NormKernels, GramMatrixIsSummedInOrder) {
   for (const int n : {1, 2, 3, 8, 15, 16, 17, 33, 50}) {
     const Parts parts(n);

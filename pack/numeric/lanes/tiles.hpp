@@ -56,11 +56,40 @@ struct Tile {
   V row[kLanesOf<V>];
 };
 
+#if defined(__AVX__)
+typedef double HalfRow __attribute__((vector_size(16)));
+
+// Two halves, the upper one from memory. (gcc loads it into a register first if not told, and then
+// shuffles; clang knows no such function, and needs none.)
+MATRIX_INLINE Row load_halves(const double* low, const double* high) {
+#if defined(__clang__)
+  return __builtin_shufflevector(load<HalfRow>(low), load<HalfRow>(high), 0, 1, 2, 3);
+#else
+  const Row row = __builtin_ia32_pd256_pd(load<HalfRow>(low));
+  return __builtin_ia32_vinsertf128_pd256(row, load<HalfRow>(high), 1);
+#endif
+}
+#endif
+
+// Two rows of kSide columns. (Where a vector has two halves, each one is loaded for itself: that
+// takes the place of the exchange of halves, which costs more.)
+MATRIX_INLINE void load_two_rows(const double* x, Index ld, Row* row) {
+  for (int j = 0; j < 2; ++j)
+#if defined(__AVX__)
+    row[j] = load_halves(x + j * ld, x + (j + 2) * ld);
+#else
+    row[j] = load<Row>(x + j * ld);
+#endif
+  exchange<1>(row[0], row[1], SideIndices());
+}
+
 template <class V>
 MATRIX_INLINE Tile<V> load_tile(const double* x, Index ld) {
   Tile<V> tile;
-  for (int j = 0; j < kLanesOf<V>; ++j) tile.row[j] = load<V>(x + j * ld);
-  transpose<1>(tile.row);
+  if constexpr (kLanesOf<V> == 1)
+    tile.row[0] = *x;
+  else
+    for (int i = 0; i < kSide; i += 2) load_two_rows(x + i, ld, tile.row + i);
   return tile;
 }
 
