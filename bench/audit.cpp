@@ -15,10 +15,10 @@ namespace bench {
 namespace {
 
 constexpr const char* kStatements[] = {
-    "lsolve(A, b)",  "A^-1",          "lu(A)",        "cholesky(P)",  "qr(A)",
-    "rref(A)",       "rank(A)",       "geninv(A)",    "norm1(A)",     "norm2(A)",
-    "cond1(A)",      "cond2(A)",      "eigenvals(A)", "eigenvals(S)", "eigenvecs(A)",
-    "genvals(A, B)", "genvecs(A, B)", "svd(A)",       "svds(A)"};
+    "lsolve(A, b)",  "A^-1",          "lu(A)",    "cholesky(P)",  "qr(A)",        "rref(A)",
+    "rank(A)",       "geninv(A)",     "norm1(A)", "normi(A)",     "norme(A)",     "norm2(A)",
+    "cond1(A)",      "conde(A)",      "cond2(A)", "eigenvals(A)", "eigenvals(S)", "eigenvecs(A)",
+    "genvals(A, B)", "genvecs(A, B)", "svd(A)",   "svds(A)"};
 
 constexpr int kRounds = 9;
 constexpr int kQuickRounds = 3;

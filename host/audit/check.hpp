@@ -37,6 +37,10 @@ inline bool is_cheap(const Request& r, int order) {
   return r.full || order <= kCheapOrder;
 }
 
+// Up to this order errors are looked at column by column: of few elements a random vector easily
+// leaves one out.
+inline constexpr int kFewColumns = 16;
+
 // How many random vectors show an error: of one with many elements hardly any leaves it out.
 inline int probes_for(int order) {
   return order <= kCheapOrder ? 3 : 1;
@@ -59,6 +63,10 @@ Verdict check_lu(const Request&r), check_cholesky(const Request&r), check_qr(con
 Verdict check_rref(const Request&r), check_rank(const Request&r), check_geninv(const Request&r);
 Verdict check_norm1(const Request&r), check_normi(const Request&r), check_norme(const Request&r),
     check_norm2(const Request&r);
+// The same in one pass, in plain arithmetic, without asking first whether all elements are finite.
+// Nothing where that does not do: where some are not, or sums or squares may leave the range.
+std::optional<Verdict> glance_at_norm1(const Request&r), glance_at_normi(const Request&r),
+    glance_at_norme(const Request&r);
 Verdict check_cond1(const Request&r), check_condi(const Request&r), check_conde(const Request&r),
     check_cond2(const Request&r);
 Verdict check_eigenvals(const Request&r), check_eigenvecs(const Request&r),

@@ -68,7 +68,7 @@ double sum_of(const Vector& x) {
 }
 
 // The largest column sum of the inverse, refined; nothing where that fails.
-std::optional<double> inverse_norm_1(const Inverse& inverse, bool refined) {
+std::optional<double> inverse_norm_1(const Inverse& inverse) {
   double most = 0.0;
   std::size_t of = 0;
   for (std::size_t j = 0; j < inverse.order(); ++j) {
@@ -76,16 +76,16 @@ std::optional<double> inverse_norm_1(const Inverse& inverse, bool refined) {
     if (sum > most) of = j;
     most = std::max(most, sum);
   }
-  if (!refined) return most;
   const auto column = inverse.column(of, true);
   if (!column) return std::nullopt;
   return sum_of(*column);
 }
 
-std::optional<double> inverse_norm_e(const Inverse& inverse, bool refined) {
+// The same for the Euclidean norm.
+std::optional<double> inverse_norm_e(const Inverse& inverse) {
   double sum = 0.0;
   for (std::size_t j = 0; j < inverse.order(); ++j) {
-    const auto column = inverse.column(j, refined);
+    const auto column = inverse.column(j, true);
     if (!column) return std::nullopt;
     sum += dot(column->data(), column->data(), column->size());
   }
@@ -93,7 +93,7 @@ std::optional<double> inverse_norm_e(const Inverse& inverse, bool refined) {
 }
 
 // The norm of the inverse as a map, by its products with vectors; nothing where refining fails.
-std::optional<double> inverse_norm_2(const Inverse& inverse, bool refined, const Request& r) {
+std::optional<double> inverse_norm_2(const Inverse& inverse, const Request& r) {
   const Solver& solver = inverse.solver();
   const auto& [rows, cols] = solver.scaling();
   const auto scaled = [&](Vector x, const Exponents& e, int shift) {
@@ -107,7 +107,6 @@ std::optional<double> inverse_norm_2(const Inverse& inverse, bool refined, const
         return scaled(solver.solve_transposed(scaled(x, cols, shift)), rows, 0);
       },
       solver.matrix().rows, random_for(matrix_at(r, 0), 12), r.stop);
-  if (!refined) return most.value;
   const auto y = solver.refined_solution(scaled(most.right, rows, 0));
   if (!y) return std::nullopt;
   return euclidean(scaled(*y, cols, shift));
@@ -121,9 +120,6 @@ Verdict compare(double given, double norm, double inverse_norm, int shift, doubl
 }
 
 enum class Norm { one, infinity, euclidean };
-
-// Below this condition rounding leaves the six digits without a closer look.
-constexpr double kHarmless = 1e7;
 
 double norm_of(const Matrix& magnitudes, Norm norm) {
   return norm == Norm::euclidean ? frobenius(magnitudes) : norm_1(magnitudes);
@@ -148,9 +144,8 @@ Verdict check(const Request& r, Norm norm) {
   for (std::size_t k = 0; parts.is_complex() && k < magnitudes.elements.size(); ++k)
     magnitudes.elements[k] = std::hypot(parts.re.elements[k], parts.im.elements[k]);
   inverse.find_shift();
-  const bool refined = condition > kHarmless;
   const auto of_inverse =
-      norm == Norm::euclidean ? inverse_norm_e(inverse, refined) : inverse_norm_1(inverse, refined);
+      norm == Norm::euclidean ? inverse_norm_e(inverse) : inverse_norm_1(inverse);
   if (!of_inverse) return {.error = 1.0, .cause = kSingular};
   return compare(given, norm_of(magnitudes, norm), *of_inverse, inverse.shift(), condition);
 }
@@ -167,7 +162,7 @@ Verdict check_cond2(const Request& r) {
   const double condition = inverse.solver().condition();
   if (inverse.solver().is_hopeless()) return {.error = 1.0, .cause = kSingular};
   inverse.find_shift();
-  const auto of_inverse = inverse_norm_2(inverse, condition > kHarmless, r);
+  const auto of_inverse = inverse_norm_2(inverse, r);
   if (!of_inverse) return {.error = 1.0, .cause = kSingular};
   const double norm = largest_singular_value(parts, random_for(matrix_at(r, 0), 13), r.stop).value;
   return compare(given, norm, *of_inverse, inverse.shift(), condition);

@@ -103,7 +103,7 @@ Parts disturbed(Parts A, Random& random) {
 // A second call with a disturbed matrix: a stochastic estimate of the condition (C. S. Kenney, A.
 // J. Laub, Small-sample statistical condition estimates, 1994).
 Verdict check_eigenvals(const Request& r) {
-  constexpr double kSafety = 1.0;
+  constexpr double kSafety = 2.0;
   const aMatrix* const m = matrix_at(r, 0);
   Parts A = parts_of(m);
   const int power = normalize(A);

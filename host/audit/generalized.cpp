@@ -43,27 +43,65 @@ struct Turned {
       *part = transposed(permuted(*part, rows, cols));
     }
   }
-  Complex back(const Complex& mu) const { return (c * mu - s) / (c + s * mu); }
+  // The value that belongs to one of the turned pencil; of infinity some large number, since a NaN
+  // could not be put in order.
+  Complex back(const Complex& mu) const {
+    constexpr double kLarge = 1e100;
+    const Complex below = c + s * mu;
+    return std::abs(below) * kLarge < 1.0 ? kLarge : (c * mu - s) / below;
+  }
 };
 
-}  // namespace
-
-// A second call with the pencil turned, so that infinite values come out too.
-Verdict check_genvals(const Request& r) {
-  constexpr double kSafety = 2.0, kInfinite = 1e-5;
-  Matrix M = parts_of(matrix_at(r, 0)).re, N = parts_of(matrix_at(r, 1)).re;
-  if (!is_cheap(r, M.rows)) return {};
-  if (M.rows == 1) return {.error = 0.0};
-  const int power = normalize(M) - normalize(N);
-  Numbers values = numbers_of(r.result);
-  for (Complex& z : values) z = {std::ldexp(z.real(), power), std::ldexp(z.imag(), power)};
-  Random random = random_for(matrix_at(r, 0), 9);
+// The values of a pencil from a call with it turned; none where that fails.
+Numbers turned_values(const Request& r, const Matrix& M, const Matrix& N, Random random) {
   const Turned turned(M, N, random);
   const Parts* const matrices[] = {&turned.M, &turned.N};
   const double tolerance = 1e-15;
-  Numbers second = numbers_of(call_again(r, matrices, &tolerance));
-  if (second.empty()) return alarm("a second run did not converge: values in a tight cluster");
-  for (Complex& z : second) z = turned.back(z);
+  Numbers values = numbers_of(call_again(r, matrices, &tolerance));
+  for (Complex& z : values) z = turned.back(z);
+  return values;
+}
+
+// How many of the second values that have no partner are finite beyond doubt: a third run has them
+// in the same place.
+int missing_values(const Numbers& second, const std::vector<bool>& found, const Numbers& third) {
+  constexpr double kInfinite = 1e-5, kSame = 0.25;
+  int missing = 0;
+  for (std::size_t j = 0; j < second.size(); ++j) {
+    const double apart = distance_to_infinity(second[j]);
+    const bool is_sure = std::any_of(third.begin(), third.end(), [&](const Complex& z) {
+      return chordal(z, second[j]) < kSame * apart;
+    });
+    if (!found[j] && apart > kInfinite && is_sure) ++missing;
+  }
+  return missing;
+}
+
+// Brings the largest element to 1.
+void divide_by_largest(Matrix& A) {
+  const double most = largest(A);
+  if (most > 0.0)
+    for (double& x : A.elements) x /= most;
+}
+
+}  // namespace
+
+// Two more calls with the pencil turned, so that infinite values come out too.
+Verdict check_genvals(const Request& r) {
+  constexpr double kSafety = 2.0;
+  Matrix M = parts_of(matrix_at(r, 0)).re, N = parts_of(matrix_at(r, 1)).re;
+  if (!is_cheap(r, M.rows)) return {};
+  const int power = normalize(M) - normalize(N);
+  const double unit = largest(M) == 0.0 ? 1.0 : largest(N) / largest(M);
+  Numbers values = numbers_of(r.result);
+  for (Complex& z : values)
+    z = {std::ldexp(z.real(), power) * unit, std::ldexp(z.imag(), power) * unit};
+  divide_by_largest(M);
+  divide_by_largest(N);
+  const Numbers second = turned_values(r, M, N, random_for(matrix_at(r, 0), 9));
+  const Numbers third = turned_values(r, M, N, random_for(matrix_at(r, 0), 14));
+  if (second.empty() || third.empty())
+    return alarm("a second run did not converge: values in a tight cluster");
   if (second.size() < values.size())
     return alarm(
         fmt::format("a second run finds {} of these {} values", second.size(), values.size()));
@@ -75,9 +113,7 @@ Verdict check_genvals(const Request& r) {
     found[j] = true;
     error = std::max(error, kSafety * chordal(values[i], second[j]));
   }
-  int missing = 0;
-  for (std::size_t j = 0; j < second.size(); ++j)
-    if (!found[j] && distance_to_infinity(second[j]) > kInfinite) ++missing;
+  const int missing = missing_values(second, found, third);
   if (missing > 0)
     return alarm(
         fmt::format("{} finite {} missing", missing, missing == 1 ? "value is" : "values are"));

@@ -46,7 +46,8 @@ Numbers numbers_of(const Anyval* value) {
   Numbers numbers;
   if (value->kind != kMatrixKind) return numbers;
   const Parts parts = parts_of(static_cast<const aMatrix*>(value));
-  if (!std::isfinite(largest(parts.re)) || !std::isfinite(largest(parts.im))) return numbers;
+  for (const Matrix* part : {&parts.re, &parts.im})
+    if (!all_finite(part->elements.data(), part->elements.size())) return numbers;
   for (std::size_t k = 0; k < parts.re.elements.size(); ++k)
     numbers.emplace_back(parts.re.elements[k], parts.is_complex() ? parts.im.elements[k] : 0.0);
   return numbers;

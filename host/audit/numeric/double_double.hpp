@@ -36,6 +36,20 @@ inline Double2 sum(const Double2& x, const Double2& y) {
   return {hi, lo - (hi - s.hi)};
 }
 
+inline Double2 product(const Double2& x, const Double2& y) {
+  Double2 p = two_product(x.hi, y.hi);
+  p.lo += x.hi * y.lo + x.lo * y.hi;
+  const double hi = p.hi + p.lo;
+  return {hi, p.lo - (hi - p.hi)};
+}
+
+inline Double2 quotient(const Double2& x, const Double2& y) {
+  const double first = x.hi / y.hi;
+  const Double2 rest = sum(x, product(y, Double2{-first, 0.0}));
+  const double second = rest.hi / y.hi, hi = first + second;
+  return {hi, second - (hi - first)};
+}
+
 // A vector of such numbers.
 struct Vector2 {
   Vector hi, lo;
@@ -43,12 +57,13 @@ struct Vector2 {
   explicit Vector2(std::size_t n) : hi(n), lo(n) {}
   explicit Vector2(Vector high) : hi(std::move(high)), lo(hi.size()) {}
   std::size_t size() const { return hi.size(); }
-  // Element i := element i + x.
-  void add(std::size_t i, const Double2& x) {
-    const Double2 s = sum({hi[i], lo[i]}, x);
-    hi[i] = s.hi;
-    lo[i] = s.lo;
+  Double2 operator[](std::size_t i) const { return {hi[i], lo[i]}; }
+  void set(std::size_t i, const Double2& x) {
+    hi[i] = x.hi;
+    lo[i] = x.lo;
   }
+  // Element i := element i + x.
+  void add(std::size_t i, const Double2& x) { set(i, sum((*this)[i], x)); }
 };
 
 // r := r + sign A x, where sign is 1 or -1; 34 operations for each element of A.

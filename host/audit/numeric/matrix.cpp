@@ -8,11 +8,33 @@ namespace audit {
 namespace {
 
 Matrix part_of(const aMatrix* m, const double* part) {
-  Matrix A(m->rows, m->cols);
-  if (part == nullptr) return A;
-  for (int j = 0; j < m->cols; ++j)
-    std::copy_n(part + static_cast<std::ptrdiff_t>(j) * m->leading_dimension, m->rows, A.column(j));
+  if (part == nullptr) return Matrix(m->rows, m->cols);
+  Matrix A;
+  A.rows = m->rows;
+  A.cols = m->cols;
+  A.elements.reserve(static_cast<std::size_t>(m->rows) * static_cast<std::size_t>(m->cols));
+  for (int j = 0; j < m->cols; ++j) {
+    const double* const column = part + static_cast<std::ptrdiff_t>(j) * m->leading_dimension;
+    A.elements.insert(A.elements.end(), column, column + m->rows);
+  }
   return A;
+}
+
+// Independent sums and maxima, as many as hide how long one addition takes.
+constexpr std::size_t kLanes = 8;
+
+// y := y + A x
+void add_product(const Matrix& A, const double* x, double* y) {
+  const auto m = static_cast<std::size_t>(A.rows);
+  int j = 0;
+  // Four columns at a time: y is read and written a quarter as often.
+  for (; j + 4 <= A.cols; j += 4, x += 4) {
+    const double *const a = A.column(j), *const b = a + m, *const c = b + m, *const d = c + m;
+    const double xa = x[0], xb = x[1], xc = x[2], xd = x[3];
+    for (std::size_t i = 0; i < m; ++i) y[i] += (a[i] * xa + b[i] * xb) + (c[i] * xc + d[i] * xd);
+  }
+  for (; j < A.cols; ++j, ++x)
+    for (std::size_t i = 0; i < m; ++i) y[i] += A.column(j)[i] * *x;
 }
 
 }  // namespace
@@ -51,10 +73,9 @@ Vector column_form(const Parts& m, int col, bool as_complex) {
 }
 
 double largest(const Vector& x) {
-  constexpr std::size_t kLanes = 4;
   double most[kLanes] = {};
   const auto take = [&](std::size_t lane, double a) {
-    most[lane] = std::fabs(a) <= most[lane] ? most[lane] : std::fabs(a);
+    most[lane] = most[lane] > std::fabs(a) ? most[lane] : std::fabs(a);
   };
   std::size_t k = 0;
   for (; k + kLanes <= x.size(); k += kLanes)
@@ -91,12 +112,7 @@ double norm_inf(const Matrix& A) {
 
 Vector product(const Matrix& A, const Vector& x) {
   Vector y(static_cast<std::size_t>(A.rows));
-  for (int j = 0; j < A.cols; ++j) {
-    const double* const a = A.column(j);
-    const double xj = x[static_cast<std::size_t>(j)];
-    if (xj == 0.0) continue;
-    for (std::size_t i = 0; i < y.size(); ++i) y[i] += a[i] * xj;
-  }
+  add_product(A, x.data(), y.data());
   return y;
 }
 
@@ -107,20 +123,6 @@ Vector transposed_product(const Matrix& A, const Vector& x) {
   return y;
 }
 
-Matrix product(const Matrix& A, const Matrix& B) {
-  Matrix C(A.rows, B.cols);
-  const auto m = static_cast<std::size_t>(A.rows);
-  for (int j = 0; j < B.cols; ++j)
-    for (int k = 0; k < A.cols; ++k) {
-      const double b = B(k, j);
-      if (b == 0.0) continue;
-      double* const c = C.column(j);
-      const double* const a = A.column(k);
-      for (std::size_t i = 0; i < m; ++i) c[i] += a[i] * b;
-    }
-  return C;
-}
-
 Matrix transposed(const Matrix& A) {
   Matrix T(A.cols, A.rows);
   for (int j = 0; j < A.cols; ++j)
@@ -129,27 +131,29 @@ Matrix transposed(const Matrix& A) {
 }
 
 double dot(const double* x, const double* y, std::size_t n) {
-  double s0 = 0.0, s1 = 0.0, s2 = 0.0, s3 = 0.0;
+  double sums[kLanes] = {};
   std::size_t k = 0;
-  for (; k + 4 <= n; k += 4) {
-    s0 += x[k] * y[k];
-    s1 += x[k + 1] * y[k + 1];
-    s2 += x[k + 2] * y[k + 2];
-    s3 += x[k + 3] * y[k + 3];
-  }
-  for (; k < n; ++k) s0 += x[k] * y[k];
-  return (s0 + s1) + (s2 + s3);
+  for (; k + kLanes <= n; k += kLanes)
+    for (std::size_t lane = 0; lane < kLanes; ++lane) sums[lane] += x[k + lane] * y[k + lane];
+  for (; k < n; ++k) sums[0] += x[k] * y[k];
+  for (std::size_t lane = 1; lane < kLanes; ++lane) sums[0] += sums[lane];
+  return sums[0];
 }
 
 bool all_finite(const double* x, std::size_t n) {
-  constexpr std::size_t kLanes = 4;
   // 0 times a number is 0, times anything else it is NaN.
   double sums[kLanes] = {};
   std::size_t k = 0;
   for (; k + kLanes <= n; k += kLanes)
     for (std::size_t lane = 0; lane < kLanes; ++lane) sums[lane] += 0.0 * x[k + lane];
   for (; k < n; ++k) sums[0] += 0.0 * x[k];
-  return (sums[0] + sums[1]) + (sums[2] + sums[3]) == 0.0;
+  for (std::size_t lane = 1; lane < kLanes; ++lane) sums[0] += sums[lane];
+  return sums[0] == 0.0;
+}
+
+int index_of_largest(const double* x, int first, int n) {
+  const auto by_size = [](double a, double b) { return std::fabs(a) < std::fabs(b); };
+  return static_cast<int>(std::max_element(x + first, x + n, by_size) - x);
 }
 
 Vector random_signs(Random& random, std::size_t n) {

@@ -7,12 +7,13 @@
 #include <vector>
 
 #include "host/arguments/random.hpp"
+#include "host/audit/numeric/scratch.hpp"
 #include "host/efiutils/system/streams.hpp"
 #include "pack/host_interface.hpp"
 
 namespace audit {
 
-using Vector = std::vector<double>;
+using Vector = std::vector<double, Scratch<double>>;
 using arguments::Random;
 
 inline constexpr double kEpsilon = 0x1p-52;
@@ -67,11 +68,11 @@ double norm_inf(const Matrix& A);
 // A x and Aᵀ x.
 Vector product(const Matrix& A, const Vector& x);
 Vector transposed_product(const Matrix& A, const Vector& x);
-// A B.
-Matrix product(const Matrix& A, const Matrix& B);
 Matrix transposed(const Matrix& A);
 double dot(const double* x, const double* y, std::size_t n);
 bool all_finite(const double* x, std::size_t n);
+// The index, from `first` on, of the first element of the largest magnitude.
+int index_of_largest(const double* x, int first, int n);
 
 // Elements of random sign and magnitude 1.
 Vector random_signs(Random& random, std::size_t n);
@@ -100,6 +101,8 @@ struct Equilibration {
 // Scales rows and columns so that the largest element of each is about 1 (D. Ruiz, A scaling
 // algorithm to equilibrate both rows and columns norms in matrices, 2001, with powers of two).
 Equilibration equilibrate(Matrix& A);
+// The largest exponent that D_r A D_c has; kZeroExponent of zeros.
+int largest_exponent(const Matrix& A, const Exponents& rows, const Exponents& cols);
 // What `equilibrate` would scale a value with, which stays as it is; a complex element counts as
 // the larger of its parts.
 Equilibration equilibration(const aMatrix* m);

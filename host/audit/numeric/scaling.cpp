@@ -9,8 +9,13 @@
 
 namespace audit {
 
+namespace {
+
+constexpr int kBias = 1023, kFieldMask = 0x7FF, kFractionBits = 52;
+
+}  // namespace
+
 int exponent(double x) {
-  constexpr int kBias = 1023, kFieldMask = 0x7FF, kFractionBits = 52;
   const auto field =
       static_cast<int>(std::bit_cast<std::uint64_t>(x) >> kFractionBits) & kFieldMask;
   if (field != 0 && field != kFieldMask) return field - kBias;
@@ -78,29 +83,56 @@ void scale(Matrix& A, const Exponents& rows, const Exponents& cols) {
 
 namespace {
 
-// The exponents of the elements, less or more those of their rows and columns: the largest of each
-// row, or column.
-void largest_exponents(const std::vector<int>& e, int m, const Equilibration& by, Exponents& rows,
+// Exponents of elements as small numbers, of which a processor takes many at once. With those of
+// rows and columns added they stay far from the ends; of a zero they stay below all others.
+using SmallExponents = std::vector<std::int16_t, Scratch<std::int16_t>>;
+constexpr std::int16_t kSmallZero = -20000;
+
+std::int16_t small_exponent(double x) {
+  return x == 0.0 ? kSmallZero : static_cast<std::int16_t>(exponent(x));
+}
+
+// e[i] := the exponent of x[i], for finite x.
+void small_exponents(const double* x, std::size_t n, std::int16_t* e) {
+  std::int16_t least = 1;
+  for (std::size_t i = 0; i < n; ++i) {
+    e[i] = static_cast<std::int16_t>((std::bit_cast<std::uint64_t>(x[i]) >> kFractionBits) &
+                                     kFieldMask);
+    least = std::min(least, e[i]);
+  }
+  if (least > 0)
+    for (std::size_t i = 0; i < n; ++i) e[i] = static_cast<std::int16_t>(e[i] - kBias);
+  else
+    std::transform(x, x + n, e, small_exponent);
+}
+
+SmallExponents small_exponents(const Matrix& A) {
+  SmallExponents e(A.elements.size());
+  small_exponents(A.elements.data(), e.size(), e.data());
+  return e;
+}
+
+// The exponents of the elements, with those of their rows and columns added: the largest of each
+// row, and column.
+void largest_exponents(const SmallExponents& e, const Equilibration& by, Exponents& rows,
                        Exponents& cols) {
-  std::fill(rows.begin(), rows.end(), kZeroExponent);
   const std::size_t n = rows.size();
-  int* const of_rows = rows.data();
-  const int* const up = by.rows.data();
+  std::vector<std::int16_t> of_rows(n, kSmallZero), up(by.rows.begin(), by.rows.end());
   for (std::size_t j = 0; j < cols.size(); ++j) {
-    const int* const given = e.data() + j * static_cast<std::size_t>(m);
+    const std::int16_t* const given = e.data() + j * n;
     const int of_column = by.cols[j];
-    int most = kZeroExponent;
+    std::int16_t most = kSmallZero;
     for (std::size_t i = 0; i < n; ++i) {
-      const int x = given[i] + up[i] + of_column;
+      const auto x = static_cast<std::int16_t>(given[i] + up[i] + of_column);
       of_rows[i] = std::max(of_rows[i], x);
       most = std::max(most, x);
     }
     cols[j] = most;
   }
-  // Those of zeros are far below all others, wherever they were brought.
+  std::copy(of_rows.begin(), of_rows.end(), rows.begin());
   for (Exponents* of : {&rows, &cols})
     for (int& x : *of)
-      if (x < kZeroExponent / 2) x = kZeroExponent;
+      if (x < kSmallZero / 2) x = kZeroExponent;
 }
 
 // by := by - most / divisor; rows and columns of zeros stay.
@@ -114,7 +146,7 @@ void reduce(Exponents& by, const Exponents& most, int divisor) {
 namespace {
 
 // The same from the elements' exponents.
-Equilibration equilibration(const std::vector<int>& e, int m, int n) {
+Equilibration equilibration(const SmallExponents& e, int m, int n) {
   constexpr int kMostSweeps = 12;
   Exponents rows(static_cast<std::size_t>(m)), cols(static_cast<std::size_t>(n));
   Equilibration by = {Exponents(rows.size()), Exponents(cols.size())};
@@ -123,15 +155,15 @@ Equilibration equilibration(const std::vector<int>& e, int m, int n) {
                        [](int x) { return x == kZeroExponent || std::abs(x) <= 1; });
   };
   for (int sweep = 0; sweep < kMostSweeps; ++sweep) {
-    largest_exponents(e, m, by, rows, cols);
+    largest_exponents(e, by, rows, cols);
     if (is_even(rows) && is_even(cols)) break;
     reduce(by.rows, rows, 2);
     reduce(by.cols, cols, 2);
   }
   // No element is above 2: first the rows, then what that leaves in the columns.
-  largest_exponents(e, m, by, rows, cols);
+  largest_exponents(e, by, rows, cols);
   reduce(by.rows, rows, 1);
-  largest_exponents(e, m, by, rows, cols);
+  largest_exponents(e, by, rows, cols);
   reduce(by.cols, cols, 1);
   return by;
 }
@@ -139,23 +171,27 @@ Equilibration equilibration(const std::vector<int>& e, int m, int n) {
 }  // namespace
 
 Equilibration equilibrate(Matrix& A) {
-  std::vector<int> e(A.elements.size());
-  std::transform(A.elements.begin(), A.elements.end(), e.begin(),
-                 [](double x) { return exponent(x); });
-  const Equilibration by = equilibration(e, A.rows, A.cols);
+  const Equilibration by = equilibration(small_exponents(A), A.rows, A.cols);
   scale(A, by.rows, by.cols);
   return by;
 }
 
+int largest_exponent(const Matrix& A, const Exponents& rows, const Exponents& cols) {
+  Exponents of_rows(rows.size()), of_cols(cols.size());
+  largest_exponents(small_exponents(A), {rows, cols}, of_rows, of_cols);
+  return of_cols.empty() ? kZeroExponent : *std::max_element(of_cols.begin(), of_cols.end());
+}
+
 Equilibration equilibration(const aMatrix* m) {
   const auto rows = static_cast<std::size_t>(m->rows);
-  std::vector<int> e(rows * static_cast<std::size_t>(m->cols), kZeroExponent);
+  SmallExponents e(rows * static_cast<std::size_t>(m->cols), kSmallZero), of_column(rows);
   for (const double* part : {m->re, m->im}) {
     if (part == nullptr) continue;
-    int* to = e.data();
+    std::int16_t* to = e.data();
     for (int j = 0; j < m->cols; ++j, to += rows) {
       const double* const a = part + static_cast<std::ptrdiff_t>(j) * m->leading_dimension;
-      for (std::size_t i = 0; i < rows; ++i) to[i] = std::max(to[i], exponent(a[i]));
+      small_exponents(a, rows, of_column.data());
+      for (std::size_t i = 0; i < rows; ++i) to[i] = std::max(to[i], of_column[i]);
     }
   }
   return equilibration(e, m->rows, m->cols);

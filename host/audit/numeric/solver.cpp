@@ -6,18 +6,33 @@
 
 namespace audit {
 
+namespace {
+
+// The relative rounding of factors in twice the digits, to the safe side.
+constexpr double kDoubledEpsilon = 0x1p-102;
+
+}  // namespace
+
 Solver::Solver(const Matrix& A, efi::StopFlag stop) : scaled_(A) {
+  // Up to here corrections contract, though the condition is an estimate.
+  constexpr double kMostLoss = 0x1p-6;
   scaling_ = equilibrate(scaled_);
   factors_ = scaled_;
   factor(stop);
   if (!singular_) condition_ = norm_1(scaled_) * inverse_norm();
+  if (loss() <= kMostLoss) return;
+  doubled_.emplace(scaled_, stop);
+  singular_ = doubled_->is_singular();
+  condition_ = singular_ ? HUGE_VAL : norm_1(scaled_) * inverse_norm();
+}
+
+double Solver::loss() const {
+  return condition_ * (doubled_ ? kDoubledEpsilon : kEpsilon) * scaled_.rows;
 }
 
 bool Solver::is_hopeless() const {
-  // Residuals of twice the digits tell the error as long as the condition leaves some of theirs.
-  constexpr double kFarBeyond = 64.0, kNear = 0.25;
-  if (singular_ || !(condition_ * kEpsilon < kFarBeyond)) return true;
-  return condition_ * kEpsilon * scaled_.rows > kNear && !refined_solution(unrelated_side());
+  constexpr double kMostLoss = 0x1p-30;
+  return doubled_ && !(loss() <= kMostLoss);
 }
 
 // A right side that Hager's steps are known to miss nothing with (Higham, section 15.2).
@@ -36,8 +51,7 @@ void Solver::factor(efi::StopFlag stop) {
   for (int k = 0; k < n; ++k) {
     poll(stop);
     double* const a = factors_.column(k);
-    const auto by_size = [](double x, double y) { return std::fabs(x) < std::fabs(y); };
-    const int p = static_cast<int>(std::max_element(a + k, a + n, by_size) - a);
+    const int p = index_of_largest(a, k, n);
     pivots_[static_cast<std::size_t>(k)] = p;
     if (a[p] == 0.0) {
       singular_ = true;
@@ -57,6 +71,7 @@ void Solver::factor(efi::StopFlag stop) {
 }
 
 Vector Solver::solve(Vector b) const {
+  if (doubled_) return doubled_->solve(b);
   const int n = factors_.rows;
   for (std::size_t k = 0; k < b.size(); ++k)
     std::swap(b[k], b[static_cast<std::size_t>(pivots_[k])]);
@@ -72,6 +87,7 @@ Vector Solver::solve(Vector b) const {
 }
 
 Vector Solver::solve_transposed(Vector b) const {
+  if (doubled_) return doubled_->solve_transposed(b);
   const auto n = b.size();
   for (std::size_t k = 0; k < n; ++k) {
     const double* const a = factors_.column(static_cast<int>(k));
@@ -109,11 +125,10 @@ double Solver::inverse_norm() const {
     Vector signs(n);
     std::transform(y.begin(), y.end(), signs.begin(), [](double a) { return a < 0 ? -1.0 : 1.0; });
     const Vector z = solve_transposed(signs);
-    const auto most = std::max_element(
-        z.begin(), z.end(), [](double a, double b) { return std::fabs(a) < std::fabs(b); });
-    if (step > 0 && std::fabs(*most) <= dot(z.data(), x.data(), n)) break;
+    const auto most = static_cast<std::size_t>(index_of_largest(z.data(), 0, factors_.rows));
+    if (step > 0 && std::fabs(z[most]) <= dot(z.data(), x.data(), n)) break;
     x.assign(n, 0.0);
-    x[static_cast<std::size_t>(most - z.begin())] = 1.0;
+    x[most] = 1.0;
   }
   const double other =
       2.0 * sum_of_magnitudes(solve(unrelated_side())) / (3.0 * static_cast<double>(n));
@@ -122,7 +137,9 @@ double Solver::inverse_norm() const {
 
 bool Solver::refine(const Vector2& b, Vector2& x) const {
   constexpr int kMostSteps = 12;
-  constexpr double kEnough = 0x1p-80, kContraction = 0.5;
+  constexpr double kEnough = 0x1p-70, kContraction = 0.5, kStalled = 0x1p-40;
+  // A correction, itself a double, is good to this: the next one is smaller by it.
+  const double rate = std::max(loss(), kEpsilon);
   double before = HUGE_VAL;
   for (int step = 0; step < kMostSteps; ++step) {
     Vector2 r = b;
@@ -131,11 +148,12 @@ bool Solver::refine(const Vector2& b, Vector2& x) const {
     const Vector d = solve(std::move(r.hi));
     const double now = largest(d);
     for (std::size_t i = 0; i < d.size(); ++i) x.add(i, {d[i], 0.0});
-    if (now <= kEnough * largest(x.hi)) return true;
-    if (!(now <= kContraction * before)) return false;
+    const double size = largest(x.hi);
+    if (now * rate <= kEnough * size) return true;
+    if (!(now <= kContraction * before)) return std::min(now, before) <= kStalled * size;
     before = now;
   }
-  return before <= kEpsilon * largest(x.hi);
+  return before <= kStalled * largest(x.hi);
 }
 
 std::optional<Vector> Solver::refined_solution(const Vector& b) const {

@@ -173,7 +173,7 @@ void Machine::assign(Variable& variable, const Value& value) {
   lost_words_ += words_of(variable.value);
   held_words_ += words_of(value);
   variable.value = value;
-  variable.defined = true;
+  variable.defined = variable.is_assigned = true;
   if (variable.failure.line != 0) variable.failure = {};
   variable.may_be_real = false;
   variable.written = nullptr;

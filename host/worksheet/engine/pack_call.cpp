@@ -133,7 +133,7 @@ void Machine::audit_call(const audit::Check* check, const Value& result,
     return outcome.complaint.empty() && !outcome.left ? outcome.result : nullptr;
   };
   const Variable* const tolerance = find_variable("TOL");
-  const bool chosen = tolerance != nullptr && tolerance->value.re != kDefaultTolerance;
+  const bool chosen = tolerance != nullptr && tolerance->is_assigned;
   const std::size_t since = store.size();
   if (Anyval* const value = boxed(result)) {
     const audit::Request request = {boxes,           value,  store,       again,

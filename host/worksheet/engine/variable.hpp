@@ -16,8 +16,9 @@ struct Variable {
   std::string name;
   Value value = {};
   bool defined = false;
-  bool is_origin = false;  // Of the indices.
-  bool is_listed = false;  // Among those that the statement has given an object.
+  bool is_assigned = false;  // By the worksheet, not only from the start.
+  bool is_origin = false;    // Of the indices.
+  bool is_listed = false;    // Among those that the statement has given an object.
   // Whether elements that were written may have left an imaginary array of zeros.
   bool may_be_real = false;
   // Its matrix, if that holds numbers and no one else holds it: then elements are written in place.

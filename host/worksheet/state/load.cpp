@@ -199,6 +199,13 @@ Unit::Origin origin_of(const std::string& word) {
   fail("the origin of its unit is not known here");
 }
 
+// Whether the variable has that number. A state holds TOL even if the worksheet never set it.
+bool is_known(const Variable& variable, const Value& value) {
+  const Value& old = variable.value;
+  return variable.defined && is_number(old) && is_number(value) && old.unit == value.unit &&
+         old.re == value.re && old.im == value.im;
+}
+
 void load_statement(Machine& machine, const StateJson& statement, const StateJson& origins) {
   const std::string name = text_member(statement, "name");
   Variable& variable = variable_of(machine, name);
@@ -210,7 +217,7 @@ void load_statement(Machine& machine, const StateJson& statement, const StateJso
     if (value.unit != nullptr && origins.contains(name))
       value.unit = unit_of(value.unit->factors(), origin_of(text_member(origins, name.c_str())));
     if (const char* reason = assignment_objection(variable, value)) fail(reason);
-    machine.assign(variable, value);
+    if (!is_known(variable, value)) machine.assign(variable, value);
   } catch (const StateError& error) {
     fail(fmt::format("{}: {}", name, error.what()));
   }
