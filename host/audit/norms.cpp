@@ -12,17 +12,17 @@ namespace {
 constexpr const char* kOutOfRange = "squares left the range of numbers";
 
 // Sums that do not wait for each other.
-constexpr std::size_t kLanes = 16;
+constexpr std::size_t kSums = 16;
 
 // The sum of of_element(i) over n elements; NaN or infinite if one is.
 template <class OfElement>
 double sum_of(std::size_t n, OfElement of_element) {
-  double sums[kLanes] = {};
+  double sums[kSums] = {};
   std::size_t i = 0;
-  for (; i + kLanes <= n; i += kLanes)
-    for (std::size_t lane = 0; lane < kLanes; ++lane) sums[lane] += of_element(i + lane);
+  for (; i + kSums <= n; i += kSums)
+    for (std::size_t lane = 0; lane < kSums; ++lane) sums[lane] += of_element(i + lane);
   for (; i < n; ++i) sums[0] += of_element(i);
-  for (std::size_t lane = 1; lane < kLanes; ++lane) sums[0] += sums[lane];
+  for (std::size_t lane = 1; lane < kSums; ++lane) sums[0] += sums[lane];
   return sums[0];
 }
 

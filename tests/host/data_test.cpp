@@ -1,7 +1,6 @@
 // Matrices from files.
 #include <cmath>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "fmt/format.h"
@@ -144,11 +143,9 @@ TEST_F(Data, FilesOfOtherPrograms) {
     if (line.starts_with("    ")) continue;
     given += line + '\n';
     if (line.starts_with('#')) continue;
-    const Json outcome = sheet.run(line).back();
-    std::vector<std::string> texts = {brief_text(outcome.at("value"))};
-    if (outcome.contains("notes"))
-      for (const Json& note : outcome.at("notes"))
-        texts.push_back("note: " + note.get<std::string>());
+    std::vector<std::string> texts = {sheet.brief(line)};
+    for (int k = 0; !sheet.member(fmt::format("/notes/{}", k)).empty(); ++k)
+      texts.push_back("note: " + sheet.member(fmt::format("/notes/{}", k)));
     for (std::string& text : texts) {
       if (const std::size_t at = text.find(folder); at != std::string::npos)
         text.erase(at, folder.size());

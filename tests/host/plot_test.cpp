@@ -8,7 +8,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <thread>
 
 #include "fmt/format.h"
@@ -30,9 +29,9 @@ class Plot : public InSheet {
  protected:
   // The SVG file that the statement draws.
   std::string svg(const std::string& statements) {
-    const Json outcome = sheet.run(statements).back();
-    EXPECT_EQ(outcome["value"]["kind"], "none") << outcome;
-    EXPECT_EQ(outcome["pictures"], Json({"p.svg"}));
+    sheet.run(statements);
+    EXPECT_EQ(sheet.member("/value/kind"), "none") << sheet.member("");
+    EXPECT_EQ(sheet.member("/pictures"), "[\"p.svg\"]");
     return directory.read("p.svg");
   }
 };

@@ -48,6 +48,37 @@ Json Sheet::value(const std::string& text) {
   return nullptr;
 }
 
+namespace {
+
+std::string member_of(const std::vector<Json>& values, std::size_t k, const std::string& pointer) {
+  const Json::json_pointer place(pointer);
+  if (k >= values.size() || !values[k].contains(place)) return "";
+  const Json& found = values[k].at(place);
+  return found.is_string() ? found.get<std::string>() : found.dump();
+}
+
+}  // namespace
+
+std::string Sheet::briefs() const {
+  std::string text;
+  for (const Json& outcome : outcomes_)
+    text += fmt::format("{}: {}{}\n", outcome["line"].dump(), brief_text(outcome["value"]),
+                        outcome.contains("quiet") ? " quiet" : "");
+  return text;
+}
+
+std::string Sheet::member(const std::string& pointer) const {
+  return member(outcomes_.size() - 1, pointer);
+}
+
+std::string Sheet::member(std::size_t outcome, const std::string& pointer) const {
+  return member_of(outcomes_, outcome, pointer);
+}
+
+std::string ProgramRun::member(std::size_t line, const std::string& pointer) const {
+  return member_of(json(), line, pointer);
+}
+
 std::string Sheet::brief(const std::string& text) {
   return brief_text(value(text));
 }

@@ -32,6 +32,12 @@ class Sheet {
   Json value(const std::string& text);
   // The same as short text: "1.5", "1+2i", "[1 2; 3 4]", "\"text\"", "error: message (arg 1)".
   std::string brief(const std::string& text);
+  // Of all outcomes of the last text, "line: value" with " quiet" behind it where that is so.
+  std::string briefs() const;
+  // A member of the last outcome, or of another, by its pointer ("/value/message"), as text; of
+  // what is not there, none.
+  std::string member(const std::string& pointer) const;
+  std::string member(std::size_t outcome, const std::string& pointer) const;
   // The text of the last outcome as people see it.
   std::string shown(const std::string& text, const worksheet::DisplayOptions& options = {});
 
@@ -82,6 +88,8 @@ struct ProgramRun {
 
   // The lines of standard output as JSON.
   std::vector<Json> json() const;
+  // A member of a line; see Sheet.
+  std::string member(std::size_t line, const std::string& pointer) const;
 };
 
 // What the system lets a run of the program have.
