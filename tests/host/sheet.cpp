@@ -41,11 +41,9 @@ const std::vector<Json>& Sheet::run(const std::string& text) {
   return outcomes_;
 }
 
-Json Sheet::value(const std::string& text) {
+std::string Sheet::value(const std::string& text) {
   run(text);
-  if (!outcomes_.empty()) return outcomes_.back().at("value");
-  ADD_FAILURE() << "no outcome of " << text;
-  return nullptr;
+  return member("/value");
 }
 
 namespace {
@@ -80,7 +78,10 @@ std::string ProgramRun::member(std::size_t line, const std::string& pointer) con
 }
 
 std::string Sheet::brief(const std::string& text) {
-  return brief_text(value(text));
+  run(text);
+  if (!outcomes_.empty()) return brief_text(outcomes_.back().at("value"));
+  ADD_FAILURE() << "no outcome of " << text;
+  return "";
 }
 
 std::string Sheet::shown(const std::string& text, const worksheet::DisplayOptions& options) {

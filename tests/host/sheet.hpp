@@ -28,8 +28,8 @@ class Sheet {
 
   // The outcomes of the statements of `text`, until it runs others.
   const std::vector<Json>& run(const std::string& text);
-  // The value of its last statement.
-  Json value(const std::string& text);
+  // The value of its last statement, as JSON.
+  std::string value(const std::string& text);
   // The same as short text: "1.5", "1+2i", "[1 2; 3 4]", "\"text\"", "error: message (arg 1)".
   std::string brief(const std::string& text);
   // Of all outcomes of the last text, "line: value" with " quiet" behind it where that is so.

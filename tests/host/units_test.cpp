@@ -122,7 +122,7 @@ TEST_F(Units, CombineInArithmetic) {
 TEST_F(Units, AreShownToPeopleAndPrograms) {
   EXPECT_EQ(sheet.shown("(1 + 2i){V}"), "(1 + 2i) V\n");
   EXPECT_EQ(sheet.shown("A = [1, 2]{kN/m}"), "A = 1 x 2 matrix in kN/m\n  1  2\n");
-  EXPECT_EQ(sheet.value("3{kN/m}").dump(), R"({"kind":"scalar","re":3.0,"im":0.0,"unit":"kN/m"})");
+  EXPECT_EQ(sheet.value("3{kN/m}"), R"({"kind":"scalar","re":3.0,"im":0.0,"unit":"kN/m"})");
 }
 
 // Zeros, angles, 1 x 1 matrices, and units in which results read well.
