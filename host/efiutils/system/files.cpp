@@ -28,13 +28,23 @@ std::string temporary_start(const std::string& name) {
   return std::string(".").append(name, 0, kMostOfName).append(".worksheet-");
 }
 
+std::string random_letters() {
+  constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyz012345";
+  std::string letters;
+  for (const unsigned char byte : random_mark()) letters += kLetters[byte % kLetters.size()];
+  return letters;
+}
+
 }  // namespace
 
 std::string temporary_name(const std::string& name) {
-  constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyz012345";
-  std::string made = temporary_start(name);
-  for (const unsigned char byte : random_mark()) made += kLetters[byte % kLetters.size()];
-  return made;
+  return temporary_start(name) + random_letters();
+}
+
+std::string temporary_path(const std::string& ending) {
+  std::error_code failed;
+  const fs::path directory = fs::temp_directory_path(failed);
+  return failed ? "" : (directory / ("worksheet-" + random_letters() + ending)).string();
 }
 
 std::string file_error_words(int error) {
@@ -94,7 +104,7 @@ std::optional<std::string> read_file(const std::string& path, int* error) {
 NewFile::NewFile(const std::string& path) {
   const fs::path target = target_of(path);
   const fs::path parent = target.has_parent_path() ? target.parent_path() : ".";
-  directory_ = open_directory(parent);
+  directory_ = open_directory(parent.string());
   name_ = target.filename().string();
   if (directory_.get() < 0)
     error_ = errno;

@@ -4,6 +4,7 @@
 #include <io.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <random>
 
@@ -71,8 +72,25 @@ Descriptor open_to_read(const std::string& path) {
   return opened(path, GENERIC_READ, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
 }
 
-Descriptor open_directory(const fs::path& path) {
+Descriptor open_to_wait(const std::string& path) {
+  return open_to_read(path);
+}
+
+Descriptor open_directory(const std::string& path) {
   return opened(path, FILE_LIST_DIRECTORY, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+}
+
+// What has been opened says where it stands.
+Descriptor open_beneath(const Descriptor& directory, const std::string&, const std::string& whole,
+                        Opened what) {
+  Descriptor found = what == Opened::file ? open_to_read(whole) : open_directory(whole);
+  if (found.get() < 0) return found;
+  const fs::path root = path_of(handle_of(directory.get())), path = path_of(handle_of(found.get()));
+  if (!root.empty() &&
+      std::mismatch(root.begin(), root.end(), path.begin(), path.end()).first == root.end())
+    return found;
+  errno = EACCES;
+  return Descriptor();
 }
 
 int file_error(int descriptor) {

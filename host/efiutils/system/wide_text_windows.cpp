@@ -32,6 +32,17 @@ std::wstring system_path(const std::filesystem::path& path) {
   return failed ? path.native() : L"\\\\?\\" + whole.native();
 }
 
+std::string last_error_words() {
+  constexpr DWORD kMost = 512;
+  wchar_t words[kMost];
+  const DWORD error = GetLastError();
+  const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                                      nullptr, error, 0, words, kMost, nullptr);
+  std::string text = narrow({words, length});
+  text.resize(text.find_last_not_of(" .\r\n") + 1);
+  return text.empty() ? "error " + std::to_string(error) : text;
+}
+
 int last_error() {
   switch (GetLastError()) {
     case ERROR_FILE_NOT_FOUND:

@@ -1,15 +1,13 @@
 // A pack's life in a host: its way into the catalogue and out of it, and loading and unloading.
-#include <dlfcn.h>
 #include <fmt/format.h>
-#include <stdlib.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
 #include "host/efiutils/catalogue.hpp"
 #include "host/packcheck/checks/checks.hpp"
 #include "host/packcheck/process/output_watch.hpp"
+#include "host/packcheck/process/surroundings.hpp"
 #include "host/packcheck/watch/environment.hpp"
 #include "host/packcheck/watch/heap.hpp"
 
@@ -92,7 +90,7 @@ void check_registration(Session& session) {
   expect_entries(session, 0, "after its undoing");
   expect_status(session, "DllUnregisterServer", false, "the second time");
   // A host that fails to do its part says so, and the pack passes it on.
-  setenv("WORKSHEET_CATALOGUE", "/dev/null/catalogue", 1);
+  set_variable("WORKSHEET_CATALOGUE", session.options.pack + "/catalogue");  // No directory.
   expect_status(session, "DllRegisterServer", false, "when the host cannot write the catalogue");
 }
 

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <map>
 
+#include "host/efiutils/system/platform.hpp"
+
 namespace packcheck {
 
 namespace {
@@ -68,7 +70,9 @@ std::optional<Status> read_options(int argc, char** argv, Options& options, Sele
   CLI::App app("Checks that a function pack keeps the promises that hosts rely on.");
   declare(app, options, selection);
   try {
-    app.parse(argc, argv);
+    const std::vector<std::string> words = efi::program_arguments(argc, argv);
+    // It wants the last one first.
+    app.parse(std::vector<std::string>(words.rbegin(), words.rend() - 1));
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kNothingFound : kNoPack;
   }

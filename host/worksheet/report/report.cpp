@@ -1,15 +1,12 @@
 #include "host/worksheet/report/report.hpp"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <sstream>
 
 #include "fmt/format.h"
+#include "host/efiutils/system/files.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/report/markup.hpp"
 #include "host/worksheet/report/outcome_markup.hpp"
@@ -173,13 +170,12 @@ void Report::add(const Outcome& outcome) {
 std::string report_objection(const std::string& path, const std::string& sheet) {
   namespace fs = std::filesystem;
   std::error_code failed;
-  const fs::path directory = fs::path(path).parent_path();
   if (path == "-") return "a report needs the name of a file";
   if (fs::exists(path, failed) && !fs::is_regular_file(path, failed))
     return "a report cannot be written there: it is no regular file";
   if (fs::equivalent(path, sheet, failed)) return "the report would replace the worksheet";
-  if (access(directory.empty() ? "." : directory.c_str(), W_OK) != 0)
-    return fmt::format("a report cannot be written there: {}", std::strerror(errno));
+  if (const int error = efi::NewFile(path).error())
+    return fmt::format("a report cannot be written there: {}", efi::file_error_words(error));
   return {};
 }
 

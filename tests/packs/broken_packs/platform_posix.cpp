@@ -1,0 +1,16 @@
+#include "tests/packs/broken_packs/platform.hpp"
+
+#include <signal.h>
+
+const int kSomeSignal = SIGUSR1;
+
+void block_signal() {
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, kSomeSignal);
+  sigprocmask(SIG_BLOCK, &set, nullptr);
+}
+
+void crash() {
+  raise(SIGSEGV);
+}

@@ -1,0 +1,13 @@
+#include "tests/packs/broken_packs/platform.hpp"
+
+#include <csignal>
+
+const int kSomeSignal = SIGTERM;
+
+// Nothing of that kind is there.
+void block_signal() {}
+
+void crash() {
+  int* volatile nowhere = nullptr;
+  *nowhere = 1;
+}
