@@ -1,6 +1,6 @@
-#include "tests/packs/broken_packs/platform.hpp"
-
 #include <signal.h>
+
+#include "tests/packs/broken_packs/platform.hpp"
 
 const int kSomeSignal = SIGUSR1;
 
