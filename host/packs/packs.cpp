@@ -5,6 +5,7 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/catalogue.hpp"
+#include "host/efiutils/system/paths.hpp"
 #include "host/efiutils/system/platform.hpp"
 #include "host/packs/leave.hpp"
 #include "host/packs/library.hpp"
@@ -50,10 +51,10 @@ Row read_row(const Pack* pack, const FunctionEntry& entry) {
 
 Pack::Pack(const std::string& path) : path_(path), handle_(nullptr) {
   std::error_code failed;
-  if (!std::filesystem::exists(path, failed))
+  if (!std::filesystem::exists(efi::path_of(path), failed))
     throw PackError(fmt::format("{}: no such file", path));
   // The loader would wait for what a pipe has to say.
-  if (!std::filesystem::is_regular_file(path, failed))
+  if (!std::filesystem::is_regular_file(efi::path_of(path), failed))
     throw PackError(fmt::format("{}: not a file", path));
   std::string reason;
   handle_ = open_library(path, &reason);
@@ -84,9 +85,10 @@ void Pack::read_table() {
 }
 
 std::string Pack::reference_path() const {
-  const std::filesystem::path library(path_);
-  const std::string name = library.filename().string();
-  return (library.parent_path() / (name.substr(0, name.find(kLibraryEnding)) + ".md")).string();
+  const std::filesystem::path library = efi::path_of(path_);
+  const std::string name = efi::utf8_of(library.filename());
+  return efi::utf8_of(library.parent_path() /
+                      efi::path_of(name.substr(0, name.find(kLibraryEnding)) + ".md"));
 }
 
 void Pack::call_registration(const char* name) const {
@@ -129,10 +131,10 @@ Anyval* call_handler(AnyHandler handler, EfiCallContext* c, std::span<Anyval* co
 std::string neighbouring_pack() {
   namespace fs = std::filesystem;
   std::error_code failed;
-  const fs::path program = efi::program_path();
+  const fs::path program = efi::path_of(efi::program_path());
   for (const char* directory : {".", WORKSHEET_LIBDIR}) {
     const fs::path pack = (program.parent_path() / directory / WORKSHEET_PACK).lexically_normal();
-    if (fs::exists(pack, failed)) return pack.string();
+    if (fs::exists(pack, failed)) return efi::utf8_of(pack);
   }
   return {};
 }

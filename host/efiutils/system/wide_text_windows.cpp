@@ -4,6 +4,8 @@
 
 #include <cerrno>
 
+#include "host/efiutils/system/paths.hpp"
+
 namespace efi {
 
 std::wstring wide(std::string_view utf8) {
@@ -41,6 +43,10 @@ std::string last_error_words() {
   std::string text = narrow({words, length});
   text.resize(text.find_last_not_of(" .\r\n") + 1);
   return text.empty() ? "error " + std::to_string(error) : text;
+}
+
+std::wstring system_path(const std::string& utf8) {
+  return system_path(path_of(utf8));
 }
 
 int last_error() {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "host/efiutils/catalogue.hpp"
+#include "host/efiutils/system/paths.hpp"
 #include "host/packcheck/checks/checks.hpp"
 #include "host/packcheck/process/output_watch.hpp"
 #include "host/packcheck/process/surroundings.hpp"
@@ -44,7 +45,8 @@ void expect_entries(Session& session, std::size_t count, const char* when) {
     return;
   }
   std::error_code failed;
-  if (count == 1 && !fs::equivalent(entries[0].path, session.options.pack, failed))
+  if (count == 1 &&
+      !fs::equivalent(efi::path_of(entries[0].path), efi::path_of(session.options.pack), failed))
     session.report("path",
                    fmt::format("{} the catalogue names the library {}", when, entries[0].path));
   if (count == 1 && entries[0].id.find_first_not_of("{-0}") == std::string::npos)

@@ -101,12 +101,18 @@ Child::Child(Channel& channel, const std::string& task, Perform) {
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
   start.hStdInput = input.reading;
+  // The C library drops what is written to streams that were not there at the start.
+  SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+  const HANDLE nowhere = CreateFileW(L"NUL", GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                     &inherited, OPEN_EXISTING, 0, nullptr);
+  start.hStdOutput = start.hStdError = nowhere;
   PROCESS_INFORMATION process = {};
   const std::wstring program = efi::system_path(efi::program_path());
   const bool begun = CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0,
                                     nullptr, nullptr, &start, &process) != 0;
   const std::string reason = begun ? "" : efi::last_error_words();
   CloseHandle(input.reading);
+  CloseHandle(nowhere);
   const efi::Descriptor to_child(
       _open_osfhandle(reinterpret_cast<std::intptr_t>(input.writing), O_BINARY));
   if (!begun) throw std::runtime_error("a process: " + reason);

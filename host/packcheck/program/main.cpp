@@ -11,6 +11,7 @@
 #include <functional>
 #include <system_error>
 
+#include "host/efiutils/system/paths.hpp"
 #include "host/packcheck/checks/checks.hpp"
 #include "host/packcheck/process/surroundings.hpp"
 #include "host/packcheck/program/options.hpp"
@@ -26,7 +27,9 @@ using namespace packcheck;
 // A directory for the catalogue of this run, so that no check touches the user's.
 class PrivateCatalogue {
  public:
-  PrivateCatalogue() { set_variable("WORKSHEET_CATALOGUE", (directory_ / "packs.json").string()); }
+  PrivateCatalogue() {
+    set_variable("WORKSHEET_CATALOGUE", efi::utf8_of(directory_ / "packs.json"));
+  }
   ~PrivateCatalogue() {
     std::error_code ignored;
     fs::remove_all(directory_, ignored);

@@ -81,10 +81,12 @@ void Runner::add_end(const std::string& check, const Target* target, const End& 
 
 std::vector<End> Runner::run_work(const std::string& check, const Target* target,
                                   const std::string& work, const Receive& receive) {
-  Task task = {work, options_, harmless(), {}, {}, 0};
+  Task task = {work, options_, {}, {}, {}, 0};
   if (target != nullptr) {
     task.at_hand.push_back(*target);
     task.skipped = lethal_[target->function.name];
+  } else {
+    task.targets = harmless();
   }
   std::vector<End> deaths;
   while (deaths.size() < kMostDeaths) {

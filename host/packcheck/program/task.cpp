@@ -16,7 +16,7 @@ namespace packcheck {
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Options, pack, pack_name, seed, depth, strict, time_limit,
                                    check_limit, only_call)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Target, function, base, is_taken)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Task, work, options, targets, at_hand, skipped, first_call)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Task, work, options, at_hand, targets, skipped, first_call)
 
 namespace {
 

@@ -17,8 +17,8 @@ inline constexpr const char* kFindBase = "find arguments";
 struct Task {
   std::string work;
   Options options;
-  std::vector<Target> targets;
-  std::vector<Target> at_hand;  // One of them, or none.
+  std::vector<Target> at_hand;  // The function; none in work on the pack as a whole,
+  std::vector<Target> targets;  // which gets those that it may call.
   std::set<int> skipped;
   int first_call;
 };

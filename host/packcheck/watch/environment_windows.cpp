@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <locale>
 
+#include "host/efiutils/system/paths.hpp"
 #include "host/efiutils/system/wide_text_windows.hpp"
 #include "host/packcheck/watch/environment.hpp"
 
@@ -68,7 +69,7 @@ Environment environment() {
   now.things = {{"the C locale", std::setlocale(LC_ALL, nullptr)},
                 {"the C++ locale", std::locale().name()},
                 {"the thread's locale", fmt::format("{}", GetThreadLocale())},
-                {"the working directory", fs::current_path(ignored).string()},
+                {"the working directory", efi::utf8_of(fs::current_path(ignored))},
                 {"the number of threads", fmt::format("{}", count_threads())},
                 {"the error mode", fmt::format("{:#x}", GetErrorMode())}};
   add_signals(now.things);

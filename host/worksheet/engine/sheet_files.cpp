@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "fmt/format.h"
+#include "host/efiutils/system/paths.hpp"
 
 namespace worksheet {
 
@@ -20,7 +21,8 @@ fs::path resolved(const fs::path& path) {
   return failed ? fs::path() : whole;
 }
 
-bool lies_below(const fs::path& path, const fs::path& root) {
+bool lies_below(const fs::path& path, const std::string& root_path) {
+  const fs::path root = efi::path_of(root_path);
   return std::mismatch(root.begin(), root.end(), path.begin(), path.end()).first == root.end();
 }
 
@@ -33,22 +35,25 @@ bool lies_below(const fs::path& path, const fs::path& root) {
 void SheetFiles::confine(const std::string& root) {
   root_ = efi::open_directory(root);
   if (root_.get() < 0) throw FileError(fmt::format("{}: {}", root, efi::file_error_words(errno)));
-  root_path_ = resolved(root).string();
+  root_path_ = efi::utf8_of(resolved(efi::path_of(root)));
 }
 
 std::string SheetFiles::path(const std::string& name) const {
-  const bool at_root = root_.get() >= 0 && !lies_below(resolved(directory), root_path_);
-  return (fs::path(at_root ? root_path_ : directory) / name).lexically_normal().string();
+  const bool at_root =
+      root_.get() >= 0 && !lies_below(resolved(efi::path_of(directory)), root_path_);
+  return efi::utf8_of(
+      (efi::path_of(at_root ? root_path_ : directory) / efi::path_of(name)).lexically_normal());
 }
 
 // The name as a path from the root on, without links.
 std::string SheetFiles::below_root(const std::string& name) const {
-  const bool at_root = !lies_below(resolved(directory), root_path_);
-  const fs::path whole = resolved(fs::path(at_root ? root_path_ : directory) / name);
+  const bool at_root = !lies_below(resolved(efi::path_of(directory)), root_path_);
+  const fs::path whole =
+      resolved(efi::path_of(at_root ? root_path_ : directory) / efi::path_of(name));
   if (whole.empty() || !lies_below(whole, root_path_))
     throw FileError(fmt::format("{}: lies outside of {}, to which the worksheet is confined", name,
                                 root_path_));
-  return whole.lexically_relative(root_path_).string();
+  return efi::utf8_of(whole.lexically_relative(efi::path_of(root_path_)));
 }
 
 bool SheetFiles::may_list(const std::string& name) const try {
@@ -59,7 +64,8 @@ bool SheetFiles::may_list(const std::string& name) const try {
 }
 
 efi::Descriptor SheetFiles::open_below(const std::string& relative, efi::Opened what) const {
-  return efi::open_beneath(root_, relative, (fs::path(root_path_) / relative).string(), what);
+  return efi::open_beneath(root_, relative,
+                           efi::utf8_of(efi::path_of(root_path_) / efi::path_of(relative)), what);
 }
 
 efi::Descriptor SheetFiles::open(const std::string& name) const {
@@ -79,11 +85,11 @@ std::string SheetFiles::read(const std::string& name) const {
 
 efi::NewFile SheetFiles::create(const std::string& name) {
   if (root_.get() < 0) return efi::NewFile(path(name));
-  const fs::path relative = below_root(name);
+  const fs::path relative = efi::path_of(below_root(name));
   const fs::path parent = relative.has_parent_path() ? relative.parent_path() : ".";
-  efi::Descriptor directory = open_below(parent.string(), efi::Opened::directory);
+  efi::Descriptor directory = open_below(efi::utf8_of(parent), efi::Opened::directory);
   if (directory.get() < 0) fail_to_write(name, errno);
-  return efi::NewFile(std::move(directory), relative.filename().string());
+  return efi::NewFile(std::move(directory), efi::utf8_of(relative.filename()));
 }
 
 void SheetFiles::fail_to_write(const std::string& name, int error) {

@@ -14,6 +14,7 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/system/files.hpp"
+#include "host/efiutils/system/paths.hpp"
 #include "host/efiutils/system/platform.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/limits.hpp"
@@ -95,8 +96,8 @@ bool run_file(Session& session, const std::string& path, Report* report) {
     complain(fmt::format("{}: is no text in UTF-8", path));
     return false;
   }
-  const auto directory = std::filesystem::path(path).parent_path();
-  session.machine().files.directory = directory.empty() ? "." : directory.string();
+  const auto directory = efi::path_of(path).parent_path();
+  session.machine().files.directory = directory.empty() ? "." : efi::utf8_of(directory);
   return run_descriptor(session, file.get(), path, report);
 }
 
@@ -107,7 +108,7 @@ std::unique_ptr<Report> wanted_report(const Options& options, const DisplayOptio
   if (!objection.empty()) throw std::runtime_error(fmt::format("{}: {}", options.html, objection));
   const bool named = !options.file.empty() && options.file != "-";
   const std::string name =
-      named ? std::filesystem::path(options.file).filename().string() : "worksheet";
+      named ? efi::utf8_of(efi::path_of(options.file).filename()) : "worksheet";
   return std::make_unique<Report>(name, display);
 }
 

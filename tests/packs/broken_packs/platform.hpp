@@ -2,5 +2,6 @@
 #pragma once
 
 extern const int kSomeSignal;
+extern const char* const kSomeLocale;  // Other than the one that programs begin with.
 void block_signal();
 void crash();

@@ -3,6 +3,7 @@
 #include "tests/packs/broken_packs/platform.hpp"
 
 const int kSomeSignal = SIGUSR1;
+const char* const kSomeLocale = "C.UTF-8";
 
 void block_signal() {
   sigset_t set;

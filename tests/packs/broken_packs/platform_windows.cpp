@@ -3,11 +3,12 @@
 #include "tests/packs/broken_packs/platform.hpp"
 
 const int kSomeSignal = SIGTERM;
+const char* const kSomeLocale = "English_United States.1252";
 
 // Nothing of that kind is there.
 void block_signal() {}
 
 void crash() {
-  int* volatile nowhere = nullptr;
+  volatile int* volatile nowhere = nullptr;
   *nowhere = 1;
 }
