@@ -65,7 +65,7 @@ function(add_pack name faults)
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:matrix_options> EfiUtils)
   if(WIN32)
     target_sources(${name} PRIVATE ${pack_exports})
-    forbid_vex(${name} pack_objects)
+    forbid_vex(${name} $<TARGET_OBJECTS:pack_objects>)
   else()
     target_link_options(${name} PRIVATE -Wl,--version-script=${pack_exports})
     # clang's sanitizers are part of the program, not of its libraries.

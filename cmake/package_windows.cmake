@@ -10,16 +10,20 @@ target_include_directories(minimal_host PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(minimal_host PRIVATE EfiUtils)
 
 install(TARGETS minimal_host RUNTIME DESTINATION bin)
+if(MATRIX_WORKSHEET)
+  install(TARGETS worksheet RUNTIME DESTINATION bin)
+endif()
 install(FILES ${runtime_libraries} DESTINATION bin)
 install(FILES README.md CHANGELOG.md DESTINATION doc)
-file(GLOB documents CONFIGURE_DEPENDS docs/*.md)
+file(GLOB documents CONFIGURE_DEPENDS docs/*.md docs/*.png)
 install(FILES ${documents} DESTINATION doc/docs)
 install(DIRECTORY examples/ DESTINATION examples)
 
-# The terms of the runtime libraries, as the packages that brought them state them.
+# The terms of what is shipped besides our own, the runtime libraries and the libraries of headers that
+# are compiled in, as the packages that brought them state them.
 string(REPLACE "_" "-" machine ${CMAKE_SYSTEM_PROCESSOR})
-set(runtime_terms gcc-mingw-w64-${machine}-posix-runtime mingw-w64-${machine}-dev)
-foreach(package ${runtime_terms})
+foreach(package gcc-mingw-w64-${machine}-posix-runtime mingw-w64-${machine}-dev
+    libcli11-dev libfmt-dev nlohmann-json3-dev)
   install(FILES /usr/share/doc/${package}/copyright DESTINATION licences RENAME ${package}.txt)
 endforeach()
 

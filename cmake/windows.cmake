@@ -17,9 +17,9 @@ foreach(name ${runtime_names})
   list(APPEND runtime_libraries ${PROJECT_BINARY_DIR}/${name})
 endforeach()
 
-# forbid_vex(TARGET OBJECTS): the build of the target fails if the object library has AVX instructions.
-function(forbid_vex target objects)
+# forbid_vex(TARGET FILES): the build of the target fails if AVX instructions are in these files of code.
+function(forbid_vex target files)
   add_custom_command(TARGET ${target} POST_BUILD VERBATIM COMMAND ${CMAKE_COMMAND}
-    -D OBJDUMP=${CMAKE_OBJDUMP} -D "OBJECTS=$<JOIN:$<TARGET_OBJECTS:${objects}>, >"
+    -D OBJDUMP=${CMAKE_OBJDUMP} -D "FILES=$<JOIN:${files}, >"
     -P ${PROJECT_SOURCE_DIR}/cmake/windows/no_vex.cmake)
 endfunction()

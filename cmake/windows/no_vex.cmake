@@ -1,8 +1,8 @@
 # Fails if code that may be left by a fault's exception holds AVX instructions: the unwinder would read
 # them from their second byte (host/efiutils/fault_landing_x86_64.cpp). Kernels, which own nothing, may.
-#   cmake -D OBJDUMP=... -D "OBJECTS=a.obj b.obj" -P no_vex.cmake
-separate_arguments(OBJECTS)
-execute_process(COMMAND ${OBJDUMP} --disassemble --no-show-raw-insn ${OBJECTS}
+#   cmake -D OBJDUMP=... -D "FILES=a.obj b.obj" -P no_vex.cmake
+separate_arguments(FILES)
+execute_process(COMMAND ${OBJDUMP} --disassemble --no-show-raw-insn ${FILES}
   OUTPUT_VARIABLE code COMMAND_ERROR_IS_FATAL ANY)
 if(NOT code MATCHES "\tmov")
   message(FATAL_ERROR "no code found")

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/efiutils/system/files.hpp"
+#include "host/efiutils/system/paths.hpp"
 #include "host/efiutils/system/platform.hpp"
 #include "pack/host_interface.hpp"
 
@@ -58,7 +59,7 @@ template <class Change>
 void update_catalogue(Change change) {
   const std::string path = catalogue_path();
   std::error_code ignored;
-  fs::create_directories(fs::path(path).parent_path(), ignored);
+  fs::create_directories(efi::path_of(path).parent_path(), ignored);
   const Descriptor lock = locked(path);
   remove_leavings(path);
   std::vector<CatalogueEntry> entries = read_catalogue();
@@ -83,7 +84,7 @@ std::string identifier_text(const PackIdentifier& identifier) {
 std::string library_path(const void* module) {
   const std::string library = library_of(module);
   if (library.empty()) throw CatalogueError("the module's library is not known");
-  return fs::absolute(library).lexically_normal().string();
+  return efi::utf8_of(fs::absolute(efi::path_of(library)).lexically_normal());
 }
 
 // Runs a registration; 0, or 1 and the reason in last_failure.
@@ -122,7 +123,7 @@ std::vector<CatalogueEntry> read_catalogue() {
 }
 
 bool forget_pack(const std::string& path) {
-  const std::string library = fs::absolute(path).lexically_normal().string();
+  const std::string library = efi::utf8_of(fs::absolute(efi::path_of(path)).lexically_normal());
   bool found = false;
   update_catalogue([&](std::vector<CatalogueEntry>& entries) {
     found = std::erase_if(entries, [&](const CatalogueEntry& e) { return e.path == library; }) != 0;

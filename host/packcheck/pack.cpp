@@ -1,11 +1,10 @@
 #include "host/packcheck/pack.hpp"
 
-#include <dlfcn.h>
-#include <link.h>
-
 #include <algorithm>
 
 #include "host/efiutils/function_info.hpp"
+#include "host/packcheck/watch/library_symbols.hpp"
+#include "host/packs/library.hpp"
 
 namespace packcheck {
 
@@ -23,14 +22,6 @@ constexpr struct {
                     {"eigenvals(Anyval*, Anyval*)", worksheet::kEigenvalsSymbol, 2},
                     {"eigenvecs(Anyval*)", worksheet::kEigenvecsSymbol, 1}};
 
-// The size of the object that a symbol stands for; 0 where it is not told.
-std::size_t object_size(const void* address) {
-  Dl_info info;
-  void* found = nullptr;
-  if (dladdr1(address, &info, &found, RTLD_DL_SYMENT) == 0 || found == nullptr) return 0;
-  return static_cast<std::size_t>(static_cast<const ElfW(Sym)*>(found)->st_size);
-}
-
 std::span<const FunctionEntry> table_of(const Pack& pack) {
   const auto* const table = static_cast<const FunctionEntry*>(pack.symbol("theEfi"));
   const auto* const count = static_cast<const std::int32_t*>(pack.symbol("numFuncs"));
@@ -41,18 +32,20 @@ std::span<const FunctionEntry> table_of(const Pack& pack) {
 
 }  // namespace
 
-Pack::Pack(const std::string& path) : handle_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-  if (handle_ == nullptr) throw worksheet::PackError(dlerror());
+Pack::Pack(const std::string& path) {
+  std::string reason;
+  handle_ = worksheet::open_library(path, &reason);
+  if (handle_ == nullptr) throw worksheet::PackError(reason);
   memory_ = AddressSpace();
   rows_ = table_of(*this);
 }
 
 Pack::~Pack() {
-  dlclose(handle_);
+  worksheet::close_library(handle_);
 }
 
 void* Pack::symbol(const char* name) const {
-  return dlsym(handle_, name);
+  return worksheet::find_symbol(handle_, name);
 }
 
 std::vector<Function> callable_functions(const Pack& pack) {

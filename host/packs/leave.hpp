@@ -1,9 +1,10 @@
 // The way out of a pack's function that takes too long.
 //
 // A pack has nobody to ask whether to go on, and a process for every call would cost more than most
-// calls take. So a signal handler jumps out of the call, but only while the processor is in the
-// pack's own code: no lock of the C library or of the host is held then. What the call has taken
-// from memory stays taken; a pack that keeps something between calls may keep half of it.
+// calls take. So a signal handler jumps out of the call (on Windows another thread makes the one of
+// the call do so), but only while the processor is in the pack's own code: no lock of the C library
+// or of the host is held then. What the call has taken from memory stays taken; a pack that keeps
+// something between calls may keep half of it. leave_posix.cpp, leave_windows.cpp.
 #pragma once
 
 #include <functional>
@@ -20,12 +21,13 @@ void forget_pack_code(const void* symbol);
 // floating-point control words are then those of a signal handler. Passes exceptions on.
 bool run_to_leave(const std::function<Anyval*()>& entry, Anyval** result);
 
-// --- In a signal handler of the thread that makes the calls ---
+// --- In a signal handler of the thread that makes the calls, or while that stands still ---
 
 // Whether such a call is under way.
 bool is_in_pack_call();
-// Leaves the innermost call. Comes back where that cannot be at this moment: `context` is the
-// ucontext_t of the interrupted code.
-void leave_pack_call(const void* context);
+// Leaves the innermost call. False where that cannot be at this moment. `context` is what was
+// interrupted: a ucontext_t, and then this does not come back; or a CONTEXT, with which the thread
+// is to go on.
+bool leave_pack_call(void* context);
 
 }  // namespace worksheet

@@ -1,13 +1,14 @@
 #include "host/packs/packs.hpp"
 
-#include <dlfcn.h>
-
 #include <cstdlib>
 #include <filesystem>
 
 #include "fmt/format.h"
 #include "host/efiutils/catalogue.hpp"
+#include "host/efiutils/system/paths.hpp"
+#include "host/efiutils/system/platform.hpp"
 #include "host/packs/leave.hpp"
+#include "host/packs/library.hpp"
 
 namespace worksheet {
 
@@ -46,26 +47,22 @@ Row read_row(const Pack* pack, const FunctionEntry& entry) {
   return row;
 }
 
-// The loader looks a bare name up in its own directories; a path is meant here.
-std::string loader_path(const std::string& path) {
-  return path.find('/') == std::string::npos ? "./" + path : path;
-}
-
 }  // namespace
 
 Pack::Pack(const std::string& path) : path_(path), handle_(nullptr) {
   std::error_code failed;
-  if (!std::filesystem::exists(path, failed))
+  if (!std::filesystem::exists(efi::path_of(path), failed))
     throw PackError(fmt::format("{}: no such file", path));
   // The loader would wait for what a pipe has to say.
-  if (!std::filesystem::is_regular_file(path, failed))
+  if (!std::filesystem::is_regular_file(efi::path_of(path), failed))
     throw PackError(fmt::format("{}: not a file", path));
-  handle_ = dlopen(loader_path(path).c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (handle_ == nullptr) throw PackError(dlerror());
+  std::string reason;
+  handle_ = open_library(path, &reason);
+  if (handle_ == nullptr) throw PackError(reason);
   try {
     read_table();
   } catch (const PackError& error) {
-    dlclose(handle_);
+    close_library(handle_);
     throw PackError(fmt::format("{} is not a function pack: {}", path, error.what()));
   }
   add_pack_code(table_);
@@ -73,28 +70,29 @@ Pack::Pack(const std::string& path) : path_(path), handle_(nullptr) {
 
 Pack::~Pack() {
   forget_pack_code(table_);
-  dlclose(handle_);
+  close_library(handle_);
 }
 
 void Pack::read_table() {
-  const auto* const count = static_cast<const std::int32_t*>(dlsym(handle_, "numFuncs"));
-  const auto* const table = static_cast<const FunctionEntry*>(dlsym(handle_, "theEfi"));
+  const auto* const count = static_cast<const std::int32_t*>(find_symbol(handle_, "numFuncs"));
+  const auto* const table = static_cast<const FunctionEntry*>(find_symbol(handle_, "theEfi"));
   if (count == nullptr || table == nullptr) throw PackError("it has no function table");
   table_ = table;
   if (*count < 1 || *count > kMostRows) throw PackError("its function count makes no sense");
   for (std::int32_t k = 0; k < *count; ++k) rows_.push_back(read_row(this, table[k]));
-  inverse_ = function_at<Inverse>(dlsym(handle_, kInverseSymbol));
-  identity_ = function_at<Identity>(dlsym(handle_, kIdentitySymbol));
+  inverse_ = function_at<Inverse>(find_symbol(handle_, kInverseSymbol));
+  identity_ = function_at<Identity>(find_symbol(handle_, kIdentitySymbol));
 }
 
 std::string Pack::reference_path() const {
-  const std::filesystem::path library(path_);
-  const std::string name = library.filename().string();
-  return (library.parent_path() / (name.substr(0, name.find(".so")) + ".md")).string();
+  const std::filesystem::path library = efi::path_of(path_);
+  const std::string name = efi::utf8_of(library.filename());
+  return efi::utf8_of(library.parent_path() /
+                      efi::path_of(name.substr(0, name.find(kLibraryEnding)) + ".md"));
 }
 
 void Pack::call_registration(const char* name) const {
-  const auto entry = function_at<std::int32_t (*)()>(dlsym(handle_, name));
+  const auto entry = function_at<std::int32_t (*)()>(find_symbol(handle_, name));
   if (entry == nullptr) throw PackError(fmt::format("{} does not export {}", path_, name));
   if (const std::int32_t status = entry(); status != 0)
     throw PackError(fmt::format("{}: {}", path_, efi::catalogue_failure()));
@@ -133,10 +131,10 @@ Anyval* call_handler(AnyHandler handler, EfiCallContext* c, std::span<Anyval* co
 std::string neighbouring_pack() {
   namespace fs = std::filesystem;
   std::error_code failed;
-  const fs::path program = fs::read_symlink("/proc/self/exe", failed);
+  const fs::path program = efi::path_of(efi::program_path());
   for (const char* directory : {".", WORKSHEET_LIBDIR}) {
     const fs::path pack = (program.parent_path() / directory / WORKSHEET_PACK).lexically_normal();
-    if (fs::exists(pack, failed)) return pack.string();
+    if (fs::exists(pack, failed)) return efi::utf8_of(pack);
   }
   return {};
 }

@@ -2,7 +2,8 @@
 //
 // The file lies in share/matrix-pack below the directory of the program or one above it, both where
 // programs are built and where they are installed. It is read when the first unit is met: many
-// worksheets have none.
+// worksheets have none. Programs for Windows, where those libraries are not, have the list built
+// in: unit_database_posix.cpp, unit_database_windows.cpp.
 #pragma once
 
 #include <string>

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/efiutils/system/files_platform.hpp"
+#include "host/efiutils/system/paths.hpp"
 
 namespace efi {
 
@@ -28,13 +29,23 @@ std::string temporary_start(const std::string& name) {
   return std::string(".").append(name, 0, kMostOfName).append(".worksheet-");
 }
 
+std::string random_letters() {
+  constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyz012345";
+  std::string letters;
+  for (const unsigned char byte : random_mark()) letters += kLetters[byte % kLetters.size()];
+  return letters;
+}
+
 }  // namespace
 
 std::string temporary_name(const std::string& name) {
-  constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyz012345";
-  std::string made = temporary_start(name);
-  for (const unsigned char byte : random_mark()) made += kLetters[byte % kLetters.size()];
-  return made;
+  return temporary_start(name) + random_letters();
+}
+
+std::string temporary_path(const std::string& ending) {
+  std::error_code failed;
+  const fs::path directory = fs::temp_directory_path(failed);
+  return failed ? "" : utf8_of(directory / path_of("worksheet-" + random_letters() + ending));
 }
 
 std::string file_error_words(int error) {
@@ -92,10 +103,10 @@ std::optional<std::string> read_file(const std::string& path, int* error) {
 // --- New files ---
 
 NewFile::NewFile(const std::string& path) {
-  const fs::path target = target_of(path);
+  const fs::path target = target_of(path_of(path));
   const fs::path parent = target.has_parent_path() ? target.parent_path() : ".";
-  directory_ = open_directory(parent);
-  name_ = target.filename().string();
+  directory_ = open_directory(utf8_of(parent));
+  name_ = utf8_of(target.filename());
   if (directory_.get() < 0)
     error_ = errno;
   else
@@ -131,13 +142,13 @@ int replace_file(const std::string& path, std::string_view content) {
 }
 
 void remove_leavings(const std::string& path) {
-  const fs::path target = target_of(path);
+  const fs::path target = target_of(path_of(path));
   const fs::path parent = target.has_parent_path() ? target.parent_path() : ".";
-  const std::string start = temporary_start(target.filename().string());
+  const std::string start = temporary_start(utf8_of(target.filename()));
   std::error_code ignored;
   std::vector<fs::path> leavings;
   for (const auto& entry : fs::directory_iterator(parent, ignored)) {
-    const std::string name = entry.path().filename().string();
+    const std::string name = utf8_of(entry.path().filename());
     if (name.starts_with(start) && name.size() == start.size() + kMarkLength)
       leavings.push_back(entry.path());
   }

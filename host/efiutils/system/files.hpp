@@ -44,6 +44,16 @@ int read_all(int descriptor, std::string& content);
 // 0 for a file that was opened, else why it is none: a directory, a pipe or a device.
 int file_error(int descriptor);
 
+// Opens what stands at a path. Negative: errno says why not. A pipe is not waited for.
+Descriptor open_to_read(const std::string& path);
+Descriptor open_to_wait(const std::string& path);  // A pipe is.
+Descriptor open_directory(const std::string& path);
+// The same for a path without links below an open directory, of which `whole` is the path from the
+// start on, and for nothing outside of it, whoever puts a link in the way meanwhile.
+enum class Opened { file, directory };
+Descriptor open_beneath(const Descriptor& directory, const std::string& path,
+                        const std::string& whole, Opened what);
+
 // The content of a file; anything else that stands there is refused, and not waited for. Nothing
 // when it cannot be had, and then *error says why.
 std::optional<std::string> read_file(const std::string& path, int* error = nullptr);
@@ -88,6 +98,10 @@ class NewFile {
 // Writes the content to a new file that takes the place of `path` when it is whole. Gives 0, or why
 // nothing has changed.
 int replace_file(const std::string& path, std::string_view content);
+
+// A path with this ending in the directory of temporary files where, most likely, nothing stands.
+// Empty when there is no such directory.
+std::string temporary_path(const std::string& ending);
 
 // Removes the temporary files that a NewFile for `path` left beside it where the program was killed
 // in the moment of the change. Not while another one is being made.

@@ -24,8 +24,4 @@ Mark random_mark();
 // The path with links in its last place followed, also where they lead to no file yet.
 std::filesystem::path target_of(std::filesystem::path path);
 
-// Open what stands at the path. Negative: errno says why not. A pipe is not waited for.
-Descriptor open_to_read(const std::string& path);
-Descriptor open_directory(const std::filesystem::path& path);
-
 }  // namespace efi

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -9,6 +10,10 @@
 
 #include "host/efiutils/system/files.hpp"
 #include "host/efiutils/system/files_platform.hpp"
+
+#ifdef SYS_openat2
+#include <linux/openat2.h>
+#endif
 
 namespace efi {
 
@@ -18,6 +23,8 @@ namespace fs = std::filesystem;
 
 constexpr int kMostLinks = 40;  // In a row, as the system has it.
 
+constexpr int kReading = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+constexpr int kEntering = O_PATH | O_DIRECTORY | O_CLOEXEC;
 constexpr int kWriting = O_WRONLY | O_CLOEXEC;
 constexpr mode_t kMode = 0666;  // Of a new file, less the user's mask.
 
@@ -51,11 +58,35 @@ fs::path target_of(fs::path path) {
 }
 
 Descriptor open_to_read(const std::string& path) {
-  return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  return Descriptor(open(path.c_str(), kReading));
 }
 
-Descriptor open_directory(const fs::path& path) {
-  return Descriptor(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+Descriptor open_to_wait(const std::string& path) {
+  return Descriptor(open(path.c_str(), kReading & ~O_NONBLOCK));
+}
+
+Descriptor open_directory(const std::string& path) {
+  return Descriptor(open(path.c_str(), kEntering));
+}
+
+// Where the system is too old to promise it, the last name at least is no link.
+Descriptor open_beneath(const Descriptor& directory, const std::string& path,
+                        const std::string& whole, Opened what) {
+  const int flags = what == Opened::file ? kReading : kEntering;
+#ifdef SYS_openat2
+  constexpr int kMostAttempts = 10;  // Directories that are moved meanwhile interrupt.
+  open_how how = {};
+  how.flags = static_cast<std::uint64_t>(flags);
+  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+  for (int k = 0; k < kMostAttempts; ++k) {
+    const auto opened =
+        static_cast<int>(syscall(SYS_openat2, directory.get(), path.c_str(), &how, sizeof how));
+    if (opened >= 0) return Descriptor(opened);
+    if (errno == ENOSYS || errno == EPERM) break;
+    if (errno != EAGAIN) return Descriptor();
+  }
+#endif
+  return Descriptor(open(whole.c_str(), flags | O_NOFOLLOW));
 }
 
 int file_error(int descriptor) {

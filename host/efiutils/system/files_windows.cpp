@@ -4,11 +4,13 @@
 #include <io.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <random>
 
 #include "host/efiutils/system/files.hpp"
 #include "host/efiutils/system/files_platform.hpp"
+#include "host/efiutils/system/paths.hpp"
 #include "host/efiutils/system/wide_text_windows.hpp"
 
 namespace efi {
@@ -68,11 +70,28 @@ fs::path target_of(fs::path path) {
 }
 
 Descriptor open_to_read(const std::string& path) {
-  return opened(path, GENERIC_READ, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+  return opened(path_of(path), GENERIC_READ, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
 }
 
-Descriptor open_directory(const fs::path& path) {
-  return opened(path, FILE_LIST_DIRECTORY, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+Descriptor open_to_wait(const std::string& path) {
+  return open_to_read(path);
+}
+
+Descriptor open_directory(const std::string& path) {
+  return opened(path_of(path), FILE_LIST_DIRECTORY, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+}
+
+// What has been opened says where it stands.
+Descriptor open_beneath(const Descriptor& directory, const std::string&, const std::string& whole,
+                        Opened what) {
+  Descriptor found = what == Opened::file ? open_to_read(whole) : open_directory(whole);
+  if (found.get() < 0) return found;
+  const fs::path root = path_of(handle_of(directory.get())), path = path_of(handle_of(found.get()));
+  if (!root.empty() &&
+      std::mismatch(root.begin(), root.end(), path.begin(), path.end()).first == root.end())
+    return found;
+  errno = EACCES;
+  return Descriptor();
 }
 
 int file_error(int descriptor) {
@@ -89,19 +108,19 @@ int file_error(int descriptor) {
 NewFile::~NewFile() {
   if (temporary_.empty()) return;
   file_.close();
-  DeleteFileW(system_path(path_of(handle_of(directory_.get())) / temporary_).c_str());
+  DeleteFileW(system_path(path_of(handle_of(directory_.get())) / path_of(temporary_)).c_str());
 }
 
 int NewFile::look() {
   if (name_.empty()) return EISDIR;
-  const int error = kind_error(path_of(handle_of(directory_.get())) / name_);
+  const int error = kind_error(path_of(handle_of(directory_.get())) / path_of(name_));
   replaces_ = error == 0;
   return error == ENOENT ? 0 : error;
 }
 
 void NewFile::open_temporary() {
   error_ = with_free_name([this](const std::string& name) {
-    file_ = opened(path_of(handle_of(directory_.get())) / name, GENERIC_WRITE, CREATE_NEW);
+    file_ = opened(path_of(handle_of(directory_.get())) / path_of(name), GENERIC_WRITE, CREATE_NEW);
     return file_.get() < 0 ? errno : 0;
   });
 }
@@ -109,8 +128,8 @@ void NewFile::open_temporary() {
 int NewFile::take_place() {
   if (const int error = look()) return error;
   const fs::path directory = path_of(handle_of(directory_.get()));
-  const std::wstring from = system_path(directory / temporary_);
-  const std::wstring to = system_path(directory / name_);
+  const std::wstring from = system_path(directory / path_of(temporary_));
+  const std::wstring to = system_path(directory / path_of(name_));
   file_.close();
   // Who reads the old file holds its name for a moment.
   constexpr int kMostTries = 200;

@@ -4,10 +4,13 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "host/efiutils/system/files.hpp"
 
 namespace efi {
+
+#pragma GCC visibility push(default)
 
 // Memory of zeros below 4 GiB; null when it cannot be had. Gives it back.
 void* map_low(std::size_t bytes);
@@ -15,6 +18,15 @@ void unmap_low(void* memory, std::size_t bytes);
 
 // The value of an environment variable; empty if there is none.
 std::string environment(const char* name);
+
+// The arguments of the program, its name first.
+std::vector<std::string> program_arguments(int argc, char** argv);
+
+// The path of the program that runs; empty when it is not known.
+std::string program_path();
+
+// Whether what is read or written there is a terminal.
+bool is_terminal(int descriptor);
 
 // The directory in which programs keep data of the user's.
 std::string user_data();
@@ -34,5 +46,7 @@ bool take_lock(int descriptor);
 inline constexpr unsigned kPipeRoom = 4096;
 int wait_for_room(int descriptor, int milliseconds);
 int wait_for_input(int descriptor, int milliseconds);
+
+#pragma GCC visibility pop
 
 }  // namespace efi

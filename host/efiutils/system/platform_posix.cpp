@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 
 #include "host/efiutils/system/platform.hpp"
 
@@ -47,6 +48,19 @@ void unmap_low(void* memory, std::size_t bytes) {
 std::string environment(const char* name) {
   const char* const value = std::getenv(name);
   return value == nullptr ? "" : value;
+}
+
+std::vector<std::string> program_arguments(int argc, char** argv) {
+  return {argv, argv + argc};
+}
+
+bool is_terminal(int descriptor) {
+  return isatty(descriptor) != 0;
+}
+
+std::string program_path() {
+  std::error_code failed;
+  return std::filesystem::read_symlink("/proc/self/exe", failed).string();
 }
 
 std::string user_data() {

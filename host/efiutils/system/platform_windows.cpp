@@ -1,6 +1,8 @@
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
+// After it.
+#include <shellapi.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -40,6 +42,35 @@ std::string environment(const char* name) {
   return value == nullptr ? "" : narrow(value);
 }
 
+std::vector<std::string> program_arguments(int, char**) {
+  int count = 0;
+  wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
+  std::vector<std::string> arguments;
+  for (int k = 0; k < count; ++k) arguments.push_back(narrow(words[k]));
+  LocalFree(words);
+  return arguments;
+}
+
+bool is_terminal(int descriptor) {
+  DWORD mode = 0;
+  return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), &mode) != 0;
+}
+
+namespace {
+
+std::string file_of(HMODULE module) {
+  constexpr DWORD kMost = 1 << 15;
+  std::wstring path(kMost, L'\0');
+  path.resize(GetModuleFileNameW(module, path.data(), kMost));
+  return narrow(path);
+}
+
+}  // namespace
+
+std::string program_path() {
+  return file_of(nullptr);
+}
+
 std::string user_data() {
   for (const char* name : {"LOCALAPPDATA", "USERPROFILE"})
     if (std::string data = environment(name); !data.empty()) return data;
@@ -51,10 +82,7 @@ std::string library_of(const void* address) {
   constexpr DWORD kKind =
       GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
   if (GetModuleHandleExW(kKind, static_cast<const wchar_t*>(address), &module) == 0) return "";
-  constexpr std::size_t kMost = 1 << 15;
-  std::wstring path(kMost, L'\0');
-  path.resize(GetModuleFileNameW(module, path.data(), kMost));
-  return narrow(path);
+  return file_of(module);
 }
 
 // --- Locks ---

@@ -4,6 +4,8 @@
 
 #include <cerrno>
 
+#include "host/efiutils/system/paths.hpp"
+
 namespace efi {
 
 std::wstring wide(std::string_view utf8) {
@@ -30,6 +32,21 @@ std::wstring system_path(const std::filesystem::path& path) {
   std::error_code failed;
   const auto whole = std::filesystem::absolute(path, failed).lexically_normal().make_preferred();
   return failed ? path.native() : L"\\\\?\\" + whole.native();
+}
+
+std::string last_error_words() {
+  constexpr DWORD kMost = 512;
+  wchar_t words[kMost];
+  const DWORD error = GetLastError();
+  const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                                      nullptr, error, 0, words, kMost, nullptr);
+  std::string text = narrow({words, length});
+  text.resize(text.find_last_not_of(" .\r\n") + 1);
+  return text.empty() ? "error " + std::to_string(error) : text;
+}
+
+std::wstring system_path(const std::string& utf8) {
+  return system_path(path_of(utf8));
 }
 
 int last_error() {

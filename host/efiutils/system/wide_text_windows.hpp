@@ -15,9 +15,11 @@ std::string narrow(std::wstring_view utf16);
 
 // A path of any length for the system's functions.
 std::wstring system_path(const std::filesystem::path& path);
+std::wstring system_path(const std::string& utf8);
 
-// The errno that says what GetLastError says.
+// The errno that says what GetLastError says, and the system's words for it.
 int last_error();
+std::string last_error_words();
 
 #pragma GCC visibility pop
 

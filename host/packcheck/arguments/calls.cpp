@@ -234,7 +234,7 @@ class CallList {
     made.seed = random_.next() >> 40;
     if (!random_.one_in(8)) return made;
     made.special = kSpecials[random_.below(std::size(kSpecials))];
-    made.place = random_.next() >> 40;
+    made.place = static_cast<std::size_t>(random_.next() >> 40);
     return made;
   }
 

@@ -1,15 +1,14 @@
 // A pack's life in a host: its way into the catalogue and out of it, and loading and unloading.
-#include <dlfcn.h>
 #include <fmt/format.h>
-#include <stdlib.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
 #include "host/efiutils/catalogue.hpp"
+#include "host/efiutils/system/paths.hpp"
 #include "host/packcheck/checks/checks.hpp"
 #include "host/packcheck/process/output_watch.hpp"
+#include "host/packcheck/process/surroundings.hpp"
 #include "host/packcheck/watch/environment.hpp"
 #include "host/packcheck/watch/heap.hpp"
 
@@ -46,7 +45,8 @@ void expect_entries(Session& session, std::size_t count, const char* when) {
     return;
   }
   std::error_code failed;
-  if (count == 1 && !fs::equivalent(entries[0].path, session.options.pack, failed))
+  if (count == 1 &&
+      !fs::equivalent(efi::path_of(entries[0].path), efi::path_of(session.options.pack), failed))
     session.report("path",
                    fmt::format("{} the catalogue names the library {}", when, entries[0].path));
   if (count == 1 && entries[0].id.find_first_not_of("{-0}") == std::string::npos)
@@ -92,7 +92,7 @@ void check_registration(Session& session) {
   expect_entries(session, 0, "after its undoing");
   expect_status(session, "DllUnregisterServer", false, "the second time");
   // A host that fails to do its part says so, and the pack passes it on.
-  setenv("WORKSHEET_CATALOGUE", "/dev/null/catalogue", 1);
+  set_variable("WORKSHEET_CATALOGUE", session.options.pack + "/catalogue");  // No directory.
   expect_status(session, "DllRegisterServer", false, "when the host cannot write the catalogue");
 }
 

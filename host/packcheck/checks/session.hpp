@@ -80,7 +80,7 @@ class Session {
   ~Session();
 
   const Options& options;
-  const std::vector<Target>& targets;  // The functions that can be called.
+  const std::vector<Target>& targets;  // In a check of the pack as a whole: what can be called.
   const Target* target;                // The one at hand; null in a check of the pack as a whole.
 
   // The pack; loaded with the first use.

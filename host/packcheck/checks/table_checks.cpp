@@ -1,5 +1,4 @@
 // What a host reads from a pack: its symbols, its table and the records that the rows point at.
-#include <dlfcn.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -7,8 +6,9 @@
 #include <set>
 
 #include "host/efiutils/function_info.hpp"
+#include "host/efiutils/system/platform.hpp"
 #include "host/packcheck/checks/checks.hpp"
-#include "host/packcheck/watch/elf_symbols.hpp"
+#include "host/packcheck/watch/library_symbols.hpp"
 #include "host/packs/unit_rule.hpp"
 
 namespace packcheck {
@@ -74,7 +74,7 @@ void check_exports(Session& session) {
       session.report("missing", fmt::format("does not show {}", name));
   const auto* const count = static_cast<const std::int32_t*>(pack.symbol("numFuncs"));
   for (const Symbol& symbol : shown_symbols(session.options.pack)) {
-    if (symbol.name == "theEfi" && count != nullptr &&
+    if (symbol.name == "theEfi" && count != nullptr && symbol.size != 0 &&
         symbol.size != static_cast<std::uint64_t>(*count) * sizeof(FunctionEntry))
       session.report("count", fmt::format("numFuncs is {}, and theEfi has room for {} rows", *count,
                                           symbol.size / sizeof(FunctionEntry)));
@@ -143,15 +143,14 @@ void check_contexts(Session& session) {
 
 void check_handlers(Session& session) {
   const AddressSpace& memory = session.pack().memory();
-  Dl_info pack = {}, handler = {};
-  dladdr(session.pack().symbol("theEfi"), &pack);
+  const std::string pack = efi::library_of(session.pack().symbol("theEfi"));
   for_each_row(session, [&](const FunctionEntry& row, auto report) {
     const void* const code = reinterpret_cast<const void*>(row.handler);
     if (code == nullptr)
       report("missing", "it has no handler");
     else if (!memory.executable(code))
       report("code", fmt::format("its handler, {}, is no code", code));
-    else if (dladdr(code, &handler) == 0 || handler.dli_fbase != pack.dli_fbase)
+    else if (efi::library_of(code) != pack)
       report("foreign", "its handler is not in the pack");
   });
 }

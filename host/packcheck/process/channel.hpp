@@ -1,11 +1,12 @@
 // From the process of a check to the one that watches it: findings by a pipe, and what it is doing
-// by a page that both see, which outlives a crash.
+// by a page that both see, which outlives a crash. channel_posix.cpp, channel_windows.cpp.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
+#include "host/efiutils/system/files.hpp"
 #include "host/packcheck/process/message.hpp"
 #include "host/packcheck/watch/heap.hpp"
 
@@ -24,6 +25,8 @@ struct Progress {
 class Channel {
  public:
   Channel();
+  // The writer's, where a process begins anew with what its parent has opened.
+  Channel(void* page_handle, void* pipe_handle);
   ~Channel();
   Channel(const Channel&) = delete;
   Channel& operator=(const Channel&) = delete;
@@ -47,12 +50,20 @@ class Channel {
   // --- In the watching process ---
 
   void become_reader();
-  int descriptor() const { return ends_[0]; }
+  // Waits until there is something to read, or as long as that.
+  void wait(int milliseconds) const;
+  // Adds what has come so far, or a good part of it; false when nothing has.
+  bool read_some(std::string& text) const;
+
+  // For the process that begins anew.
+  void* page_handle() const { return page_handle_; }
+  int writing_descriptor() const { return writing_.get(); }
 
   Progress* progress;
 
  private:
-  int ends_[2];
+  void* page_handle_ = nullptr;
+  efi::Descriptor reading_, writing_;
 };
 
 }  // namespace packcheck

@@ -1,11 +1,10 @@
 #include "host/packcheck/process/message.hpp"
 
-#include <nlohmann/json.hpp>
+#include "host/packcheck/process/function_json.hpp"
 
 namespace packcheck {
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Finding, check, function, rule, message, arguments, call, times)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Function, name, row, symbol, argument_count, context)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Message, kind, finding, function, number, text)
 
 namespace {

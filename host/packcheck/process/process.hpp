@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include "host/packcheck/process/channel.hpp"
+#include "host/packcheck/process/child.hpp"
 
 namespace packcheck {
 
@@ -26,9 +26,9 @@ struct TimeLimits {
   Clock::time_point end;  // Whatever the process does.
 };
 
-// Runs `work` in a child process that it can end in any way. `receive` gets what it sends. A call
-// that takes too long is taken to hang; what lasts until the end of its time is late.
-End run_in_process(const std::function<void(Channel&)>& work,
+// Lets `perform` do a task in a child process that it can end in any way. `receive` gets what it
+// sends. A call that takes too long is taken to hang; what lasts until the end of its time is late.
+End run_in_process(const std::string& task, Perform perform,
                    const std::function<void(const Message&)>& receive, const TimeLimits& limits);
 
 }  // namespace packcheck

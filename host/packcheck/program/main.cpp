@@ -2,21 +2,22 @@
 //
 // Exit status: 0 nothing was found, 1 something was, 2 wrong usage or no pack.
 #include <fmt/format.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <system_error>
 
+#include "host/efiutils/system/paths.hpp"
 #include "host/packcheck/checks/checks.hpp"
+#include "host/packcheck/process/surroundings.hpp"
 #include "host/packcheck/program/options.hpp"
 #include "host/packcheck/program/report.hpp"
 #include "host/packcheck/program/runner.hpp"
+#include "host/packcheck/program/task.hpp"
 
 namespace {
 
@@ -27,10 +28,7 @@ using namespace packcheck;
 class PrivateCatalogue {
  public:
   PrivateCatalogue() {
-    std::string pattern = (fs::temp_directory_path() / "packcheck-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary directory");
-    directory_ = pattern;
-    setenv("WORKSHEET_CATALOGUE", (directory_ / "packs.json").c_str(), 1);
+    set_variable("WORKSHEET_CATALOGUE", efi::utf8_of(directory_ / "packs.json"));
   }
   ~PrivateCatalogue() {
     std::error_code ignored;
@@ -40,7 +38,7 @@ class PrivateCatalogue {
   PrivateCatalogue& operator=(const PrivateCatalogue&) = delete;
 
  private:
-  fs::path directory_;
+  const fs::path directory_ = new_directory();
 };
 
 // Throws worksheet::PackError for a name that is none of the pack's.
@@ -53,7 +51,7 @@ void require_functions(const std::vector<Target>& targets, const Selection& sele
 
 // Lets `print` write to standard output. Throws std::system_error when something is lost there.
 void tell(const std::function<void()>& print) {
-  std::signal(SIGPIPE, SIG_IGN);  // Not sooner: a pack finds signals as they are everywhere.
+  tell_of_lost_output();  // Not sooner: a pack finds signals as they are everywhere.
   print();
   if (std::fflush(stdout) != 0)
     throw std::system_error(errno, std::generic_category(), "standard output");
@@ -86,6 +84,7 @@ Status check_pack(const Options& options, const Selection& selection) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (const auto status = run_as_child(argc, argv, perform)) return *status;
   Options options;
   Selection selection;
   if (const auto status = read_options(argc, argv, options, selection)) return *status;

@@ -6,6 +6,9 @@
 #include <filesystem>
 #include <map>
 
+#include "host/efiutils/system/paths.hpp"
+#include "host/efiutils/system/platform.hpp"
+
 namespace packcheck {
 
 namespace {
@@ -25,10 +28,18 @@ double check_limit_of(Depth depth) {
   return depth == Depth::brief ? 30.0 : depth == Depth::quick ? 120.0 : 3600.0;
 }
 
+// What is wrong with the name of a file; empty if nothing.
+std::string file_objection(const std::string& name) {
+  std::error_code failed;
+  const std::filesystem::path path = efi::path_of(name);
+  if (std::filesystem::is_directory(path, failed)) return "File is actually a directory: " + name;
+  return std::filesystem::exists(path, failed) ? "" : "File does not exist: " + name;
+}
+
 void declare(CLI::App& app, Options& options, Selection& selection) {
   app.option_defaults()->take_last();
   app.set_version_flag("--version", PACKCHECK_VERSION);
-  app.add_option("pack,--pack", options.pack, "the pack's library")->check(CLI::ExistingFile);
+  app.add_option("pack,--pack", options.pack, "the pack's library")->check(file_objection);
   app.add_option("--only", selection.checks, "run this check only (may repeat)")
       ->take_all()
       ->allow_extra_args(false)
@@ -68,7 +79,9 @@ std::optional<Status> read_options(int argc, char** argv, Options& options, Sele
   CLI::App app("Checks that a function pack keeps the promises that hosts rely on.");
   declare(app, options, selection);
   try {
-    app.parse(argc, argv);
+    const std::vector<std::string> words = efi::program_arguments(argc, argv);
+    // It wants the last one first.
+    app.parse(std::vector<std::string>(words.rbegin(), words.rend() - 1));
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kNothingFound : kNoPack;
   }
@@ -79,7 +92,7 @@ std::optional<Status> read_options(int argc, char** argv, Options& options, Sele
   }
   if (options.check_limit == 0.0) options.check_limit = check_limit_of(options.depth);
   options.pack_name = options.pack;
-  options.pack = std::filesystem::absolute(options.pack).string();
+  options.pack = efi::utf8_of(std::filesystem::absolute(efi::path_of(options.pack)));
   return std::nullopt;
 }
 

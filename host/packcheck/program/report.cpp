@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/packcheck/checks/checks.hpp"
+#include "host/packcheck/process/child.hpp"
 
 namespace packcheck {
 
@@ -53,6 +54,7 @@ void print_text(const Options& options, const std::vector<Finding>& findings,
       findings.empty()       ? "nothing found"
       : findings.size() == 1 ? "1 finding"
                              : fmt::format("{} findings", findings.size()));
+  if (*kLeftOut != '\0') fmt::print("Not checked on this system: {}.\n", kLeftOut);
 }
 
 void print_json(const Options& options, const std::vector<Finding>& findings,
@@ -68,19 +70,21 @@ void print_json(const Options& options, const std::vector<Finding>& findings,
                 {"times", finding.times},
                 {"seed", options.seed},
                 {"replay", replay(options, finding)}});
-  print_line({{"type", "summary"},
-              {"pack", options.pack},
-              {"functions", summary.functions},
-              {"refusing", summary.refusing},
-              {"checks", summary.checks},
-              {"calls", summary.calls},
-              {"findings", findings.size()},
-              {"seconds", summary.seconds},
-              {"seed", options.seed},
-              {"depth", depth_name(options.depth)},
-              {"strict", options.strict},
-              {"time_limit", options.time_limit},
-              {"check_limit", options.check_limit}});
+  nlohmann::json line = {{"type", "summary"},
+                         {"pack", options.pack},
+                         {"functions", summary.functions},
+                         {"refusing", summary.refusing},
+                         {"checks", summary.checks},
+                         {"calls", summary.calls},
+                         {"findings", findings.size()},
+                         {"seconds", summary.seconds},
+                         {"seed", options.seed},
+                         {"depth", depth_name(options.depth)},
+                         {"strict", options.strict},
+                         {"time_limit", options.time_limit},
+                         {"check_limit", options.check_limit}};
+  if (*kLeftOut != '\0') line["left_out"] = kLeftOut;
+  print_line(line);
 }
 
 void list_text() {

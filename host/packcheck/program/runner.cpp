@@ -3,9 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstring>
 
-#include "host/packcheck/checks/survey.hpp"
+#include "host/packcheck/program/task.hpp"
 
 namespace packcheck {
 
@@ -32,7 +31,7 @@ std::string end_words(const End& end, const Options& options) {
       words = fmt::format("ended the process with status {}", end.status);
       break;
     default:
-      words = fmt::format("crashed: {}", strsignal(end.status));
+      words = fmt::format("crashed: {}", crash_words(end.status));
   }
   if (!end.detail.empty()) words += ", " + end.detail;
   if (!end.inside) words += ", after the call had returned";
@@ -80,30 +79,30 @@ void Runner::add_end(const std::string& check, const Target* target, const End& 
               .call = call});
 }
 
-std::vector<End> Runner::run_work(const std::string& check, const Target* target, Work work,
-                                  const Receive& receive) {
-  const std::set<int> skipped =
-      target == nullptr ? std::set<int>() : lethal_[target->function.name];
-  const std::vector<Target> targets = harmless();
+std::vector<End> Runner::run_work(const std::string& check, const Target* target,
+                                  const std::string& work, const Receive& receive) {
+  Task task = {work, options_, {}, {}, {}, 0};
+  if (target != nullptr) {
+    task.at_hand.push_back(*target);
+    task.skipped = lethal_[target->function.name];
+  } else {
+    task.targets = harmless();
+  }
   std::vector<End> deaths;
-  int first_call = 0;
   while (deaths.size() < kMostDeaths) {
-    const End end = run_in_process(
-        [&](Channel& channel) {
-          Session session(options_, channel, targets, target, skipped, first_call);
-          work(session);
-          channel.send({.kind = Message::calls, .number = session.calls_made});
-        },
-        [&](const Message& message) {
-          if (message.kind == Message::found) add(check, message.finding);
-          if (message.kind == Message::calls) calls_made_ += message.number;
-          receive(message);
-        },
-        {options_.time_limit, end_of_check_});
+    const End end = run_in_process(bytes_of(task), perform,
+                                   [&](const Message& message) {
+                                     if (message.kind == Message::found)
+                                       add(check, message.finding);
+                                     if (message.kind == Message::calls)
+                                       calls_made_ += message.number;
+                                     receive(message);
+                                   },
+                                   {options_.time_limit, end_of_check_});
     if (end.how == End::done) break;
     deaths.push_back(end);
     if (end.call < 0 || end.how == End::late) break;
-    first_call = end.call + 1;
+    task.first_call = end.call + 1;
   }
   return deaths;
 }
@@ -140,7 +139,7 @@ void Runner::survey() {
     if (message.kind == Message::failed) failure = message.text;
     if (message.kind == Message::callable) targets_.push_back({message.function, {}});
   };
-  for (const End& end : run_work(kSurvives, nullptr, list_functions, load))
+  for (const End& end : run_work(kSurvives, nullptr, kListFunctions, load))
     add_end(kSurvives, nullptr, end, -1);
   if (!failure.empty()) throw worksheet::PackError(failure);
   for (Target& target : targets_) {
@@ -152,7 +151,7 @@ void Runner::survey() {
       target.is_taken = true;
     };
     // The call of such an end is none of the list's.
-    for (const End& end : run_work(kSurvives, &target, find_base, find))
+    for (const End& end : run_work(kSurvives, &target, kFindBase, find))
       add_end(kSurvives, &target, end, -1);
   }
 }
@@ -164,7 +163,7 @@ void Runner::run(const Check& check, const Target* target) {
     if (message.kind == Message::failed)
       add(check.name, {.rule = "unchecked", .message = message.text});
   };
-  const std::vector<End> deaths = run_work(check.name, target, check.run, failed);
+  const std::vector<End> deaths = run_work(check.name, target, check.name, failed);
   for (const End& end : deaths) {
     add_end(check.name, target, end, end.call);
     if (target != nullptr) lethal_[target->function.name].insert(end.call);

@@ -31,7 +31,6 @@ class Runner {
   int calls_made() const { return calls_made_; }
 
  private:
-  using Work = void (*)(Session&);
   using Receive = std::function<void(const Message&)>;
 
   // The functions that have not ended any process.
@@ -41,7 +40,7 @@ class Runner {
 
   // Runs the work from its first call on, and again behind each call that ended the process, a few
   // times. The ends that came too early.
-  std::vector<End> run_work(const std::string& check, const Target* target, Work work,
+  std::vector<End> run_work(const std::string& check, const Target* target, const std::string& work,
                             const Receive& receive);
   void add_end(const std::string& check, const Target* target, const End& end, int call);
   void add(const std::string& check, Finding finding);

@@ -1,25 +1,8 @@
 #include "host/packcheck/watch/address_space.hpp"
 
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 namespace packcheck {
-
-AddressSpace::AddressSpace() {
-  std::ifstream maps("/proc/self/maps");
-  std::string line;
-  while (std::getline(maps, line)) {
-    std::istringstream fields(line);
-    Mapping mapping;
-    char dash;
-    std::string rights;
-    fields >> std::hex >> mapping.start >> dash >> mapping.end >> rights;
-    mapping.readable = rights.starts_with('r');
-    mapping.executable = rights.size() > 2 && rights[2] == 'x';
-    mappings_.push_back(mapping);
-  }
-}
 
 const AddressSpace::Mapping* AddressSpace::mapping_of(const void* address) const {
   const auto at = reinterpret_cast<std::uintptr_t>(address);

@@ -12,7 +12,7 @@ namespace packcheck {
 // The mappings of this process as they were when the object was made.
 class AddressSpace {
  public:
-  AddressSpace();
+  AddressSpace();  // address_space_posix.cpp, address_space_windows.cpp.
 
   bool readable(const void* address, std::size_t bytes) const;
   bool executable(const void* address) const;

@@ -19,7 +19,7 @@ struct Environment {
   FpState fp;
 };
 
-Environment environment();
+Environment environment();  // environment_posix.cpp, environment_windows.cpp.
 
 // What is different, one text for each thing: "changed the locale (C, was C.UTF-8)".
 std::vector<std::string> differences(const Environment& before, const Environment& after);

@@ -1,10 +1,10 @@
 #include "host/packcheck/watch/fences.hpp"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+
+#include "host/packcheck/watch/pages.hpp"
 
 namespace packcheck::fences {
 
@@ -30,12 +30,8 @@ Run runs[kPages];
 std::size_t cursor = 1;  // Page 0 is never used: it is the fence in front of page 1.
 
 bool map_region() {
-  if (region != nullptr) return true;
-  void* const mapped =
-      mmap(nullptr, kPages * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (mapped == MAP_FAILED) return false;
-  region = static_cast<char*>(mapped);
-  return true;
+  if (region == nullptr) region = static_cast<char*>(reserve_pages(kPages * kPage));
+  return region != nullptr;
 }
 
 std::size_t page_of(const void* address) {
@@ -78,7 +74,7 @@ void* allocate(std::size_t size, Side side, bool exactly) {
   std::size_t page = find_room(cursor, pages);
   if (page == 0) page = find_room(1, pages);
   char* const start = region + page * kPage;
-  if (page == 0 || mprotect(start, pages * kPage, PROT_READ | PROT_WRITE) != 0) return nullptr;
+  if (page == 0 || !open_pages(start, pages * kPage)) return nullptr;
   std::size_t offset = side == Side::before ? 0 : pages * kPage - size;
   // A block without bytes starts inside its page all the same, so that it is found again.
   if (size == 0) offset = side == Side::before ? 0 : kPage - kAlignment;
@@ -117,8 +113,7 @@ bool guards_intact(const void* address) {
 void release(void* address) {
   Run& run = run_of(address);
   char* const start = region + page_of(address) * kPage;
-  mprotect(start, run.pages * kPage, PROT_NONE);
-  madvise(start, run.pages * kPage, MADV_DONTNEED);
+  close_pages(start, run.pages * kPage);
   run.live = false;
 }
 

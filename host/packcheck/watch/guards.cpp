@@ -1,11 +1,11 @@
 #include "host/packcheck/watch/guards.hpp"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
+
+#include "host/packcheck/watch/pages.hpp"
 
 namespace packcheck::guards {
 
@@ -48,18 +48,15 @@ struct Queue {
 char* arena = nullptr;
 std::size_t arena_size = 0;
 std::size_t arena_used = 0;
+std::size_t arena_open = 0;
 Queue queues[64];
 
-// Reserves as much address space as can be had; only pages that are written to take memory.
+// Reserves as much address space as can be had.
 void map_arena() {
   constexpr std::size_t kMost = sizeof(void*) == 8 ? std::size_t{1} << 34 : std::size_t{1} << 29;
   for (arena_size = kMost; arena_size >= kMost / 256; arena_size /= 2) {
-    void* const mapped = mmap(nullptr, arena_size, PROT_READ | PROT_WRITE,
-                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    if (mapped != MAP_FAILED) {
-      arena = static_cast<char*>(mapped);
-      return;
-    }
+    arena = static_cast<char*>(reserve_pages(arena_size));
+    if (arena != nullptr) return;
   }
   arena_size = 0;
 }
@@ -77,10 +74,20 @@ std::size_t class_of(std::size_t size) {
   return static_cast<std::size_t>(std::bit_width(sizeof(Header) + size + kGuardBytes - 1));
 }
 
+// Lets the first `bytes` of it be used.
+bool open_arena(std::size_t bytes) {
+  constexpr std::size_t kStep = std::size_t{1} << 24;
+  if (bytes <= arena_open) return true;
+  const std::size_t open = std::min((bytes + kStep - 1) / kStep * kStep, arena_size);
+  if (!open_pages(arena + arena_open, open - arena_open)) return false;
+  arena_open = open;
+  return true;
+}
+
 Header* new_space(std::size_t size_class) {
   if (arena == nullptr) map_arena();
   const std::size_t bytes = std::size_t{1} << size_class;
-  if (arena_size - arena_used < bytes) return nullptr;
+  if (arena_size - arena_used < bytes || !open_arena(arena_used + bytes)) return nullptr;
   arena_used += bytes;
   return reinterpret_cast<Header*>(arena + arena_used - bytes);
 }

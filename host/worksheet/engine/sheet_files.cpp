@@ -1,27 +1,18 @@
 #include "host/worksheet/engine/sheet_files.hpp"
 
-#include <fcntl.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <utility>
 
 #include "fmt/format.h"
-
-#ifdef SYS_openat2
-#include <linux/openat2.h>
-#endif
+#include "host/efiutils/system/paths.hpp"
 
 namespace worksheet {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr int kReading = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
 // The path without links and dots; empty where that cannot be told.
 fs::path resolved(const fs::path& path) {
@@ -30,27 +21,9 @@ fs::path resolved(const fs::path& path) {
   return failed ? fs::path() : whole;
 }
 
-bool lies_below(const fs::path& path, const fs::path& root) {
+bool lies_below(const fs::path& path, const std::string& root_path) {
+  const fs::path root = efi::path_of(root_path);
   return std::mismatch(root.begin(), root.end(), path.begin(), path.end()).first == root.end();
-}
-
-// Opens a path without links in a directory, and nothing outside of it, whoever puts a link in its
-// way meanwhile. Where the system is too old to promise that, the last name at least is no link.
-int open_beneath(int directory, const std::string& path, const std::string& whole, int flags) {
-#ifdef SYS_openat2
-  constexpr int kMostAttempts = 10;  // Directories that are moved meanwhile interrupt.
-  open_how how = {};
-  how.flags = static_cast<std::uint64_t>(flags);
-  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
-  for (int k = 0; k < kMostAttempts; ++k) {
-    const auto opened =
-        static_cast<int>(syscall(SYS_openat2, directory, path.c_str(), &how, sizeof how));
-    if (opened >= 0) return opened;
-    if (errno == ENOSYS || errno == EPERM) break;
-    if (errno != EAGAIN) return -1;
-  }
-#endif
-  return open(whole.c_str(), flags | O_NOFOLLOW);
 }
 
 [[noreturn]] void fail_to_read(const std::string& path, int error) {
@@ -60,24 +33,27 @@ int open_beneath(int directory, const std::string& path, const std::string& whol
 }  // namespace
 
 void SheetFiles::confine(const std::string& root) {
-  root_ = efi::Descriptor(::open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  root_ = efi::open_directory(root);
   if (root_.get() < 0) throw FileError(fmt::format("{}: {}", root, efi::file_error_words(errno)));
-  root_path_ = resolved(root).string();
+  root_path_ = efi::utf8_of(resolved(efi::path_of(root)));
 }
 
 std::string SheetFiles::path(const std::string& name) const {
-  const bool at_root = root_.get() >= 0 && !lies_below(resolved(directory), root_path_);
-  return (fs::path(at_root ? root_path_ : directory) / name).lexically_normal().string();
+  const bool at_root =
+      root_.get() >= 0 && !lies_below(resolved(efi::path_of(directory)), root_path_);
+  return efi::utf8_of(
+      (efi::path_of(at_root ? root_path_ : directory) / efi::path_of(name)).lexically_normal());
 }
 
 // The name as a path from the root on, without links.
 std::string SheetFiles::below_root(const std::string& name) const {
-  const bool at_root = !lies_below(resolved(directory), root_path_);
-  const fs::path whole = resolved(fs::path(at_root ? root_path_ : directory) / name);
+  const bool at_root = !lies_below(resolved(efi::path_of(directory)), root_path_);
+  const fs::path whole =
+      resolved(efi::path_of(at_root ? root_path_ : directory) / efi::path_of(name));
   if (whole.empty() || !lies_below(whole, root_path_))
     throw FileError(fmt::format("{}: lies outside of {}, to which the worksheet is confined", name,
                                 root_path_));
-  return whole.lexically_relative(root_path_).string();
+  return efi::utf8_of(whole.lexically_relative(efi::path_of(root_path_)));
 }
 
 bool SheetFiles::may_list(const std::string& name) const try {
@@ -87,14 +63,14 @@ bool SheetFiles::may_list(const std::string& name) const try {
   return false;
 }
 
-efi::Descriptor SheetFiles::open_below(const std::string& relative, int flags) const {
-  return efi::Descriptor(
-      open_beneath(root_.get(), relative, (fs::path(root_path_) / relative).string(), flags));
+efi::Descriptor SheetFiles::open_below(const std::string& relative, efi::Opened what) const {
+  return efi::open_beneath(root_, relative,
+                           efi::utf8_of(efi::path_of(root_path_) / efi::path_of(relative)), what);
 }
 
 efi::Descriptor SheetFiles::open(const std::string& name) const {
-  efi::Descriptor file = root_.get() >= 0 ? open_below(below_root(name), kReading)
-                                          : efi::Descriptor(::open(path(name).c_str(), kReading));
+  efi::Descriptor file = root_.get() >= 0 ? open_below(below_root(name), efi::Opened::file)
+                                          : efi::open_to_read(path(name));
   const int error = file.get() < 0 ? errno : efi::file_error(file.get());
   if (error != 0) fail_to_read(path(name), error);
   return file;
@@ -109,11 +85,11 @@ std::string SheetFiles::read(const std::string& name) const {
 
 efi::NewFile SheetFiles::create(const std::string& name) {
   if (root_.get() < 0) return efi::NewFile(path(name));
-  const fs::path relative = below_root(name);
+  const fs::path relative = efi::path_of(below_root(name));
   const fs::path parent = relative.has_parent_path() ? relative.parent_path() : ".";
-  efi::Descriptor directory = open_below(parent.string(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+  efi::Descriptor directory = open_below(efi::utf8_of(parent), efi::Opened::directory);
   if (directory.get() < 0) fail_to_write(name, errno);
-  return efi::NewFile(std::move(directory), relative.filename().string());
+  return efi::NewFile(std::move(directory), efi::utf8_of(relative.filename()));
 }
 
 void SheetFiles::fail_to_write(const std::string& name, int error) {

@@ -48,7 +48,7 @@ class SheetFiles {
 
  private:
   std::string below_root(const std::string& name) const;
-  efi::Descriptor open_below(const std::string& relative, int flags) const;
+  efi::Descriptor open_below(const std::string& relative, efi::Opened what) const;
 
   efi::Descriptor root_;   // None: nothing is confined.
   std::string root_path_;  // Without links.

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/efiutils/catalogue.hpp"
+#include "host/efiutils/system/paths.hpp"
 #include "host/units/unit.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/machine.hpp"
@@ -262,7 +263,7 @@ std::string packs_json() {
   for (const efi::CatalogueEntry& entry : efi::read_catalogue()) {
     const Json json = {{"id", entry.id},
                        {"path", entry.path},
-                       {"exists", std::filesystem::exists(entry.path, ignored)}};
+                       {"exists", std::filesystem::exists(efi::path_of(entry.path), ignored)}};
     text += line_of(json) + "\n";
   }
   return text;

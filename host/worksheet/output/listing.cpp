@@ -5,6 +5,7 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/catalogue.hpp"
+#include "host/efiutils/system/paths.hpp"
 #include "host/text/text.hpp"
 #include "host/units/unit.hpp"
 
@@ -54,9 +55,9 @@ std::string packs_text() {
   std::string text;
   std::error_code ignored;
   for (const efi::CatalogueEntry& entry : efi::read_catalogue())
-    text +=
-        fmt::format("{}  {}{}\n", entry.id, entry.path,
-                    std::filesystem::exists(entry.path, ignored) ? "" : "  (the file has gone)");
+    text += fmt::format(
+        "{}  {}{}\n", entry.id, entry.path,
+        std::filesystem::exists(efi::path_of(entry.path), ignored) ? "" : "  (the file has gone)");
   return text;
 }
 

@@ -7,6 +7,7 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/system/files.hpp"
+#include "host/efiutils/system/paths.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/program/terminal.hpp"
 #include "host/worksheet/state/state.hpp"
@@ -16,7 +17,7 @@ namespace worksheet {
 void check_state_file(const Options& options) {
   if (options.save.empty()) return;
   std::error_code ignored;
-  if (std::filesystem::equivalent(options.save, options.file, ignored))
+  if (std::filesystem::equivalent(efi::path_of(options.save), efi::path_of(options.file), ignored))
     throw std::runtime_error(options.save + ": the variables would replace the worksheet");
   if (const int error = efi::NewFile(options.save).error())
     throw std::runtime_error(
@@ -26,7 +27,7 @@ void check_state_file(const Options& options) {
 void load_variables(Machine& machine, const std::string& path) {
   int error = 0;
   std::error_code ignored;
-  const auto size = std::filesystem::file_size(path, ignored);
+  const auto size = std::filesystem::file_size(efi::path_of(path), ignored);
   if (!ignored && size > kStateLimit.most)
     throw std::runtime_error(fmt::format("{}: cannot be loaded: {}", path, kStateLimit.message));
   const auto text = efi::read_file(path, &error);

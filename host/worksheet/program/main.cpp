@@ -4,6 +4,7 @@
 
 #include "host/worksheet/program/catalogue_options.hpp"
 #include "host/worksheet/program/options.hpp"
+#include "host/worksheet/program/process.hpp"
 #include "host/worksheet/program/run.hpp"
 #include "host/worksheet/program/standard_output.hpp"
 #include "host/worksheet/program/terminal.hpp"

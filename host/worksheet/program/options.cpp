@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <map>
 
+#include "host/efiutils/system/platform.hpp"
+
 namespace worksheet {
 
 namespace {
@@ -72,7 +74,9 @@ std::optional<Status> read_options(int argc, char** argv, Options& options) {
   CLI::App app("Evaluates worksheets with the functions of loadable packs.", "worksheet");
   declare(app, options);
   try {
-    app.parse(argc, argv);
+    const std::vector<std::string> words = efi::program_arguments(argc, argv);
+    // It wants the last one first.
+    app.parse(std::vector<std::string>(words.rbegin(), words.rend() - 1));
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kAllWell : kWrongUsage;
   }

@@ -1,7 +1,5 @@
 #include "host/worksheet/program/run.hpp"
 
-#include <fcntl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,6 +14,8 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/system/files.hpp"
+#include "host/efiutils/system/paths.hpp"
+#include "host/efiutils/system/platform.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/output/display.hpp"
@@ -23,6 +23,7 @@
 #include "host/worksheet/output/json_output.hpp"
 #include "host/worksheet/output/listing.hpp"
 #include "host/worksheet/program/kept_variables.hpp"
+#include "host/worksheet/program/process.hpp"
 #include "host/worksheet/program/prompt.hpp"
 #include "host/worksheet/program/terminal.hpp"
 #include "host/worksheet/program/viewer.hpp"
@@ -49,7 +50,8 @@ void run_expressions(Session& session, const std::vector<std::string>& expressio
 // Whether the file begins as no text does.
 bool is_binary(const efi::Descriptor& file) {
   char start[512];
-  const ssize_t count = pread(file.get(), start, sizeof start, 0);
+  const ssize_t count = read(file.get(), start, sizeof start);
+  lseek(file.get(), 0, SEEK_SET);
   return count > 0 && std::find(start, start + count, '\0') != start + count;
 }
 
@@ -87,15 +89,15 @@ bool run_standard_input(Session& session, Report* report) {
 // A worksheet may come through a pipe; data may not.
 bool run_file(Session& session, const std::string& path, Report* report) {
   if (path == "-") return run_standard_input(session, report);
-  const efi::Descriptor file(open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
+  const efi::Descriptor file = efi::open_to_wait(path);
   const int error = file.get() < 0 ? errno : efi::file_error(file.get());
   if (error != 0 && error != efi::kNoFile) return complain_of_reading(path, error);
   if (error == 0 && is_binary(file)) {
     complain(fmt::format("{}: is no text in UTF-8", path));
     return false;
   }
-  const auto directory = std::filesystem::path(path).parent_path();
-  session.machine().files.directory = directory.empty() ? "." : directory.string();
+  const auto directory = efi::path_of(path).parent_path();
+  session.machine().files.directory = directory.empty() ? "." : efi::utf8_of(directory);
   return run_descriptor(session, file.get(), path, report);
 }
 
@@ -106,7 +108,7 @@ std::unique_ptr<Report> wanted_report(const Options& options, const DisplayOptio
   if (!objection.empty()) throw std::runtime_error(fmt::format("{}: {}", options.html, objection));
   const bool named = !options.file.empty() && options.file != "-";
   const std::string name =
-      named ? std::filesystem::path(options.file).filename().string() : "worksheet";
+      named ? efi::utf8_of(efi::path_of(options.file).filename()) : "worksheet";
   return std::make_unique<Report>(name, display);
 }
 
@@ -157,7 +159,7 @@ DisplayOptions display_options(const Options& options) {
 // Whether statements are asked for at a terminal.
 bool is_interactive(const Options& options) {
   const bool wanted = options.prompt || (options.file.empty() && options.expressions.empty());
-  return wanted && !options.json && isatty(STDIN_FILENO);
+  return wanted && !options.json && efi::is_terminal(STDIN_FILENO);
 }
 
 // Throws std::runtime_error for options that do not go together.
@@ -166,13 +168,6 @@ void check_options(const Options& options) {
     throw std::runtime_error("--prompt wants a terminal, and neither --json nor --watch");
   if (options.watch && (options.file.empty() || options.file == "-"))
     throw std::runtime_error("--watch wants the name of a worksheet");
-}
-
-// From now on memory beyond that cannot be had, but for stack and what only reads from files.
-void limit_memory(std::uint64_t bytes) {
-  const rlimit limit = {static_cast<rlim_t>(bytes), static_cast<rlim_t>(bytes)};
-  if (setrlimit(RLIMIT_DATA, &limit) != 0)
-    throw std::runtime_error(fmt::format("--max-memory: {}", std::strerror(errno)));
 }
 
 // Runs the expressions and the file, or what comes from standard input. False when there is no such
@@ -261,7 +256,7 @@ Status run_once(const Options& options, StandardOutput& output, FileWatch* watch
   }
   let_interrupt(machine);
   output.stop_at(&machine.interrupted);
-  if (isatty(STDERR_FILENO)) session.show_progress(STDERR_FILENO);
+  if (efi::is_terminal(STDERR_FILENO)) session.show_progress(STDERR_FILENO);
   if (!run_worksheets(session, options, report.get())) return kWrongUsage;
   if (is_interactive(options) && !machine.interrupted) {
     at_prompt = true;

@@ -1,10 +1,8 @@
 #include "host/worksheet/program/standard_output.hpp"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <iostream>
 
 #include "fmt/format.h"
@@ -33,14 +31,6 @@ bool StandardOutput::was_stopped() const {
 void StandardOutput::resume() {
   buffer_.resume();
   std::cout.clear();
-}
-
-void guard_standard_streams() {
-  std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGXFSZ, SIG_IGN);
-  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-    if (fcntl(stream, F_GETFD) < 0)
-      open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);  // Of no use: an error.
 }
 
 }  // namespace worksheet

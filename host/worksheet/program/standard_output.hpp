@@ -34,8 +34,4 @@ class StandardOutput {
   std::streambuf* before_;
 };
 
-// Makes the system tell of lost output by errors, not by signals, and sees to it that no file gets
-// the number of a standard stream that is closed.
-void guard_standard_streams();
-
 }  // namespace worksheet

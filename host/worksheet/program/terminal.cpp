@@ -1,13 +1,11 @@
 #include "host/worksheet/program/terminal.hpp"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <cstdio>
-#include <cstdlib>
 #include <string_view>
 
+#include "host/efiutils/system/platform.hpp"
 #include "host/worksheet/output/display_options.hpp"
+#include "host/worksheet/program/process.hpp"
 
 namespace worksheet {
 
@@ -17,16 +15,11 @@ void complain(std::string_view what) {
 }
 
 bool wants_colour() {
-  const char* const forbidden = std::getenv("NO_COLOR");
-  const char* const terminal = std::getenv("TERM");
-  return isatty(STDOUT_FILENO) && (forbidden == nullptr || *forbidden == '\0') &&
-         terminal != nullptr && std::string_view(terminal) != "dumb";
+  return efi::environment("NO_COLOR").empty() && terminal_takes_colour();
 }
 
 int line_width() {
-  winsize size = {};
-  const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0;
-  return known ? size.ws_col : DisplayOptions().width;
+  return terminal_width().value_or(DisplayOptions().width);
 }
 
 }  // namespace worksheet

@@ -10,6 +10,13 @@
 
 namespace worksheet {
 
+// --- The platform's: viewer_posix.cpp, viewer_windows.cpp ---
+
+// A new file for the picture; its path, or nothing where none can be made.
+std::string picture_file(const std::string& svg);
+// Opens the file with the desktop's viewer; false where there is none.
+bool open_in_viewer(const std::string& path);
+
 class Viewer {
  public:
   Viewer() = default;

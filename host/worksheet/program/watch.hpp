@@ -2,7 +2,6 @@
 #pragma once
 
 #include <csignal>
-#include <ctime>
 #include <string>
 
 namespace worksheet {
@@ -24,7 +23,7 @@ class FileWatch {
     long long seconds = 0, nanoseconds = 0;
     bool operator==(const State&) const = default;
   };
-  State look() const;
+  State look() const;  // watch_posix.cpp, watch_windows.cpp.
 
   std::string path_;
   State seen_;

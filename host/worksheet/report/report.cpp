@@ -1,15 +1,14 @@
 #include "host/worksheet/report/report.hpp"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <sstream>
 
 #include "fmt/format.h"
+#include "host/efiutils/system/files.hpp"
+#include "host/efiutils/system/paths.hpp"
 #include "host/text/text.hpp"
 #include "host/worksheet/report/markup.hpp"
 #include "host/worksheet/report/outcome_markup.hpp"
@@ -40,8 +39,7 @@ std::string marked_markup(const std::string& text, std::size_t begin, std::size_
 
 std::string today() {
   const std::time_t now = std::time(nullptr);
-  std::tm local = {};
-  localtime_r(&now, &local);
+  const std::tm local = *std::localtime(&now);
   char text[16];
   return {text, std::strftime(text, sizeof text, "%Y-%m-%d", &local)};
 }
@@ -173,13 +171,14 @@ void Report::add(const Outcome& outcome) {
 std::string report_objection(const std::string& path, const std::string& sheet) {
   namespace fs = std::filesystem;
   std::error_code failed;
-  const fs::path directory = fs::path(path).parent_path();
+  const fs::path place = efi::path_of(path);
   if (path == "-") return "a report needs the name of a file";
-  if (fs::exists(path, failed) && !fs::is_regular_file(path, failed))
+  if (fs::exists(place, failed) && !fs::is_regular_file(place, failed))
     return "a report cannot be written there: it is no regular file";
-  if (fs::equivalent(path, sheet, failed)) return "the report would replace the worksheet";
-  if (access(directory.empty() ? "." : directory.c_str(), W_OK) != 0)
-    return fmt::format("a report cannot be written there: {}", std::strerror(errno));
+  if (fs::equivalent(place, efi::path_of(sheet), failed))
+    return "the report would replace the worksheet";
+  if (const int error = efi::NewFile(path).error())
+    return fmt::format("a report cannot be written there: {}", std::strerror(error));
   return {};
 }
 

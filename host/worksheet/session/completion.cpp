@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <set>
 
+#include "host/efiutils/system/paths.hpp"
 #include "host/units/unit_database.hpp"
 #include "host/worksheet/engine/machine.hpp"
 #include "host/worksheet/functions/builtin.hpp"
@@ -82,10 +83,10 @@ void take_files(std::set<std::string>& found, std::string_view word, const Sheet
   const std::string folder(word.substr(0, slash == std::string_view::npos ? 0 : slash + 1));
   if (!files.may_list(folder)) return;
   std::error_code failed;
-  fs::directory_iterator entry(files.path(folder.empty() ? "." : folder), failed);
+  fs::directory_iterator entry(efi::path_of(files.path(folder.empty() ? "." : folder)), failed);
   for (; !failed && entry != fs::directory_iterator() && found.size() < kMostFiles;
        entry.increment(failed)) {
-    const std::string name = entry->path().filename().string();
+    const std::string name = efi::utf8_of(entry->path().filename());
     if (name.starts_with('.') && word.size() == folder.size()) continue;
     std::error_code ignored;
     take(found, word, folder + name + (entry->is_directory(ignored) ? "/" : ""));

@@ -4,6 +4,7 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/catalogue.hpp"
+#include "host/efiutils/system/paths.hpp"
 #include "host/text/text.hpp"
 
 namespace worksheet {
@@ -16,7 +17,8 @@ constexpr std::size_t kMostHiddenNames = 5;  // Of functions, in a message.
 void add_pack(Machine& machine, const std::string& path, const Say& say) {
   std::error_code ignored;
   for (const auto& pack : machine.packs)
-    if (std::filesystem::equivalent(pack->path(), path, ignored)) return;
+    if (std::filesystem::equivalent(efi::path_of(pack->path()), efi::path_of(path), ignored))
+      return;
   auto pack = std::make_unique<Pack>(path);
   std::vector<std::string> hidden;
   std::string first;

@@ -1,13 +1,12 @@
 #include "host/worksheet/session/progress.hpp"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <csignal>
 #include <system_error>
 
 #include "fmt/format.h"
+#include "host/efiutils/system/files.hpp"
 #include "host/text/text.hpp"
+#include "host/worksheet/session/signals_held.hpp"
 
 namespace worksheet {
 
@@ -21,22 +20,6 @@ std::string beginning(std::string_view statement) {
   line.resize(std::min(line.size(), kMostCharacters));
   return joined(line, "") + (cut ? "..." : "");
 }
-
-// No signal for the threads that begin meanwhile: the main one has to see them all.
-class SignalsHeld {
- public:
-  SignalsHeld() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, &before_);
-  }
-  ~SignalsHeld() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  SignalsHeld(const SignalsHeld&) = delete;
-  SignalsHeld& operator=(const SignalsHeld&) = delete;
-
- private:
-  sigset_t before_ = {};
-};
 
 }  // namespace
 
@@ -80,7 +63,7 @@ void Progress::show(const std::string& line) {
   std::string text = "\r" + line + std::string(shown_ - std::min(shown_, length), ' ');
   if (line.empty()) text += '\r';
   shown_ = length;
-  [[maybe_unused]] const ssize_t ignored = ::write(descriptor_, text.data(), text.size());
+  efi::write_all(descriptor_, text);
 }
 
 }  // namespace worksheet

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "fmt/format.h"
+#include "host/efiutils/system/paths.hpp"
 #include "host/text/utf8.hpp"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/readable.hpp"
@@ -140,8 +141,8 @@ void Session::run_included() {
   } inside{*this};
   quiet_ = file.is_quiet;
   including_.push_back(file.path);
-  const auto directory = std::filesystem::path(file.path).parent_path();
-  machine_.files.directory = directory.empty() ? "." : directory.string();
+  const auto directory = efi::path_of(file.path).parent_path();
+  machine_.files.directory = directory.empty() ? "." : efi::utf8_of(directory);
   std::istringstream text(file.text);
   run_text(text, 1, file.path);
 }

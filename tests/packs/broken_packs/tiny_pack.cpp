@@ -4,12 +4,12 @@
 //   pick(v, k)   element k of the column v, counted from ORIGIN
 //
 // The places at which it goes wrong are the lines with `has`.
-#include <signal.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cfenv>
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "pack/host_interface.hpp"
+#include "tests/packs/broken_packs/platform.hpp"
 
 // The name of the fault: fault.cpp.
 extern const char tiny_pack_fault[];
@@ -68,18 +69,13 @@ void no_action(int) {}
 
 void touch_process() {
   if (has("sets_errno")) errno = ERANGE;
-  if (has("sets_the_locale")) std::setlocale(LC_ALL, "C.UTF-8");
+  if (has("sets_the_locale")) std::setlocale(LC_ALL, kSomeLocale);
   if (has("changes_directory")) [[maybe_unused]]
     const int status = chdir("/");
   if (has("opens_a_file")) dup(0);
   if (has("prints")) std::puts("twice");
-  if (has("handles_a_signal")) signal(SIGUSR1, no_action);
-  if (has("blocks_a_signal")) {
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, SIGUSR1);
-    sigprocmask(SIG_BLOCK, &set, nullptr);
-  }
+  if (has("handles_a_signal")) std::signal(kSomeSignal, no_action);
+  if (has("blocks_a_signal")) block_signal();
 }
 
 void spin() {
@@ -88,7 +84,7 @@ void spin() {
 
 void not_return() {
   if (has("throws")) throw std::runtime_error("a matter of chance");
-  if (has("crashes")) raise(SIGSEGV);
+  if (has("crashes")) crash();
   if (has("exits")) std::_Exit(0);
   if (has("spins")) spin();
   if (has("sleeps"))
@@ -269,7 +265,7 @@ namespace {
   if (has("foreign_signature")) theEfi[0].signature = reinterpret_cast<sFunctionInfo*>(&twice_name);
   if (has("bad_context")) origin.car = &twice_name;
   if (has("prints_when_loaded")) std::puts("tiny pack");
-  if (has("handles_a_signal_when_loaded")) signal(SIGUSR1, SIG_IGN);
+  if (has("handles_a_signal_when_loaded")) std::signal(kSomeSignal, SIG_IGN);
   if (has("exits_when_loaded")) std::exit(0);
   if (has("aborts_when_loaded")) std::abort();
   if (has("spins_when_loaded")) spin();

@@ -1,5 +1,3 @@
-#include "host/packs/leave.hpp"
-
 #include <link.h>
 #include <setjmp.h>
 #include <signal.h>
@@ -8,6 +6,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <vector>
+
+#include "host/packs/leave.hpp"
 
 namespace worksheet {
 
@@ -97,12 +97,12 @@ bool is_in_pack_call() {
   return innermost != nullptr;
 }
 
-void leave_pack_call(const void* context) {
+bool leave_pack_call(void* context) {
   const auto* const interrupted = static_cast<const ucontext_t*>(context);
   const std::uintptr_t at = instruction_of(interrupted);
   const auto holds = [at](const Code& code) { return code.begin <= at && at < code.end; };
   Frame* const frame = innermost;
-  if (frame == nullptr || std::none_of(pack_code.begin(), pack_code.end(), holds)) return;
+  if (frame == nullptr || std::none_of(pack_code.begin(), pack_code.end(), holds)) return false;
   sigprocmask(SIG_SETMASK, &interrupted->uc_sigmask, nullptr);
   siglongjmp(frame->way_out, 1);
 }

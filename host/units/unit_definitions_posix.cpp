@@ -1,8 +1,8 @@
-#include "host/units/unit_definitions.hpp"
-
 #include <udunits2.h>
 
 #include <stdexcept>
+
+#include "host/units/unit_definitions.hpp"
 
 namespace worksheet {
 

@@ -1,11 +1,10 @@
-#include "host/worksheet/engine/stack.hpp"
-
 #include <pthread.h>
 
 #include <algorithm>
 #include <cstddef>
 
 #include "host/worksheet/engine/limits.hpp"
+#include "host/worksheet/engine/stack.hpp"
 
 namespace worksheet {
 

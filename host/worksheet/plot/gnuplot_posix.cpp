@@ -1,5 +1,3 @@
-#include "host/worksheet/plot/gnuplot.hpp"
-
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/mman.h>
@@ -16,6 +14,7 @@
 
 #include "fmt/format.h"
 #include "host/efiutils/system/files.hpp"
+#include "host/worksheet/plot/gnuplot.hpp"
 
 extern char** environ;
 

@@ -1,28 +1,15 @@
-#include "host/packcheck/watch/elf_symbols.hpp"
-
+#include <dlfcn.h>
 #include <elf.h>
 #include <link.h>
 
 #include <cstring>
-#include <fstream>
+
+#include "host/packcheck/watch/file_image.hpp"
+#include "host/packcheck/watch/library_symbols.hpp"
 
 namespace packcheck {
 
 namespace {
-
-// A file's bytes, read with care: every offset in it may be wrong.
-struct Image {
-  std::vector<char> bytes;
-
-  // `count` records from `offset` on; none when they do not all lie in the file.
-  template <class Record>
-  std::vector<Record> records(std::uint64_t offset, std::uint64_t count) const {
-    if (offset > bytes.size() || count > (bytes.size() - offset) / sizeof(Record)) return {};
-    std::vector<Record> found(static_cast<std::size_t>(count));
-    std::memcpy(found.data(), bytes.data() + offset, found.size() * sizeof(Record));
-    return found;
-  }
-};
 
 bool is_shown(const ElfW(Sym) & symbol) {
   const auto binding = ELF64_ST_BIND(symbol.st_info);
@@ -34,10 +21,7 @@ bool is_shown(const ElfW(Sym) & symbol) {
 }  // namespace
 
 std::vector<Symbol> shown_symbols(const std::string& path) {
-  std::ifstream file(path, std::ios::binary | std::ios::ate);
-  if (!file) return {};
-  Image image{std::vector<char>(static_cast<std::size_t>(file.tellg()))};
-  file.seekg(0).read(image.bytes.data(), static_cast<std::streamsize>(image.bytes.size()));
+  const FileImage image(path);
   const auto headers = image.records<ElfW(Ehdr)>(0, 1);
   if (headers.empty() || std::memcmp(headers[0].e_ident, ELFMAG, SELFMAG) != 0) return {};
   const auto sections = image.records<ElfW(Shdr)>(headers[0].e_shoff, headers[0].e_shnum);
@@ -53,6 +37,13 @@ std::vector<Symbol> shown_symbols(const std::string& path) {
         shown.push_back({&text[symbol.st_name], symbol.st_size});
   }
   return shown;
+}
+
+std::size_t object_size(const void* address) {
+  Dl_info info;
+  void* found = nullptr;
+  if (dladdr1(address, &info, &found, RTLD_DL_SYMENT) == 0 || found == nullptr) return 0;
+  return static_cast<std::size_t>(static_cast<const ElfW(Sym)*>(found)->st_size);
 }
 
 }  // namespace packcheck

@@ -1,5 +1,3 @@
-#include "host/worksheet/session/interruption.hpp"
-
 #include <pthread.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -11,6 +9,7 @@
 
 #include "host/packs/leave.hpp"
 #include "host/worksheet/engine/machine.hpp"
+#include "host/worksheet/session/interruption.hpp"
 
 namespace worksheet {
 

@@ -1,5 +1,3 @@
-#include "host/packcheck/process/output_watch.hpp"
-
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/mman.h>
@@ -10,6 +8,7 @@
 #include <system_error>
 
 #include "host/packcheck/process/message.hpp"
+#include "host/packcheck/process/output_watch.hpp"
 #include "host/packcheck/watch/environment.hpp"
 
 namespace packcheck {
