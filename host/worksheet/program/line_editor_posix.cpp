@@ -61,6 +61,8 @@ std::string history_path() {
   return std::string(home) + "/.local/state/worksheet/history";
 }
 
+}  // namespace
+
 // The history of earlier sessions, kept at the end of this one.
 class History {
  public:
@@ -88,6 +90,8 @@ class History {
   std::string path_;
   std::string last_;
 };
+
+namespace {
 
 struct Freed {
   void operator()(char* p) const { std::free(p); }
