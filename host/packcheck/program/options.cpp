@@ -37,6 +37,7 @@ std::string file_objection(const std::string& name) {
 }
 
 void declare(CLI::App& app, Options& options, Selection& selection) {
+  app.allow_windows_style_options(false);  // The same options everywhere.
   app.option_defaults()->take_last();
   app.set_version_flag("--version", PACKCHECK_VERSION);
   app.add_option("pack,--pack", options.pack, "the pack's library")->check(file_objection);

@@ -15,6 +15,7 @@ constexpr std::uint64_t kLeastMemory = std::uint64_t{16} << 20,
                         kMostMemory = std::uint64_t{1} << 62;
 
 void declare(CLI::App& app, Options& options) {
+  app.allow_windows_style_options(false);  // The same options everywhere.
   app.add_option("FILE", options.file, "The worksheet; - is standard input; none: interactive");
   app.add_option("-e", options.expressions, "Evaluate EXPR, before FILE's statements")
       ->type_name("EXPR")
