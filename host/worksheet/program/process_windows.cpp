@@ -1,8 +1,11 @@
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
 
 #include <cstdlib>
 #include <stdexcept>
 
+#include "host/efiutils/system/platform.hpp"
 #include "host/worksheet/program/process.hpp"
 
 namespace worksheet {
@@ -29,6 +32,9 @@ void guard_standard_streams() {
   std::atexit(put_pages_back);
   SetConsoleCP(CP_UTF8);
   SetConsoleOutputCP(CP_UTF8);
+  // A console ends lines itself. The C library would take each byte for a character.
+  for (const int stream : {1, 2})
+    if (efi::is_terminal(stream)) _setmode(stream, O_BINARY);
 }
 
 void limit_memory(std::uint64_t bytes) {

@@ -36,6 +36,7 @@ double* volatile kept_array = nullptr;
 Anyval* kept_value = nullptr;
 volatile double read_back = 0.0;
 volatile double calls = 0.0;
+const volatile double kZero = 0.0;
 
 // Leaves the floating-point environment as it was.
 struct FpKeeper {
@@ -43,7 +44,7 @@ struct FpKeeper {
   ~FpKeeper() {
     std::fesetenv(&saved);
     if (has("rounds_upwards")) std::fesetround(FE_UPWARD);
-    if (has("raises_flags")) std::feraiseexcept(FE_INVALID);
+    if (has("raises_flags")) read_back = kZero / kZero;
   }
   FpKeeper(const FpKeeper&) = delete;
   FpKeeper& operator=(const FpKeeper&) = delete;
