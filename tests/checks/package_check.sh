@@ -56,6 +56,12 @@ run sh -c 'test -x /usr/bin/worksheet && ldconfig -p | grep -q libEfiUtils.so.0'
 run grep -q '"/usr/libexec/worksheet-kernel"' /usr/share/jupyter/kernels/worksheet/kernel.json &&
   run sh -c '/usr/libexec/worksheet-kernel 2>&1 | grep -q usage' || fail 'no notebook kernel'
 
+# The worker of the extension needs what it brings along and what every system has.
+worker=build/package/calc/extension/worker
+for library in $(objdump -p "$worker/pack_worker" | awk '/NEEDED/ { print $2 }'); do
+  [[ -e $worker/$library || $library =~ ^lib(stdc\+\+|gcc_s|m|c)\.so ]] || fail "the extension needs $library"
+done
+
 run apt-get -qq purge --yes --auto-remove matrix-pack matrix-pack-jupyter >/dev/null
 list_files >"$scratch/after"
 diff "$scratch/before" "$scratch/after" || fail 'the package leaves something behind'
