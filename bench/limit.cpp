@@ -6,7 +6,7 @@
 #include <functional>
 #include <map>
 
-#include "bench/machine_eigen.hpp"
+#include "bench/peers/machine_eigen.hpp"
 
 namespace bench {
 

@@ -5,8 +5,8 @@
 #include <numeric>
 
 #include "bench/bench.hpp"
-#include "bench/eigen_peers.hpp"
-#include "bench/lapack.hpp"
+#include "bench/peers/eigen_peers.hpp"
+#include "bench/peers/lapack.hpp"
 #include "linsys/cholesky.hpp"
 #include "linsys/inverse.hpp"
 #include "linsys/linsys.hpp"

@@ -11,9 +11,9 @@
 
 #include "bench/audit.hpp"
 #include "bench/bench.hpp"
-#include "bench/lapack.hpp"
 #include "bench/limit.hpp"
-#include "bench/peers.hpp"
+#include "bench/peers/lapack.hpp"
+#include "bench/peers/peers.hpp"
 #include "host/efiutils/fault_translation.hpp"
 #include "pack/numeric/kernel_sets.hpp"
 

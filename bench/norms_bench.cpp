@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "bench/bench.hpp"
-#include "bench/eigen_peers.hpp"
-#include "bench/lapack.hpp"
+#include "bench/peers/eigen_peers.hpp"
+#include "bench/peers/lapack.hpp"
 #include "eigen/hermitian/eigenvalues.hpp"
 #include "norms/norm_cores.hpp"
 #include "norms/norms.hpp"

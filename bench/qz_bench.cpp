@@ -4,8 +4,8 @@
 #include <memory>
 
 #include "bench/bench.hpp"
-#include "bench/lapack.hpp"
-#include "bench/qz_eigen.hpp"
+#include "bench/peers/lapack.hpp"
+#include "bench/peers/qz_eigen.hpp"
 #include "eigen/eigen.hpp"
 #include "eigen/qz/stages.hpp"
 

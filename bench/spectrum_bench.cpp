@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "bench/bench.hpp"
-#include "bench/lapack.hpp"
-#include "bench/spectrum_eigen.hpp"
+#include "bench/peers/lapack.hpp"
+#include "bench/peers/spectrum_eigen.hpp"
 #include "pack/exports.hpp"
 
 namespace bench {

@@ -4,8 +4,8 @@
 #include <memory>
 
 #include "bench/bench.hpp"
-#include "bench/eigen_peers.hpp"
-#include "bench/lapack.hpp"
+#include "bench/peers/eigen_peers.hpp"
+#include "bench/peers/lapack.hpp"
 #include "linsys/linsys.hpp"
 #include "pack/elements.hpp"
 #include "svd/svd.hpp"

@@ -18,9 +18,9 @@ constexpr struct {
   const char* name;
   const char* symbol;
   int argument_count;
-} kEntryPoints[] = {{"inv(Anyval*)", worksheet::kInverseSymbol, 1},
-                    {"eigenvals(Anyval*, Anyval*)", worksheet::kEigenvalsSymbol, 2},
-                    {"eigenvecs(Anyval*)", worksheet::kEigenvecsSymbol, 1}};
+} kValueEntryPoints[] = {{"inv(Anyval*)", worksheet::kInverseSymbol, 1},
+                         {"eigenvals(Anyval*, Anyval*)", worksheet::kEigenvalsSymbol, 2},
+                         {"eigenvecs(Anyval*)", worksheet::kEigenvecsSymbol, 1}};
 
 std::span<const FunctionEntry> table_of(const Pack& pack) {
   const auto* const table = static_cast<const FunctionEntry*>(pack.symbol("theEfi"));
@@ -62,7 +62,7 @@ std::vector<Function> callable_functions(const Pack& pack) {
     if (context->size() > static_cast<std::size_t>(count)) continue;
     functions.push_back({*name, static_cast<int>(k), {}, count, *context});
   }
-  for (const auto& entry : kEntryPoints) {
+  for (const auto& entry : kValueEntryPoints) {
     const auto handler = reinterpret_cast<AnyHandler>(pack.symbol(entry.symbol));
     if (handler != nullptr && std::ranges::none_of(pack.rows(), [=](const FunctionEntry& row) {
           return row.handler == handler;

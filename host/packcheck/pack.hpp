@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "host/packcheck/watch/address_space.hpp"
+#include "host/packcheck/memory/address_space.hpp"
 #include "host/packs/packs.hpp"
 #include "pack/host_interface.hpp"
 

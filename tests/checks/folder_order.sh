@@ -2,12 +2,15 @@
 # Includes point one way: a folder of the host knows those above it in these lists, and no other.
 set -euo pipefail
 cd "$1"
-worksheet="host/efiutils/system host/efiutils host/text host/units host/packs host/arguments host/audit/numeric host/audit host/worksheet/engine host/worksheet/operators host/worksheet/data
+shared="host/efiutils/system host/efiutils host/text host/units host/packs"
+worksheet="$shared host/arguments host/audit/numeric host/audit
+  host/worksheet/values host/worksheet/engine host/worksheet/operators host/worksheet/data
   host/worksheet/plot host/worksheet/functions host/worksheet/language host/worksheet/help
-  host/worksheet/session host/worksheet/output host/worksheet/state host/worksheet/report host/worksheet/program host/kernel"
-packcheck="host/efiutils/system host/efiutils host/text host/units host/packs host/arguments host/packcheck/watch host/packcheck
+  host/worksheet/session host/worksheet/output host/worksheet/state host/worksheet/report
+  host/worksheet/program/system host/worksheet/program host/kernel"
+packcheck="$shared host/arguments host/packcheck/memory host/packcheck/watch host/packcheck
   host/packcheck/arguments host/packcheck/process host/packcheck/checks host/packcheck/program"
-calc="host/efiutils/system host/efiutils host/text host/units host/packs calc"
+calc="$shared calc"
 failed=0
 for order in "$worksheet" "$packcheck" "$calc"; do
   known=""

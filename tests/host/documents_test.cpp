@@ -72,20 +72,12 @@ TEST(Documents, EveryWorksheetGivesTheOutputBelowIt) {
   EXPECT_GE(worksheets, 30);
 }
 
-// What a shell prints that runs `commands`, which may write files, beside the examples; it ends at
-// the first that fails.
-std::string output_of(const std::string& commands) {
+// What `commands`, which may write files, print beside the examples, up to the first that fails.
+std::string printed_beside_examples(const std::string& commands) {
   const test::Directory directory;
-  const std::string script = "exec 2>&1 </dev/null\nset -e\ncd '" + directory.path(".") +
-                             "'\nln -s '" MATRIX_SOURCE_DIR "/examples' .\n" +
-                             "export WORKSHEET_CATALOGUE=/nonexistent/packs.json\n" + commands;
-  std::FILE* const shell = popen(script.c_str(), "r");
-  std::string output;
-  char buffer[4096];
-  while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, shell))
-    output.append(buffer, count);
-  EXPECT_EQ(pclose(shell), 0) << commands << output;
-  return output;
+  return test::shell("exec </dev/null\nset -e\ncd '" + directory.path(".") +
+                     "'\nln -s '" MATRIX_SOURCE_DIR "/examples' .\n" +
+                     "export WORKSHEET_CATALOGUE=/nonexistent/packs.json\n" + commands);
 }
 
 TEST(Documents, EveryCommandThatStartsTheProgramRuns) {
@@ -96,9 +88,9 @@ TEST(Documents, EveryCommandThatStartsTheProgramRuns) {
     for (std::string line; std::getline(lines, line);)
       if (line.starts_with(kRun) && !(test::kSanitized && line.find("--max-memory") != line.npos))
         runs += test::kWorksheet + line.substr(kRun.size()) + "\n";
-    const std::string output = output_of(runs);
+    const std::string output = printed_beside_examples(runs);
     if (next != nullptr && next->language == "text") {
-      EXPECT_EQ(output, next->content);
+      EXPECT_EQ(output + "\n", next->content);
     }
   });
   EXPECT_GE(commands, 2);

@@ -16,7 +16,7 @@ std::string repeated(const std::string& piece, int count) {
   return text;
 }
 
-struct Case {
+struct HostileCase {
   const char* name;
   std::string sheet;
   std::string said;  // Somewhere in what the program prints on either output.
@@ -28,7 +28,7 @@ struct Case {
 // A statement behind each sheet shows that the program goes on.
 constexpr const char* kLast = "\n\"the end\"\n";
 
-void expect(const Case& c) {
+void expect(const HostileCase& c) {
   SCOPED_TRACE(c.name);
   const bool limited = c.limits.memory != RLIM_INFINITY || c.limits.stack != RLIM_INFINITY;
   if (kSanitized && limited) return;
@@ -46,7 +46,7 @@ void expect(const Case& c) {
 
 TEST(Hostile, Nesting) {
   const Limits small_stack = {.stack = 64 << 10};
-  const Case cases[] = {
+  const HostileCase cases[] = {
       {"brackets in a text", "x = [\")))" + repeated(")", 100000) + "\", \"(((\"]", "nested array",
        0},
       {"101 brackets in a text", "\"" + repeated("(", 101) + "\"", "(((", 0},
@@ -68,7 +68,7 @@ TEST(Hostile, Nesting) {
        small_stack,
        {"--json"}},
   };
-  for (const Case& c : cases) expect(c);
+  for (const HostileCase& c : cases) expect(c);
 }
 
 // As many lines and bytes as these take their time in proportion only.
@@ -79,7 +79,7 @@ TEST(Hostile, Length) {
   std::string variables, lines;
   for (int k = 0; k <= last; ++k) variables += fmt::format("A{} = [1, 2; 3, {}]\n", k, k);
   for (int k = 0; k <= last; ++k) lines += fmt::format("x = {}\n", k);
-  const Case cases[] = {
+  const HostileCase cases[] = {
       {"a line of 30 MB", "x = [" + repeated("1, ", 10 << 20) + "1]\ny = 2", "longer than 4 MiB", 1,
        little},
       {"a statement of 30 MB", "x = [\n" + repeated("1, 2, 3;\n", 3 << 20) + "1, 2, 3]\ny = 2",
@@ -94,14 +94,14 @@ TEST(Hostile, Length) {
       {"a variable that changes", "A = identity(500)\n" + repeated("A = A + 1\n", 200), "201", 0,
        little},
   };
-  for (const Case& c : cases) expect(c);
+  for (const HostileCase& c : cases) expect(c);
 }
 
 TEST(Hostile, Loops) {
   const Directory directory;
   const Limits little = {.memory = 256 * kMiB};
   const std::vector<std::string> briefly = {"--timeout", "0.3"};
-  const Case cases[] = {
+  const HostileCase cases[] = {
       {"blocks", repeated("if 1\n", 20000) + repeated("end\n", 20000),
        "blocks are nested too deeply"},
       {"no end", "while 1; end", "takes longer than", 1, {}, briefly},
@@ -121,7 +121,7 @@ TEST(Hostile, Loops) {
       {"names in a body", "f(x) = (" + repeated("t = x; ", 200) + "t)",
        "too many names in the body of a function"},
   };
-  for (const Case& c : cases) expect(c);
+  for (const HostileCase& c : cases) expect(c);
 }
 
 TEST(Hostile, Size) {
@@ -132,7 +132,7 @@ TEST(Hostile, Size) {
                             repeated("t, ", 1000) + "t]\nB = [A; A; A]";
   const Limits small_files = {.file_size = 12 * kMiB};
   const Limits little = {.memory = 256 * kMiB};
-  const Case cases[] = {
+  const HostileCase cases[] = {
       {"doubled arrays", doubled, "A = 1 x 2 nested array", 0, {.file_size = kMiB}},
       {"doubled arrays in JSON",
        doubled,
@@ -170,13 +170,13 @@ TEST(Hostile, Size) {
        {.memory = 160 * kMiB},
        {"--all"}},
   };
-  for (const Case& c : cases) expect(c);
+  for (const HostileCase& c : cases) expect(c);
 }
 
 TEST(Hostile, Text) {
   const Directory directory;
   const std::string picture = directory.path("p.svg");
-  const Case cases[] = {
+  const HostileCase cases[] = {
       {"Latin-1", "x = 1\nt = \"M\xFCller\"", "line 2, column 7: this is not text in UTF-8"},
       {"a Latin-1 comment", "# M\xFCller\nx = 1", "line 1, column 4: this is not text in UTF-8"},
       {"a NUL", std::string("x = 1\ny = \"") + '\0' + "\"", "line 2, column 6: this is not text"},
@@ -192,7 +192,7 @@ TEST(Hostile, Text) {
       {"markup in a picture", "plot(\"" + picture + "\", [1, 2], \"title: ]]></svg>\")", "picture",
        0},
   };
-  for (const Case& c : cases) expect(c);
+  for (const HostileCase& c : cases) expect(c);
   EXPECT_NE(directory.read("p.svg").find("<text>]]&gt;&lt;/svg></text>"), std::string::npos);
 }
 

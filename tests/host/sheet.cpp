@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -186,6 +187,15 @@ ProgramRun run_program(const std::vector<std::string>& arguments, const std::str
   EXPECT_EQ(waitpid(child, &status, 0), child);
   return {directory.read("out"), directory.read("err"),
           WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status)};
+}
+
+std::string shell(const std::string& commands) {
+  std::FILE* const pipe = popen(("exec 2>&1\n" + commands).c_str(), "r");
+  std::string printed;
+  for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) printed += static_cast<char>(c);
+  EXPECT_EQ(pclose(pipe), 0) << commands << "\n" << printed;
+  if (printed.ends_with('\n')) printed.pop_back();
+  return printed;
 }
 
 Directory::Directory() {

@@ -7,10 +7,10 @@
 #include "host/efiutils/catalogue.hpp"
 #include "host/efiutils/system/paths.hpp"
 #include "host/packcheck/checks/checks.hpp"
+#include "host/packcheck/memory/heap.hpp"
 #include "host/packcheck/process/output_watch.hpp"
 #include "host/packcheck/process/surroundings.hpp"
 #include "host/packcheck/watch/environment.hpp"
-#include "host/packcheck/watch/heap.hpp"
 
 namespace packcheck {
 

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "host/packcheck/checks/checks.hpp"
-#include "host/packcheck/watch/heap.hpp"
+#include "host/packcheck/memory/heap.hpp"
 #include "host/text/text.hpp"
 
 namespace packcheck {

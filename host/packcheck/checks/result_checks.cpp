@@ -4,14 +4,14 @@
 #include <algorithm>
 
 #include "host/packcheck/checks/checks.hpp"
-#include "host/packcheck/watch/heap.hpp"
+#include "host/packcheck/memory/heap.hpp"
 
 namespace packcheck {
 
 namespace {
 
 // How deep values are followed that hold values.
-constexpr int kMostDepth = 8;
+constexpr int kMostResultDepth = 8;
 
 constexpr std::uint32_t kMatrixFlags = kHoldsNested | kIsNestedValue;
 
@@ -41,7 +41,7 @@ class ResultInspector {
   }
 
   void value(const Anyval* value, int depth) {
-    if (value == sError_OutOfMemory || is_argument(value) || depth > kMostDepth) return;
+    if (value == sError_OutOfMemory || is_argument(value) || depth > kMostResultDepth) return;
     if (!session_.store().owns(value)) {
       complain("foreign", "gives a value that is not, or no longer, the host's");
       return;

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <typeinfo>
 
-#include "host/packcheck/watch/heap.hpp"
+#include "host/packcheck/memory/heap.hpp"
 #include "pack/frame/faults.hpp"
 
 namespace packcheck {

@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "host/efiutils/system/files.hpp"
+#include "host/packcheck/memory/heap.hpp"
 #include "host/packcheck/process/message.hpp"
-#include "host/packcheck/watch/heap.hpp"
 
 namespace packcheck {
 

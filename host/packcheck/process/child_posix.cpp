@@ -11,8 +11,8 @@
 #include <system_error>
 
 #include "host/efiutils/fault_translation.hpp"
+#include "host/packcheck/memory/heap.hpp"
 #include "host/packcheck/process/child.hpp"
-#include "host/packcheck/watch/heap.hpp"
 
 namespace packcheck {
 

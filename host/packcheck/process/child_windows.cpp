@@ -10,9 +10,9 @@
 #include "host/efiutils/fault_translation.hpp"
 #include "host/efiutils/system/platform.hpp"
 #include "host/efiutils/system/wide_text_windows.hpp"
+#include "host/packcheck/memory/heap.hpp"
+#include "host/packcheck/memory/operator_new.hpp"
 #include "host/packcheck/process/child.hpp"
-#include "host/packcheck/watch/heap.hpp"
-#include "host/packcheck/watch/operator_new.hpp"
 
 namespace packcheck {
 

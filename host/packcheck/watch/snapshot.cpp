@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "host/packcheck/watch/heap.hpp"
+#include "host/packcheck/memory/heap.hpp"
 
 namespace packcheck {
 

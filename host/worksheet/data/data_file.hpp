@@ -8,7 +8,7 @@
 
 #include "host/efiutils/system/streams.hpp"
 #include "host/worksheet/engine/matrices.hpp"
-#include "host/worksheet/engine/source.hpp"
+#include "host/worksheet/values/source.hpp"
 
 namespace worksheet {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

@@ -4,8 +4,8 @@
 #include <span>
 
 #include "host/worksheet/engine/limits.hpp"
-#include "host/worksheet/engine/source.hpp"
-#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/values/source.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

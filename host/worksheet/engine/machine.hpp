@@ -18,12 +18,12 @@
 #include "host/packs/packs.hpp"
 #include "host/worksheet/engine/call.hpp"
 #include "host/worksheet/engine/drawn.hpp"
-#include "host/worksheet/engine/holders.hpp"
 #include "host/worksheet/engine/sheet_files.hpp"
-#include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/trust.hpp"
-#include "host/worksheet/engine/value.hpp"
-#include "host/worksheet/engine/variable.hpp"
+#include "host/worksheet/values/holders.hpp"
+#include "host/worksheet/values/source.hpp"
+#include "host/worksheet/values/value.hpp"
+#include "host/worksheet/values/variable.hpp"
 
 namespace worksheet {
 

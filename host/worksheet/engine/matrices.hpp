@@ -5,7 +5,7 @@
 #include <memory>
 #include <new>
 
-#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

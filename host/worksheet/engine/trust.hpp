@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/audit/audit.hpp"
-#include "host/worksheet/engine/source.hpp"
+#include "host/worksheet/values/source.hpp"
 
 namespace worksheet {
 

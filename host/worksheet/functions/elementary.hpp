@@ -2,7 +2,7 @@
 // real number wherever there is one.
 #pragma once
 
-#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

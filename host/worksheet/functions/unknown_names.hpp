@@ -3,8 +3,8 @@
 
 #include <string_view>
 
-#include "host/worksheet/engine/source.hpp"
-#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/values/source.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

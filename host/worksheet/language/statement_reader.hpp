@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/worksheet/engine/source.hpp"
+#include "host/worksheet/values/source.hpp"
 
 namespace worksheet {
 

@@ -1,8 +1,8 @@
 // The operators of the language on values.
 #pragma once
 
-#include "host/worksheet/engine/source.hpp"
-#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/values/source.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

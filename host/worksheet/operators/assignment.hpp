@@ -3,8 +3,8 @@
 
 #include <span>
 
-#include "host/worksheet/engine/source.hpp"
-#include "host/worksheet/engine/variable.hpp"
+#include "host/worksheet/values/source.hpp"
+#include "host/worksheet/values/variable.hpp"
 
 namespace worksheet {
 

@@ -1,8 +1,8 @@
 // Operators on numbers, and element by element on matrices.
 #pragma once
 
-#include "host/worksheet/engine/value.hpp"
 #include "host/worksheet/operators/arithmetic.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

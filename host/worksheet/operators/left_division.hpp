@@ -1,8 +1,8 @@
 // A \ b: the solution x of A x = b.
 #pragma once
 
-#include "host/worksheet/engine/source.hpp"
-#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/values/source.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

@@ -1,8 +1,8 @@
 // Powers of a matrix: its inverse and the unit matrix come from a pack.
 #pragma once
 
-#include "host/worksheet/engine/source.hpp"
-#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/values/source.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

@@ -1,8 +1,8 @@
 // Assignment to elements and blocks of a variable's matrix.
 #pragma once
 
-#include "host/worksheet/engine/variable.hpp"
 #include "host/worksheet/operators/subscript.hpp"
+#include "host/worksheet/values/variable.hpp"
 
 namespace worksheet {
 

@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "host/worksheet/engine/value.hpp"
 #include "host/worksheet/operators/range.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

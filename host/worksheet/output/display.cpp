@@ -8,11 +8,11 @@
 #include "fmt/format.h"
 #include "host/text/text.hpp"
 #include "host/units/unit.hpp"
-#include "host/worksheet/engine/variable.hpp"
 #include "host/worksheet/output/help_text.hpp"
 #include "host/worksheet/output/listing.hpp"
 #include "host/worksheet/output/matrix_text.hpp"
 #include "host/worksheet/output/number_text.hpp"
+#include "host/worksheet/values/variable.hpp"
 
 namespace worksheet {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "host/worksheet/engine/variable.hpp"
 #include "host/worksheet/help/reference.hpp"
+#include "host/worksheet/values/variable.hpp"
 
 namespace worksheet {
 

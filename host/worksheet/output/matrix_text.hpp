@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "host/worksheet/engine/value.hpp"
 #include "host/worksheet/output/display_options.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

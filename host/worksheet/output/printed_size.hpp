@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "host/efiutils/store.hpp"
-#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

@@ -6,7 +6,7 @@
 #include "host/efiutils/catalogue.hpp"
 #include "host/worksheet/output/json_output.hpp"
 #include "host/worksheet/output/listing.hpp"
-#include "host/worksheet/program/terminal.hpp"
+#include "host/worksheet/program/system/terminal.hpp"
 
 namespace worksheet {
 

@@ -9,7 +9,7 @@
 #include "host/efiutils/system/files.hpp"
 #include "host/efiutils/system/paths.hpp"
 #include "host/worksheet/engine/limits.hpp"
-#include "host/worksheet/program/terminal.hpp"
+#include "host/worksheet/program/system/terminal.hpp"
 #include "host/worksheet/state/state.hpp"
 
 namespace worksheet {

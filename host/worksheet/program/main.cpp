@@ -4,10 +4,10 @@
 
 #include "host/worksheet/program/catalogue_options.hpp"
 #include "host/worksheet/program/options.hpp"
-#include "host/worksheet/program/process.hpp"
 #include "host/worksheet/program/run.hpp"
-#include "host/worksheet/program/standard_output.hpp"
-#include "host/worksheet/program/terminal.hpp"
+#include "host/worksheet/program/system/process.hpp"
+#include "host/worksheet/program/system/standard_output.hpp"
+#include "host/worksheet/program/system/terminal.hpp"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "host/worksheet/language/statement_reader.hpp"
-#include "host/worksheet/program/line_editor.hpp"
+#include "host/worksheet/program/system/line_editor.hpp"
 
 namespace worksheet {
 

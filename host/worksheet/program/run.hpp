@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/worksheet/program/options.hpp"
-#include "host/worksheet/program/standard_output.hpp"
+#include "host/worksheet/program/system/standard_output.hpp"
 
 namespace worksheet {
 

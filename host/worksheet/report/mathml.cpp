@@ -6,12 +6,12 @@
 #include "fmt/format.h"
 #include "host/units/unit.hpp"
 #include "host/worksheet/engine/limits.hpp"
-#include "host/worksheet/engine/variable.hpp"
 #include "host/worksheet/output/matrix_text.hpp"
 #include "host/worksheet/output/number_text.hpp"
 #include "host/worksheet/output/printed_size.hpp"
 #include "host/worksheet/report/markup.hpp"
 #include "host/worksheet/report/number_markup.hpp"
+#include "host/worksheet/values/variable.hpp"
 
 namespace worksheet {
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "host/efiutils/store.hpp"
-#include "host/worksheet/engine/value.hpp"
 #include "host/worksheet/output/display_options.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

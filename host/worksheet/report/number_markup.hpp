@@ -5,7 +5,7 @@
 #include <string>
 
 #include "host/text/number_format.hpp"
-#include "host/worksheet/engine/value.hpp"
+#include "host/worksheet/values/value.hpp"
 
 namespace worksheet {
 

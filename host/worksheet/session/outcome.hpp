@@ -8,11 +8,11 @@
 #include "host/efiutils/store.hpp"
 #include "host/text/number_format.hpp"
 #include "host/worksheet/engine/drawn.hpp"
-#include "host/worksheet/engine/source.hpp"
 #include "host/worksheet/engine/trust.hpp"
-#include "host/worksheet/engine/value.hpp"
-#include "host/worksheet/engine/variable.hpp"
 #include "host/worksheet/help/help.hpp"
+#include "host/worksheet/values/source.hpp"
+#include "host/worksheet/values/value.hpp"
+#include "host/worksheet/values/variable.hpp"
 
 namespace worksheet {
 
