@@ -19,8 +19,19 @@ if(WIN32)
   set(vector_moves -Wa,-muse-unaligned-vector-move)
 endif()
 
+# Of three sets made from one source the sanitizers see the narrowest and the widest.
+set(unseen_set)
+if(MATRIX_SANITIZE AND NOT MATRIX_FUZZ)
+  set(unseen_set v3)
+endif()
+
 function(add_kernel_set name)
   if(NOT kernel_sources)
+    return()
+  endif()
+  set(pack_parts ${pack_parts} kernels_${name} PARENT_SCOPE)
+  if(name STREQUAL unseen_set AND MATRIX_UNSEEN_FROM)
+    add_unseen_objects(kernels_${name} ${kernel_sources})
     return()
   endif()
   add_library(kernels_${name} OBJECT ${kernel_sources})
@@ -28,18 +39,16 @@ function(add_kernel_set name)
   target_compile_definitions(kernels_${name} PRIVATE MATRIX_KERNEL_SET=${name})
   target_compile_options(kernels_${name} PRIVATE
     $<$<CONFIG:Release>:-O3> -fasynchronous-unwind-tables -Wno-psabi ${vector_moves} ${ARGN})
-  set(pack_parts ${pack_parts} kernels_${name} PARENT_SCOPE)
+  if(name STREQUAL unseen_set)
+    target_compile_options(kernels_${name} PRIVATE -fno-sanitize=all)
+  endif()
 endfunction()
 
 add_kernel_set(baseline)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64" AND CMAKE_SIZEOF_VOID_P EQUAL 8)
   # No fused operations: gcc 12 makes some in spite of -ffp-contract=off. Those of v4's own it still
   # may make; a test looks for them.
-  # Of three sets made from one source the sanitizers see the narrowest and the widest.
-  if(MATRIX_SANITIZE AND NOT MATRIX_FUZZ)
-    set(unseen -fno-sanitize=all)
-  endif()
-  add_kernel_set(v3 -march=x86-64-v3 -mno-fma ${unseen})
+  add_kernel_set(v3 -march=x86-64-v3 -mno-fma)
   add_kernel_set(v4 -march=x86-64-v4 -mno-fma)
 endif()
 

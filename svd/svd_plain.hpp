@@ -11,20 +11,20 @@
 
 namespace matrix_pack::plain {
 
-using Array = std::vector<double>;
+using Vector = std::vector<double>;
 
 // W is m x n, V n x n; w and rv1 the bidiagonal form.
 struct Decomposition {
   Index m;
   Index n;
-  Array W, V, w, rv1;
+  Vector W, V, w, rv1;
   std::vector<Index> index;
 
-  Decomposition(Index m, Index n, Array a)
+  Decomposition(Index m, Index n, Vector a)
       : m(m), n(n), W(std::move(a)), V(size(n * n)), w(size(n)), rv1(size(n)), index(size(n)) {}
 
   static std::size_t size(Index count) { return static_cast<std::size_t>(count); }
-  double& at(Array& a, Index rows, Index i, Index j) { return a[size(j * rows + i)]; }
+  double& at(Vector& a, Index rows, Index i, Index j) { return a[size(j * rows + i)]; }
   double& W_(Index i, Index j) { return at(W, m, i, j); }
   double& V_(Index i, Index j) { return at(V, n, i, j); }
   double& w_(Index i) { return w[size(i)]; }
@@ -158,8 +158,8 @@ struct Decomposition {
     return message;
   }
 
-  Array permuted(Array& a, Index rows) {
-    Array result;
+  Vector permuted(Vector& a, Index rows) {
+    Vector result;
     for (Index i = 0; i < n; ++i)
       for (Index r = 0; r < rows; ++r) result.push_back(at(a, rows, r, index[size(i)]));
     return result;

@@ -19,11 +19,10 @@ inline void update(Index n, const ComplexView& a, const ComplexView& v, const Co
   }
 }
 
-inline void multiply(Index n, const ComplexView& a, const ComplexView& x, const ComplexView& w) {
+inline void multiply_hermitian(Index n, const ComplexView& a, const ComplexView& x,
+                               const ComplexView& w) {
   const auto add_to = [&](Index j, Complex term) { w.set(j, add(w[j], term)); };
-  const auto add_product = [&](Index j, Index k) {
-    add_to(j, matrix_pack::multiply(a(j, k), x[k]));
-  };
+  const auto add_product = [&](Index j, Index k) { add_to(j, multiply(a(j, k), x[k])); };
   const auto multiply_diagonal = [&](Index k) {
     w.re[k] += a.re[k * a.ld + k] * x.re[k];
     w.im[k] += a.re[k * a.ld + k] * x.im[k];

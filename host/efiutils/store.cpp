@@ -17,11 +17,6 @@ constexpr std::size_t kSlotsPerChunk = 1u << 14;
 constexpr std::int32_t kFreeSlot = -1;
 constexpr std::int32_t kPartList = -2;
 
-struct PartList : Anyval {
-  std::int32_t count;
-  aMatrix* parts[Store::kMostParts];
-};
-
 const double kUnwritten = std::bit_cast<double>(kUnwrittenBits);
 
 }  // namespace
@@ -36,6 +31,11 @@ double nested_element(const Anyval* value) {
                              static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(value));
   return std::bit_cast<double>(bits);
 }
+
+struct Store::PartList : Anyval {
+  std::int32_t count;
+  aMatrix* parts[kMostParts];
+};
 
 // What the host keeps in front of a record. Addresses of records fit 32 bits.
 struct Store::Header {

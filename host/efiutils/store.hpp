@@ -89,6 +89,7 @@ class Store final : public IqlAllocator {
 
  private:
   struct Header;
+  struct PartList;
   struct Slot;
 
   Slot* take(std::int32_t kind);

@@ -24,7 +24,7 @@ using plain::Square;
 using test::random_dense;
 
 // Orders around the widths of vectors, blocks of columns and rows, and windows.
-const std::vector<int> kOrders =
+const std::vector<int> kReductionOrders =
     test::orders({1, 2, 3, 4, 5, 7, 8, 9, 12, 17, 31, 33, 64, 67, 129, 150});
 
 Square random_square(int n, unsigned seed) {
@@ -54,7 +54,7 @@ Square symmetric(Square a) {
 
 // Dense, and with rows that need no reflection.
 TEST_P(EigenKernels, SymmetricReductionIsThatOfThePlainLoops) {
-  for (const int n : kOrders) {
+  for (const int n : kReductionOrders) {
     for (const bool sparse : {false, true}) {
       SCOPED_TRACE(n);
       Square a = symmetric(random_square(n, 1));
@@ -77,7 +77,7 @@ TEST_P(EigenKernels, SymmetricReductionIsThatOfThePlainLoops) {
 
 // Dense and sparse: the multipliers that are zero leave gaps between the rows that take part.
 TEST_P(EigenKernels, EliminationIsThatOfThePlainLoops) {
-  for (const int n : kOrders) {
+  for (const int n : kReductionOrders) {
     for (const bool sparse : {false, true}) {
       const int low = n / 7, igh = n - 1 - n / 9;
       SCOPED_TRACE(n);
@@ -104,7 +104,7 @@ TEST_P(EigenKernels, EliminationIsThatOfThePlainLoops) {
 }
 
 TEST_P(EigenKernels, UnitaryReductionIsThatOfThePlainLoops) {
-  for (const int n : kOrders) {
+  for (const int n : kReductionOrders) {
     for (const bool sparse : {false, true}) {
       const int low = n / 7, igh = n - 1 - n / 9;
       SCOPED_TRACE(n);

@@ -13,7 +13,6 @@ namespace matrix_pack {
 namespace {
 
 using namespace test;
-using test::Complex;
 using Eigen = InHost;
 
 const double kPi = std::acos(-1.0);
@@ -24,7 +23,7 @@ Anyval* values_of(TestHost& host, aMatrix* m, double tolerance = 0) {
   return eigenvals(host.context(), m, host.scalar(tolerance));
 }
 
-std::vector<Complex> values_of(const Specimen& a) {
+std::vector<StdComplex> values_of(const Specimen& a) {
   TestHost host;
   return elements(as_result_matrix(values_of(host, make(host, a))));
 }
@@ -46,12 +45,12 @@ std::vector<Specimen> problems(int n, bool complex) {
 void check_residual(const Specimen& a, WorstRatio& worst) {
   TestHost host;
   aMatrix* const m = make(host, a);
-  const std::vector<Complex> values = elements(as_result_matrix(values_of(host, m)));
+  const std::vector<StdComplex> values = elements(as_result_matrix(values_of(host, m)));
   const aMatrix* const vectors = as_result_matrix(eigenvecs(host.context(), m));
   ASSERT_EQ(values.size(), std::size_t(m->rows)) << a.name;
   ASSERT_EQ(vectors->cols, m->rows) << a.name;
   worst.expect(eigen_ratio(m, nullptr, values, vectors), a.name);
-  const std::vector<Complex> x = elements(vectors);
+  const std::vector<StdComplex> x = elements(vectors);
   for (auto first = x.begin(); first != x.end(); first += m->rows)
     EXPECT_NEAR(norm_of({first, first + m->rows}), 1, 1e-14) << a.name;
 }
@@ -96,7 +95,7 @@ void check_cores(const Specimen& a) {
     double largest = 0;
     int ones = 0, conjugates = 0;
     for (int i = 0; i < n; ++i) {
-      const Complex x(re(vectors, i, j), im(vectors, i, j));
+      const StdComplex x(re(vectors, i, j), im(vectors, i, j));
       largest = std::max(largest, std::abs(x));
       ones += x == 1.0;
       if (j + 1 < n)
@@ -132,7 +131,7 @@ TEST_F(Eigen, ComponentsThatGrowAreScaled) {
   growing(n - 2, n - 1) = distance;
   growing(n - 1, n - 2) = -distance;
   aMatrix* const a = host.matrix(n, n, growing.a);
-  const std::vector<Complex> v = elements(as_result_matrix(eigenvecs(c, a)));
+  const std::vector<StdComplex> v = elements(as_result_matrix(eigenvecs(c, a)));
   for (const int column : {n - 2, n - 1}) {
     const auto first = v.begin() + column * n;
     aMatrix* const x = host.complex_matrix(n, 1, {first, first + n});
@@ -151,8 +150,8 @@ TEST_F(Eigen, SignsMakeNoDifference) {
     for (unsigned seed = 0; seed < 20; ++seed)
       for (const bool complex : {false, true}) {
         Specimen a = specimen({Source::units, Structure::general}, n, n, seed, complex);
-        std::vector<Complex> expected = values_of(a);
-        for (Complex& value : expected) value = complex ? -value : -std::conj(value);
+        std::vector<StdComplex> expected = values_of(a);
+        for (StdComplex& value : expected) value = complex ? -value : -std::conj(value);
         for (Dense* part : {&a.matrix, &a.imaginary})
           *part = changed(*part, [](int, int, double x) { return -x; });
         EXPECT_EQ(values_of(a), expected) << a.name << " " << seed;
@@ -161,8 +160,8 @@ TEST_F(Eigen, SignsMakeNoDifference) {
 
 // --- Known spectra ---
 
-std::vector<Complex> sequence(int n, const std::function<Complex(int)>& value) {
-  std::vector<Complex> all;
+std::vector<StdComplex> sequence(int n, const std::function<StdComplex(int)>& value) {
+  std::vector<StdComplex> all;
   for (int k = 0; k < n; ++k) all.push_back(value(k));
   return all;
 }
@@ -170,7 +169,7 @@ std::vector<Complex> sequence(int n, const std::function<Complex(int)>& value) {
 TEST_F(Eigen, SpectraAreTheKnownOnes) {
   WorstRatio worst("eigenvalues against known values", 17);
   const auto check = [&](const char* name, const Dense& a,
-                         const std::function<Complex(int)>& known) {
+                         const std::function<StdComplex(int)>& known) {
     for (const bool complex : {false, true})
       worst.expect(distance(values_of({name, a, complex ? Dense(a.rows, a.rows) : Dense(0, 0)}),
                             sequence(a.rows, known)) /
@@ -184,7 +183,7 @@ TEST_F(Eigen, SpectraAreTheKnownOnes) {
     check("second difference", filled(n, n, tridiagonal(-1, 2, -1)),
           [n](int k) { return 2 - 2 * std::cos((k + 1) * kPi / (n + 1)); });
     check("circulant", of(Structure::circulant, n), [n](int k) {
-      Complex sum = 0;
+      StdComplex sum = 0;
       for (int j = 0; j < n; ++j) sum += std::polar(1.0 / (1 + j), 2 * kPi * j * k / n);
       return sum;
     });
@@ -243,7 +242,7 @@ TEST_F(Eigen, SmallMatricesGiveExactVectors) {
   expect_complex_matrix(vectors(host.complex_matrix({{0, 0}, {0, 0}})), {{1, 0}, {0, 1}});
   const auto defective = elements(
       as_result_matrix(vectors(host.complex_matrix({{{0, 1e-310}, 1e-309}, {0, {0, 1e-310}}}))));
-  EXPECT_EQ(defective[0], Complex(1));
+  EXPECT_EQ(defective[0], StdComplex(1));
   EXPECT_NEAR(std::abs(defective[2]), 1, 1e-10) << "but for a tiny one, the same vector again";
 }
 
@@ -256,8 +255,8 @@ TEST_F(Eigen, ToleranceChopsStrictly) {
   expect_complex_matrix(values_of(host, one, 1), {{0}});
   expect_complex_matrix(eigenvecs(c, one), {{1}});
   aMatrix* const dense = make(host, structures(6, 6, 1, true)[0]);
-  for (const Complex& z : elements(as_result_matrix(values_of(host, dense, 1e9))))
-    EXPECT_EQ(z, Complex(0));
+  for (const StdComplex& z : elements(as_result_matrix(values_of(host, dense, 1e9))))
+    EXPECT_EQ(z, StdComplex(0));
   expect_complex_matrix(values_of(host, host.complex_matrix({{{1, 1}, 1}, {0, {2, 2}}}), 10),
                         {{0}, {{2, 2}}});
 }

@@ -9,10 +9,9 @@ namespace matrix_pack {
 namespace {
 
 using namespace test;
-using test::Complex;
 using Eigenvec = InHost;
 
-Anyval* vector_for(TestHost& host, aMatrix* m, Complex z) {
+Anyval* vector_for(TestHost& host, aMatrix* m, StdComplex z) {
   return eigenvec(host.context(), m, host.scalar(z.real(), z.imag()));
 }
 
@@ -25,7 +24,7 @@ TEST_F(Eigenvec, SolvesForEveryEigenvalueOfARandomMatrix) {
          {real, {"mirrored", mirrored(real.matrix)}, structures(n, n, 5, true)[0]}) {
       TestHost host;
       aMatrix* const m = make(host, a);
-      for (const Complex& z : elements(as_result_matrix(eigenvals(c, m, 0.0)))) {
+      for (const StdComplex& z : elements(as_result_matrix(eigenvals(c, m, 0.0)))) {
         const aMatrix* const x = as_result_matrix(vector_for(host, m, z));
         ASSERT_EQ(x->rows, n) << a.name;
         ASSERT_NE(x->im, nullptr);

@@ -9,7 +9,6 @@ namespace matrix_pack {
 namespace {
 
 using namespace test;
-using test::Complex;
 using Generalized = InHost;
 
 using Handler = Anyval* (*)(EfiCallContext*, Anyval*, Anyval*, Anyval*);
@@ -117,10 +116,10 @@ TEST_F(Generalized, ExchangesTheRolesForASingularN) {
     expect_error(call(handler, turning, 0.25), "no solution found", 0, 0);
   }
   // The order is that of mu = 1 + 2i, 1 - 2i.
-  const std::vector<Complex> lambda = elements(as_result_matrix(call(genvals, spiral, 0.25)));
+  const std::vector<StdComplex> lambda = elements(as_result_matrix(call(genvals, spiral, 0.25)));
   ASSERT_EQ(lambda.size(), 2u);
-  EXPECT_LT(std::abs(lambda[0] - Complex(0.2, -0.4)), 1e-15);
-  EXPECT_LT(std::abs(lambda[1] - Complex(0.2, 0.4)), 1e-15);
+  EXPECT_LT(std::abs(lambda[0] - StdComplex(0.2, -0.4)), 1e-15);
+  EXPECT_LT(std::abs(lambda[1] - StdComplex(0.2, 0.4)), 1e-15);
 }
 
 // In every other case the problem is solved as it stands, and TOL drops nothing.
@@ -195,7 +194,7 @@ TEST_F(Generalized, FindsKnownEigenvalues) {
     const Dense q = orthogonal(31);
     const Dense z = orthogonal(57);
     const Dense d = filled(order, order, [](int i, int j) { return i == j ? i - 2.5 : 0.0; });
-    std::vector<Complex> known;
+    std::vector<StdComplex> known;
     for (int i = 0; i < order; ++i) known.push_back(i - 2.5);
     Solver s;
     Anyval* const values =

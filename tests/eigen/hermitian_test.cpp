@@ -15,14 +15,13 @@ namespace matrix_pack {
 namespace {
 
 using namespace test;
-using test::Complex;
 using HermitianEigenvalues = InHost;
 using HermitianKernels = InEveryKernelSet;
 
 // Eigenvalues of D^H T D with a diagonal D of phases: those of T.
 std::vector<double> eigenvalues(const Dense& t, double phase) {
   TestHost host;
-  std::vector<Complex> z;
+  std::vector<StdComplex> z;
   for (int j = 0; j < t.cols; ++j)
     for (int i = 0; i < t.rows; ++i)
       z.push_back(i == j ? t(i, i) : t(i, j) * std::polar(1.0, phase * (i * i - j * j)));
@@ -89,7 +88,7 @@ TEST_F(HermitianEigenvalues, MessagesAndNan) {
   double d[3];
   EXPECT_STREQ(hermitian_eigenvalues(host.complex_matrix(0, 0, {}), d), "invalid dimension");
   EXPECT_STREQ(hermitian_eigenvalues(host.complex_matrix({{1, 2}}), d), "must be square");
-  const Complex nan(kNan, kNan);
+  const StdComplex nan(kNan, kNan);
   EXPECT_STREQ(hermitian_eigenvalues(host.complex_matrix({{1, 2, 3}, {2, nan, 4}, {3, 4, 5}}), d),
                "too many iterations");
 }
@@ -110,7 +109,8 @@ TEST_P(HermitianKernels, OnePassUpdatesAndMultiplies) {
       Complexes a(n + 2, n, 1), v(n, 1, 3), q(n, 1, 5), x(n, 1, 7), w(n, 1, 9);
       Complexes expected_a = a, expected_w = w;
       if (update) plain::update(n, expected_a.array(), v.vector(), q.vector());
-      if (multiply) plain::multiply(n, expected_a.array(), x.vector(), expected_w.vector());
+      if (multiply)
+        plain::multiply_hermitian(n, expected_a.array(), x.vector(), expected_w.vector());
       hermitian_kernels().update_multiply(
           n, a.array(), update ? v.vector() : absent, update ? q.vector() : absent,
           multiply ? x.vector() : absent, multiply ? w.vector() : absent);

@@ -11,7 +11,6 @@ namespace matrix_pack {
 namespace {
 
 using namespace test;
-using test::Complex;
 using QzDriver = InHost;
 
 aMatrix* value_of(TestHost& host, const Dense& m) {
@@ -22,7 +21,7 @@ aMatrix* value_of(TestHost& host, const Dense& m) {
 struct Found {
   std::string message;
   int count = 0;
-  std::vector<Complex> values;
+  std::vector<StdComplex> values;
   aMatrix* vectors = nullptr;
 };
 
@@ -133,7 +132,7 @@ TEST_F(QzDriver, SignsMakeNoDifference) {
   };
   const auto magnitudes = [](const Found& found) {
     std::vector<double> all;
-    for (const Complex& z : elements(found.vectors))
+    for (const StdComplex& z : elements(found.vectors))
       all.insert(all.end(), {std::fabs(z.real()), std::fabs(z.imag())});
     return all;
   };
@@ -163,12 +162,12 @@ TEST_F(QzDriver, ShapesAreCheckedInOrder) {
   EXPECT_EQ(message(host.lean(4, 4), host.lean(3, 3)), "array size mismatch");
 }
 
-std::vector<Complex> values_of(const Dense& a, const Dense& b) {
+std::vector<StdComplex> values_of(const Dense& a, const Dense& b) {
   TestHost host;
   return drive(host, a, b).values;
 }
 
-using Values = std::vector<Complex>;
+using Values = std::vector<StdComplex>;
 
 Values real(std::initializer_list<double> numbers) {
   return Values(numbers.begin(), numbers.end());
@@ -242,7 +241,7 @@ TEST_F(QzDriver, TinyDiscriminantMeansADoubleRealEigenvalue) {
     const double x = root / (1 - root);
     return Dense(2, 2, {1, -x, x, 1});
   };
-  for (const Complex& value : values_of(block(0.999 * bound), identity_dense(2))) {
+  for (const StdComplex& value : values_of(block(0.999 * bound), identity_dense(2))) {
     EXPECT_EQ(value.imag(), 0);
     EXPECT_NEAR(value.real(), 1, 4e-7);
   }

@@ -17,7 +17,7 @@ using worksheet::DataError;
 using worksheet::Machine;
 
 // Larger arrays are refused as if memory were exhausted.
-constexpr std::size_t kLargestBlock = 1 << 20;
+constexpr std::size_t kLargestFileBlock = 1 << 20;
 
 // A file that exists in memory only.
 class MemoryFile {
@@ -47,7 +47,7 @@ struct Reading {
 
   explicit Reading(std::string_view content) {
     const MemoryFile file(content);
-    const test::AllocationFaults faults(0, test::Failing::once, kLargestBlock);
+    const test::AllocationFaults faults(0, test::Failing::once, kLargestFileBlock);
     try {
       matrix = worksheet::read_data(machine, file.path());
     } catch (const DataError& failure) {
@@ -85,7 +85,7 @@ std::string check(std::string_view content, std::string (*written)(const aMatrix
       m->byte_size != static_cast<std::uint64_t>(m->rows) * static_cast<unsigned>(m->cols) * 8)
     return "read a matrix that is none";
   // What is written has more bytes than what was read.
-  if (m->byte_size > kLargestBlock / 64) return "";
+  if (m->byte_size > kLargestFileBlock / 64) return "";
   const std::string text = written(*m);
   const Reading second(text);
   if (second.matrix == nullptr) return "wrote what cannot be read: " + second.error + "\n" + text;

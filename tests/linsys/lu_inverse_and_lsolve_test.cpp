@@ -27,7 +27,7 @@ class Lu : public InHost {
   aMatrix* make(const Dense& m) { return host.matrix(m.rows, m.cols, m.a); }
   // m + i/2 m', the elements of m' being those of m in reverse order.
   aMatrix* make_complex(const Dense& m) {
-    std::vector<Complex> z;
+    std::vector<StdComplex> z;
     for (std::size_t k = 0; k < m.a.size(); ++k)
       z.emplace_back(m.a[k], m.a[m.a.size() - 1 - k] / 2);
     return host.complex_matrix(m.rows, m.cols, z);
@@ -129,7 +129,7 @@ TEST_F(Lu, TiesGoToTheLastRowAndInTheComplexCoreToTheFirst) {
 void expect_triangles(const aMatrix* l, const aMatrix* u) {
   for (int j = 0; j < l->cols; ++j)
     for (int i = 0; i <= j; ++i) {
-      EXPECT_EQ(Complex(re(l, i, j), im(l, i, j)), i == j ? 1.0 : 0.0);
+      EXPECT_EQ(StdComplex(re(l, i, j), im(l, i, j)), i == j ? 1.0 : 0.0);
       EXPECT_TRUE(i == j || (re(u, j, i) == 0.0 && im(u, j, i) == 0.0));
     }
 }
@@ -258,7 +258,7 @@ TEST_F(Lu, TheCoresTellTheSignOfThePermutation) {
     double pivots[3], sign = 0, complex_sign = 0;
     EXPECT_EQ(ludecomp(make(p), pivots, &sign, false), nullptr);
     EXPECT_EQ(sign, expected);
-    std::vector<Complex> z;
+    std::vector<StdComplex> z;
     for (const double x : p.a) z.emplace_back(x);
     EXPECT_EQ(cludecomp(host.complex_matrix(3, 3, z), nullptr, &complex_sign, false), nullptr);
     EXPECT_EQ(complex_sign, expected);

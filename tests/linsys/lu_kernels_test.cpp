@@ -101,7 +101,7 @@ struct Numbers {
   aMatrix* on(test::TestHost& host, Index rows) const {
     const auto cols = static_cast<int>(static_cast<Index>(re.size()) / rows);
     if (im.empty()) return host.matrix(static_cast<int>(rows), cols, re);
-    std::vector<test::Complex> z;
+    std::vector<test::StdComplex> z;
     for (std::size_t k = 0; k < re.size(); ++k) z.emplace_back(re[k], im[k]);
     return host.complex_matrix(static_cast<int>(rows), cols, z);
   }
@@ -148,7 +148,7 @@ Vector right_side(Index n, unsigned seed, bool nothing) {
   return b;
 }
 
-const std::vector<int> kOrders =
+const std::vector<int> kFactorOrders =
     test::orders({1, 2, 3, 5, 8, 9, 16, 17, 33, 63, 64, 65, 81, 130, 150});
 
 void check_factors(Index n, bool complex, bool relative_test) {
@@ -173,7 +173,7 @@ void check_factors(Index n, bool complex, bool relative_test) {
 }
 
 TEST_P(LinsysKernels, FactorsAndSolutionsHaveThePlainBits) {
-  for (const int n : kOrders)
+  for (const int n : kFactorOrders)
     for (const bool complex : {false, true})
       for (const bool relative_test : {false, true}) {
         SCOPED_TRACE(n);
@@ -201,7 +201,7 @@ void expect_plain_inverse(Index n, const Numbers& elements) {
 }
 
 TEST_P(LinsysKernels, InverseHasThePlainBitsOfEveryColumn) {
-  for (const int n : kOrders)
+  for (const int n : kFactorOrders)
     for (const bool complex : {false, true}) expect_plain_inverse(n, test_matrix(n, 13, complex));
   // An infinite multiplier: columns that start below it must not meet it.
   expect_plain_inverse(2, {{1e-300, 1e10, 1e-300, 1e300}, {}});

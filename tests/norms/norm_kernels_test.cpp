@@ -9,7 +9,6 @@ namespace {
 using NormKernels = test::InEveryKernelSet;
 
 using namespace test;
-using Index = std::ptrdiff_t;
 
 // Parts with zeros in either and in both, and a few rows more than are used.
 struct Parts {

@@ -31,7 +31,7 @@ volatile double one = 1.0;
 volatile double huge = 1e308;
 volatile double infinite = std::numeric_limits<double>::infinity();
 
-using Body = Anyval* (*)(EfiCallContext*);
+using GuardedBody = Anyval* (*)(EfiCallContext*);
 
 Anyval* divide_by_zero(EfiCallContext* c) {
   return scalar_result(c, one / zero);
@@ -41,7 +41,7 @@ Anyval* overflow(EfiCallContext* c) {
 }
 
 struct FrameCase {
-  Body body;
+  GuardedBody body;
   const char* guarded_message;    // Null: a value.
   const char* contained_message;  // Null: a value.
 };

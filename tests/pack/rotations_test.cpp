@@ -28,11 +28,11 @@ std::vector<std::pair<int, int>> sweeps(int n) {
   return all;
 }
 
-constexpr int kOrders[] = {2, 3, 7, 8, 9, 20, 33, 34, 70};
+constexpr int kBatchOrders[] = {2, 3, 7, 8, 9, 20, 33, 34, 70};
 constexpr int kRows = 45;
 
 TEST_P(Rotations, OfSweepsThatFallAndRiseAreThoseOfThePlainLoop) {
-  for (const int n : kOrders)
+  for (const int n : kBatchOrders)
     for (const bool rising : {false, true}) {
       const Dense start = random_dense(kRows, n, 1);
       Dense expected = start, a = start;

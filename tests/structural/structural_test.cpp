@@ -14,7 +14,6 @@ namespace matrix_pack {
 namespace {
 
 using namespace test;
-using test::Complex;
 
 class Structural : public InHost {
  protected:
@@ -39,7 +38,7 @@ TEST_F(Structural, EveryMessageMarkAndArgument) {
   expect_error(length(c, row), "must be vector", 1, 0);
   for (const auto extreme : {max, min}) expect_error(extreme(c, nested), "may not be nested", 0, 1);
   expect_error(identity(c, row), "non-scalar value", 0, 1);
-  for (const Complex wrong : {Complex(2.5), Complex(kNan), Complex(2, 1)})
+  for (const StdComplex wrong : {StdComplex(2.5), StdComplex(kNan), StdComplex(2, 1)})
     expect_error(identity(c, host.scalar(wrong.real(), wrong.imag())), "must be integer", 0, 1);
   for (const double wrong : {0.0, -2.0, -200000.0})
     expect_error(identity(c, host.scalar(wrong)), "domain error", 0, 1);

@@ -11,11 +11,12 @@ using namespace test;
 
 class Blocks : public InHost {
  protected:
-  Anyval* block(Anyval* a, Complex ir, Complex jr, Complex ic, Complex jc, double origin = 0) {
+  Anyval* block(Anyval* a, StdComplex ir, StdComplex jr, StdComplex ic, StdComplex jc,
+                double origin = 0) {
     return submatrix(c, a, number_of(ir), number_of(jr), number_of(ic), number_of(jc),
                      host.scalar(origin));
   }
-  Anyval* number_of(Complex z) { return host.scalar(z.real(), z.imag()); }
+  Anyval* number_of(StdComplex z) { return host.scalar(z.real(), z.imag()); }
 
   aMatrix* square = host.matrix({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
 };
@@ -43,7 +44,7 @@ TEST_F(Blocks, SubmatrixTakesRowsAndColumnsInEitherOrder) {
 
 TEST_F(Blocks, SubmatrixMessages) {
   const struct {
-    Complex bound;
+    StdComplex bound;
     double origin;
     const char* message;
   } cases[] = {{{1, 2}, 0, "must be real"},
@@ -64,7 +65,7 @@ TEST_F(Blocks, SubmatrixMessages) {
     std::fill(b + k, b + 4, text);
     expect_error(submatrix(c, square, b[0], b[1], b[2], b[3], one), "non-scalar value", 0, k + 2);
     for (const auto& [bound, origin, message] : cases) {
-      Complex z[4] = {1, 1, 1, 1};
+      StdComplex z[4] = {1, 1, 1, 1};
       z[k] = bound;
       // A fault is tied to the call.
       const int arg = std::isnan(bound.real()) ? 0 : k + 2;
@@ -124,7 +125,7 @@ TEST_F(Blocks, MatrixChecksItsSizes) {
   expect_error(matrix(c, two, f, two), "non-scalar value", 0, 2);
   expect_error(matrix(c, two, two, two), "must be function", 0, 3);
   const struct {
-    Complex m, n;
+    StdComplex m, n;
     const char* message;
     int arg;
   } cases[] = {{{2, 1}, {2, 1}, "must be real", 1},

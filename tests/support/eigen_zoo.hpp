@@ -12,7 +12,7 @@ namespace test {
 inline aMatrix* make(TestHost& host, const Specimen& s) {
   const Dense& m = s.matrix;
   if (s.is_real()) return host.matrix(m.rows, m.cols, m.a);
-  std::vector<Complex> z;
+  std::vector<StdComplex> z;
   for (std::size_t k = 0; k < m.a.size(); ++k) z.emplace_back(m.a[k], s.imaginary.a[k]);
   return host.complex_matrix(m.rows, m.cols, z);
 }
@@ -33,32 +33,34 @@ auto tridiagonal(Number below, Number diagonal, Number above) {
 // A as a complex matrix, rows and columns turned by phases: the Euclidean and the 2-norm, and the
 // magnitudes of all elements, stay as they are.
 inline aMatrix* turned(TestHost& host, const Dense& a) {
-  std::vector<Complex> z;
+  std::vector<StdComplex> z;
   for (int j = 0; j < a.cols; ++j)
     for (int i = 0; i < a.rows; ++i) z.push_back(a(i, j) * std::polar(1.0, i * 0.25 + j * 0.3));
   return host.complex_matrix(a.rows, a.cols, z);
 }
 
-inline double norm_of(const std::vector<Complex>& a) {
+inline double norm_of(const std::vector<StdComplex>& a) {
   double norm = 0;
-  for (const Complex& z : a) norm = std::hypot(norm, std::abs(z));
+  for (const StdComplex& z : a) norm = std::hypot(norm, std::abs(z));
   return norm;
 }
 
 // The worst |A x - lambda B x| / (n eps (|A| + |lambda| |B|) |x|) over the columns x of `vectors`,
 // 0 / 0 = 0; B is the identity, with no part in the measure, when it is null.
-inline double eigen_ratio(const aMatrix* a, const aMatrix* b, const std::vector<Complex>& values,
+inline double eigen_ratio(const aMatrix* a, const aMatrix* b, const std::vector<StdComplex>& values,
                           const aMatrix* vectors) {
   const int n = a->rows;
-  const auto at = [](const aMatrix* m, int i, int j) { return Complex(re(m, i, j), im(m, i, j)); };
+  const auto at = [](const aMatrix* m, int i, int j) {
+    return StdComplex(re(m, i, j), im(m, i, j));
+  };
   const double a_size = norm_of(elements(a));
   const double b_size = b == nullptr ? 0 : norm_of(elements(b));
   double worst = 0;
   for (int j = 0; j < vectors->cols; ++j) {
-    const Complex lambda = values[static_cast<std::size_t>(j)];
+    const StdComplex lambda = values[static_cast<std::size_t>(j)];
     double residual = 0, length = 0;
     for (int i = 0; i < n; ++i) {
-      Complex r = b == nullptr ? -lambda * at(vectors, i, j) : 0;
+      StdComplex r = b == nullptr ? -lambda * at(vectors, i, j) : 0;
       for (int k = 0; k < n; ++k)
         r += (at(a, i, k) - (b == nullptr ? 0 : lambda * at(b, i, k))) * at(vectors, k, j);
       residual = std::hypot(residual, std::abs(r));
@@ -72,13 +74,14 @@ inline double eigen_ratio(const aMatrix* a, const aMatrix* b, const std::vector<
 }
 
 // The distance of two lists: each number is matched with the nearest one that is left.
-inline double distance(const std::vector<Complex>& found, std::vector<Complex> known) {
+inline double distance(const std::vector<StdComplex>& found, std::vector<StdComplex> known) {
   EXPECT_EQ(found.size(), known.size());
   double worst = 0;
-  for (const Complex& z : found) {
-    const auto nearest = std::min_element(
-        known.begin(), known.end(),
-        [&](const Complex& a, const Complex& b) { return std::abs(a - z) < std::abs(b - z); });
+  for (const StdComplex& z : found) {
+    const auto nearest =
+        std::min_element(known.begin(), known.end(), [&](const StdComplex& a, const StdComplex& b) {
+          return std::abs(a - z) < std::abs(b - z);
+        });
     worst = std::max(worst, std::abs(*nearest - z));
     known.erase(nearest);
   }

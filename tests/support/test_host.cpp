@@ -73,9 +73,9 @@ aMatrix* TestHost::complex_matrix(ComplexRows rows) {
   return complex_matrix(to_int(rows.size()), columns(rows), by_columns(rows));
 }
 
-aMatrix* TestHost::complex_matrix(int rows, int cols, const std::vector<Complex>& column_major) {
+aMatrix* TestHost::complex_matrix(int rows, int cols, const std::vector<StdComplex>& column_major) {
   std::vector<double> re, im;
-  for (const Complex& z : column_major) {
+  for (const StdComplex& z : column_major) {
     re.push_back(z.real());
     im.push_back(z.imag());
   }
@@ -119,7 +119,7 @@ aMatrix* as_result_matrix(Anyval* value, Where where) {
   return &none;
 }
 
-Complex number(Anyval* value, Where where) {
+StdComplex number(Anyval* value, Where where) {
   if (value != nullptr && value->kind == kScalarKind) {
     const auto* scalar = static_cast<aComplex*>(value);
     return {scalar->re, scalar->im};
@@ -129,7 +129,7 @@ Complex number(Anyval* value, Where where) {
 }
 
 double real_number(Anyval* value, Where where) {
-  const Complex z = number(value, where);
+  const StdComplex z = number(value, where);
   if (z.imag() == 0.0) return z.real();
   fail_at(where, "not real: " + describe(value));
   return kNan;
@@ -143,8 +143,8 @@ double im(const aMatrix* m, int i, int j) {
   return m->im == nullptr ? 0.0 : m->im[std::ptrdiff_t{j} * m->leading_dimension + i];
 }
 
-std::vector<Complex> elements(const aMatrix* m) {
-  std::vector<Complex> all;
+std::vector<StdComplex> elements(const aMatrix* m) {
+  std::vector<StdComplex> all;
   for (int j = 0; j < m->cols; ++j)
     for (int i = 0; i < m->rows; ++i) all.emplace_back(re(m, i, j), im(m, i, j));
   return all;
@@ -152,13 +152,13 @@ std::vector<Complex> elements(const aMatrix* m) {
 
 std::vector<double> re_parts(const aMatrix* m) {
   std::vector<double> parts;
-  for (const Complex& z : elements(m)) parts.push_back(z.real());
+  for (const StdComplex& z : elements(m)) parts.push_back(z.real());
   return parts;
 }
 
 std::vector<double> im_parts(const aMatrix* m) {
   std::vector<double> parts;
-  for (const Complex& z : elements(m)) parts.push_back(z.imag());
+  for (const StdComplex& z : elements(m)) parts.push_back(z.imag());
   return parts;
 }
 
@@ -183,8 +183,8 @@ void expect_complex_matrix(Anyval* value, ComplexRows rows, Where where) {
 }
 
 void expect_number(Anyval* value, double re, double im, Where where) {
-  const Complex z = number(value, where);
-  if (z != Complex(re, im)) fail_at(where, "got " + describe(value));
+  const StdComplex z = number(value, where);
+  if (z != StdComplex(re, im)) fail_at(where, "got " + describe(value));
 }
 
 void expect_error(Anyval* value, const std::string& message, int mark, int arg,

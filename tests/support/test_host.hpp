@@ -26,13 +26,13 @@
 namespace test {
 
 using calls::describe;
-using Complex = std::complex<double>;
+using StdComplex = std::complex<double>;
 
 inline constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double kInf = std::numeric_limits<double>::infinity();
 
 using Rows = std::initializer_list<std::initializer_list<double>>;
-using ComplexRows = std::initializer_list<std::initializer_list<Complex>>;
+using ComplexRows = std::initializer_list<std::initializer_list<StdComplex>>;
 
 // The place of a call, as a default argument. (std::source_location, which not every compiler has.)
 struct Where {
@@ -62,7 +62,7 @@ class TestHost {
   aMatrix* matrix(int rows, int cols, const std::vector<double>& column_major);
   aMatrix* column(const std::vector<double>& elements);
   aMatrix* complex_matrix(ComplexRows rows);
-  aMatrix* complex_matrix(int rows, int cols, const std::vector<Complex>& column_major);
+  aMatrix* complex_matrix(int rows, int cols, const std::vector<StdComplex>& column_major);
   // Purely imaginary: without a real array.
   aMatrix* imaginary(Rows rows);
   // All zero: without part arrays.
@@ -97,7 +97,7 @@ class InHost : public ::testing::Test {
 
 aMatrix* as_result_matrix(Anyval* value, Where where = Where::here());
 // The number of a scalar.
-Complex number(Anyval* value, Where where = Where::here());
+StdComplex number(Anyval* value, Where where = Where::here());
 double real_number(Anyval* value, Where where = Where::here());
 // Elements of a matrix; an absent array reads as zeros.
 double re(const aMatrix* m, int i, int j);
@@ -105,7 +105,7 @@ double im(const aMatrix* m, int i, int j);
 // All parts, column-major.
 std::vector<double> re_parts(const aMatrix* m);
 std::vector<double> im_parts(const aMatrix* m);
-std::vector<Complex> elements(const aMatrix* m);
+std::vector<StdComplex> elements(const aMatrix* m);
 
 // Column-major elements from rows.
 std::vector<double> column_major(Rows rows);

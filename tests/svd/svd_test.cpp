@@ -18,13 +18,13 @@ using namespace test;
 using Svd = InHost;
 using SvdKernels = InEveryKernelSet;
 
-struct Factors {
+struct SvdFactors {
   Dense u;
   std::vector<double> s;
   Dense v;
 };
 
-Factors factors_of(const Dense& a) {
+SvdFactors svd_factors_of(const Dense& a) {
   TestHost host;
   aMatrix* u = host.matrix(a.rows, a.cols, a.a);
   aMatrix* v = host.matrix(a.cols, a.cols, Dense(a.cols, a.cols).a);
@@ -38,7 +38,7 @@ std::vector<double> singular_values(const Dense& a) {
   return re_parts(as_result_matrix(svds(host.context(), host.matrix(a.rows, a.cols, a.a))));
 }
 
-Dense rebuilt(const Factors& f) {
+Dense rebuilt(const SvdFactors& f) {
   return product(
       filled(f.u.rows, f.u.cols, [&](int i, int j) { return f.u(i, j) * f.s[std::size_t(j)]; }),
       transposed(f.v));
@@ -47,7 +47,7 @@ Dense rebuilt(const Factors& f) {
 void check(const Dense& a, const std::string& name, WorstRatio& residual, WorstRatio& left,
            WorstRatio& right) {
   SCOPED_TRACE(name);
-  const Factors f = factors_of(a);
+  const SvdFactors f = svd_factors_of(a);
   residual.expect(ratio_of(difference(a, rebuilt(f)), size_of(a)), name);
   if (size_of(a) != 0) left.expect(orthogonality_ratio(f.u), name);
   right.expect(orthogonality_ratio(f.v), name);

@@ -17,28 +17,28 @@ using namespace test;
 // A kind of 4 x 4 matrix; the symmetric kinds take a bad element at (j, i) too.
 enum class Shape { general, symmetric, complex };
 
-std::vector<Complex> base_matrix(Shape shape) {
+std::vector<StdComplex> base_matrix(Shape shape) {
   const double general[] = {4, 1, -2, 0.5, 1, 5, 3, -1, 2, 3, 6, 2, -1, 0.5, 1, 7};
-  std::vector<Complex> elements(16);
+  std::vector<StdComplex> elements(16);
   for (std::size_t i = 0; i < 4; ++i) {
     for (std::size_t j = 0; j < 4; ++j) {
       const double x = general[4 * j + i];
       const double mirrored = general[4 * i + j];
-      elements[4 * j + i] = shape == Shape::symmetric ? Complex((x + mirrored) / 2)
-                            : shape == Shape::complex ? Complex(x, mirrored / 3)
-                                                      : Complex(x);
+      elements[4 * j + i] = shape == Shape::symmetric ? StdComplex((x + mirrored) / 2)
+                            : shape == Shape::complex ? StdComplex(x, mirrored / 3)
+                                                      : StdComplex(x);
     }
   }
   return elements;
 }
 
 aMatrix* with_bad_element(TestHost& host, Shape shape, std::size_t i, std::size_t j, double bad) {
-  std::vector<Complex> elements = base_matrix(shape);
+  std::vector<StdComplex> elements = base_matrix(shape);
   elements[4 * j + i].real(bad);
   if (shape == Shape::symmetric) elements[4 * i + j].real(bad);
   if (shape == Shape::complex) return host.complex_matrix(4, 4, elements);
   std::vector<double> re;
-  for (const Complex z : elements) re.push_back(z.real());
+  for (const StdComplex z : elements) re.push_back(z.real());
   return host.matrix(4, 4, re);
 }
 
