@@ -81,6 +81,20 @@ Input new_input() {
   return input;
 }
 
+// A busy system may refuse a process that it begins a moment later.
+bool begin(const std::wstring& program, std::wstring& command, STARTUPINFOW& start,
+           PROCESS_INFORMATION& process) {
+  constexpr int kAttempts = 5;
+  constexpr DWORD kPause = 200;
+  for (int attempt = 1;; ++attempt) {
+    if (CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                       &start, &process) != 0)
+      return true;
+    if (attempt == kAttempts) return false;
+    Sleep(kPause);
+  }
+}
+
 }  // namespace
 
 const char* const kLeftOut =
@@ -108,8 +122,7 @@ Child::Child(Channel& channel, const std::string& task, Perform) {
   start.hStdOutput = start.hStdError = nowhere;
   PROCESS_INFORMATION process = {};
   const std::wstring program = efi::system_path(efi::program_path());
-  const bool begun = CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0,
-                                    nullptr, nullptr, &start, &process) != 0;
+  const bool begun = begin(program, command, start, process);
   const std::string reason = begun ? "" : efi::last_error_words();
   CloseHandle(input.reading);
   CloseHandle(nowhere);
