@@ -11,6 +11,18 @@ list(FILTER pack_sources EXCLUDE REGEX "(_kernels|/fault_mode)\\.cpp$")
 
 add_library(pack_objects OBJECT ${pack_sources})
 target_link_libraries(pack_objects PUBLIC matrix_options PRIVATE matrix_faulting)
+# Those of a folder are compiled together, in half the time: what a file has for itself has a name that no
+# other file of the folder gives to something else. Those of the frame are not: that it is elsewhere keeps
+# the compiler from moving arithmetic across a change of the control register.
+set_target_properties(pack_objects PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+foreach(source ${pack_sources})
+  cmake_path(RELATIVE_PATH source BASE_DIRECTORY ${PROJECT_SOURCE_DIR} OUTPUT_VARIABLE group)
+  cmake_path(GET group PARENT_PATH group)
+  string(REPLACE "/" "_" group ${group})
+  if(NOT group STREQUAL "pack_frame")
+    set_property(SOURCE ${source} PROPERTY UNITY_GROUP ${group})
+  endif()
+endforeach()
 set(pack_parts pack_objects)
 
 # This compiler knows no stack that is aligned for vectors of 32 bytes there (its bug 54412), and

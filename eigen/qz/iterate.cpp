@@ -19,7 +19,7 @@ constexpr int kExceptionalStep = 10;
 constexpr double kExceptionalShift[3] = {0.0, 1.0, 1.1605};
 
 // Columns that a step takes in at a time: enough to go side by side through the row kernels.
-constexpr Index kStrip = 8;
+constexpr Index kIteratedStrip = 8;
 
 struct Iteration {
   const QzPair& pair;
@@ -129,7 +129,7 @@ struct RowChase {
   // Lets column `col` and its neighbours take part, from the reflector on row `row` on.
   void take_in(Index col, Index row) {
     if (next > col) return;
-    const Index cols = std::min(kStrip, it.last + 1 - next);
+    const Index cols = std::min(kIteratedStrip, it.last + 1 - next);
     if (row > first) reflect_rows(it, row - first, h, first, next, cols);
     next += cols;
   }

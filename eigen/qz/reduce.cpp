@@ -13,7 +13,7 @@ namespace {
 
 // Columns of B that go side by side through the row kernel: above the diagonal alone each would
 // have fewer reflectors than the next.
-constexpr Index kStrip = 8;
+constexpr Index kReducedStrip = 8;
 
 // B upper triangular by Householder reflections from the left, which A undergoes too.
 void triangularize(const QzPair& pair) {
@@ -73,8 +73,8 @@ void qz_reduce(const QzPair& pair, Reflector2* left) {
     annihilate_column(below, count, left);
     kernels.climb_rows(count, left, n - k - 1, below + n, n);
     // Column j of B is zero below row j: only reflectors on rows up to j + 1 touch it.
-    for (Index j = k + 1; j < n; j += kStrip) {
-      const Index cols = std::min(kStrip, n - j);
+    for (Index j = k + 1; j < n; j += kReducedStrip) {
+      const Index cols = std::min(kReducedStrip, n - j);
       kernels.climb_rows(std::min(count, j + cols - k - 1), left, cols, pair.column_of_b(j) + k + 1,
                          n);
     }

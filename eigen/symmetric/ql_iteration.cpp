@@ -17,7 +17,7 @@ namespace {
 constexpr int kMostSweeps = 30;
 
 // Up to this order the work stands on the stack.
-constexpr int kFew = 4;
+constexpr int kFewInIteration = 4;
 
 // The first m >= l behind which the matrix splits: e[m] no longer changes its neighbours on the
 // diagonal. e[n-1] = 0 ends the search.
@@ -95,8 +95,8 @@ const char* tridiagonal_ql(int n, double* d, double* e) {
 }
 
 const char* tridiagonal_ql_with_vectors(int n, double* d, double* e, RealView z) {
-  const Work<Rotation, kept_rotations(kFew)> rotations(kept_rotations(n));
-  const Work<double, panel_size(kFew)> panel(panel_size(n));
+  const Work<Rotation, kept_rotations(kFewInIteration)> rotations(kept_rotations(n));
+  const Work<double, panel_size(kFewInIteration)> panel(panel_size(n));
   if (!rotations || !panel) return kOutOfMemory;
   // A sweep rises: its columns are counted from the last one down.
   RotationBatch kept(n, {z.column(n - 1), -z.ld}, n, rotations.get(), panel.get());

@@ -18,7 +18,7 @@ namespace {
 constexpr int kReflectionsAtOnce = 8;
 
 // Up to this order the work stands on the stack.
-constexpr int kFew = 8;
+constexpr int kFewInReduction = 8;
 
 // The rank-two update A := A - (v e^T + e v^T) of a step; none at first, and behind a step that
 // needed no reflection.
@@ -84,7 +84,7 @@ void reduce(int n, RealView a, double* d, double* e, double* work, bool keep) {
 }  // namespace
 
 const char* tridiagonalize(int n, RealView a, double* d, double* e) {
-  const Work<double, 4 * kFew> work(std::int64_t{4} * n);
+  const Work<double, 4 * kFewInReduction> work(std::int64_t{4} * n);
   if (!work) return kOutOfMemory;
   reduce(n, a, d, e, work.get(), false);
   for (int i = 0; i < n; ++i) d[i] = a(i, i);
@@ -93,7 +93,8 @@ const char* tridiagonalize(int n, RealView a, double* d, double* e) {
 
 const char* tridiagonalize_with_vectors(int n, RealView a, double* d, double* e) {
   static_assert(kReflectionsAtOnce >= 4, "the reduction needs 4 n doubles");
-  const Work<double, kReflectionsAtOnce * kFew> work(std::int64_t{kReflectionsAtOnce} * n);
+  const Work<double, kReflectionsAtOnce * kFewInReduction> work(std::int64_t{kReflectionsAtOnce} *
+                                                                n);
   if (!work) return kOutOfMemory;
   reduce(n, a, d, e, work.get(), true);
   for (int i = 0; i < n; i += kReflectionsAtOnce)
