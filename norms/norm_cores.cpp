@@ -137,7 +137,8 @@ const char* norm2_complex(const aMatrix* a, double* norm) {
   const Doubles re = new_part(n, n);
   const Doubles im = new_part(n, n);
   const Doubles work = new_doubles(kGramWork * n);
-  const Doubles zeros = a->re == nullptr ? new_zero_part(n, n) : nullptr;
+  // As large as the array that is there, gaps between its columns included.
+  const Doubles zeros = a->re == nullptr ? new_zero_part(a->leading_dimension, n) : nullptr;
   if (!eigenvalues || !re || !im || !work || (a->re == nullptr && !zeros)) return kOutOfMemory;
   const ConstComplexView parts = {a->re == nullptr ? zeros.get() : a->re, a->im,
                                   a->leading_dimension};

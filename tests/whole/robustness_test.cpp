@@ -29,7 +29,7 @@ TEST(Robustness, AnyLeadingDimensionGivesTheSameBits) {
     return calls::bits_of(corpus.host.store(), value);
   };
   for (const calls::Function& function : corpus.functions)
-    for (const char* name : {"real", "complex", "definite"})
+    for (const char* name : {"real", "complex", "imaginary", "definite"})
       for (const auto& [rows, cols] :
            {std::pair{2, 2}, {5, 5}, {19, 19}, {70, 70}, {5, 3}, {3, 5}}) {
         if (function.name == "matrix" || function.name.starts_with("identity")) continue;
