@@ -57,7 +57,8 @@ ut_status visit(const ut_unit* unit, UnitDefinition* definition) {
   return ut_accept_visitor(unit, &kVisitor, definition);
 }
 
-ut_system* system_of(const std::unique_ptr<void, auto>& system) {
+template <class Deleter>
+ut_system* system_of(const std::unique_ptr<void, Deleter>& system) {
   return static_cast<ut_system*>(system.get());
 }
 
