@@ -1,6 +1,7 @@
 #include "eigen/complex/qr_kernels.hpp"
 
 #include "pack/numeric/lanes/complex_lanes.hpp"
+#include "pack/numeric/lanes/sweeps.hpp"
 #include "pack/numeric/lanes/tiles.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
@@ -101,14 +102,15 @@ MATRIX_INLINE void multiply_by_phase(const ComplexRotationRun& run, const Comple
 constexpr int kVectors = 2;
 constexpr int kBlock = kVectors * kWidth;
 
-// Rotations from..run.last on kBlock rows from `row` on. The column that two rotations share stays
-// in registers.
-void rotate_block(const ComplexRotationRun& run, Index from, const ComplexView& h, Index row) {
-  if (from > run.last) return;
+// Rotations from..to-1 on kBlock rows from `row` on. The column that two rotations share stays in
+// registers.
+void rotate_block(const ComplexRotationRun& run, Index from, Index to, const ComplexView& h,
+                  Index row) {
+  if (from >= to) return;
   ComplexView column = h.from(row, from - 1);
   ComplexOf<Vector> shared[kVectors];
   for (int b = 0; b < kVectors; ++b) shared[b] = load<Vector>(column, b * kWidth);
-  for (Index i = from; i <= run.last; ++i, column = column.column(1)) {
+  for (Index i = from; i < to; ++i, column = column.column(1)) {
     const ComplexRotation f = run.rotations[i - run.first];
     for (int b = 0; b < kVectors; ++b) {
       ComplexOf<Vector> next = load<Vector>(column.column(1), b * kWidth);
@@ -129,7 +131,7 @@ void rotate_columns(const ComplexRotationRun& run, const ComplexView& h, Index b
     for (; i < row_end && i <= run.last; ++i)
       rotate_two_columns(run.rotations[i - run.first], h, i, row, i + 1);
     if (row + kBlock == row_end)
-      rotate_block(run, i, h, row);
+      rotate_block(run, i, run.last + 1, h, row);
     else
       for (; i <= run.last; ++i)
         rotate_two_columns(run.rotations[i - run.first], h, i, row, row_end);
@@ -139,13 +141,13 @@ void rotate_columns(const ComplexRotationRun& run, const ComplexView& h, Index b
 
 void rotate_all_columns(int count, const ComplexRotationRun* runs, const ComplexView& z,
                         Index begin, Index end) {
+  const auto range = [=](Index k) { return Range{runs[k].first, runs[k].last + 1}; };
   Index row = begin;
-  for (; row + kBlock <= end; row += kBlock) {
-    for (int k = 0; k < count; ++k) {
-      rotate_block(runs[k], runs[k].first, z, row);
-      multiply_by_phase(runs[k], z, row, row + kBlock);
-    }
-  }
+  for (; row + kBlock <= end; row += kBlock)
+    by_tiles(count, 1, range, [=](Index k, Index from, Index to) MATRIX_INLINE_LAMBDA {
+      rotate_block(runs[k], from, to, z, row);
+      if (to > runs[k].last) multiply_by_phase(runs[k], z, row, row + kBlock);
+    });
   for (int k = 0; row < end && k < count; ++k) {
     for (Index i = runs[k].first; i <= runs[k].last; ++i)
       rotate_two_columns(runs[k].rotations[i - runs[k].first], z, i, row, end);

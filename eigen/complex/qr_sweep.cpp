@@ -11,18 +11,27 @@ constexpr Complex kOne = {1.0, 0.0};
 // Rotations found in one window: their columns stay in the first-level cache.
 constexpr int kWindow = 32;
 
-// The block first..last becomes R, and the columns right of it follow.
-void triangularize(const ComplexSweepWork& work, int first, int last, ComplexRotation* rotations) {
+// The block first..last becomes R, and the columns right of it follow. Columns take the rotations
+// of columns while they are in cache, but for the last ones; returns the first of the rotations
+// that are left.
+int triangularize(const ComplexSweepWork& work, int first, int last, ComplexRotation* rotations) {
   const ComplexQrKernels& kernels = complex_qr_kernels();
-  int ready = first;  // Columns before this one have taken the rotations found so far.
+  int ready = first;     // Columns before this one have taken the rotations found so far.
+  int left = first + 1;  // Rotations before this one have rotated their columns.
   for (int i = first + 1; i <= last; i += kWindow) {
     const int end = std::min(i + kWindow - 1, last);
     kernels.rotate_rows({first + 1, i - 1, rotations, kOne}, work.h, ready, end + 1);
     kernels.triangularize(i, end, end, work.h, rotations + (i - first - 1));
     ready = end + 1;
+    if (end == last) break;
+    // The rotation behind `end` is found from column `end`, which waits for that.
+    kernels.rotate_columns({left, end - 1, rotations + (left - first - 1), kOne}, work.h,
+                           work.first_row(first), end);
+    left = end;
   }
   kernels.rotate_rows({first + 1, last, rotations, kOne}, work.h, ready,
                       work.last_column(last) + 1);
+  return left;
 }
 
 // Multiplies the last row so that R(last,last) becomes real. Returns the phase by which the last
@@ -44,10 +53,11 @@ Complex make_last_real(const ComplexSweepWork& work, int last) {
 void ComplexSweepWork::sweep(int first, int last) {
   if (!has_z || kept.is_full(last - first)) finish();
   ComplexRotation* const rotations = kept.add(last - first);
-  triangularize(*this, first, last, rotations);
-  ComplexRotationRun& run = kept.sweeps[kept.count - 1];
-  run = {first + 1, last, rotations, make_last_real(*this, last)};
-  complex_qr_kernels().rotate_columns(run, h, first_row(first), last + 1);
+  const int left = triangularize(*this, first, last, rotations);
+  const Complex phase = make_last_real(*this, last);
+  complex_qr_kernels().rotate_columns({left, last, rotations + (left - first - 1), phase}, h,
+                                      first_row(first), last + 1);
+  kept.sweeps[kept.count - 1] = {first + 1, last, rotations, phase};
 }
 
 void ComplexSweepWork::finish() {

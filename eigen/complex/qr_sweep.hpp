@@ -1,9 +1,9 @@
 // One sweep of the single-shift QR iteration on a complex Hessenberg matrix.
 //
 // A long sweep goes along the diagonal in windows; a column takes the rotations of its rows when
-// the window reaches it. The columns are then rotated by blocks of rows, and those of Z wait for
-// several sweeps. Every element sees the same operations in the same order as when each rotation is
-// applied to everything at once.
+// the window reaches it. Then the window's columns are rotated by blocks of rows, and those of Z
+// wait for several sweeps. Every element sees the same operations in the same order as when each
+// rotation is applied to everything at once.
 #pragma once
 
 #include "eigen/complex/qr_kernels.hpp"

@@ -1,6 +1,6 @@
 #include "eigen/general/qr_kernels.hpp"
 
-#include "pack/numeric/lanes/lanes.hpp"
+#include "pack/numeric/lanes/sweeps.hpp"
 #include "pack/numeric/lanes/tiles.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
@@ -182,10 +182,14 @@ void reflect_columns_of_rows(const ReflectorRun& run, Index rows, RealView h) {
 }
 
 void reflect_columns(int count, const ReflectorRun* runs, RealView h, Index begin, Index end) {
+  const auto range = [=](Index s) { return Range{runs[s].first, runs[s].last}; };
   Index i = begin;
   for (; i + kBlock <= end; i += kBlock)
-    for (int s = 0; s < count; ++s)
-      if (runs[s].first < runs[s].last) reflect_columns_of_block(runs[s], h.from(i, 0));
+    by_tiles(count, 2, range, [=](Index s, Index from, Index to) MATRIX_INLINE_LAMBDA {
+      const ReflectorRun part = {from, to, runs[s].end,
+                                 runs[s].reflectors + (from - runs[s].first)};
+      reflect_columns_of_block(part, h.from(i, 0));
+    });
   for (int s = 0; i < end && s < count; ++s)
     reflect_columns_of_rows(runs[s], end - i, h.from(i, 0));
 }

@@ -26,18 +26,13 @@ void sweep_in_windows(RealView h, const Chase& whole, Reflector* reflectors) {
     window.top = window.first;
     window.right = std::min(window.last + 1, end);
     kernels.reflect_rows({m, window.first, end, reflectors}, h, ready, window.right + 1);
+    const ReflectorRun found = {window.first, window.last, end, reflectors + (window.first - m)};
     kernels.chase(window, h, reflectors + (window.first - m));
+    // The rows above the window, while its columns are in cache.
+    kernels.reflect_columns(1, &found, h, whole.top, window.first);
     ready = window.right + 1;
   }
-  const ReflectorRun all = {m, end, end, reflectors};
-  kernels.reflect_rows(all, h, ready, whole.right + 1);
-  // The rows above the sweep, then those of each window but the last.
-  kernels.reflect_columns(1, &all, h, whole.top, m);
-  for (Index first = m; first + kWindow < end; first += kWindow) {
-    const Index last = first + kWindow;
-    const ReflectorRun rest = {last, end, end, reflectors + (last - m)};
-    kernels.reflect_columns(1, &rest, h, first, last);
-  }
+  kernels.reflect_rows({m, end, end, reflectors}, h, ready, whole.right + 1);
 }
 
 }  // namespace

@@ -2,9 +2,9 @@
 // of the matrix follows in blocks.
 //
 // A long sweep goes along the diagonal in windows. A column takes all reflectors of its rows when
-// the window reaches it, and a block of rows takes those of the columns right of its window at the
-// end, in one go each. The columns of Z wait for several sweeps. Every element sees the same
-// operations in the same order as when each reflector is applied to everything at once.
+// the window reaches it, in one go; the rows above take those of the window's columns then, too.
+// The columns of Z wait for several sweeps. Every element sees the same operations in the same
+// order as when each reflector is applied to everything at once.
 #pragma once
 
 #include "eigen/general/qr_kernels.hpp"

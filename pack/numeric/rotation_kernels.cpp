@@ -1,6 +1,6 @@
 #include "pack/numeric/rotation_kernels.hpp"
 
-#include "pack/numeric/lanes/lanes.hpp"
+#include "pack/numeric/lanes/sweeps.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
@@ -60,40 +60,33 @@ MATRIX_INLINE void rotate_run(double* a, Index ld, const Rotation* rotations, In
   for (int p = 0; p < kVectors; ++p) store<V>(a + p * kLanesOfV, x[p]);
 }
 
-// Columns that are in the first cache while all sweeps pass over them.
-constexpr Index kTile = 32;
-
-// All sweeps on one panel, whose first column is `first`. The order: those rotations j of sweep i
-// with j + i in the first tile, sweep by sweep, then those in the second tile... A sweep lags one
-// column behind the sweep before it, so that each rotation finds its columns as if the
-// sweeps came one after the other.
+// All sweeps on one panel, whose first column is `first`.
 //   from_column   where each sweep begins in this panel, if not with its first column
 //   kLd           elements from a column to the next
 template <int kVectors, Index kLd>
-void rotate_panel(double* panel, Index first, Index end, const Sweep* sweeps, Index sweep_count,
+void rotate_panel(double* panel, Index first, const Sweep* sweeps, Index sweep_count,
                   const Index* from_column) {
-  for (Index tile = first; tile < end + sweep_count; tile += kTile)
-    for (Index i = 0; i < sweep_count; ++i) {
-      const Sweep& sweep = sweeps[i];
-      const Index from = larger(tile - i, from_column == nullptr ? sweep.first : from_column[i]);
-      const Index to = smaller(tile - i + kTile, sweep.first + sweep.count);
-      if (from < to)
-        rotate_run<kVectors>(panel + (from - first) * kLd, kLd,
-                             sweep.rotations + (from - sweep.first), to - from);
-    }
+  const auto range = [=](Index i) {
+    const Sweep& sweep = sweeps[i];
+    return Range{from_column == nullptr ? sweep.first : from_column[i], sweep.first + sweep.count};
+  };
+  by_tiles(sweep_count, 1, range, [=](Index i, Index from, Index to) MATRIX_INLINE_LAMBDA {
+    rotate_run<kVectors>(panel + (from - first) * kLd, kLd,
+                         sweeps[i].rotations + (from - sweeps[i].first), to - from);
+  });
 }
 
 // The same for a panel of `rows` rows, at most kRows.
 template <Index kLd>
-void rotate_rows(Index rows, double* panel, Index first, Index end, const Sweep* sweeps,
-                 Index sweep_count, const Index* from_column) {
+void rotate_rows(Index rows, double* panel, Index first, const Sweep* sweeps, Index sweep_count,
+                 const Index* from_column) {
   switch (vectors_for(rows)) {
     case 1:
-      return rotate_panel<1, kLd>(panel, first, end, sweeps, sweep_count, from_column);
+      return rotate_panel<1, kLd>(panel, first, sweeps, sweep_count, from_column);
     case 2:
-      return rotate_panel<2, kLd>(panel, first, end, sweeps, sweep_count, from_column);
+      return rotate_panel<2, kLd>(panel, first, sweeps, sweep_count, from_column);
     default:
-      return rotate_panel<4, kLd>(panel, first, end, sweeps, sweep_count, from_column);
+      return rotate_panel<4, kLd>(panel, first, sweeps, sweep_count, from_column);
   }
 }
 
@@ -137,18 +130,10 @@ void begin_sweeps(double* panel, Index first, Index end, const Sweep* sweeps, In
 constexpr Index kFewRows = 4;
 
 // The columns of all sweeps: from `first` to `end`, which takes part.
-struct Range {
-  Index first;
-  Index end;
-};
-
 Range columns_of(const Sweep* sweeps, Index sweep_count) {
-  Range range = {sweeps[0].first, sweeps[0].first};
-  for (Index i = 0; i < sweep_count; ++i) {
-    range.first = smaller(range.first, sweeps[i].first);
-    range.end = larger(range.end, sweeps[i].first + sweeps[i].count);
-  }
-  return range;
+  return range_of_all(sweep_count, [=](Index i) {
+    return Range{sweeps[i].first, sweeps[i].first + sweeps[i].count};
+  });
 }
 
 void rotate(Index rows, RealView a, const Sweep* sweeps, Index sweep_count, double* work) {
@@ -163,7 +148,7 @@ void rotate(Index rows, RealView a, const Sweep* sweeps, Index sweep_count, doub
     const Index count = smaller(kRows, rows - j);
     const RealView block = a.from(j, first);
     copy_in(count, cols, block, panel);
-    rotate_rows<kRows>(count, panel, first, end, sweeps, sweep_count, nullptr);
+    rotate_rows<kRows>(count, panel, first, sweeps, sweep_count, nullptr);
     copy_out(count, cols, panel, block);
   }
 }
@@ -177,8 +162,7 @@ void rotate_panels(Index rows, Index cols, double* panels, const Sweep* sweeps, 
     double* const panel = panels + before * cols + first * kPanelRows + (j - before);
     Index begins[kMostEdgedSweeps];
     if (edged) begin_sweeps(panel, first, j + count, sweeps, sweep_count, begins);
-    rotate_rows<kPanelRows>(count, panel, first, end, sweeps, sweep_count,
-                            edged ? begins : nullptr);
+    rotate_rows<kPanelRows>(count, panel, first, sweeps, sweep_count, edged ? begins : nullptr);
   }
 }
 
