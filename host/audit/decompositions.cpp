@@ -61,7 +61,8 @@ Verdict check_svds(const Request& r) {
   if (!(of_norm <= 1e-6)) return {.error = of_norm, .cause = "their squares do not add up"};
   if (!is_cheap(r, A.re.cols)) return {};
   Random random = random_for(m, 11);
-  A.re = permuted(A.re, random_order(random, A.re.rows), random_order(random, A.re.cols));
+  const auto cols = random_order(random, A.re.cols), rows = random_order(random, A.re.rows);
+  A.re = permuted(A.re, rows, cols);
   add_noise(A.re, kEpsilon * size / std::sqrt(A.re.rows), false, random);
   const Parts* const matrices[] = {&A};
   const Numbers second = numbers_of(call_again(r, matrices, nullptr));
