@@ -5,6 +5,7 @@
 
 #include "fmt/format.h"
 #include "host/worksheet/data/read_data.hpp"
+#include "host/worksheet/engine/machine.hpp"
 #include "tests/calls/outcome.hpp"
 #include "tests/fuzz/targets.hpp"
 #include "tests/support/allocation_faults.hpp"
