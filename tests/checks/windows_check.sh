@@ -47,6 +47,6 @@ cmake --workflow --preset package-windows >"$scratch/log" 2>&1 || { cat "$scratc
 (cd "$scratch" && cmake -E tar xf "$root"/build/package-windows/matrix-pack-*-win64.zip)
 [[ $(cd "$scratch"/matrix-pack-* && wine bin/minimal_host.exe bin/matrix.dll | tr -d '\r') == \
   $'0.10000000000000001\n0.59999999999999998\n'* ]]
-[[ $(cd "$scratch"/matrix-pack-* && wine bin/worksheet.exe -e 'svds([3,4;0,0]) .* (1 kN) in N' | tr -d '\r') == \
+[[ $(cd "$scratch"/matrix-pack-* && wine bin/worksheet.exe -e 'svds([3,4;0,0]) * 1 {kN} in {N}' | tr -d '\r') == \
   *5000* ]]
 echo 'The zip for Windows: unpacked, and results computed'
