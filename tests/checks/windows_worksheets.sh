@@ -17,7 +17,8 @@ mkdir "$scratch/bin"
 # The output without what is due to the system: line ends, the place, and how to get gnuplot.
 plain() {
   tr -d '\r' | sed -e "s#Z:.tmp.${scratch##*/}.there#DIRECTORY#g; s#$scratch/here#DIRECTORY#g" \
-    -e 's#[.][.]\\\\*#../#g; s#there is no gnuplot to draw with.*#there is no gnuplot#'
+    -e 's#[.][.]\\\\*#../#g; s#there is no gnuplot to draw with.*#there is no gnuplot#' \
+    -e '/^wine client error/d'  # Of Wine itself, when a process ends.
 }
 
 for side in here there; do
