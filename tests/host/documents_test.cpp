@@ -90,7 +90,7 @@ TEST(Documents, EveryCommandThatStartsTheProgramRuns) {
         runs += test::kWorksheet + line.substr(kRun.size()) + "\n";
     const std::string output = printed_beside_examples(runs);
     if (next != nullptr && next->language == "text") {
-      EXPECT_EQ(output + "\n", next->content);
+      EXPECT_EQ(output, next->content);
     }
   });
   EXPECT_GE(commands, 2);

@@ -194,7 +194,6 @@ std::string shell(const std::string& commands) {
   std::string printed;
   for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) printed += static_cast<char>(c);
   EXPECT_EQ(pclose(pipe), 0) << commands << "\n" << printed;
-  if (printed.ends_with('\n')) printed.pop_back();
   return printed;
 }
 

@@ -50,8 +50,7 @@ class Sheet {
 
 std::string brief_text(const Json& value);
 
-// What a shell prints, errors among it, that runs `commands`, and does so with success; without the
-// last line's end.
+// What a shell prints, errors among it, that runs `commands`, and does so with success.
 std::string shell(const std::string& commands);
 
 // A directory of its own for one test, removed at its end.

@@ -27,7 +27,9 @@ struct Page {
         path.replace(k, end - k,
                      fmt::format("*[local-name()='{}']", path.substr(k + 2, end - k - 2)));
       }
-    return test::shell(fmt::format("{} --xpath \"{}\" '{}'", kXmllint, path, file));
+    std::string found = test::shell(fmt::format("{} --xpath \"{}\" '{}'", kXmllint, path, file));
+    while (found.ends_with('\n')) found.pop_back();
+    return found;
   }
 
   Directory directory;
