@@ -15,7 +15,8 @@ namespace {
 Doubles transposed_part(const aMatrix* a, const double* part) {
   Doubles transposed = new_part(a->rows, a->cols);
   if (transposed)
-    transpose_kernels().transpose(a->rows, a->cols, part, a->leading_dimension, transposed.get());
+    transpose_kernels().transpose(a->rows, a->cols, {part, a->leading_dimension},
+                                  {transposed.get(), a->cols});
   return transposed;
 }
 

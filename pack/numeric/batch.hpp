@@ -18,8 +18,11 @@ struct Batch {
   int count = 0;
   Sweep sweeps[kMostSweeps];
 
-  // Whether those kept back must be applied before there is room for `length` more.
-  bool is_full(Index length) const { return count == kMostSweeps || used + length > capacity; }
+  // Whether those kept back must be applied before there is room for `length` more, in `more`
+  // sweeps.
+  bool is_full(Index length, int more = 1) const {
+    return count + more > kMostSweeps || used + length > capacity;
+  }
   // Room for the transformations of one more sweep, to be filled in before they are applied. The
   // caller fills in sweeps[count - 1], too.
   Transformation* add(Index length) {

@@ -7,9 +7,9 @@
 namespace matrix_pack {
 
 struct TransposeKernels {
-  // The cols x rows array `out` (leading dimension cols) becomes the transpose of the rows x cols
-  // array `a` (leading dimension ld).
-  void (*transpose)(Index rows, Index cols, const double* a, Index ld, double* out);
+  // The cols x rows array `out` becomes the transpose of the rows x cols array `a`. Distances of
+  // columns may be negative.
+  void (*transpose)(Index rows, Index cols, ConstRealView a, RealView out);
 };
 MATRIX_SELECT_KERNELS(TransposeKernels, transpose_kernels)
 

@@ -66,9 +66,10 @@ TEST_P(QrKernels, ResidualsAreSmallAndTheBitsThoseOfThePlainLoops) {
     }
 }
 
-// The accumulator of a large matrix begins as the identity, and what is left of its rows is not
-// stored: zeros of either sign, or no numbers.
-TEST_P(QrKernels, RowsThatBeginAsUnitVectorsHaveThePlainBits) {
+// Several columns of a large matrix are cleared at once where none of their elements may be
+// negligible, too large, or no number. Its accumulator begins as the identity, and what is left of
+// its rows is not stored: zeros of either sign, or no numbers.
+TEST_P(QrKernels, LargeMatricesHaveThePlainBits) {
   const auto bits = [](const Dense& a) {
     std::vector<std::uint64_t> all;
     for (const double x : a.a)
@@ -77,7 +78,7 @@ TEST_P(QrKernels, RowsThatBeginAsUnitVectorsHaveThePlainBits) {
   };
   for (const auto& [m, n] :
        {std::pair{65, 65}, {66, 3}, {97, 40}, {130, 130}, {160, 20}, {200, 90}})
-    for (const int kind : {0, 1, 2, 3, 4}) {
+    for (const int kind : {0, 1, 2, 3, 4, 5, 6, 7, 8}) {
       Dense a = random_dense(m, n, 17);
       for (int j = 0; j < n; ++j)
         for (int i = 0; i < m; ++i) {
@@ -85,11 +86,17 @@ TEST_P(QrKernels, RowsThatBeginAsUnitVectorsHaveThePlainBits) {
           if (kind == 2) a(i, j) = (i * 37 + 11) % m == j ? -1.0 : 0.0;
           if (kind == 3 && j % 3 == 1) a(i, j) = a(i, j - 1) * (j % 2 == 0 ? -2 : 1);
           if (kind == 4 && i == m / 2 && j == n / 3) a(i, j) = kNan;
+          if (kind == 5) a(i, j) *= std::ldexp(1.0, -(i + j) / 3);
+          if (kind == 6 && i == m - 2 && j == n / 2) a(i, j) = 1e155;
+          if (kind == 7 && i == m - 2 && j == n - 1) a(i, j) = -kInf;
+          if (kind == 8 && j == n / 2) a(i, j) *= 1e-200;
         }
       Dense r = a;
       Dense qt(m, m);
       plain::qr(m, n, r.a.data(), qt.a.data());
-      EXPECT_EQ(bits(factors_of(a).q), bits(transposed(qt))) << m << ' ' << n << ' ' << kind;
+      const Factors f = factors_of(a);
+      EXPECT_EQ(bits(f.q), bits(transposed(qt))) << m << ' ' << n << ' ' << kind;
+      EXPECT_TRUE(same(f.r, r)) << m << ' ' << n << ' ' << kind;
     }
 }
 
