@@ -12,26 +12,33 @@ namespace {
 // Reflections that pass together over the columns: their vectors stay in the second cache.
 constexpr Index kReflections = 32;
 
-// Columns that a reflection takes at a time: they stay in the first cache.
+// Columns that go through them together: they stay in the first cache, or near it.
 constexpr Index kColumns = 4;
 
-// Forms columns first...end - 1. In plain order the steps i run down from the last: step i reflects
-// all columns beyond i by its vector (`reflect`), then makes that vector column i (`finish`). For a
-// column j alone this means: it is finished, then reflected by the vectors j - 1, j - 2... So the
-// right half is formed first, then reflected by all vectors of the left half, block by block.
-template <class Finish, class Reflect>
-void accumulate(Index first, Index end, const Finish& finish, const Reflect& reflect) {
+// Forms columns first...end - 1 of an array. In plain order the steps i run down from the last:
+// step i reflects all columns beyond i by its vector (`reflection(i)`, unless !reflects(i)), then
+// makes that vector column i (`finish`). For a column j alone this means: it is finished, then
+// reflected by the vectors j - 1, j - 2... So the right half is formed first, then reflected by all
+// vectors of the left half, block by block.
+template <class Finish, class Reflects, class ReflectionOf>
+void accumulate(Index rows, RealView a, Index first, Index end, const Finish& finish,
+                const Reflects& reflects, const ReflectionOf& reflection) {
   if (end - first < 2) {
     if (first < end) finish(first);
     return;
   }
   const Index middle = first + (end - first + 1) / 2;
-  accumulate(middle, end, finish, reflect);
-  for (Index i1 = middle; i1 > first; i1 -= kReflections)
-    for (Index j = middle; j < end; j += kColumns)
-      for (Index i = i1 - 1; i >= std::max(first, i1 - kReflections); --i)
-        reflect(i, j, std::min(kColumns, end - j));
-  accumulate(first, middle, finish, reflect);
+  accumulate(rows, a, middle, end, finish, reflects, reflection);
+  for (Index i1 = middle; i1 > first; i1 -= kReflections) {
+    ColumnReflection block[kReflections];
+    Index count = 0;
+    for (Index i = i1 - 1; i >= std::max(first, i1 - kReflections); --i)
+      if (reflects(i)) block[count++] = reflection(i);
+    for (Index j = middle; j < end && count > 0; j += kColumns)
+      reflection_kernels().reflect_columns(rows, std::min(kColumns, end - j), a.from(0, j), block,
+                                           count);
+  }
+  accumulate(rows, a, first, middle, finish, reflects, reflection);
 }
 
 }  // namespace
@@ -53,13 +60,12 @@ void accumulate_right(const Bidiagonal& b, const double* rows, double* v) {
     std::fill_n(v + j * n, n, 0.0);
     v[j * n + j] = 1.0;
   };
-  const auto reflect = [&](Index i, Index j, Index columns) {
-    if (b.rv1[i + 1] == 0.0) return;
+  const auto reflects = [&](Index i) { return b.rv1[i + 1] != 0.0; };
+  const auto reflection = [&](Index i) -> ColumnReflection {
     const Index vector = i * n + i + 1;
-    reflection_kernels().reflect_columns(0, n - i - 1, columns, {v + j * n + i + 1, n},
-                                         rows + vector, v + vector, 1.0, 1.0);
+    return {i + 1, rows + vector, i + 1, v + vector, 1.0, 1.0};
   };
-  accumulate(0, n, finish, reflect);
+  accumulate(n, {v, n}, 0, n, finish, reflects, reflection);
 }
 
 void accumulate_left(const Bidiagonal& b) {
@@ -72,13 +78,12 @@ void accumulate_left(const Bidiagonal& b) {
       std::fill_n(column + j, b.m - j, 0.0);
     column[j] += 1.0;
   };
-  const auto reflect = [&](Index i, Index j, Index columns) {
-    if (b.w[i] == 0.0) return;
+  const auto reflects = [&](Index i) { return b.w[i] != 0.0; };
+  const auto reflection = [&](Index i) -> ColumnReflection {
     const double* const u = b.a + i * b.ld + i;
-    reflection_kernels().reflect_columns(1, b.m - i, columns, {b.a + j * b.ld + i, b.ld}, u + 1, u,
-                                         u[0], b.w[i]);
+    return {i + 1, u + 1, i, u, u[0], b.w[i]};
   };
-  accumulate(0, b.n, finish, reflect);
+  accumulate(b.m, {b.a, b.ld}, 0, b.n, finish, reflects, reflection);
 }
 
 }  // namespace matrix_pack

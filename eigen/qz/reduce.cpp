@@ -31,8 +31,9 @@ void triangularize(const QzPair& pair) {
     v[0] += r;
     const double rho = r * v[0];
     // x becomes x - v (v'x) / rho for the columns x of B behind this one and for those of A.
-    reflect(0, m, n - l - 1, {v + n, n}, v, v, rho, -1.0);
-    reflect(0, m, n, {pair.a + l, n}, v, v, rho, -1.0);
+    const ColumnReflection reflection = {0, v, 0, v, rho, -1.0};
+    reflect(m, n - l - 1, {v + n, n}, &reflection, 1);
+    reflect(m, n, {pair.a + l, n}, &reflection, 1);
     v[0] = -s * r;
     std::fill(v + 1, v + m, 0.0);
   }

@@ -6,12 +6,22 @@
 
 namespace matrix_pack {
 
+// A reflection of columns c, from given rows on to the last:
+//   f = ((sum over j of c[sum_row + j] * x[j]) / d) / g,    c[row + j] += f * v[j]
+struct ColumnReflection {
+  Index sum_row;
+  const double* x;
+  Index row;
+  const double* v;
+  double d;
+  double g;
+};
+
 struct ReflectionKernels {
-  // One reflection of each column of the rows x cols array a, whose first `lead` rows (0 or 1) do
-  // not enter the sums:
-  //   f = ((sum over j >= lead of a(j,k) * x[j - lead]) / d) / g,    a(j,k) += f * v[j]
-  void (*reflect_columns)(Index lead, Index rows, Index cols, RealView a, const double* x,
-                          const double* v, double d, double g);
+  // `count` reflections, one after the other, of each column of the rows x cols array a. None sums
+  // from below the row from which the one before it reflects.
+  void (*reflect_columns)(Index rows, Index cols, RealView a, const ColumnReflection* reflections,
+                          Index count);
 };
 MATRIX_SELECT_KERNELS(ReflectionKernels, reflection_kernels)
 
