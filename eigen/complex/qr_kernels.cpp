@@ -87,12 +87,11 @@ MATRIX_INLINE void rotate_two_columns(const ComplexRotation& f, const ComplexVie
   });
 }
 
-// Column run.last of rows begin..end-1, times the phase.
-MATRIX_INLINE void multiply_by_phase(const ComplexRotationRun& run, const ComplexView& h,
-                                     Index begin, Index end) {
-  const Complex phase = run.phase;
+// Column `column` of rows begin..end-1, times the phase.
+MATRIX_INLINE void multiply_by_phase(Complex phase, const ComplexView& h, Index column, Index begin,
+                                     Index end) {
   if (phase.im == 0.0) return;
-  const ComplexView x = h.column(run.last);
+  const ComplexView x = h.column(column);
   over_elements(begin, end, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
     store(x, k, multiply(load<V>(x, k), phase));
   });
@@ -102,8 +101,9 @@ MATRIX_INLINE void multiply_by_phase(const ComplexRotationRun& run, const Comple
 constexpr int kVectors = 2;
 constexpr int kBlock = kVectors * kWidth;
 
-// Rotations from..to-1 on kBlock rows from `row` on. The column that two rotations share stays in
-// registers.
+// Rotations from..to-1 on the columns of kBlock rows from `row` on, or on rows that stand
+// transposed. The column that two rotations share stays in registers.
+template <bool kRows>
 void rotate_block(const ComplexRotationRun& run, Index from, Index to, const ComplexView& h,
                   Index row) {
   if (from >= to) return;
@@ -114,7 +114,10 @@ void rotate_block(const ComplexRotationRun& run, Index from, Index to, const Com
     const ComplexRotation f = run.rotations[i - run.first];
     for (int b = 0; b < kVectors; ++b) {
       ComplexOf<Vector> next = load<Vector>(column.column(1), b * kWidth);
-      rotate_pair_of_columns(f, shared[b], next);
+      if constexpr (kRows)
+        rotate_pair_of_rows(f, shared[b], next);
+      else
+        rotate_pair_of_columns(f, shared[b], next);
       store(column, b * kWidth, shared[b]);
       shared[b] = next;
     }
@@ -131,33 +134,46 @@ void rotate_columns(const ComplexRotationRun& run, const ComplexView& h, Index b
     for (; i < row_end && i <= run.last; ++i)
       rotate_two_columns(run.rotations[i - run.first], h, i, row, i + 1);
     if (row + kBlock == row_end)
-      rotate_block(run, i, run.last + 1, h, row);
+      rotate_block<false>(run, i, run.last + 1, h, row);
     else
       for (; i <= run.last; ++i)
         rotate_two_columns(run.rotations[i - run.first], h, i, row, row_end);
   }
-  multiply_by_phase(run, h, begin, end);
+  multiply_by_phase(run.phase, h, run.last, begin, end);
+}
+
+// All runs on kBlock rows from `row` on.
+template <bool kRows>
+void rotate_block_by_tiles(int count, const ComplexRotationRun* runs, const ComplexView& z,
+                           Index row) {
+  const auto range = [=](Index k) { return Range{runs[k].first, runs[k].last + 1}; };
+  by_tiles(count, 1, range, [=](Index k, Index from, Index to) MATRIX_INLINE_LAMBDA {
+    const ComplexRotationRun& run = runs[k];
+    rotate_block<kRows>(run, from, to, z, row);
+    const Complex phase = {run.phase.re, kRows ? -run.phase.im : run.phase.im};
+    if (to > run.last) multiply_by_phase(phase, z, run.last, row, row + kBlock);
+  });
 }
 
 void rotate_all_columns(int count, const ComplexRotationRun* runs, const ComplexView& z,
                         Index begin, Index end) {
-  const auto range = [=](Index k) { return Range{runs[k].first, runs[k].last + 1}; };
   Index row = begin;
-  for (; row + kBlock <= end; row += kBlock)
-    by_tiles(count, 1, range, [=](Index k, Index from, Index to) MATRIX_INLINE_LAMBDA {
-      rotate_block(runs[k], from, to, z, row);
-      if (to > runs[k].last) multiply_by_phase(runs[k], z, row, row + kBlock);
-    });
+  for (; row + kBlock <= end; row += kBlock) rotate_block_by_tiles<false>(count, runs, z, row);
   for (int k = 0; row < end && k < count; ++k) {
     for (Index i = runs[k].first; i <= runs[k].last; ++i)
       rotate_two_columns(runs[k].rotations[i - runs[k].first], z, i, row, end);
-    multiply_by_phase(runs[k], z, row, end);
+    multiply_by_phase(runs[k].phase, z, runs[k].last, row, end);
   }
+}
+
+void rotate_transposed(int count, const ComplexRotationRun* runs, const ComplexView& panel,
+                       Index cols) {
+  for (Index j = 0; j < cols; j += kBlock) rotate_block_by_tiles<true>(count, runs, panel, j);
 }
 
 }  // namespace
 
 const ComplexQrKernels complex_qr_kernels_table = {triangularize, rotate_rows, rotate_columns,
-                                                   rotate_all_columns};
+                                                   rotate_all_columns, rotate_transposed};
 
 }  // namespace matrix_pack::MATRIX_KERNEL_SET

@@ -41,6 +41,11 @@ struct ComplexQrKernels {
   // Applies `count` runs, one after the other, to the columns of rows begin..end-1 of Z.
   void (*rotate_all_columns)(int count, const ComplexRotationRun* runs, const ComplexView& z,
                              Index begin, Index end);
+  // Applies runs to the rows of some columns of H, as rotate_rows does, and multiplies row `last`
+  // by the conjugate phase at the end of each. The columns stand transposed: column i of `panel` is
+  // their row i. `cols` is a multiple of 32.
+  void (*rotate_transposed)(int count, const ComplexRotationRun* runs, const ComplexView& panel,
+                            Index cols);
 };
 MATRIX_SELECT_KERNELS(ComplexQrKernels, complex_qr_kernels)
 

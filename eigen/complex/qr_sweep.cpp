@@ -1,6 +1,7 @@
 #include "eigen/complex/qr_sweep.hpp"
 
 #include <algorithm>
+#include <span>
 
 namespace matrix_pack {
 
@@ -52,6 +53,7 @@ Complex make_last_real(const ComplexSweepWork& work, int last) {
 
 void ComplexSweepWork::sweep(int first, int last) {
   if (!has_z || kept.is_full(last - first)) finish();
+  begin_batch(last);
   ComplexRotation* const rotations = kept.add(last - first);
   const int left = triangularize(*this, first, last, rotations);
   const Complex phase = make_last_real(*this, last);
@@ -61,7 +63,20 @@ void ComplexSweepWork::sweep(int first, int last) {
 }
 
 void ComplexSweepWork::finish() {
-  if (has_z) complex_qr_kernels().rotate_all_columns(kept.count, kept.sweeps, z, z_begin, z_end);
+  const ComplexQrKernels& kernels = complex_qr_kernels();
+  if (has_z && !panel) {
+    kernels.rotate_all_columns(kept.count, kept.sweeps, z, z_begin, z_end);
+  } else if (has_z && kept.count > 0) {
+    const auto sweeps = std::span(kept.sweeps, kept.sweeps + kept.count);
+    const Index first = std::ranges::min(sweeps, {}, &ComplexRotationRun::first).first - 1;
+    const Index last = std::ranges::max(sweeps, {}, &ComplexRotationRun::last).last;
+    const ComplexView both = {panel_from(0, 0).x, panel_from(1, 0).x, kPanelHeight};
+    over_z(first, last,
+           [&](Index rows) { kernels.rotate_all_columns(kept.count, kept.sweeps, both, 0, rows); });
+    over_waiting_columns(first, last, [&] {
+      kernels.rotate_transposed(kept.count, kept.sweeps, both, kPanelHeight);
+    });
+  }
   kept.clear();
 }
 

@@ -2,8 +2,8 @@
 //
 // A long sweep goes along the diagonal in windows; a column takes the rotations of its rows when
 // the window reaches it. Then the window's columns are rotated by blocks of rows, and those of Z
-// wait for several sweeps. Every element sees the same operations in the same order as when each
-// rotation is applied to everything at once.
+// and those behind the block wait for several sweeps. Every element sees the same operations in the
+// same order as when each rotation is applied to everything at once.
 #pragma once
 
 #include "eigen/complex/qr_kernels.hpp"
@@ -14,7 +14,7 @@ namespace matrix_pack {
 struct ComplexSweepWork : SweepWorkOf<ComplexView, ComplexRotationRun, ComplexRotation> {
   // Sweeps the active block first..last.
   void sweep(int first, int last);
-  // Applies to Z what has been kept back.
+  // Applies what has been kept back.
   void finish();
 };
 

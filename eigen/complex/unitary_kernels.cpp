@@ -6,18 +6,6 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-// x := x - f u with f = u^H x / h: the reflection of n rows of a column.
-MATRIX_INLINE void reflect_rows(Index n, const ConstComplexView& u, double h,
-                                const ComplexView& x) {
-  const Complex product = complex_sum_of(n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
-    return multiply_conjugate(load<V>(x, k), load<V>(u, k));
-  });
-  const Complex f = {product.re / h, product.im / h};
-  over_elements(0, n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
-    store(x, k, subtract(load<V>(x, k), multiply(load<V>(u, k), f)));
-  });
-}
-
 // x := x - w conj(f), then y := y + x g: an update of a column that has waited, and what the column
 // adds to a product. Without an update w is null, without a product y.
 template <bool kUpdate, bool kProduct>
@@ -29,6 +17,28 @@ MATRIX_INLINE void update_and_add(Index n, Complex f, const ConstComplexView& w,
       z = subtract(z, multiply_conjugate(load<V>(w, k), f));
       store(x, k, z);
     }
+    if constexpr (kProduct) store(y, k, add(load<V>(y, k), multiply(z, g)));
+  });
+}
+
+// x := x - u c with c = u^H x / h: the reflection of n rows of a column. Before it the update, and
+// behind it the product, of update_and_add.
+template <bool kUpdate, bool kProduct>
+MATRIX_INLINE void update_reflect_and_add(Index n, Complex f, const ConstComplexView& w,
+                                          const ConstComplexView& u, double h, Complex g,
+                                          const ComplexView& y, const ComplexView& x) {
+  const Complex sum = complex_sum_of(n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    ComplexOf<V> z = load<V>(x, k);
+    if constexpr (kUpdate) {
+      z = subtract(z, multiply_conjugate(load<V>(w, k), f));
+      store(x, k, z);
+    }
+    return multiply_conjugate(z, load<V>(u, k));
+  });
+  const Complex c = {sum.re / h, sum.im / h};
+  over_elements(0, n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    const ComplexOf<V> z = subtract(load<V>(x, k), multiply(load<V>(u, k), c));
+    store(x, k, z);
     if constexpr (kProduct) store(y, k, add(load<V>(y, k), multiply(z, g)));
   });
 }
@@ -51,10 +61,16 @@ void reflect_column(const UnitaryReflection* before, const UnitaryReflection* no
     update_and_add<true, true>(m, f, w, g, now->w, x);
   else if (product)
     update_and_add<false, true>(m, f, w, g, now->w, x);
-  if (update) update_and_add<true, false>(end - m, f, w + m, {}, {}, x + m);
-  const Index n = now->end - m;
-  reflect_rows(n, now->u + m, now->h, x + m);
-  if (product) update_and_add<false, true>(n, {}, {}, g, now->w + m, x + m);
+  // Both reflections end with the same row.
+  const ComplexView u = now->u + m;
+  if (update && product)
+    update_reflect_and_add<true, true>(end - m, f, w + m, u, now->h, g, now->w + m, x + m);
+  else if (product)
+    update_reflect_and_add<false, true>(now->end - m, {}, {}, u, now->h, g, now->w + m, x + m);
+  else if (update)
+    update_reflect_and_add<true, false>(end - m, f, w + m, u, now->h, {}, {}, x + m);
+  else
+    update_reflect_and_add<false, false>(now->end - m, {}, {}, u, now->h, {}, {}, x + m);
 }
 
 void reflect(const UnitaryReflection* before, const UnitaryReflection* now, const ComplexView& a,
@@ -62,14 +78,20 @@ void reflect(const UnitaryReflection* before, const UnitaryReflection* now, cons
   for (Index j = begin; j < end; ++j) reflect_column(before, now, j, a.column(j));
 }
 
+// Columns that go through the reflections together, so that each vector is loaded once for all.
+constexpr Index kTogether = 4;
+
 void accumulate(const ConstComplexView& u, const double* h, Index first, Index count, Index end,
                 const ComplexView& z) {
-  for (Index j = first; j < end; ++j) {
-    // The column begins as a unit vector: reflections that start below row j leave it alone.
-    for (Index k = smaller(j - first, count - 1); k >= 0; --k) {
+  for (Index begin = first; begin < end; begin += kTogether) {
+    const Index last = smaller(begin + kTogether, end) - 1;
+    // A column begins as a unit vector: reflections that start below row j leave column j alone.
+    for (Index k = smaller(last - first, count - 1); k >= 0; --k) {
       if (h[k] == 0.0) continue;
       const Index m = first + k;
-      reflect_rows(end - m, u.from(m, m - 1), h[k], z.from(m, j));
+      for (Index j = larger(begin, m); j <= last; ++j)
+        update_reflect_and_add<false, false>(end - m, {}, {}, u.from(m, m - 1), h[k], {}, {},
+                                             z.from(m, j));
     }
   }
 }

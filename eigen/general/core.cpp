@@ -86,7 +86,7 @@ const char* general_eigenvectors(EfiCallContext* context, aMatrix* matrix, aMatr
 
   Index* const last = work.rows.get();
   quasi_triangular_vectors(s.n, a, s.wr.get(), s.wi.get(), kEps * norm, last);
-  transform_vectors(b, {a.x, nullptr, a.ld}, last, real_z);  // Needs no memory without parts.
+  if (!transform_vectors(b, {a.x, nullptr, a.ld}, last, real_z)) return kOutOfMemory;
   undo_balance(b, real_z);
   unpack_pairs(s.n, s.wi.get(), s.z());
   scale_to_largest(s.n, s.z());

@@ -71,6 +71,7 @@ void make_triangular(const Iteration& it, double distance) {
   const double length = std::sqrt(s * s + c * c);
   s /= length;
   c /= length;
+  it.work.finish();
   for (int j = upper; j < it.n; ++j) {
     const double x = it.h(upper, j);
     it.h(upper, j) = c * x + s * it.h(last, j);

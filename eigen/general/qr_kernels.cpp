@@ -133,8 +133,37 @@ void reflect_rows(const ReflectorRun& run, RealView h, Index begin, Index end) {
 constexpr int kVectors = 4;
 constexpr int kBlock = kVectors * kWidth;
 
+// The three (two) vectors of a reflector, which are columns, or rows that stand transposed.
+template <bool kRows, class V>
+MATRIX_INLINE void reflect_three(const Reflector& f, V& h0, V& h1, V& h2) {
+  if constexpr (kRows) {
+    const V p = h0 + h1 * f.q + h2 * f.r;
+    h0 -= p * f.x;
+    h1 -= p * f.y;
+    h2 -= p * f.z;
+  } else {
+    const V p = h0 * f.x + h1 * f.y + h2 * f.z;
+    h0 -= p;
+    h1 -= p * f.q;
+    h2 -= p * f.r;
+  }
+}
+template <bool kRows, class V>
+MATRIX_INLINE void reflect_two(const Reflector& f, V& h0, V& h1) {
+  if constexpr (kRows) {
+    const V p = h0 + h1 * f.q;
+    h0 -= p * f.x;
+    h1 -= p * f.y;
+  } else {
+    const V p = h0 * f.x + h1 * f.y;
+    h0 -= p;
+    h1 -= p * f.q;
+  }
+}
+
 // One run on the columns of kBlock rows. The columns that two reflectors share stay in registers.
-void reflect_columns_of_block(const ReflectorRun& run, RealView h) {
+template <bool kRows>
+void reflect_block(const ReflectorRun& run, RealView h) {
   const bool ends = run.last == run.end;
   const Index whole = ends ? run.last - 1 : run.last;
   double* column = h.column(run.first);
@@ -147,23 +176,14 @@ void reflect_columns_of_block(const ReflectorRun& run, RealView h) {
   for (Index k = run.first; k < whole; ++k, ++f, column += h.ld) {
     for (int b = 0; b < kVectors; ++b) {
       Vector h2 = load_vector(column + 2 * h.ld + b * kWidth);
-      if (f->x != 0.0) {
-        const Vector p = h0[b] * f->x + h1[b] * f->y + h2 * f->z;
-        h0[b] -= p;
-        h1[b] -= p * f->q;
-        h2 -= p * f->r;
-      }
+      if (f->x != 0.0) reflect_three<kRows>(*f, h0[b], h1[b], h2);
       store_vector(column + b * kWidth, h0[b]);
       h0[b] = h1[b];
       h1[b] = h2;
     }
   }
   for (int b = 0; b < kVectors; ++b) {
-    if (ends && f->x != 0.0) {
-      const Vector p = h0[b] * f->x + h1[b] * f->y;
-      h0[b] -= p;
-      h1[b] -= p * f->q;
-    }
+    if (ends && f->x != 0.0) reflect_two<kRows>(*f, h0[b], h1[b]);
     store_vector(column + b * kWidth, h0[b]);
     store_vector(column + h.ld + b * kWidth, h1[b]);
   }
@@ -181,21 +201,30 @@ void reflect_columns_of_rows(const ReflectorRun& run, Index rows, RealView h) {
   }
 }
 
-void reflect_columns(int count, const ReflectorRun* runs, RealView h, Index begin, Index end) {
+// All runs on the columns of kBlock rows.
+template <bool kRows>
+void reflect_block_by_tiles(int count, const ReflectorRun* runs, RealView h) {
   const auto range = [=](Index s) { return Range{runs[s].first, runs[s].last}; };
+  by_tiles(count, 2, range, [=](Index s, Index from, Index to) MATRIX_INLINE_LAMBDA {
+    reflect_block<kRows>({from, to, runs[s].end, runs[s].reflectors + (from - runs[s].first)}, h);
+  });
+}
+
+void reflect_columns(int count, const ReflectorRun* runs, RealView h, Index begin, Index end) {
   Index i = begin;
-  for (; i + kBlock <= end; i += kBlock)
-    by_tiles(count, 2, range, [=](Index s, Index from, Index to) MATRIX_INLINE_LAMBDA {
-      const ReflectorRun part = {from, to, runs[s].end,
-                                 runs[s].reflectors + (from - runs[s].first)};
-      reflect_columns_of_block(part, h.from(i, 0));
-    });
+  for (; i + kBlock <= end; i += kBlock) reflect_block_by_tiles<false>(count, runs, h.from(i, 0));
   for (int s = 0; i < end && s < count; ++s)
     reflect_columns_of_rows(runs[s], end - i, h.from(i, 0));
 }
 
+void reflect_transposed(int count, const ReflectorRun* runs, RealView panel, Index cols) {
+  for (Index j = 0; j < cols; j += kBlock)
+    reflect_block_by_tiles<true>(count, runs, panel.from(j, 0));
+}
+
 }  // namespace
 
-const HessenbergKernels hessenberg_kernels_table = {chase, reflect_rows, reflect_columns};
+const HessenbergKernels hessenberg_kernels_table = {chase, reflect_rows, reflect_columns,
+                                                    reflect_transposed};
 
 }  // namespace matrix_pack::MATRIX_KERNEL_SET

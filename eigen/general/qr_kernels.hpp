@@ -43,6 +43,9 @@ struct HessenbergKernels {
   void (*reflect_rows)(const ReflectorRun& run, RealView h, Index begin, Index end);
   // Applies `count` runs of reflectors, one after the other, to the columns of rows begin..end-1.
   void (*reflect_columns)(int count, const ReflectorRun* runs, RealView h, Index begin, Index end);
+  // Applies runs to the rows of some columns of H, as reflect_rows does. They stand transposed:
+  // column i of `panel` is their row i. `cols` is a multiple of 32.
+  void (*reflect_transposed)(int count, const ReflectorRun* runs, RealView panel, Index cols);
 };
 MATRIX_SELECT_KERNELS(HessenbergKernels, hessenberg_kernels)
 

@@ -1,6 +1,7 @@
 #include "eigen/general/qr_sweep.hpp"
 
 #include <algorithm>
+#include <span>
 
 #include "pack/numeric/vector_kernels.hpp"
 
@@ -44,8 +45,9 @@ void SweepWork::sweep(int first, int last, const SweepStart& start) {
     if (i != m + 2) h(i, i - 3) = 0.0;
   }
   const auto [x, y, z] = start.vector;
-  const Chase whole = {m, last, m, first, last, first_row(first), last_column(last), {x, y, z}};
   if (!has_z || kept.is_full(last - m)) finish();
+  begin_batch(last);
+  const Chase whole = {m, last, m, first, last, first_row(first), last_column(last), {x, y, z}};
   Reflector* const reflectors = kept.add(last - m);
   kept.sweeps[kept.count - 1] = {m, last, last, reflectors};
   if (last - m <= kShortSweep)
@@ -60,7 +62,20 @@ void SweepWork::rotate_z(int k, double c, double s) {
 }
 
 void SweepWork::finish() {
-  if (has_z) hessenberg_kernels().reflect_columns(kept.count, kept.sweeps, z, z_begin, z_end);
+  const HessenbergKernels& kernels = hessenberg_kernels();
+  if (has_z && !panel) {
+    kernels.reflect_columns(kept.count, kept.sweeps, z, z_begin, z_end);
+  } else if (has_z && kept.count > 0) {
+    const auto sweeps = std::span(kept.sweeps, kept.sweeps + kept.count);
+    const Index first = std::ranges::min(sweeps, {}, &ReflectorRun::first).first;
+    const Index last = std::ranges::max(sweeps, {}, &ReflectorRun::end).end;
+    over_z(first, last, [&](Index rows) {
+      kernels.reflect_columns(kept.count, kept.sweeps, panel_from(0, 0), 0, rows);
+    });
+    over_waiting_columns(first, last, [&] {
+      kernels.reflect_transposed(kept.count, kept.sweeps, panel_from(0, 0), kPanelHeight);
+    });
+  }
   kept.clear();
 }
 

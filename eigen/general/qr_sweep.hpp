@@ -3,8 +3,8 @@
 //
 // A long sweep goes along the diagonal in windows. A column takes all reflectors of its rows when
 // the window reaches it, in one go; the rows above take those of the window's columns then, too.
-// The columns of Z wait for several sweeps. Every element sees the same operations in the same
-// order as when each reflector is applied to everything at once.
+// The columns of Z, and those behind the block, wait for several sweeps. Every element sees the
+// same operations in the same order as when each reflector is applied to everything at once.
 #pragma once
 
 #include "eigen/general/qr_kernels.hpp"
@@ -23,7 +23,7 @@ struct SweepWork : SweepWorkOf<RealView, ReflectorRun, Reflector> {
   void sweep(int first, int last, const SweepStart& start);
   // Columns k and k+1 of Z, (x, y), become (c x + s y, c y - s x).
   void rotate_z(int k, double c, double s);
-  // Applies to Z what has been kept back.
+  // Applies what has been kept back.
   void finish();
 };
 

@@ -125,7 +125,7 @@ void back_transform(const Substitution& s, Index end, Index k) {
   double* const re = p.column_of_z(k);
   const double* const im = re + p.n;
   const int parts = s.real() ? 1 : 2;
-  back_transformation_kernels().combine(p.n, {p.z, p.n}, parts, {s.xr, p.n}, ends, re);
+  back_transformation_kernels().combine(p.n, {p.z, p.n}, parts, {s.xr, p.n}, ends, {re, p.n});
   double largest = 0.0;
   for (Index i = 0; i < p.n; ++i) {
     const double modulus = s.real() ? std::fabs(re[i]) : std::sqrt(re[i] * re[i] + im[i] * im[i]);

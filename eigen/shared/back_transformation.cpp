@@ -9,53 +9,58 @@ namespace matrix_pack {
 
 namespace {
 
-// Columns that share the loads of Z.
-constexpr int kMostColumns = 4;
+// Rows of Z that are combined together. They are copied side by side, so that all columns of the
+// product find them in cache.
+constexpr Index kRowsTogether = 24;
 
-// Columns first..first+cols-1 of the product, rows low..high.
+// The copies of so many columns stand on the stack.
+constexpr Index kFew = 12;
+
+// Columns first..first+cols-1 of the product.
 struct Block {
   int first;
   int cols;
-  Index count[kMostColumns];  // Terms in the sums of each column.
+  Index count[kColumnsTogether];  // Terms in the sums of each column.
 };
 
-// The block of columns that ends before `end`. The two columns of a pair stay together: their sums
-// reach into the second one, which must not have been overwritten.
-Block block_before(int end, const Balance& b, const Index* last) {
-  Block block = {std::max(end - kMostColumns, 0), 0, {}};
-  if (block.first > 0 && last[block.first - 1] == block.first) ++block.first;
-  block.cols = end - block.first;
+Block block_from(int first, const Balance& b, const Index* last) {
+  Block block = {first, std::min(kColumnsTogether, b.n - first), {}};
   for (int j = 0; j < block.cols; ++j) {
-    const Index end_of_sum = std::min<Index>(last[block.first + j], b.high) + 1;
+    const Index end_of_sum = std::min<Index>(last[first + j], b.high) + 1;
     block.count[j] = std::max<Index>(end_of_sum - b.low, 0);
   }
   return block;
 }
 
-// The block of one part of Z times one part of X.
-void combine(const Block& block, const Balance& b, ConstRealView x, ConstRealView z, double* out) {
-  back_transformation_kernels().combine(b.high + 1 - b.low, z.from(b.low, b.low), block.cols,
+// Rows row...row+rows-1 of one part of Z, side by side from column `low` on.
+void copy_rows(const Balance& b, Index row, Index rows, ConstRealView z, double* copy) {
+  for (Index k = b.low; k <= b.high; ++k, copy += kRowsTogether)
+    std::copy_n(z.column(k) + row, rows, copy);
+}
+
+// A block of those rows of the product: of one part of Z with one part of X.
+void combine(const Block& block, const Balance& b, Index rows, const double* z, ConstRealView x,
+             RealView out) {
+  back_transformation_kernels().combine(rows, {z, kRowsTogether}, block.cols,
                                         x.from(b.low, block.first), block.count, out);
 }
 
 // The products of the parts, and their sum and difference.
-void combine_complex(const Block& block, const Balance& b, const ConstComplexView& x,
-                     const ComplexView& z, double* work) {
-  const ConstRealView x_re = {x.re, x.ld};
-  const ConstRealView x_im = {x.im, x.ld};
-  const Index size = kMostColumns * z.ld;
-  double* const rr = work;
-  double* const ii = work + size;
-  double* const ri = work + 2 * size;
-  double* const ir = work + 3 * size;
-  combine(block, b, x_re, {z.re, z.ld}, rr);
-  combine(block, b, x_im, {z.im, z.ld}, ii);
-  combine(block, b, x_im, {z.re, z.ld}, ri);
-  combine(block, b, x_re, {z.im, z.ld}, ir);
-  for (int j = 0; j < block.cols; ++j)
-    for (Index i = 0; i <= b.high - b.low; ++i) {
-      const Index k = j * z.ld + i;
-      z.set(b.low + i, block.first + j, {rr[k] - ii[k], ri[k] + ir[k]});
+void combine_complex(const Block& block, const Balance& b, Index rows, const double* z_re,
+                     const double* z_im, const ConstComplexView& x, const ComplexView& out) {
+  constexpr Index kSize = kRowsTogether * kColumnsTogether;
+  double rr[kSize];
+  double ii[kSize];
+  double ri[kSize];
+  double ir[kSize];
+  combine(block, b, rows, z_re, {x.re, x.ld}, {rr, kRowsTogether});
+  combine(block, b, rows, z_im, {x.im, x.ld}, {ii, kRowsTogether});
+  combine(block, b, rows, z_re, {x.im, x.ld}, {ri, kRowsTogether});
+  combine(block, b, rows, z_im, {x.re, x.ld}, {ir, kRowsTogether});
+  for (Index j = 0; j < block.cols; ++j)
+    for (Index i = 0; i < rows; ++i) {
+      const Index k = j * kRowsTogether + i;
+      out.set(i, j, {rr[k] - ii[k], ri[k] + ir[k]});
     }
 }
 
@@ -72,15 +77,23 @@ void copy_outer_rows(const Balance& b, ConstRealView x, const Index* last, RealV
 
 bool transform_vectors(const Balance& b, const ConstComplexView& x, const Index* last,
                        const ComplexView& z) {
-  Doubles work;
-  if (x.im != nullptr && !(work = new_doubles(4 * kMostColumns * z.ld))) return false;
-  for (int end = b.n; end > 0;) {
-    const Block block = block_before(end, b, last);
-    if (x.im != nullptr)
-      combine_complex(block, b, x, z, work.get());
-    else
-      combine(block, b, {x.re, x.ld}, {z.re, z.ld}, z.re + block.first * z.ld + b.low);
-    end = block.first;
+  const bool is_complex = x.im != nullptr;
+  const Index size = kRowsTogether * (b.high + 1 - b.low);
+  const Work<double, kRowsTogether * kFew> copies(is_complex ? 2 * size : size);
+  if (!copies) return false;
+  double* const re = copies.get();
+  double* const im = re + size;
+  for (Index row = b.low; row <= b.high; row += kRowsTogether) {
+    const Index rows = std::min<Index>(kRowsTogether, b.high + 1 - row);
+    copy_rows(b, row, rows, {z.re, z.ld}, re);
+    if (is_complex) copy_rows(b, row, rows, {z.im, z.ld}, im);
+    for (int first = 0; first < b.n; first += kColumnsTogether) {
+      const Block block = block_from(first, b, last);
+      if (is_complex)
+        combine_complex(block, b, rows, re, im, x, z.from(row, first));
+      else
+        combine(block, b, rows, re, {x.re, x.ld}, RealView{z.re, z.ld}.from(row, first));
+    }
   }
   copy_outer_rows(b, {x.re, x.ld}, last, {z.re, z.ld});
   if (x.im != nullptr) copy_outer_rows(b, {x.im, x.ld}, last, {z.im, z.ld});

@@ -11,7 +11,7 @@ namespace matrix_pack {
 // low..high in ascending order (for complex matrices one sum for each product of parts), the other
 // rows are those of X.
 //   returns  false when there is no memory
-//   cost     n^3 flops (complex: 4 n^3), 16 n doubles of work for complex matrices
+//   cost     n^3 flops (complex: 4 n^3), 24 n doubles of work (complex: 48 n)
 bool transform_vectors(const Balance& b, const ConstComplexView& x, const Index* last,
                        const ComplexView& z);
 

@@ -52,8 +52,8 @@ void combine_columns(const Product& p, Index rows) {
 }
 
 void combine(Index rows, ConstRealView z, int cols, ConstRealView x, const Index* count,
-             double* out) {
-  const Product p = {z, x, count, {out, z.ld}};
+             RealView out) {
+  const Product p = {z, x, count, out};
   switch (cols) {
     case 4:
       return combine_columns<4>(p, rows);

@@ -139,7 +139,7 @@ TEST_P(EigenKernels, UnitaryReductionIsThatOfThePlainLoops) {
 }
 
 // Blocks of all lengths in matrices of all orders, alone and with what the vectors need; several
-// sweeps, so that those of Z are batched.
+// sweeps, so that those of Z are batched, and those of what is behind the block.
 TEST_P(EigenKernels, RealSweepsAreThoseOfThePlainLoops) {
   for (const int n : {3, 5, 9, 20, 40, 66, 67, 68, 100, 150}) {
     for (const bool vectors : {false, true}) {
@@ -148,7 +148,8 @@ TEST_P(EigenKernels, RealSweepsAreThoseOfThePlainLoops) {
       cut(h, [](int i, int j) { return i <= j + 1; });
       if (n > 9) h(n / 2, n / 2 - 1) = h(n / 2 + 1, n / 2) = 0.0;  // A reflector is left out.
       const int z_begin = n / 8, z_end = n - n / 9;
-      const int ends[] = {n - 1, n - 1, std::max(n - 4, 2), std::max(2 * n / 3, 2)};
+      const int ends[] = {n - 1, n - 1, std::max(n - 4, 2), std::max(2 * n / 3, 2),
+                          std::max(n / 2, 2)};
       Square expected = h, expected_z = random_square(n, 8);
       for (const int en : ends) {
         const int l = en > 12 ? n / 10 : 0;
@@ -165,6 +166,7 @@ TEST_P(EigenKernels, RealSweepsAreThoseOfThePlainLoops) {
                           : work.open(n, view));
       for (const int en : ends) {
         const int l = en > 12 ? n / 10 : 0;
+        if (en < n - 1) work.finish();  // What is behind the block waits from here on.
         work.sweep(l, en, {en > 20 ? l + 3 : l, {0.5, -0.25, 0.125}});
       }
       work.finish();
@@ -195,7 +197,10 @@ TEST_P(EigenKernels, ComplexSweepsAreThoseOfThePlainLoops) {
       ComplexSweepWork work;
       ASSERT_TRUE(vectors ? work.open_with_vectors(range, b.view(), z.view())
                           : work.open(n, b.view()));
-      for (const int en : ends) work.sweep(en > 12 ? n / 10 : 0, en);
+      for (const int en : ends) {
+        if (en < n - 1) work.finish();  // What is behind the block waits from here on.
+        work.sweep(en > 12 ? n / 10 : 0, en);
+      }
       work.finish();
       EXPECT_TRUE(b.re.a == expected.re.a && b.im.a == expected.im.a);
       EXPECT_TRUE(z.re.a == expected_z.re.a && z.im.a == expected_z.im.a);
@@ -218,7 +223,7 @@ TEST_P(EigenKernels, CombinationsOfColumnsAreSumsInAscendingOrder) {
                 z[std::size_t(k * kLeading + i)] * x[std::size_t(j * kTerms + k)];
       std::vector<double> out(expected.size());
       back_transformation_kernels().combine(rows, {z.data(), kLeading}, cols, {x.data(), kTerms},
-                                            count, out.data());
+                                            count, {out.data(), kLeading});
       EXPECT_EQ(out, expected) << rows << " " << cols;
     }
   }
