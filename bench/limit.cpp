@@ -12,31 +12,50 @@ namespace bench {
 
 namespace {
 
-// What a function does to an n x n (4n x n) matrix. `bytes` are those of its passes over memory.
-struct Work {
-  double operations;
-  double bytes = 0.0;
-};
-
 constexpr double kDouble = 8.0;
 
 double cube(double n) {
   return n * n * n;
 }
 
-// A bidiagonalization takes two passes a step, one of which writes: over the trailing matrices of
-// m x n this is their size three times.
-double bidiagonal_bytes(double m, double n) {
-  return 3.0 * kDouble * (m * n * n / 2.0 - cube(n) / 6.0);
+// A reduction: step k works on what is left of an m x n matrix without its first k rows and
+// columns. What it does to each element:
+struct Steps {
+  double m;
+  double n;
+  double operations;
+  double bytes;  // That its passes over memory read and write.
+  double size;   // Of the part of the element that is stored.
+};
+
+// What a function does to an n x n (4n x n) matrix: steps, and operations besides.
+struct Work {
+  double operations;
+  std::optional<Steps> steps = std::nullopt;
+};
+
+// Householder bidiagonalization, 4 m n^2 - 4/3 n^3 operations in all. Two passes a step, one of
+// which writes.
+Steps bidiagonalization(double m, double n) {
+  return {m, n, 8.0, 3.0 * kDouble, kDouble};
+}
+// Householder tridiagonalization, 4/3 n^3 operations. One pass a step over the triangle, which it
+// writes.
+Steps tridiagonalization(double n) {
+  return {n, n, 4.0, kDouble, kDouble / 2.0};
+}
+// One pass that reads.
+Steps one_pass(double n, double operations) {
+  return {n * n, 1.0, operations, kDouble, kDouble};
 }
 
-// Householder bidiagonalization, and the iteration for values, which is of order n^2.
+// The iteration for values alone is of order n^2.
 Work values_of(double m, double n) {
-  return {4.0 * m * n * n - 4.0 / 3.0 * cube(n), bidiagonal_bytes(m, n)};
+  return {0.0, bidiagonalization(m, n)};
 }
-// With both factors accumulated and rotated: Golub and Reinsch.
+// With both factors accumulated and rotated, 14 m n^2 + 8 n^3 operations in all: Golub and Reinsch.
 Work factors_of(double m, double n) {
-  return {14.0 * m * n * n + 8.0 * cube(n), bidiagonal_bytes(m, n)};
+  return {10.0 * m * n * n + (8.0 + 4.0 / 3.0) * cube(n), bidiagonalization(m, n)};
 }
 
 using Count = std::function<Work(double n)>;
@@ -61,15 +80,15 @@ const std::map<std::string, Count>& counts() {
       {"rref", operations(2.0)},
       {"norm1",
        [](double n) {
-         return Work{n * n, kDouble * n * n};
+         return Work{0.0, one_pass(n, 1.0)};
        }},
       {"normi",
        [](double n) {
-         return Work{n * n, kDouble * n * n};
+         return Work{0.0, one_pass(n, 1.0)};
        }},
       {"norme",
        [](double n) {
-         return Work{2.0 * n * n, kDouble * n * n};
+         return Work{0.0, one_pass(n, 2.0)};
        }},
       {"norm2", [](double n) { return values_of(n, n); }},
       {"cond2", [](double n) { return values_of(n, n); }},
@@ -80,18 +99,18 @@ const std::map<std::string, Count>& counts() {
       {"svd", [](double n) { return factors_of(n, n); }},
       {"svd 4n x n", [](double n) { return factors_of(4.0 * n, n); }},
       {"svd by dgesvd", [](double n) { return factors_of(n, n); }},
+      // The factors, and a product.
       {"geninv",
        [](double n) {
-         return Work{24.0 * cube(n), bidiagonal_bytes(n, n)};
+         return Work{factors_of(n, n).operations + 2.0 * cube(n), bidiagonalization(n, n)};
        }},
-      // One pass a step over the triangle, which it writes.
       {"eigenvals symmetric",
        [](double n) {
-         return Work{4.0 / 3.0 * cube(n), kDouble * cube(n) / 3.0};
+         return Work{0.0, tridiagonalization(n)};
        }},
       {"eigenvecs symmetric",
        [](double n) {
-         return Work{9.0 * cube(n), kDouble * cube(n) / 3.0};
+         return Work{(9.0 - 4.0 / 3.0) * cube(n), tridiagonalization(n)};
        }},
       {"eigenvals general", operations(10.0 - 5.0 / 3.0)},
       {"eigenvecs general", operations(25.0)},
@@ -104,24 +123,53 @@ const std::map<std::string, Count>& counts() {
   return kCounts;
 }
 
+double second_cache() {
+  return static_cast<double>(std::max(sysconf(_SC_LEVEL2_CACHE_SIZE), 1L << 20));
+}
+
+// That of an array of so many bytes: between those of the arrays that were measured.
+double bandwidth(const Machine& machine, double bytes) {
+  Bandwidth below = machine.bandwidths.front();
+  for (const Bandwidth& above : machine.bandwidths) {
+    if (bytes <= below.bytes) break;
+    if (bytes < above.bytes)
+      return below.rate +
+             (above.rate - below.rate) * (bytes - below.bytes) / (above.bytes - below.bytes);
+    below = above;
+  }
+  return below.rate;
+}
+
+// Each step takes its operations or its passes, whichever is longer. What the second cache holds
+// need not be moved.
+double time_of(const Machine& machine, const Steps& steps) {
+  double time = 0.0;
+  for (double k = 0.0; k < steps.n; ++k) {
+    const double elements = (steps.m - k) * (steps.n - k);
+    const double size = elements * steps.size;
+    const double moved = std::max(1.0 - second_cache() / size, 0.0) * elements * steps.bytes;
+    time += std::max(elements * steps.operations / machine.operations,
+                     moved / bandwidth(machine, size));
+  }
+  return time;
+}
+
 }  // namespace
 
 Machine measure_machine() {
-  const double second_cache =
-      static_cast<double>(std::max(sysconf(_SC_LEVEL2_CACHE_SIZE), 1L << 20));
-  return {eigen::peak_operations(), eigen::bandwidth(static_cast<std::size_t>(4.0 * second_cache))};
+  Machine machine = {eigen::peak_operations(), {}};
+  for (const double caches : {4.0, 8.0, 16.0, 32.0}) {
+    const double bytes = caches * second_cache();
+    machine.bandwidths.push_back({bytes, eigen::bandwidth(static_cast<std::size_t>(bytes))});
+  }
+  return machine;
 }
 
 std::optional<double> limit(const Machine& machine, const std::string& function, int n) {
   const auto count = counts().find(function);
   if (count == counts().end()) return std::nullopt;
   const Work work = count->second(n);
-  const bool tall = function.ends_with("4n x n");
-  const double size =
-      kDouble * n * n * (tall ? 4.0 : 1.0) * (function.ends_with("complex") ? 2.0 : 1.0);
-  const double arithmetic = work.operations / machine.operations;
-  const bool outgrows = size > static_cast<double>(sysconf(_SC_LEVEL2_CACHE_SIZE));
-  return outgrows ? std::max(arithmetic, work.bytes / machine.bandwidth) : arithmetic;
+  return work.operations / machine.operations + (work.steps ? time_of(machine, *work.steps) : 0.0);
 }
 
 }  // namespace bench

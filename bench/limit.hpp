@@ -1,23 +1,31 @@
 // The least time in which this machine can do what a function documents.
 //
 // The operations of the documented method, each rounded on its own, at the processor's measured
-// peak of multiplications and additions that are not fused; or its passes over memory at the
-// measured bandwidth, for data that outgrow the second cache; whichever takes longer. The counts
-// are those of Golub and Van Loan, Matrix Computations, unless the method is another one.
-// docs/performance.md explains them.
+// peak of multiplications and additions that are not fused. The steps of a reduction, each of which
+// waits for the one before, may take longer than that: as long as their passes at the measured
+// bandwidth over what the second cache does not hold of the matrix. The counts are those of Golub
+// and Van Loan, Matrix Computations, unless the method is another one. docs/performance.md explains
+// them.
 #pragma once
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace bench {
 
-struct Machine {
-  double operations;  // A second, of one core.
-  double bandwidth;   // Bytes a second, read and written, beyond the second cache.
+// Bytes a second, read and written, of an array of so many bytes.
+struct Bandwidth {
+  double bytes;
+  double rate;
 };
 
-// Measures; takes about half a second.
+struct Machine {
+  double operations;                  // A second, of one core.
+  std::vector<Bandwidth> bandwidths;  // Of arrays beyond the second cache, in ascending order.
+};
+
+// Measures; takes about a second.
 Machine measure_machine();
 
 // Seconds; none for a function without a count.

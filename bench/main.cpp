@@ -207,13 +207,13 @@ int run(const Options& options) {
   nlohmann::json report = {{"kernel set", set},
                            {"peers", peers(with_blis)},
                            {"operations a second", machine.operations},
-                           {"bytes a second", machine.bandwidth}};
+                           {"bytes a second", machine.bandwidths.front().rate}};
   report["rows"] = nlohmann::json::array();
   if (!options.json) {
     fmt::print("Kernel set {}. Peers: {}. One thread. Medians; ratios to the fastest peer.\n", set,
                peers(with_blis));
     fmt::print("Limits: {:.1f} billion operations and {:.1f} GB a second.\n",
-               machine.operations / 1e9, machine.bandwidth / 1e9);
+               machine.operations / 1e9, machine.bandwidths.front().rate / 1e9);
     fmt::print("{:<18} {:>5}", "function", "n");
     for (const char* name : kNames) fmt::print(" {:>10}", name);
     fmt::print(" {:>10} {:>8} {:>8}\n", "limit", "core", "handler");
