@@ -2,6 +2,7 @@
 
 #include "linsys/givens.hpp"
 #include "pack/numeric/lanes/lanes.hpp"
+#include "pack/numeric/moderate.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
@@ -46,9 +47,6 @@ ClearedRun clear(Index most, double tol, double* v, double* rows, Index cols, In
 
 static_assert(kAbreast == kLanes);
 
-// Numbers up to this one, their sums of squares, and what rotations make of them do not overflow.
-constexpr double kModerate = 1e150;
-
 // Whether the first kLanes elements of all rows are moderate. By their bits: nothing faults.
 bool are_moderate(Index cols, const double* last) {
   const VectorBits most = __builtin_bit_cast(VectorBits, Vector{} + kModerate);
@@ -66,8 +64,8 @@ MATRIX_INLINE Vector square_roots(Vector x) {
   return x;
 }
 
-// givens_coeffs for several pairs, of which none has a second number of zero; what it gives for
-// others is of no use, and divides nothing by zero.
+// givens_coeffs for several pairs. Where the second number is zero the result is of no use, but
+// nothing is divided by zero.
 struct GivensVectors {
   Vector c;
   Vector s;
@@ -92,8 +90,9 @@ MATRIX_INLINE void rotate_two(Rotation rotation, double* lower) {
   }
 }
 
-// A wavefront: in step t column j makes its rotation t - 2 j. By then the column before has rotated
-// both rows, and the next step of a column waits for one rotation each instead of eight.
+// A wavefront: in step t column j makes its rotation t - 2 j. By then the column before it has
+// rotated both rows, so that eight rotations wait for the quotient, the root and the quotient
+// together.
 ClearedAbreast clear_abreast(Index rows, Index cols, const double* last, double* x,
                              Rotation* const* rotations) {
   ClearedAbreast cleared = {};

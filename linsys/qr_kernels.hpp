@@ -47,7 +47,7 @@ struct QrKernels {
   // one begins at `last`; the pivot row of each column is one below that of the column before. All
   // elements are taken to count. The panel stays; the rows, from the last one up and kAbreast
   // elements each, and their rotations are left in x and rotations[j]: rows - 1 - j of column j.
-  // Around the rows x has kRowsBefore and kRowsBehind more, which hold numbers below 1e150.
+  // Around the rows x has kRowsBefore and kRowsBehind more, which hold moderate numbers.
   ClearedAbreast (*clear_abreast)(Index rows, Index cols, const double* last, double* x,
                                   Rotation* const* rotations);
 };

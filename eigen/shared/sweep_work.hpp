@@ -11,6 +11,7 @@
 #include "eigen/shared/balance.hpp"
 #include "pack/memory.hpp"
 #include "pack/numeric/batch.hpp"
+#include "pack/numeric/moderate.hpp"
 #include "pack/numeric/transpose_kernels.hpp"
 
 namespace matrix_pack {
@@ -19,10 +20,8 @@ namespace matrix_pack {
 inline constexpr Index kPanelHeight = 32;
 inline constexpr int kSmallestWithPanels = 100;
 
-// Whether all elements are so small that transformations of rows cannot overflow: what fails, and
-// when, does then not depend on their order. By their bits: nothing faults.
+// Whether all elements are moderate. By their bits: nothing faults.
 inline bool are_moderate(Index n, ConstRealView a) {
-  constexpr double kModerate = 1e150;
   bool all = true;
   for (Index j = 0; j < n; ++j)
     for (Index i = 0; i < n; ++i)
@@ -59,6 +58,7 @@ struct SweepWorkOf {
     behind = n;
     if (n < kSmallestWithPanels) return reserve(kFullSweeps * n);
     panel = new_doubles(kParts * kPanelHeight * n);
+    // Where nothing can overflow, no fault tells that columns have waited.
     h_waits = are_moderate(n, h);
     return panel != nullptr && reserve(kFullSweepsWithPanel * n);
   }
