@@ -130,7 +130,8 @@ ClearedAbreast clear_abreast(Index rows, Index cols, const double* last, double*
       // The step before the first one of a column (but of column 0) finds its last element.
       const auto active = (begin[p] <= t) & (end[p] > t);
       b.part[p] = active ? g.c * a + g.s * b.part[p] : a;
-      smallest.part[p] = active & (magnitude_b < smallest.part[p]) ? magnitude_b : smallest.part[p];
+      const auto is_smaller = active & (magnitude_b < smallest.part[p]);
+      smallest.part[p] = is_smaller ? magnitude_b : smallest.part[p];
     }
     const Index end_j = smaller(kLanes, t / 2 + 1);
     for (Index j = larger(0, t - rows + 2); j < end_j; ++j) {
