@@ -6,6 +6,10 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
+// Fewer rows of four columns are in the first cache, where two simple passes are no slower than
+// one.
+constexpr Index kFewestInOnePass = 1024;
+
 // The factors of a reflection from its sums.
 template <int K>
 MATRIX_INLINE void divide_sums(const ColumnReflection& r, double* f) {
@@ -36,20 +40,34 @@ MATRIX_INLINE void reflect_and_sum(Index rows, RealView a, const ColumnReflectio
   });
 }
 
+template <int K>
+MATRIX_INLINE void sum(Index rows, RealView a, const ColumnReflection& r, double* f) {
+  dots_of<K>(rows - r.sum_row, a.from(r.sum_row, 0), r.x, f);
+}
+template <int K>
+MATRIX_INLINE void reflect(Index rows, RealView a, const ColumnReflection& r, const double* f) {
+  add_outer_to<K>(rows - r.row, a.from(r.row, 0), r.v, f);
+}
+
 void reflect_columns(Index rows, Index cols, RealView a, const ColumnReflection* reflections,
                      Index count) {
   by_fours(0, cols, [=]<int K>(Index first, Group<K>) MATRIX_INLINE_LAMBDA {
     const RealView columns = a.from(0, first);
-    const Index sum_row = reflections[0].sum_row;
     double f[K];
-    dots_of<K>(rows - sum_row, columns.from(sum_row, 0), reflections[0].x, f);
+    sum<K>(rows, columns, reflections[0], f);
     divide_sums<K>(reflections[0], f);
     for (Index i = 1; i < count; ++i) {
-      reflect_and_sum<K>(rows, columns, reflections[i - 1], reflections[i], f);
-      divide_sums<K>(reflections[i], f);
+      const ColumnReflection& now = reflections[i - 1];
+      const ColumnReflection& next = reflections[i];
+      if (rows >= kFewestInOnePass) {
+        reflect_and_sum<K>(rows, columns, now, next, f);
+      } else {
+        reflect<K>(rows, columns, now, f);
+        sum<K>(rows, columns, next, f);
+      }
+      divide_sums<K>(next, f);
     }
-    const ColumnReflection& last = reflections[count - 1];
-    add_outer_to<K>(rows - last.row, columns.from(last.row, 0), last.v, f);
+    reflect<K>(rows, columns, reflections[count - 1], f);
   });
 }
 
