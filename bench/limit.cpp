@@ -140,16 +140,16 @@ double bandwidth(const Machine& machine, double bytes) {
   return below.rate;
 }
 
-// Each step takes its operations or its passes, whichever is longer. What the second cache holds
-// need not be moved.
+// Each step takes its operations, or, where what is left outgrows the second cache, its passes,
+// whichever is longer.
 double time_of(const Machine& machine, const Steps& steps) {
   double time = 0.0;
   for (double k = 0.0; k < steps.n; ++k) {
     const double elements = (steps.m - k) * (steps.n - k);
     const double size = elements * steps.size;
-    const double moved = std::max(1.0 - second_cache() / size, 0.0) * elements * steps.bytes;
-    time += std::max(elements * steps.operations / machine.operations,
-                     moved / bandwidth(machine, size));
+    const double arithmetic = elements * steps.operations / machine.operations;
+    const double passes = elements * steps.bytes / bandwidth(machine, size);
+    time += size > second_cache() ? std::max(arithmetic, passes) : arithmetic;
   }
   return time;
 }
@@ -158,7 +158,7 @@ double time_of(const Machine& machine, const Steps& steps) {
 
 Machine measure_machine() {
   Machine machine = {eigen::peak_operations(), {}};
-  for (const double caches : {4.0, 8.0, 16.0, 32.0}) {
+  for (const double caches : {2.0, 4.0, 8.0, 16.0}) {
     const double bytes = caches * second_cache();
     machine.bandwidths.push_back({bytes, eigen::bandwidth(static_cast<std::size_t>(bytes))});
   }

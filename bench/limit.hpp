@@ -3,9 +3,9 @@
 // The operations of the documented method, each rounded on its own, at the processor's measured
 // peak of multiplications and additions that are not fused. The steps of a reduction, each of which
 // waits for the one before, may take longer than that: as long as their passes at the measured
-// bandwidth over what the second cache does not hold of the matrix. The counts are those of Golub
-// and Van Loan, Matrix Computations, unless the method is another one. docs/performance.md explains
-// them.
+// bandwidth, where what is left of the matrix outgrows the second cache. The counts are those of
+// Golub and Van Loan, Matrix Computations, unless the method is another one. docs/performance.md
+// explains them.
 #pragma once
 
 #include <optional>
