@@ -78,7 +78,7 @@ TEST_P(QrKernels, LargeMatricesHaveThePlainBits) {
   };
   for (const auto& [m, n] :
        {std::pair{65, 65}, {66, 3}, {97, 40}, {130, 130}, {160, 20}, {200, 90}})
-    for (const int kind : {0, 1, 2, 3, 4, 5, 6, 7, 8}) {
+    for (int kind = 0; kind <= 8; ++kind) {
       Dense a = random_dense(m, n, 17);
       for (int j = 0; j < n; ++j)
         for (int i = 0; i < m; ++i) {
