@@ -38,102 +38,8 @@ MATRIX_INLINE void find_reflector(const Chase& c, Index k, RealView h, Reflector
   before[k] = -make_reflector(x / size, y / size, z / size, f) * size;
 }
 
-// Reflector k on the rows of one column.
-MATRIX_INLINE void reflect_three_rows(const Reflector& f, double* column) {
-  const double p = column[0] + f.q * column[1] + f.r * column[2];
-  column[0] -= p * f.x;
-  column[1] -= p * f.y;
-  column[2] -= p * f.z;
-}
-
-MATRIX_INLINE void reflect_two_rows(const Reflector& f, double* column) {
-  const double p = column[0] + f.q * column[1];
-  column[0] -= p * f.x;
-  column[1] -= p * f.y;
-}
-
-// One reflector on the first columns of `count` rows.
-MATRIX_INLINE void reflect_three_columns(const Reflector& f, Index count, RealView a) {
-  double* __restrict a0 = a.column(0);
-  double* __restrict a1 = a.column(1);
-  double* __restrict a2 = a.column(2);
-  for (Index i = 0; i < count; ++i) {
-    const double p = f.x * a0[i] + f.y * a1[i] + f.z * a2[i];
-    a0[i] -= p;
-    a1[i] -= p * f.q;
-    a2[i] -= p * f.r;
-  }
-}
-
-MATRIX_INLINE void reflect_two_columns(const Reflector& f, Index count, RealView a) {
-  double* __restrict a0 = a.column(0);
-  double* __restrict a1 = a.column(1);
-  for (Index i = 0; i < count; ++i) {
-    const double p = f.x * a0[i] + f.y * a1[i];
-    a0[i] -= p;
-    a1[i] -= p * f.q;
-  }
-}
-
-void chase(const Chase& c, RealView h, Reflector* reflectors) {
-  for (Index k = c.first; k < c.last; ++k) {
-    Reflector f = {};
-    find_reflector(c, k, h, f);
-    reflectors[k - c.first] = f;
-    if (f.x == 0.0) continue;
-    const Index rows = smaller(c.end, k + 3) - c.top + 1;
-    if (k != c.end - 1) {
-      for (Index j = k; j <= c.right; ++j) reflect_three_rows(f, h.column(j) + k);
-      reflect_three_columns(f, rows, h.from(c.top, k));
-    } else {
-      for (Index j = k; j <= c.right; ++j) reflect_two_rows(f, h.column(j) + k);
-      reflect_two_columns(f, rows, h.from(c.top, k));
-    }
-  }
-}
-
-// Reflector f on the two rows carried and the next one: hands back the row that is done.
-template <class V>
-MATRIX_INLINE V advance(const Reflector& f, V* carried, V next) {
-  V done = carried[0];
-  carried[0] = carried[1];
-  carried[1] = next;
-  if (f.x == 0.0) return done;
-  const V p = done + carried[0] * f.q + carried[1] * f.r;
-  done -= p * f.x;
-  carried[0] -= p * f.y;
-  carried[1] -= p * f.z;
-  return done;
-}
-
-void reflect_rows(const ReflectorRun& run, RealView h, Index begin, Index end) {
-  if (run.first == run.last) return;
-  // The last reflector of a sweep has two rows.
-  const Index threes = (run.last == run.end ? run.last - 1 : run.last) - run.first;
-  const Reflector* const f = run.reflectors;
-  over_columns<2>(begin, end, [=]<class V, int G>(Index j, Columns<V, G>) MATRIX_INLINE_LAMBDA {
-    double* x[G];
-    for (int g = 0; g < G; ++g) x[g] = h.column(j + g * kLanesOf<V>) + run.first;
-    const auto apply = [=](Index i, auto& carried, auto& row) MATRIX_INLINE_LAMBDA {
-      for (int g = 0; g < G; ++g) row[g] = advance(f[i], carried[g], row[g]);
-    };
-    const auto finish = [=](auto& carried) MATRIX_INLINE_LAMBDA {
-      if (run.last != run.end || f[threes].x == 0.0) return;
-      for (int g = 0; g < G; ++g) {
-        const V p = carried[g][0] + carried[g][1] * f[threes].q;
-        carried[g][0] -= p * f[threes].x;
-        carried[g][1] -= p * f[threes].y;
-      }
-    };
-    carry_rows<V, 2>(threes, x, h.ld, apply, finish);
-  });
-}
-
-// Rows that go through a run together, in registers.
-constexpr int kVectors = 4;
-constexpr int kBlock = kVectors * kWidth;
-
-// The three (two) vectors of a reflector, which are columns, or rows that stand transposed.
+// A reflector on its three rows (columns), elements or vectors of them. The last one of a sweep has
+// two.
 template <bool kRows, class V>
 MATRIX_INLINE void reflect_three(const Reflector& f, V& h0, V& h1, V& h2) {
   if constexpr (kRows) {
@@ -160,6 +66,71 @@ MATRIX_INLINE void reflect_two(const Reflector& f, V& h0, V& h1) {
     h1 -= p * f.q;
   }
 }
+
+// One reflector on the first columns of `count` rows.
+MATRIX_INLINE void reflect_three_columns(const Reflector& f, Index count, RealView a) {
+  double* __restrict a0 = a.column(0);
+  double* __restrict a1 = a.column(1);
+  double* __restrict a2 = a.column(2);
+  for (Index i = 0; i < count; ++i) reflect_three<false>(f, a0[i], a1[i], a2[i]);
+}
+
+MATRIX_INLINE void reflect_two_columns(const Reflector& f, Index count, RealView a) {
+  double* __restrict a0 = a.column(0);
+  double* __restrict a1 = a.column(1);
+  for (Index i = 0; i < count; ++i) reflect_two<false>(f, a0[i], a1[i]);
+}
+
+void chase(const Chase& c, RealView h, Reflector* reflectors) {
+  for (Index k = c.first; k < c.last; ++k) {
+    Reflector f = {};
+    find_reflector(c, k, h, f);
+    reflectors[k - c.first] = f;
+    if (f.x == 0.0) continue;
+    const Index rows = smaller(c.end, k + 3) - c.top + 1;
+    if (k != c.end - 1) {
+      for (Index j = k; j <= c.right; ++j)
+        reflect_three<true>(f, h(k, j), h(k + 1, j), h(k + 2, j));
+      reflect_three_columns(f, rows, h.from(c.top, k));
+    } else {
+      for (Index j = k; j <= c.right; ++j) reflect_two<true>(f, h(k, j), h(k + 1, j));
+      reflect_two_columns(f, rows, h.from(c.top, k));
+    }
+  }
+}
+
+// Reflector f on the two rows carried and the next one: hands back the row that is done.
+template <class V>
+MATRIX_INLINE V advance(const Reflector& f, V* carried, V next) {
+  V done = carried[0];
+  carried[0] = carried[1];
+  carried[1] = next;
+  if (f.x != 0.0) reflect_three<true>(f, done, carried[0], carried[1]);
+  return done;
+}
+
+void reflect_rows(const ReflectorRun& run, RealView h, Index begin, Index end) {
+  if (run.first == run.last) return;
+  // The last reflector of a sweep has two rows.
+  const Index threes = (run.last == run.end ? run.last - 1 : run.last) - run.first;
+  const Reflector* const f = run.reflectors;
+  over_columns<2>(begin, end, [=]<class V, int G>(Index j, Columns<V, G>) MATRIX_INLINE_LAMBDA {
+    double* x[G];
+    for (int g = 0; g < G; ++g) x[g] = h.column(j + g * kLanesOf<V>) + run.first;
+    const auto apply = [=](Index i, auto& carried, auto& row) MATRIX_INLINE_LAMBDA {
+      for (int g = 0; g < G; ++g) row[g] = advance(f[i], carried[g], row[g]);
+    };
+    const auto finish = [=](auto& carried) MATRIX_INLINE_LAMBDA {
+      if (run.last != run.end || f[threes].x == 0.0) return;
+      for (int g = 0; g < G; ++g) reflect_two<true>(f[threes], carried[g][0], carried[g][1]);
+    };
+    carry_rows<V, 2>(threes, x, h.ld, apply, finish);
+  });
+}
+
+// Rows that go through a run together, in registers.
+constexpr int kVectors = 4;
+constexpr int kBlock = kVectors * kWidth;
 
 // One run on the columns of kBlock rows. The columns that two reflectors share stay in registers.
 template <bool kRows>
