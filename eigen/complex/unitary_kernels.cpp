@@ -57,18 +57,16 @@ void reflect_column(const UnitaryReflection* before, const UnitaryReflection* no
   const bool product = j < now->end;
   const Complex g = product ? now->u[j] : Complex{0.0, 0.0};
   // Rows above m: only the product needs them.
-  if (update && product)
+  if (update)
     update_and_add<true, true>(m, f, w, g, now->w, x);
   else if (product)
     update_and_add<false, true>(m, f, w, g, now->w, x);
-  // Both reflections end with the same row.
+  // Both reflections end with the same row: where there is an update, there is a product.
   const ComplexView u = now->u + m;
-  if (update && product)
+  if (update)
     update_reflect_and_add<true, true>(end - m, f, w + m, u, now->h, g, now->w + m, x + m);
   else if (product)
     update_reflect_and_add<false, true>(now->end - m, {}, {}, u, now->h, g, now->w + m, x + m);
-  else if (update)
-    update_reflect_and_add<true, false>(end - m, f, w + m, u, now->h, {}, {}, x + m);
   else
     update_reflect_and_add<false, false>(now->end - m, {}, {}, u, now->h, {}, {}, x + m);
 }
