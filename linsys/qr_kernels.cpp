@@ -47,18 +47,6 @@ ClearedRun clear(Index most, double tol, double* v, double* rows, Index cols, In
 
 static_assert(kAbreast == kLanes);
 
-// Whether the first kLanes elements of all rows are moderate. By their bits: nothing faults.
-bool are_moderate(Index cols, const double* last) {
-  const VectorBits most = __builtin_bit_cast(VectorBits, Vector{} + kModerate);
-  VectorBits beyond = {};
-  for (Index k = 0; k < cols; ++k, last += kPanelRows)
-    for (int p = 0; p < kParts; ++p)
-      beyond |= __builtin_bit_cast(VectorBits, magnitude(load_vector(last + p * kWidth))) > most;
-  long long any = 0;
-  for (int l = 0; l < kWidth; ++l) any |= beyond[l];
-  return any == 0;
-}
-
 MATRIX_INLINE Vector square_roots(Vector x) {
   for (int l = 0; l < kWidth; ++l) x[l] = __builtin_sqrt(x[l]);
   return x;
@@ -96,7 +84,7 @@ MATRIX_INLINE void rotate_two(Rotation rotation, double* lower) {
 ClearedAbreast clear_abreast(Index rows, Index cols, const double* last, double* x,
                              Rotation* const* rotations) {
   ClearedAbreast cleared = {};
-  if (!are_moderate(cols, last)) return cleared;
+  if (!are_moderate(kLanes, cols, {last, kPanelRows})) return cleared;
   Lanes squares = {};
   for (Index k = 0; k < cols; ++k, last += kPanelRows)
     for (int p = 0; p < kParts; ++p) {

@@ -231,13 +231,15 @@ void reduce(Reduction& d) {
   for (int c = 0; c < d.n;) {
     const int begin = c;
     const int end = std::min<int>(c + kPanelRows, d.n);
-    if (!d.at_once) d.beyond = end;
-    while (!d.at_once && c + kAbreast <= end && reduce_abreast(d, c, p)) {
-      c += kAbreast;
-      p += kAbreast;
-      apply_within_panel(d, c, kAbreast);
+    if (!d.at_once) {
+      d.beyond = end;
+      while (c + kAbreast <= end && reduce_abreast(d, c, p)) {
+        c += kAbreast;
+        p += kAbreast;
+        apply_within_panel(d, c, kAbreast);
+      }
+      if (c == begin) d.beyond = std::min<int>(end + kNearby, d.n);
     }
-    if (!d.at_once && c == begin) d.beyond = std::min<int>(end + kNearby, d.n);
     for (; c < end && p < d.m; ++c)
       if (reduce_column(d, c, p)) ++p;
     apply_to_r(d);

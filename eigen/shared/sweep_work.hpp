@@ -5,8 +5,6 @@
 #pragma once
 
 #include <algorithm>
-#include <bit>
-#include <cstdint>
 
 #include "eigen/shared/balance.hpp"
 #include "pack/memory.hpp"
@@ -19,19 +17,6 @@ namespace matrix_pack {
 // Rows of a panel, and the smallest order of a matrix that takes one.
 inline constexpr Index kPanelHeight = 32;
 inline constexpr int kSmallestWithPanels = 100;
-
-// Whether all elements are moderate. By their bits: nothing faults.
-inline bool are_moderate(Index n, ConstRealView a) {
-  bool all = true;
-  for (Index j = 0; j < n; ++j)
-    for (Index i = 0; i < n; ++i)
-      all &= (std::bit_cast<std::uint64_t>(a(i, j)) << 1) <=
-             (std::bit_cast<std::uint64_t>(kModerate) << 1);
-  return all;
-}
-inline bool are_moderate(Index n, const ConstComplexView& a) {
-  return are_moderate(n, {a.re, a.ld}) && are_moderate(n, {a.im, a.ld});
-}
 
 template <class View, class Sweep, class Transformation>
 struct SweepWorkOf {
@@ -59,7 +44,8 @@ struct SweepWorkOf {
     if (n < kSmallestWithPanels) return reserve(kFullSweeps * n);
     panel = new_doubles(kParts * kPanelHeight * n);
     // Where nothing can overflow, no fault tells that columns have waited.
-    h_waits = are_moderate(n, h);
+    h_waits = true;
+    for (int p = 0; p < kParts; ++p) h_waits &= are_moderate(n, n, part(h, p));
     return panel != nullptr && reserve(kFullSweepsWithPanel * n);
   }
 
