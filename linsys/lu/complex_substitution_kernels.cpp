@@ -43,7 +43,34 @@ MATRIX_INLINE void subtract_multiple(const ComplexView& row, Complex factor,
   store(row, minus_multiple(load<Row>(row), x, factor));
 }
 
+// So small a triangle is gone through element by element.
+constexpr Index kFew = 4;
+
+void solve_lower_by_elements(Index n, const ConstComplexView& l, Index cols,
+                             const ComplexView& x) {
+  for (Index k = 0; k < cols; ++k) {
+    for (Index i = 1; i < n; ++i) {
+      Complex s = x(i, k);
+      for (Index j = 0; j < i; ++j) s = subtract(s, multiply(l(i, j), x(j, k)));
+      x.set(i, k, s);
+    }
+  }
+}
+
+void solve_upper_by_elements(Index n, const ConstComplexView& u, Index cols,
+                             const ComplexView& x) {
+  for (Index i = n - 1; i >= 0; --i) {
+    const Divisor d = divisor(u(i, i));
+    for (Index k = 0; k < cols; ++k) {
+      Complex s = x(i, k);
+      for (Index j = i + 1; j < n; ++j) s = subtract(s, multiply(u(i, j), x(j, k)));
+      x.set(i, k, quotient(s.re, s.im, d));
+    }
+  }
+}
+
 void solve_lower(Index n, const ConstComplexView& l, Index cols, const ComplexView& x) {
+  if (n <= kFew) return solve_lower_by_elements(n, l, cols, x);
   for (Index j = 0; j < cols; j += kLanes) {
     Rows rows;
     gather(n, cols - j, x.column(j), rows);
@@ -89,6 +116,7 @@ void solve_upper_group(Index n, const ConstComplexView& u, Index cols, const Com
 
 void solve_upper(Index n, const ConstComplexView& u, Index cols, const ComplexView& x,
                  double* work) {
+  if (n <= kFew) return solve_upper_by_elements(n, u, cols, x);
   alignas(64) double small[kTriangle * kUpperColumns];
   work = n <= kTriangle ? small : line_start(work);
   over_groups<4>(cols, [&]<int G>(Index j, Vectors<G>) {
