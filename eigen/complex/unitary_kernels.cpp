@@ -1,79 +1,114 @@
 #include "eigen/complex/unitary_kernels.hpp"
 
+#include "pack/numeric/lanes/column_products.hpp"
 #include "pack/numeric/lanes/complex_lanes.hpp"
 
 namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-// x := x - w conj(f), then y := y + x g: an update of a column that has waited, and what the column
-// adds to a product. Without an update w is null, without a product y.
-template <bool kUpdate, bool kProduct>
-MATRIX_INLINE void update_and_add(Index n, Complex f, const ConstComplexView& w, Complex g,
-                                  const ComplexView& y, const ComplexView& x) {
+// A number for each of K columns: copies, which a store to an array cannot change.
+template <int K>
+struct ComplexFactors {
+  Complex of[K];
+};
+
+template <int K>
+MATRIX_INLINE ComplexFactors<K> complex_factors(const ConstComplexView& u, Index first) {
+  ComplexFactors<K> copies;
+  for (int c = 0; c < K; ++c) copies.of[c] = u[first + c];
+  return copies;
+}
+
+// x := x - w conj(f), then y := y + x g, of K columns x, one after the other: an update that has
+// waited, and what the columns add to a product. Without an update w is null, without a product y.
+template <int K, bool kUpdate, bool kProduct>
+MATRIX_INLINE void update_and_add(Index n, const ComplexFactors<K>& f, const ConstComplexView& w,
+                                  const ComplexFactors<K>& g, const ComplexView& y,
+                                  const ComplexView& x) {
   over_elements(0, n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
-    ComplexOf<V> z = load<V>(x, k);
-    if constexpr (kUpdate) {
-      z = subtract(z, multiply_conjugate(load<V>(w, k), f));
-      store(x, k, z);
+    ComplexOf<V> wk = {};
+    ComplexOf<V> yk = {};
+    if constexpr (kUpdate) wk = load<V>(w, k);
+    if constexpr (kProduct) yk = load<V>(y, k);
+    for (int c = 0; c < K; ++c) {
+      ComplexOf<V> z = load<V>(x.column(c), k);
+      if constexpr (kUpdate) {
+        z = subtract(z, multiply_conjugate(wk, f.of[c]));
+        store(x.column(c), k, z);
+      }
+      if constexpr (kProduct) yk = add(yk, multiply(z, g.of[c]));
     }
-    if constexpr (kProduct) store(y, k, add(load<V>(y, k), multiply(z, g)));
+    if constexpr (kProduct) store(y, k, yk);
   });
 }
 
-// x := x - u c with c = u^H x / h: the reflection of n rows of a column. Before it the update, and
+// x := x - u c with c = u^H x / h: the reflection of n rows of K columns. Before it the update, and
 // behind it the product, of update_and_add.
-template <bool kUpdate, bool kProduct>
-MATRIX_INLINE void update_reflect_and_add(Index n, Complex f, const ConstComplexView& w,
-                                          const ConstComplexView& u, double h, Complex g,
+template <int K, bool kUpdate, bool kProduct>
+MATRIX_INLINE void update_reflect_and_add(Index n, const ComplexFactors<K>& f,
+                                          const ConstComplexView& w, const ConstComplexView& u,
+                                          double h, const ComplexFactors<K>& g,
                                           const ComplexView& y, const ComplexView& x) {
-  const Complex sum = complex_sum_of(n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
-    ComplexOf<V> z = load<V>(x, k);
-    if constexpr (kUpdate) {
-      z = subtract(z, multiply_conjugate(load<V>(w, k), f));
-      store(x, k, z);
-    }
-    return multiply_conjugate(z, load<V>(u, k));
+  ComplexFactors<K> sums;
+  complex_sums_of<K>(n, sums.of, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
+    ComplexOf<V> wk = {};
+    if constexpr (kUpdate) wk = load<V>(w, k);
+    return [=, uk = load<V>(u, k)](int c) MATRIX_INLINE_LAMBDA {
+      ComplexOf<V> z = load<V>(x.column(c), k);
+      if constexpr (kUpdate) {
+        z = subtract(z, multiply_conjugate(wk, f.of[c]));
+        store(x.column(c), k, z);
+      }
+      return multiply_conjugate(z, uk);
+    };
   });
-  const Complex c = {sum.re / h, sum.im / h};
+  for (int c = 0; c < K; ++c) sums.of[c] = {sums.of[c].re / h, sums.of[c].im / h};
   over_elements(0, n, [=]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
-    const ComplexOf<V> z = subtract(load<V>(x, k), multiply(load<V>(u, k), c));
-    store(x, k, z);
-    if constexpr (kProduct) store(y, k, add(load<V>(y, k), multiply(z, g)));
+    const ComplexOf<V> uk = load<V>(u, k);
+    ComplexOf<V> yk = {};
+    if constexpr (kProduct) yk = load<V>(y, k);
+    for (int c = 0; c < K; ++c) {
+      const ComplexOf<V> z = subtract(load<V>(x.column(c), k), multiply(uk, sums.of[c]));
+      store(x.column(c), k, z);
+      if constexpr (kProduct) yk = add(yk, multiply(z, g.of[c]));
+    }
+    if constexpr (kProduct) store(y, k, yk);
   });
 }
 
-void reflect_column(const UnitaryReflection* before, const UnitaryReflection* now, Index j,
-                    const ComplexView& x) {
-  const bool update = before != nullptr && j >= before->m && j < before->end;
-  const Complex f = update ? before->u[j] : Complex{0.0, 0.0};
-  const ComplexView w = update ? before->w : ComplexView{};
-  const Index end = update ? before->end : 0;
-  if (now == nullptr) {
-    if (update) update_and_add<true, false>(end, f, w, {}, {}, x);
-    return;
-  }
-  const Index m = now->m;
-  const bool product = j < now->end;
-  const Complex g = product ? now->u[j] : Complex{0.0, 0.0};
-  // Rows above m: only the product needs them.
-  if (update)
-    update_and_add<true, true>(m, f, w, g, now->w, x);
-  else if (product)
-    update_and_add<false, true>(m, f, w, g, now->w, x);
-  // Both reflections end with the same row: where there is an update, there is a product.
-  const ComplexView u = now->u + m;
-  if (update)
-    update_reflect_and_add<true, true>(end - m, f, w + m, u, now->h, g, now->w + m, x + m);
-  else if (product)
-    update_reflect_and_add<false, true>(now->end - m, {}, {}, u, now->h, g, now->w + m, x + m);
-  else
-    update_reflect_and_add<false, false>(now->end - m, {}, {}, u, now->h, {}, {}, x + m);
+// Columns begin..end-1. Both reflections end with the same row.
+template <bool kBefore, bool kNow>
+MATRIX_INLINE void reflect_two_sided(const UnitaryReflection* before, const UnitaryReflection* now,
+                                     const ComplexView& a, Index begin, Index end) {
+  by_fours(begin, end, [=]<int K>(Index j, Group<K>) MATRIX_INLINE_LAMBDA {
+    ComplexFactors<K> f, g;
+    ComplexView w, y;
+    if constexpr (kBefore) f = complex_factors<K>(before->u, j), w = before->w;
+    if constexpr (kNow) g = complex_factors<K>(now->u, j), y = now->w;
+    const ComplexView x = a.column(j);
+    const Index m = kNow ? now->m : before->end;
+    // Rows above m: only the product needs them.
+    update_and_add<K, kBefore, kNow>(m, f, w, g, y, x);
+    if constexpr (kNow)
+      update_reflect_and_add<K, kBefore, true>(now->end - m, f, kBefore ? w + m : w, now->u + m,
+                                               now->h, g, y + m, x + m);
+  });
 }
 
 void reflect(const UnitaryReflection* before, const UnitaryReflection* now, const ComplexView& a,
              Index begin, Index end) {
-  for (Index j = begin; j < end; ++j) reflect_column(before, now, j, a.column(j));
+  const Index both = smaller(now != nullptr ? now->end : before->end, end);
+  if (now == nullptr) return reflect_two_sided<true, false>(before, now, a, begin, both);
+  if (before != nullptr)
+    reflect_two_sided<true, true>(before, now, a, begin, both);
+  else
+    reflect_two_sided<false, true>(before, now, a, begin, both);
+  const UnitaryReflection& r = *now;
+  by_fours(both, end, [=]<int K>(Index j, Group<K>) MATRIX_INLINE_LAMBDA {
+    update_reflect_and_add<K, false, false>(r.end - r.m, {}, {}, r.u + r.m, r.h, {}, {},
+                                            a.from(r.m, j));
+  });
 }
 
 // Columns that go through the reflections together, so that each vector is loaded once for all.
@@ -87,9 +122,10 @@ void accumulate(const ConstComplexView& u, const double* h, Index first, Index c
     for (Index k = smaller(last - first, count - 1); k >= 0; --k) {
       if (h[k] == 0.0) continue;
       const Index m = first + k;
-      for (Index j = larger(begin, m); j <= last; ++j)
-        update_reflect_and_add<false, false>(end - m, {}, {}, u.from(m, m - 1), h[k], {}, {},
-                                             z.from(m, j));
+      by_fours(larger(begin, m), last + 1, [=]<int K>(Index j, Group<K>) MATRIX_INLINE_LAMBDA {
+        update_reflect_and_add<K, false, false>(end - m, {}, {}, u.from(m, m - 1), h[k], {}, {},
+                                                z.from(m, j));
+      });
     }
   }
 }

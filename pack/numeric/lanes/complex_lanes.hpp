@@ -56,20 +56,27 @@ MATRIX_INLINE ComplexSums sums_of(const ComplexOf<Vector> (&lanes)[kParts]) {
   return sums;
 }
 
-// The sum of n terms in the one order; term(k, V{}) gives as many terms from k on as V has
-// elements.
-template <class Term>
-MATRIX_INLINE Complex complex_sum_of(Index n, Term term) {
-  ComplexOf<Vector> lanes[kParts] = {};
+// Sets sums[c] to the sum of n terms of column c, in the one order; terms(k, V{})(c) gives as many
+// of them from k on as V has elements.
+template <int kColumns, class Terms>
+MATRIX_INLINE void complex_sums_of(Index n, Complex* sums, Terms terms) {
+  ComplexOf<Vector> lanes[kColumns][kParts] = {};
   Index whole = 0;
   for (; whole + kLanes <= n; whole += kLanes)
-    for (int p = 0; p < kParts; ++p) lanes[p] = add(lanes[p], term(whole + p * kWidth, Vector{}));
-  ComplexSums sums = sums_of(lanes);
+    for (int p = 0; p < kParts; ++p) {
+      const auto term = terms(whole + p * kWidth, Vector{});
+      for (int c = 0; c < kColumns; ++c) lanes[c][p] = add(lanes[c][p], term(c));
+    }
+  ComplexSums partial[kColumns];
+  for (int c = 0; c < kColumns; ++c) partial[c] = sums_of(lanes[c]);
   over_elements(whole, n, [&]<class V>(Index k, V) MATRIX_INLINE_LAMBDA {
-    const ComplexView at = sums.view() + (k - whole);
-    store(at, 0, add(load<V>(at, 0), term(k, V{})));
+    const auto term = terms(k, V{});
+    for (int c = 0; c < kColumns; ++c) {
+      const ComplexView at = partial[c].view() + (k - whole);
+      store(at, 0, add(load<V>(at, 0), term(c)));
+    }
   });
-  return sums.joined();
+  for (int c = 0; c < kColumns; ++c) sums[c] = partial[c].joined();
 }
 
 }  // namespace
