@@ -10,6 +10,7 @@
 #include "eigen/shared/back_transformation.hpp"
 #include "eigen/shared/balance.hpp"
 #include "eigen/shared/scale_columns.hpp"
+#include "eigen/shared/spread_copy.hpp"
 #include "eigen/shared/storage.hpp"
 #include "pack/matrix_views.hpp"
 #include "pack/messages.hpp"
@@ -41,9 +42,11 @@ double triangular_norm(int n, const ConstComplexView& h) {
 const char* complex_eigenvalues(EfiCallContext* context, aMatrix* matrix, double tolerance,
                                 aMatrix** values) {
   if (const char* message = check_complex(matrix)) return message;
-  const ComplexView a = complex_view(matrix);
+  SpreadCopy<ComplexView> copy;
   EigenStorage s;
-  if (!allocate(s, matrix->rows, false)) return kOutOfMemory;
+  if (!copy.make(matrix->rows, complex_view(matrix)) || !allocate(s, matrix->rows, false))
+    return kOutOfMemory;
+  const ComplexView a = copy.view;
   const Balance b = balance(s.n, a, kLastRowIsolated, s.scale.get());
   if (const char* message = reduce_unitary(b, a)) return message;
   if (const char* message =
@@ -55,10 +58,12 @@ const char* complex_eigenvalues(EfiCallContext* context, aMatrix* matrix, double
 const char* complex_eigenvectors(EfiCallContext* context, aMatrix* matrix, aMatrix** values,
                                  aMatrix** vectors) {
   if (const char* message = check_complex(matrix)) return message;
-  const ComplexView a = complex_view(matrix);
+  SpreadCopy<ComplexView> copy;
   EigenStorage s;
   const Array<Index> last = new_array<Index>(matrix->rows);
-  if (!allocate(s, matrix->rows, true) || !last) return kOutOfMemory;
+  if (!copy.make(matrix->rows, complex_view(matrix)) || !allocate(s, matrix->rows, true) || !last)
+    return kOutOfMemory;
+  const ComplexView a = copy.view;
 
   const Balance b = balance(s.n, a, kLastRowIsolated, s.scale.get());
   if (const char* message = reduce_unitary_with_vectors(b, a, s.z())) return message;

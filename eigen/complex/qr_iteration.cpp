@@ -117,12 +117,12 @@ const char* iterate(Iteration& it, double tolerance, int most_sweeps, double* wr
     work.sweep(first, last);
   }
   work.finish();
+  work.return_z();
   return nullptr;
 }
 
 const char* run(const Balance& b, const ComplexView& h, double tolerance, int most_sweeps,
-                double* wr, double* wi, const ComplexView* z, ComplexSweepWork& work) {
-  make_subdiagonal_real(b, h, z);
+                double* wr, double* wi, ComplexSweepWork& work) {
   for (int i = 0; i < b.n; ++i) {
     if (i >= b.low && i <= b.high) continue;
     wr[i] = h(i, i).re;
@@ -138,14 +138,16 @@ const char* complex_qr(const Balance& b, const ComplexView& h, double tolerance,
                        double* wr, double* wi) {
   ComplexSweepWork work;
   if (!work.open(b.n, h)) return kOutOfMemory;
-  return run(b, h, tolerance, most_sweeps, wr, wi, nullptr, work);
+  make_subdiagonal_real(b, h, nullptr);
+  return run(b, h, tolerance, most_sweeps, wr, wi, work);
 }
 
 const char* complex_qr_with_vectors(const Balance& b, const ComplexView& h, int most_sweeps,
                                     double* wr, double* wi, const ComplexView& z) {
+  make_subdiagonal_real(b, h, &z);
   ComplexSweepWork work;
   if (!work.open_with_vectors(b, h, z)) return kOutOfMemory;
-  return run(b, h, 0.0, most_sweeps, wr, wi, &z, work);
+  return run(b, h, 0.0, most_sweeps, wr, wi, work);
 }
 
 }  // namespace matrix_pack

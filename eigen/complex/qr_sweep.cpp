@@ -64,17 +64,17 @@ void ComplexSweepWork::sweep(int first, int last) {
 
 void ComplexSweepWork::finish() {
   const ComplexQrKernels& kernels = complex_qr_kernels();
-  if (has_z && !panel) {
+  if (has_z && !panel_room) {
     kernels.rotate_all_columns(kept.count, kept.sweeps, z, z_begin, z_end);
   } else if (has_z && kept.count > 0) {
     const auto sweeps = std::span(kept.sweeps, kept.sweeps + kept.count);
     const Index first = std::ranges::min(sweeps, {}, &ComplexRotationRun::first).first - 1;
     const Index last = std::ranges::max(sweeps, {}, &ComplexRotationRun::last).last;
-    const ComplexView both = {panel_from(0, 0).x, panel_from(1, 0).x, kPanelHeight};
-    over_z(first, last,
-           [&](Index rows) { kernels.rotate_all_columns(kept.count, kept.sweeps, both, 0, rows); });
-    over_waiting_columns(first, last, [&] {
-      kernels.rotate_transposed(kept.count, kept.sweeps, both, kPanelHeight);
+    over_z_panels([&](Index, Index rows, const ComplexView& panel) {
+      kernels.rotate_all_columns(kept.count, kept.sweeps, panel, 0, rows);
+    });
+    over_waiting_columns(first, last, [&](const ComplexView& panel) {
+      kernels.rotate_transposed(kept.count, kept.sweeps, panel, kPanelHeight);
     });
   }
   kept.clear();

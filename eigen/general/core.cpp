@@ -9,6 +9,7 @@
 #include "eigen/shared/back_transformation.hpp"
 #include "eigen/shared/balance.hpp"
 #include "eigen/shared/scale_columns.hpp"
+#include "eigen/shared/spread_copy.hpp"
 #include "eigen/shared/storage.hpp"
 #include "pack/matrix_views.hpp"
 #include "pack/messages.hpp"
@@ -57,9 +58,11 @@ void unpack_pairs(int n, const double* wi, const ComplexView& v) {
 
 const char* general_eigenvalues(EfiCallContext* context, aMatrix* matrix, aMatrix** values) {
   if (const char* message = check_copy(matrix)) return message;
-  const RealView a = real_view(matrix);
+  SpreadCopy<RealView> copy;
   EigenStorage s;
-  if (!allocate(s, matrix->rows, false)) return kOutOfMemory;
+  if (!copy.make(matrix->rows, real_view(matrix)) || !allocate(s, matrix->rows, false))
+    return kOutOfMemory;
+  const RealView a = copy.view;
   EliminationStorage work;
   Balance b;
   if (const char* message = reduce(s.n, a, s.scale.get(), work, b)) return message;
@@ -71,9 +74,11 @@ const char* general_eigenvalues(EfiCallContext* context, aMatrix* matrix, aMatri
 const char* general_eigenvectors(EfiCallContext* context, aMatrix* matrix, aMatrix** values,
                                  aMatrix** vectors) {
   if (const char* message = check_copy(matrix)) return message;
-  const RealView a = real_view(matrix);
+  SpreadCopy<RealView> copy;
   EigenStorage s;
-  if (!allocate(s, matrix->rows, true)) return kOutOfMemory;
+  if (!copy.make(matrix->rows, real_view(matrix)) || !allocate(s, matrix->rows, true))
+    return kOutOfMemory;
+  const RealView a = copy.view;
   EliminationStorage work;
   Balance b;
   if (const char* message = reduce(s.n, a, s.scale.get(), work, b)) return message;

@@ -167,6 +167,7 @@ const char* iterate(Iteration& it) {
     it.work.sweep(first, last, find_start(it, first, shifts));
   }
   it.work.finish();
+  it.work.return_z();
   return nullptr;
 }
 

@@ -58,22 +58,28 @@ void SweepWork::sweep(int first, int last, const SweepStart& start) {
 
 void SweepWork::rotate_z(int k, double c, double s) {
   finish();
-  vector_kernels().rotate(z_end - z_begin, c, s, &z(z_begin, k), &z(z_begin, k + 1));
+  const auto rotate = [=](Index rows, RealView x) {
+    vector_kernels().rotate(rows, c, s, x.column(k), x.column(k + 1));
+  };
+  if (panel_room)
+    over_z_panels([=](Index, Index rows, RealView panel) { rotate(rows, panel); });
+  else
+    rotate(z_end - z_begin, z.from(z_begin, 0));
 }
 
 void SweepWork::finish() {
   const HessenbergKernels& kernels = hessenberg_kernels();
-  if (has_z && !panel) {
+  if (has_z && !panel_room) {
     kernels.reflect_columns(kept.count, kept.sweeps, z, z_begin, z_end);
   } else if (has_z && kept.count > 0) {
     const auto sweeps = std::span(kept.sweeps, kept.sweeps + kept.count);
     const Index first = std::ranges::min(sweeps, {}, &ReflectorRun::first).first;
     const Index last = std::ranges::max(sweeps, {}, &ReflectorRun::end).end;
-    over_z(first, last, [&](Index rows) {
-      kernels.reflect_columns(kept.count, kept.sweeps, panel_from(0, 0), 0, rows);
+    over_z_panels([&](Index, Index rows, RealView panel) {
+      kernels.reflect_columns(kept.count, kept.sweeps, panel, 0, rows);
     });
-    over_waiting_columns(first, last, [&] {
-      kernels.reflect_transposed(kept.count, kept.sweeps, panel_from(0, 0), kPanelHeight);
+    over_waiting_columns(first, last, [&](RealView panel) {
+      kernels.reflect_transposed(kept.count, kept.sweeps, panel, kPanelHeight);
     });
   }
   kept.clear();

@@ -1,12 +1,13 @@
 // What the sweeps of a QR iteration work on: a Hessenberg matrix H, and the columns of Z, which
 // wait for several sweeps. So do, when there is Z, the columns of H behind the active block, which
-// no sweep reads. Some rows of Z, or columns of H, transposed, are copied into a panel and go
-// through all sweeps there. For the real and for the complex iteration.
+// no sweep reads. They go through all sweeps in panels: Z stands in panels of some rows until the
+// end, columns of H are copied into one, transposed. For the real and for the complex iteration.
 #pragma once
 
 #include <algorithm>
 
 #include "eigen/shared/balance.hpp"
+#include "eigen/shared/spread_copy.hpp"
 #include "pack/memory.hpp"
 #include "pack/numeric/batch.hpp"
 #include "pack/numeric/moderate.hpp"
@@ -23,8 +24,7 @@ struct SweepWorkOf {
   // Full sweeps that Z may wait for, without a panel and with one.
   static constexpr Index kFullSweeps = 16;
   static constexpr Index kFullSweepsWithPanel = 32;
-  // Real numbers of an element.
-  static constexpr Index kParts = std::is_same_v<View, ComplexView> ? 2 : 1;
+  static constexpr int kParts = kPartsOf<View>;
 
   // Without Z, only the active block of H is kept up to date. False when there is no memory.
   bool open(int order, const View& hessenberg) {
@@ -42,11 +42,25 @@ struct SweepWorkOf {
     z_end = b.high + 1;
     behind = n;
     if (n < kSmallestWithPanels) return reserve(kFullSweeps * n);
-    panel = new_doubles(kParts * kPanelHeight * n);
     // Where nothing can overflow, no fault tells that columns have waited.
     h_waits = true;
     for (int p = 0; p < kParts; ++p) h_waits &= are_moderate(n, n, part(h, p));
-    return panel != nullptr && reserve(kFullSweepsWithPanel * n);
+    const Index panels = 1 + (z_end - z_begin + kPanelHeight - 1) / kPanelHeight;
+    panel_room = new_doubles(panels * panel_size() + kLine);
+    if (!panel_room || !reserve(kFullSweepsWithPanel * n)) return false;
+    over_z_panels([&](Index row, Index rows, const View& panel) {
+      for (int p = 0; p < kParts; ++p)
+        copy_columns(rows, n, part(z, p).from(row, 0), part(panel, p));
+    });
+    return true;
+  }
+  // Z as it is after all sweeps that are not kept back.
+  void return_z() const {
+    if (!panel_room) return;
+    over_z_panels([&](Index row, Index rows, const View& panel) {
+      for (int p = 0; p < kParts; ++p)
+        copy_columns(rows, n, part(panel, p), part(z, p).from(row, 0));
+    });
   }
 
   // How far what is kept up to date reaches: upwards of the active block first..last, and to its
@@ -68,7 +82,8 @@ struct SweepWorkOf {
   View z = {};
   int z_begin = 0;
   int z_end = 0;
-  Doubles panel;  // Null for small matrices.
+  // The panel of the columns of H, then those of Z; null for small matrices.
+  Doubles panel_room;
   bool h_waits = false;
   int behind = 0;  // The first column of H that waits.
 
@@ -79,45 +94,40 @@ struct SweepWorkOf {
     return room != nullptr;
   }
 
-  // Columns first..last of Z, some rows at a time, to the panel and back; apply(rows) in between.
-  void over_z(Index first, Index last, const auto& apply) const {
+  Index panel_size() const { return kParts * kPanelHeight * n; }
+  // From `start` on.
+  View panel_at(double* start) const {
+    if constexpr (kParts == 1)
+      return {start, kPanelHeight};
+    else
+      return {start, start + kPanelHeight * n, kPanelHeight};
+  }
+
+  // Calls apply(row, rows, panel) for the panels of Z.
+  void over_z_panels(const auto& apply) const {
+    double* start = line_start(panel_room.get());
     for (Index i = z_begin; i < z_end; i += kPanelHeight) {
-      const Index rows = std::min<Index>(kPanelHeight, z_end - i);
-      for (int p = 0; p < kParts; ++p)
-        copy_columns(rows, last + 1 - first, part(z, p).from(i, first), panel_from(p, first));
-      apply(rows);
-      for (int p = 0; p < kParts; ++p)
-        copy_columns(rows, last + 1 - first, panel_from(p, first), part(z, p).from(i, first));
+      start += panel_size();
+      apply(i, std::min<Index>(kPanelHeight, z_end - i), panel_at(start));
     }
   }
 
-  // Rows first..last of the columns of H that wait, transposed, to the panel and back. Of the panel
-  // all rows are numbers.
+  // Rows first..last of the columns of H that wait, transposed, to the panel and back;
+  // apply(panel) in between. Of the panel all rows are numbers.
   void over_waiting_columns(Index first, Index last, const auto& apply) const {
     const Index rows = last + 1 - first;
+    const View panel = panel_at(line_start(panel_room.get()));
     for (Index j = behind; j < n; j += kPanelHeight) {
       const Index cols = std::min<Index>(kPanelHeight, n - j);
-      if (cols < kPanelHeight) std::fill_n(panel.get(), kParts * kPanelHeight * n, 0.0);
+      if (cols < kPanelHeight) std::fill_n(part(panel, 0).x, panel_size(), 0.0);
       for (int p = 0; p < kParts; ++p)
-        transpose_kernels().transpose(rows, cols, part(h, p).from(first, j), panel_from(p, first));
-      apply();
+        transpose_kernels().transpose(rows, cols, part(h, p).from(first, j),
+                                      part(panel, p).from(0, first));
+      apply(panel);
       for (int p = 0; p < kParts; ++p)
-        transpose_kernels().transpose(cols, rows, panel_from(p, first), part(h, p).from(first, j));
+        transpose_kernels().transpose(cols, rows, part(panel, p).from(0, first),
+                                      part(h, p).from(first, j));
     }
-  }
-
-  // One part of a view, and of the panel from column `first` on.
-  static RealView part(const View& view, int p) {
-    if constexpr (kParts == 1)
-      return view;
-    else
-      return {p == 0 ? view.re : view.im, view.ld};
-  }
-  RealView panel_from(int p, Index first) const {
-    return RealView{panel.get() + p * kPanelHeight * n, kPanelHeight}.from(0, first);
-  }
-  static void copy_columns(Index rows, Index cols, ConstRealView from, RealView to) {
-    for (Index k = 0; k < cols; ++k) std::copy_n(from.column(k), rows, to.column(k));
   }
 };
 

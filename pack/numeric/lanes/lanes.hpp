@@ -3,6 +3,7 @@
 // its file, so that no code compiled for one instruction set ever serves another.
 #pragma once
 
+#include "pack/numeric/lines.hpp"
 #include "pack/numeric/moduli.hpp"
 #include "pack/numeric/views.hpp"
 
@@ -52,13 +53,6 @@ MATRIX_INLINE Index smaller(Index a, Index b) {
 
 MATRIX_INLINE Index larger(Index a, Index b) {
   return a > b ? a : b;
-}
-
-// The first cache line that begins in p or behind.
-MATRIX_INLINE double* line_start(double* p) {
-  constexpr __UINTPTR_TYPE__ kLine = 64;
-  const auto address = reinterpret_cast<__UINTPTR_TYPE__>(p);
-  return p + (kLine - address % kLine) % kLine / sizeof(double);
 }
 
 struct Lanes {
