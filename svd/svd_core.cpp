@@ -37,10 +37,7 @@ struct KeptRotations {
   Rotation* next_right = nullptr;
 
   // Rare, and not between neighbours: applied at once.
-  void cancel(Index p, Index i, double c, double s) {
-    u.apply();
-    vector_kernels().rotate(u.rows, c, s, u.columns.column(p), u.columns.column(i));
-  }
+  void cancel(Index p, Index i, double c, double s) { u.rotate(p, i, {c, s}); }
   void begin_sweep(Index l, Index count) {
     next_right = v.sweep(l, count);
     next_left = u.sweep(l, count);
@@ -52,8 +49,8 @@ struct KeptRotations {
   // Applies all that is kept back, the negations last: no column takes part in a rotation after its
   // negation.
   void finish(Index n) {
-    u.apply();
-    v.apply();
+    u.finish();
+    v.finish();
     for (Index k = 0; k < n; ++k)
       if (signs[k] < 0.0) vector_kernels().scale(v.rows, -1.0, v.columns.column(k));
   }

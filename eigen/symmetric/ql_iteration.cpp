@@ -101,7 +101,7 @@ const char* tridiagonal_ql_with_vectors(int n, double* d, double* e, RealView z)
   // A sweep rises: its columns are counted from the last one down.
   RotationBatch kept(n, {z.column(n - 1), -z.ld}, n, rotations.get(), panel.get());
   if (const char* message = iterate(n, d, e, &kept)) return message;
-  kept.apply();
+  kept.finish();
   return nullptr;
 }
 

@@ -1,6 +1,7 @@
 // Plane rotations of the neighbouring columns of a real array, kept back.
 #pragma once
 
+#include "pack/memory.hpp"
 #include "pack/numeric/batch.hpp"
 #include "pack/numeric/rotation_kernels.hpp"
 
@@ -21,13 +22,23 @@ struct RotationBatch {
   // Room for the rotations of one sweep, which the caller fills in before the next call: rotation j
   // is of columns first + j and first + j + 1.
   Rotation* sweep(Index first, Index length);
-  // Applies what is kept back.
-  void apply();
+  // Rotates any two columns at once.
+  void rotate(Index p, Index q, const Rotation& rotation);
+  // Applies what is kept back. Only then is the array up to date.
+  void finish();
 
   Index rows;
   RealView columns;
+  Index column_count;
   double* panel;
   Batch<Sweep, Rotation> kept;
+  // Once there have been more rotations than are kept back, the array stands in panels of its rows
+  // until the end; without memory for them it stays where it is.
+  Doubles panels;
+
+  void apply();
+  void move_to_panels();
+  void over_panels(const auto& body) const;
 };
 
 }  // namespace matrix_pack

@@ -71,6 +71,9 @@ void rotate_panel(double* panel, Index first, const Sweep* sweeps, Index sweep_c
     return Range{from_column == nullptr ? sweep.first : from_column[i], sweep.first + sweep.count};
   };
   by_tiles(sweep_count, 1, range, [=](Index i, Index from, Index to) MATRIX_INLINE_LAMBDA {
+    // Each sweep asks for one more column of the next tile, which may be far away.
+    const double* const ahead = panel + (to + 2 * i + 1 - first) * kLd;
+    for (int p = 0; p < kVectors; ++p) __builtin_prefetch(ahead + p * kWidth, 1, 3);
     rotate_run<kVectors>(panel + (from - first) * kLd, kLd,
                          sweeps[i].rotations + (from - sweeps[i].first), to - from);
   });
