@@ -43,29 +43,28 @@ void accumulate(Index rows, RealView a, Index first, Index end, const Finish& fi
 
 }  // namespace
 
-void accumulate_right(const Bidiagonal& b, const double* rows, double* v) {
+void accumulate_right(const Bidiagonal& b, ConstRealView vectors, RealView v) {
   const Index n = b.n;
   // Until column i is formed, it holds (x / x[0]) / g, x the vector of step i. (The product of the
   // divisors might underflow.)
   for (Index i = 0; i + 1 < n; ++i) {
     if (b.rv1[i + 1] == 0.0) continue;
     const Index count = n - i - 1;
-    const double* const x = rows + i * n + i + 1;
-    double* const column = v + i * n + i + 1;
+    const double* const x = &vectors(i + 1, i);
+    double* const column = &v(i + 1, i);
     std::copy_n(x, count, column);
     vector_kernels().divide(count, x[0], column);
     vector_kernels().divide(count, b.rv1[i + 1], column);
   }
   const auto finish = [&](Index j) {
-    std::fill_n(v + j * n, n, 0.0);
-    v[j * n + j] = 1.0;
+    std::fill_n(v.column(j), n, 0.0);
+    v(j, j) = 1.0;
   };
   const auto reflects = [&](Index i) { return b.rv1[i + 1] != 0.0; };
   const auto reflection = [&](Index i) -> ColumnReflection {
-    const Index vector = i * n + i + 1;
-    return {i + 1, rows + vector, i + 1, v + vector, 1.0, 1.0};
+    return {i + 1, &vectors(i + 1, i), i + 1, &v(i + 1, i), 1.0, 1.0};
   };
-  accumulate(n, {v, n}, 0, n, finish, reflects, reflection);
+  accumulate(n, v, 0, n, finish, reflects, reflection);
 }
 
 void accumulate_left(const Bidiagonal& b) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "pack/numeric/lines.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 #include "svd/bidiagonal_kernels.hpp"
 
@@ -73,13 +74,13 @@ Reflection row_step(const Bidiagonal& b, Index i, const double* f, const double*
 }  // namespace
 
 Index bidiagonalise_work(Index m, Index n) {
-  return n + m + row_sums_work(m);
+  return n + m + kLine + row_sums_work(m);
 }
 
 double bidiagonalise(const Bidiagonal& b, const RowVectors& row_vectors, double* work) {
   double* const f = work;
-  double* const t = work + b.n;
-  double* const sums = t + b.m;
+  double* const factors = work + b.n;
+  double* const sums = factors + b.m + kLine;
   double anorm = 0.0;
   Reflection column;
   Reflection row;
@@ -95,6 +96,7 @@ double bidiagonalise(const Bidiagonal& b, const RowVectors& row_vectors, double*
     b.rv1[i] = row.scale * row.g;
     const Reflection next = reflection_of(b.m - i, u);
     const bool reflects = next.scale != 0.0;
+    double* const t = as_in_line(factors, u + 1);
     finish_columns(b, i, l, b.n - l, pending, f, reflects ? u : nullptr);
     if (i > 0) restore(i - 1);
     column = next;

@@ -6,14 +6,20 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
+// Rows, of which the first `head` come before a cache line.
+struct Rows {
+  Index count;
+  Index head;
+};
+
 // Columns 0, 8, 16... of a after the column step: their terms of one partial sum for each row.
 template <bool kColumnStep, int kColumns>
-MATRIX_INLINE void add_terms(Index rows, ConstRealView a, const double* f, const double* u,
+MATRIX_INLINE void add_terms(Rows rows, ConstRealView a, const double* f, const double* u,
                              const double* x, double* sums) {
   Factors<kColumns> fk = {};
   if constexpr (kColumnStep) fk = factors<kColumns>(f, kLanes);
   const auto xk = factors<kColumns>(x, kLanes);
-  over_elements(0, rows, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+  over_lines(rows.count, rows.head, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
     V sum = load<V>(sums + j);
     for (int k = 0; k < kColumns; ++k) {
       V ajk = load<V>(a.column(k * kLanes) + j);
@@ -26,7 +32,7 @@ MATRIX_INLINE void add_terms(Index rows, ConstRealView a, const double* f, const
 
 // The same for those of the columns k, k + 8, k + 16 and k + 24 that exist.
 template <bool kColumnStep>
-void add_lane(Index rows, Index k, Index cols, ConstRealView a, const double* f, const double* u,
+void add_lane(Rows rows, Index k, Index cols, ConstRealView a, const double* f, const double* u,
               const double* x, double* sums) {
   a = a.from(0, k);
   x += k;
@@ -43,18 +49,24 @@ void add_lane(Index rows, Index k, Index cols, ConstRealView a, const double* f,
   }
 }
 
+// `sums` has eight partial sums for each row, each with room for the rows and two lines.
 template <bool kColumnStep>
-void sums_of_rows(Index rows, Index cols, ConstRealView a, const double* f, const double* u,
+void sums_of_rows(Rows rows, Index cols, ConstRealView a, const double* f, const double* u,
                   const double* x, double* sums, double* t) {
   static_assert(kLanes == 8, "row_sums_work counts them");
-  for (Index j = 0; j < kLanes * rows; ++j) sums[j] = 0.0;
+  Index step = rows.count;
+  if (rows.head != 0) {
+    sums = line_start(sums) + kLine - rows.head;
+    step = (rows.count / kLine + 1) * kLine;
+  }
+  for (Index j = 0; j < (kLanes - 1) * step + rows.count; ++j) sums[j] = 0.0;
   for (Index k = 0; k < cols; k += 4 * kLanes)
     for (Index q = 0; q < smaller(kLanes, cols - k); ++q)
-      add_lane<kColumnStep>(rows, k + q, cols, a, f, u, x, sums + q * rows);
+      add_lane<kColumnStep>(rows, k + q, cols, a, f, u, x, sums + q * step);
   const auto pair = [=]<class V>(Index q, Index j, V) MATRIX_INLINE_LAMBDA {
-    return load<V>(sums + q * rows + j) + load<V>(sums + (q + 4) * rows + j);
+    return load<V>(sums + q * step + j) + load<V>(sums + (q + 4) * step + j);
   };
-  over_elements(0, rows, [=]<class V>(Index j, V v) MATRIX_INLINE_LAMBDA {
+  over_lines(rows.count, rows.head, [=]<class V>(Index j, V v) MATRIX_INLINE_LAMBDA {
     store(t + j, (pair(0, j, v) + pair(2, j, v)) + (pair(1, j, v) + pair(3, j, v)));
   });
 }
@@ -63,10 +75,11 @@ void row_sums(Index rows, Index cols, ConstRealView a, const double* f, const do
               const double* x, double* sums, double* t) {
   for (Index j = 0; j < rows; j += kSumRows) {
     const Index count = smaller(kSumRows, rows - j);
+    const Rows block = {count, head_of(a.from(j, 0), count)};
     if (f != nullptr)
-      sums_of_rows<true>(count, cols, a.from(j, 0), f, u + j, x, sums, t + j);
+      sums_of_rows<true>(block, cols, a.from(j, 0), f, u + j, x, sums, t + j);
     else
-      sums_of_rows<false>(count, cols, a.from(j, 0), f, u, x, sums, t + j);
+      sums_of_rows<false>(block, cols, a.from(j, 0), f, u, x, sums, t + j);
   }
 }
 
@@ -76,16 +89,17 @@ MATRIX_INLINE void update_and_dot(Index rows, RealView a, double* f, const doubl
                                   const double* t, const double* y, const double* x) {
   const auto fk = factors<kColumns>(f);
   const auto yk = factors<kColumns>(y);
-  dots_with<kColumns>(rows, x, f, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
-    const V uj = load<V>(u + j);
-    const V tj = load<V>(t + j);
-    return [=](int k) MATRIX_INLINE_LAMBDA {
-      V ajk = load<V>(a.column(k) + j) + uj * fk.of[k];
-      ajk += tj * yk.of[k];
-      store(a.column(k) + j, ajk);
-      return ajk;
-    };
-  });
+  dots_with<kColumns>(rows, head_of(a, rows), x, f,
+                      [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+                        const V uj = load<V>(u + j);
+                        const V tj = load<V>(t + j);
+                        return [=](int k) MATRIX_INLINE_LAMBDA {
+                          V ajk = load<V>(a.column(k) + j) + uj * fk.of[k];
+                          ajk += tj * yk.of[k];
+                          store(a.column(k) + j, ajk);
+                          return ajk;
+                        };
+                      });
 }
 
 void add_outer(Index rows, Index cols, RealView a, const double* u, const double* f) {

@@ -9,9 +9,9 @@ namespace matrix_pack {
 
 // Rows that row_sums takes at a time: their partial sums stay in the second cache.
 inline constexpr Index kSumRows = 4096;
-// Doubles of work that it needs: eight partial sums for each of them.
+// Doubles of work that it needs: eight partial sums for each of them, in whole lines.
 inline Index row_sums_work(Index rows) {
-  return 8 * (rows < kSumRows ? rows : kSumRows);
+  return 8 * ((rows < kSumRows ? rows : kSumRows) + 8) + 16;
 }
 
 struct BidiagonalKernels {

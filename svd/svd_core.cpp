@@ -93,20 +93,20 @@ const char* svd_core(aMatrix* u, aMatrix* v, aMatrix* s) {
   if (m < n) return kFewerRowsThanColumns;
   // What the steps need in turn: the reduction, the rotations, the permutation.
   const Index shared = std::max({bidiagonalise_work(m, n), rotation_work(n), m + n + n});
-  const Work<double, 2 * panel_size(kFew)> work(n + n * n + shared);
+  const Work<double, 2 * panel_size(kFew)> work(n + kLine + n * n + shared);
   const Work<Rotation, 2 * kept_rotations(kFew)> rotations(2 * kept_rotations(n));
   // A matrix without a real array is zero; its U is not.
   if (!provide_part(u, &aMatrix::re) || !work || !rotations) return kOutOfMemory;
   double* const rv1 = work.get();
-  double* const rows = rv1 + n;
-  double* const scratch = rows + n * n;
+  const RealView vectors = {as_in_line(rv1 + n, v->re), n};
+  double* const scratch = vectors.column(n);
 
   double* const w = s->re;
   const Factor left = {m, real_view(u)};
   const Factor right = {n, real_view(v)};
   const Bidiagonal b = {m, n, left.a.x, left.a.ld, w, rv1};
-  const double anorm = bidiagonalise(b, {rows, n}, scratch);
-  accumulate_right(b, rows, right.a.x);
+  const double anorm = bidiagonalise(b, {vectors.x, n}, scratch);
+  accumulate_right(b, vectors, right.a);
   accumulate_left(b);
 
   KeptRotations kept = {{m, left.a, n, rotations.get(), scratch},

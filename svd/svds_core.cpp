@@ -1,7 +1,9 @@
 #include "svd/svds_core.hpp"
 
+#include "pack/matrix_views.hpp"
 #include "pack/memory.hpp"
 #include "pack/messages.hpp"
+#include "pack/numeric/spread_copy.hpp"
 #include "svd/bidiagonal.hpp"
 #include "svd/implicit_shift.hpp"
 
@@ -30,9 +32,10 @@ const char* svds_core(aMatrix* m) {
   const Doubles w = new_doubles(n);
   const Doubles row = new_doubles(n);
   const Doubles work = new_doubles(bidiagonalise_work(m->rows, n));
-  if (!rv1 || !w || !row || !work) return kOutOfMemory;
+  SpreadCopy<RealView> copy;
+  if (!rv1 || !w || !row || !work || !copy.make(m->rows, n, real_view(m))) return kOutOfMemory;
 
-  const Bidiagonal b = {m->rows, n, m->re, ld, w.get(), rv1.get()};
+  const Bidiagonal b = {m->rows, n, copy.view.x, copy.view.ld, w.get(), rv1.get()};
   const double anorm = bidiagonalise(b, {row.get(), 0}, work.get());
   NoRotations rotations;
   if (const char* message = diagonalise(n, w.get(), rv1.get(), negligible(anorm), rotations))

@@ -10,12 +10,12 @@
 #include "eigen/shared/back_transformation.hpp"
 #include "eigen/shared/balance.hpp"
 #include "eigen/shared/scale_columns.hpp"
-#include "eigen/shared/spread_copy.hpp"
 #include "eigen/shared/storage.hpp"
 #include "pack/matrix_views.hpp"
 #include "pack/messages.hpp"
 #include "pack/numeric/complex_vector_kernels.hpp"
 #include "pack/numeric/epsilon.hpp"
+#include "pack/numeric/spread_copy.hpp"
 
 namespace matrix_pack {
 
@@ -44,7 +44,8 @@ const char* complex_eigenvalues(EfiCallContext* context, aMatrix* matrix, double
   if (const char* message = check_complex(matrix)) return message;
   SpreadCopy<ComplexView> copy;
   EigenStorage s;
-  if (!copy.make(matrix->rows, complex_view(matrix)) || !allocate(s, matrix->rows, false))
+  if (!copy.make(matrix->rows, matrix->rows, complex_view(matrix)) ||
+      !allocate(s, matrix->rows, false))
     return kOutOfMemory;
   const ComplexView a = copy.view;
   const Balance b = balance(s.n, a, kLastRowIsolated, s.scale.get());
@@ -61,7 +62,8 @@ const char* complex_eigenvectors(EfiCallContext* context, aMatrix* matrix, aMatr
   SpreadCopy<ComplexView> copy;
   EigenStorage s;
   const Array<Index> last = new_array<Index>(matrix->rows);
-  if (!copy.make(matrix->rows, complex_view(matrix)) || !allocate(s, matrix->rows, true) || !last)
+  if (!copy.make(matrix->rows, matrix->rows, complex_view(matrix)) ||
+      !allocate(s, matrix->rows, true) || !last)
     return kOutOfMemory;
   const ComplexView a = copy.view;
 

@@ -9,11 +9,11 @@
 #include "eigen/shared/back_transformation.hpp"
 #include "eigen/shared/balance.hpp"
 #include "eigen/shared/scale_columns.hpp"
-#include "eigen/shared/spread_copy.hpp"
 #include "eigen/shared/storage.hpp"
 #include "pack/matrix_views.hpp"
 #include "pack/messages.hpp"
 #include "pack/numeric/epsilon.hpp"
+#include "pack/numeric/spread_copy.hpp"
 
 namespace matrix_pack {
 
@@ -60,7 +60,8 @@ const char* general_eigenvalues(EfiCallContext* context, aMatrix* matrix, aMatri
   if (const char* message = check_copy(matrix)) return message;
   SpreadCopy<RealView> copy;
   EigenStorage s;
-  if (!copy.make(matrix->rows, real_view(matrix)) || !allocate(s, matrix->rows, false))
+  if (!copy.make(matrix->rows, matrix->rows, real_view(matrix)) ||
+      !allocate(s, matrix->rows, false))
     return kOutOfMemory;
   const RealView a = copy.view;
   EliminationStorage work;
@@ -76,7 +77,7 @@ const char* general_eigenvectors(EfiCallContext* context, aMatrix* matrix, aMatr
   if (const char* message = check_copy(matrix)) return message;
   SpreadCopy<RealView> copy;
   EigenStorage s;
-  if (!copy.make(matrix->rows, real_view(matrix)) || !allocate(s, matrix->rows, true))
+  if (!copy.make(matrix->rows, matrix->rows, real_view(matrix)) || !allocate(s, matrix->rows, true))
     return kOutOfMemory;
   const RealView a = copy.view;
   EliminationStorage work;

@@ -7,10 +7,10 @@
 #include <algorithm>
 
 #include "eigen/shared/balance.hpp"
-#include "eigen/shared/spread_copy.hpp"
 #include "pack/memory.hpp"
 #include "pack/numeric/batch.hpp"
 #include "pack/numeric/moderate.hpp"
+#include "pack/numeric/spread_copy.hpp"
 #include "pack/numeric/transpose_kernels.hpp"
 
 namespace matrix_pack {

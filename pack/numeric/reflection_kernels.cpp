@@ -21,12 +21,15 @@ MATRIX_INLINE void divide_sums(const ColumnReflection& r, double* f) {
 template <int K>
 MATRIX_INLINE void reflect_and_sum(Index rows, RealView a, const ColumnReflection& now,
                                    const ColumnReflection& next, double* f) {
-  const Index ahead = now.row - next.sum_row;
-  const Index done = smaller((ahead + kLanes - 1) / kLanes * kLanes, rows - next.sum_row);
   const RealView summed = a.from(next.sum_row, 0);
+  const Index count = rows - next.sum_row;
+  const Index head = head_of(summed, count);
+  const Index ahead = now.row - next.sum_row;
+  const Index eights = larger(ahead - head + kLanes - 1, 0) / kLanes;
+  const Index done = smaller(head + eights * kLanes, count);
   add_outer_to<K>(done - ahead, summed.from(ahead, 0), now.v, f);
   const auto factor = factors<K>(f);
-  dots_with<K>(rows - next.sum_row, next.x, f, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+  dots_with<K>(count, head, next.x, f, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
     const bool reflects = j >= done;
     const V vj = reflects ? load<V>(now.v + (j - ahead)) : V{};
     return [=](int k) MATRIX_INLINE_LAMBDA {

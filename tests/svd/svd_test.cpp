@@ -66,9 +66,16 @@ TEST_P(SvdKernels, ResidualsAreSmallAndTheBitsThoseOfThePlainLoops) {
   for (const auto& [m, n] : kTallShapes)
     for (const auto& [name, a, imaginary] : zoo(m, n, 11)) check(a, name, residual, left, right);
   // Shapes that end one row, column or sweep before and after a panel, a stretch of rows, a block
-  // of reflections and a batch of sweeps.
-  for (const Shape shape :
-       {Shape{127, 63}, {128, 64}, {129, 65}, {130, 66}, {4105, 10}, {131, 131}})
+  // of reflections and a batch of sweeps; and columns that are whole lines.
+  for (const Shape shape : {Shape{127, 63},
+                            {128, 64},
+                            {129, 65},
+                            {130, 66},
+                            {208, 40},
+                            {1032, 20},
+                            {4105, 10},
+                            {4112, 9},
+                            {131, 131}})
     check(random_dense(shape.m, shape.n, 3), "random", residual, left, right);
   for (const Structure structure : {Structure::bidiagonal, Structure::bidiagonal_gaps})
     check(specimen({Source::units, structure}, 131, 131, 5).matrix, name_of(structure), residual,

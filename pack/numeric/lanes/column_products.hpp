@@ -8,12 +8,45 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
+// Fewer rows are not worth an extra stretch before the first line.
+constexpr Index kFewestInLines = 192;
+
+// How many rows of the columns of a come before a cache line that begins in them; 0 where it does
+// not matter, or is not the same for all.
+MATRIX_INLINE Index head_of(ConstRealView a, Index rows) {
+  return rows < kFewestInLines || a.ld % kLine != 0 ? 0 : before_line(a.x, rows);
+}
+
+// over_elements, of `head` elements and then of those behind.
+template <class Body>
+MATRIX_INLINE void over_lines(Index rows, Index head, Body body) {
+  if (head != 0) over_elements(0, head, body);
+  over_elements(head, rows, body);
+}
+
 // dots[k] = the dot product of column k with x; elements(j, V{})(k) gives those of column k from
-// row j on.
+// row j on. After the first `head` rows come whole lines: each of the eight partial sums then
+// stands where the line has its elements. (The first one may be any of them: they are joined as if
+// in a ring.)
 template <int kColumns, class Elements>
-MATRIX_INLINE void dots_with(Index rows, const double* x, double* dots, Elements elements) {
+MATRIX_INLINE void dots_with(Index rows, Index head, const double* x, double* dots,
+                             Elements elements) {
+  double s[kColumns][kLanes];
+  const auto add = [&](Index from, Index end, Index at) MATRIX_INLINE_LAMBDA {
+    for (int k = 0; k < kColumns; ++k)
+      over_elements(from, end, [&]<class V>(Index j, V v) MATRIX_INLINE_LAMBDA {
+        double* const sj = s[k] + at + (j - from);
+        store(sj, load<V>(sj) + elements(j, v)(k) * load<V>(x + j));
+      });
+  };
   Lanes sums[kColumns] = {};
-  Index whole = 0;
+  if (head != 0) {
+    for (int k = 0; k < kColumns; ++k) store_lanes(s[k], sums[k]);
+    add(0, head, kLanes - head);
+    for (int k = 0; k < kColumns; ++k)
+      for (int p = 0; p < kParts; ++p) sums[k].part[p] = load_vector(s[k] + p * kWidth);
+  }
+  Index whole = head;
   for (; whole + kLanes <= rows; whole += kLanes)
     for (int p = 0; p < kParts; ++p) {
       const Index j = whole + p * kWidth;
@@ -21,15 +54,9 @@ MATRIX_INLINE void dots_with(Index rows, const double* x, double* dots, Elements
       const auto column = elements(j, Vector{});
       for (int k = 0; k < kColumns; ++k) sums[k].part[p] += column(k) * xj;
     }
-  for (int k = 0; k < kColumns; ++k) {
-    double s[kLanes];
-    store_lanes(s, sums[k]);
-    over_elements(whole, rows, [&]<class V>(Index j, V v) MATRIX_INLINE_LAMBDA {
-      double* const sj = s + (j - whole);
-      store(sj, load<V>(sj) + elements(j, v)(k) * load<V>(x + j));
-    });
-    dots[k] = join(s);
-  }
+  for (int k = 0; k < kColumns; ++k) store_lanes(s[k], sums[k]);
+  add(whole, rows, 0);
+  for (int k = 0; k < kColumns; ++k) dots[k] = join(s[k]);
 }
 
 // As many columns as one call takes together.
@@ -61,16 +88,17 @@ MATRIX_INLINE Factors<kColumns> factors(const double* f, Index step = 1) {
 // dots[k] = the dot product of column k with x
 template <int kColumns>
 MATRIX_INLINE void dots_of(Index rows, ConstRealView a, const double* x, double* dots) {
-  dots_with<kColumns>(rows, x, dots, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
-    return [=](int k) MATRIX_INLINE_LAMBDA { return load<V>(a.column(k) + j); };
-  });
+  dots_with<kColumns>(rows, head_of(a, rows), x, dots,
+                      [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+                        return [=](int k) MATRIX_INLINE_LAMBDA { return load<V>(a.column(k) + j); };
+                      });
 }
 
 // a(j,k) += u[j] * f[k]
 template <int kColumns>
 MATRIX_INLINE void add_outer_to(Index rows, RealView a, const double* u, const double* f) {
   const auto factor = factors<kColumns>(f);
-  over_elements(0, rows, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+  over_lines(rows, head_of(a, rows), [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
     const V uj = load<V>(u + j);
     for (int k = 0; k < kColumns; ++k)
       store(a.column(k) + j, load<V>(a.column(k) + j) + uj * factor.of[k]);

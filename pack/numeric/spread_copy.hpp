@@ -1,0 +1,72 @@
+// A copy of a matrix to compute in: its columns begin with cache lines and do not displace each
+// other. For real and complex matrices.
+#pragma once
+
+#include <algorithm>
+
+#include "pack/memory.hpp"
+#include "pack/numeric/lines.hpp"
+
+namespace matrix_pack {
+
+// Real numbers of an element.
+template <class View>
+inline constexpr int kPartsOf = std::is_same_v<View, ComplexView> ? 2 : 1;
+
+// The real (0) or the imaginary part (1) of a view.
+inline RealView part(RealView view, int) {
+  return view;
+}
+inline RealView part(const ComplexView& view, int p) {
+  return {p == 0 ? view.re : view.im, view.ld};
+}
+
+inline void copy_columns(Index rows, Index cols, ConstRealView from, RealView to) {
+  for (Index k = 0; k < cols; ++k) std::copy_n(from.column(k), rows, to.column(k));
+}
+
+// A matrix stays where it is if it has few rows, which are in the first caches wherever they stand,
+// or so many elements that it waits for memory all the time.
+template <class View>
+struct SpreadCopy {
+  static constexpr Index kFewestRows = 100;
+  static constexpr Index kMostElements = Index{1} << 23;
+  static constexpr int kParts = kPartsOf<View>;
+
+  // Room for the matrix, not filled. False when there is no memory.
+  bool reserve(Index row_count, Index column_count, const View& matrix) {
+    rows = row_count;
+    cols = column_count;
+    original = view = matrix;
+    if (rows < kFewestRows || rows * cols > kMostElements) return true;
+    const Index ld = spread_distance(rows);
+    room = new_doubles(kParts * cols * ld + kLine);
+    if (!room) return false;
+    double* const start = line_start(room.get());
+    if constexpr (kParts == 1)
+      view = {start, ld};
+    else
+      view = {start, start + cols * ld, ld};
+    return true;
+  }
+  // The same, filled.
+  bool make(Index row_count, Index column_count, const View& matrix) {
+    if (!reserve(row_count, column_count, matrix)) return false;
+    copy(original, view);
+    return true;
+  }
+  // The matrix becomes what its copy is.
+  void copy_back() const { copy(view, original); }
+
+  Index rows = 0;
+  Index cols = 0;
+  View view = {};
+  View original = {};
+  Doubles room;  // Null where the view is the matrix itself.
+
+  void copy(const View& from, const View& to) const {
+    for (int p = 0; p < kParts && room; ++p) copy_columns(rows, cols, part(from, p), part(to, p));
+  }
+};
+
+}  // namespace matrix_pack
