@@ -6,6 +6,7 @@
 #include "linsys/qr_kernels.hpp"
 #include "pack/memory.hpp"
 #include "pack/numeric/epsilon.hpp"
+#include "pack/numeric/lines.hpp"
 #include "pack/numeric/rotation_batch.hpp"
 #include "pack/numeric/transpose_kernels.hpp"
 #include "pack/numeric/vector_kernels.hpp"
@@ -42,15 +43,6 @@ constexpr Index kNearby = 3 * kPanelRows;
 
 // Of a column whose sum of squares is smaller it is not known what underflow has left of its norm.
 constexpr double kSmallestSquares = 1e-280;
-
-// Doubles of a cache line.
-constexpr Index kLine = 8;
-
-// The first line that begins in p or behind.
-double* line_in(double* p) {
-  const auto address = reinterpret_cast<std::uintptr_t>(p) / sizeof(double);
-  return p + (kLine - address % kLine) % kLine;
-}
 
 // Smaller accumulators are stored whole: there is little to leave out.
 constexpr int kSmallestWithEdges = 65;
@@ -260,7 +252,7 @@ bool rotate_to_triangle(int m, int n, double* r, double* q) {
   const Array<Rotation> rotations = new_array<Rotation>(at_once ? m : kept_rotations(m));
   const Array<Edge> edges = new_array<Edge>(edged ? m + kept_rotations(m) + kMostEdgedSweeps : 0);
   if (!panels || !rotations || !edges) return false;
-  double* const r_panels = line_in(panels.get());
+  double* const r_panels = line_start(panels.get());
   double* const q_panels = r_panels + r_rows * m;
   double* const abreast = q_panels + q_size;
   std::fill_n(abreast, abreast_size, 0.0);

@@ -89,17 +89,16 @@ MATRIX_INLINE void update_and_dot(Index rows, RealView a, double* f, const doubl
                                   const double* t, const double* y, const double* x) {
   const auto fk = factors<kColumns>(f);
   const auto yk = factors<kColumns>(y);
-  dots_with<kColumns>(rows, head_of(a, rows), x, f,
-                      [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
-                        const V uj = load<V>(u + j);
-                        const V tj = load<V>(t + j);
-                        return [=](int k) MATRIX_INLINE_LAMBDA {
-                          V ajk = load<V>(a.column(k) + j) + uj * fk.of[k];
-                          ajk += tj * yk.of[k];
-                          store(a.column(k) + j, ajk);
-                          return ajk;
-                        };
-                      });
+  dots_with<kColumns>(rows, head_of(a, rows), x, f, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
+    const V uj = load<V>(u + j);
+    const V tj = load<V>(t + j);
+    return [=](int k) MATRIX_INLINE_LAMBDA {
+      V ajk = load<V>(a.column(k) + j) + uj * fk.of[k];
+      ajk += tj * yk.of[k];
+      store(a.column(k) + j, ajk);
+      return ajk;
+    };
+  });
 }
 
 void add_outer(Index rows, Index cols, RealView a, const double* u, const double* f) {

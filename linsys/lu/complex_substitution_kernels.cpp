@@ -46,8 +46,7 @@ MATRIX_INLINE void subtract_multiple(const ComplexView& row, Complex factor,
 // So small a triangle is gone through element by element.
 constexpr Index kFew = 4;
 
-void solve_lower_by_elements(Index n, const ConstComplexView& l, Index cols,
-                             const ComplexView& x) {
+void solve_lower_by_elements(Index n, const ConstComplexView& l, Index cols, const ComplexView& x) {
   for (Index k = 0; k < cols; ++k) {
     for (Index i = 1; i < n; ++i) {
       Complex s = x(i, k);
@@ -57,8 +56,7 @@ void solve_lower_by_elements(Index n, const ConstComplexView& l, Index cols,
   }
 }
 
-void solve_upper_by_elements(Index n, const ConstComplexView& u, Index cols,
-                             const ComplexView& x) {
+void solve_upper_by_elements(Index n, const ConstComplexView& u, Index cols, const ComplexView& x) {
   for (Index i = n - 1; i >= 0; --i) {
     const Divisor d = divisor(u(i, i));
     for (Index k = 0; k < cols; ++k) {
