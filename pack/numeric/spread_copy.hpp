@@ -31,14 +31,12 @@ template <class View>
 struct SpreadCopy {
   static constexpr Index kFewestRows = 100;
   static constexpr Index kMostElements = Index{1} << 23;
-  static constexpr int kParts = kPartsOf<View>;
 
-  // Room for the matrix, not filled. False when there is no memory.
-  bool reserve(Index row_count, Index column_count, const View& matrix) {
-    rows = row_count;
-    cols = column_count;
-    original = view = matrix;
+  // False when there is no memory.
+  bool make(Index rows, Index cols, const View& matrix) {
+    view = matrix;
     if (rows < kFewestRows || rows * cols > kMostElements) return true;
+    constexpr int kParts = kPartsOf<View>;
     const Index ld = spread_distance(rows);
     room = new_doubles(kParts * cols * ld + kLine);
     if (!room) return false;
@@ -47,26 +45,12 @@ struct SpreadCopy {
       view = {start, ld};
     else
       view = {start, start + cols * ld, ld};
+    for (int p = 0; p < kParts; ++p) copy_columns(rows, cols, part(matrix, p), part(view, p));
     return true;
   }
-  // The same, filled.
-  bool make(Index row_count, Index column_count, const View& matrix) {
-    if (!reserve(row_count, column_count, matrix)) return false;
-    copy(original, view);
-    return true;
-  }
-  // The matrix becomes what its copy is.
-  void copy_back() const { copy(view, original); }
 
-  Index rows = 0;
-  Index cols = 0;
   View view = {};
-  View original = {};
   Doubles room;  // Null where the view is the matrix itself.
-
-  void copy(const View& from, const View& to) const {
-    for (int p = 0; p < kParts && room; ++p) copy_columns(rows, cols, part(from, p), part(to, p));
-  }
 };
 
 }  // namespace matrix_pack
