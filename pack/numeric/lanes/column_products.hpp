@@ -24,28 +24,24 @@ MATRIX_INLINE void over_lines(Index rows, Index head, Body body) {
   over_elements(head, rows, body);
 }
 
-// dots[k] = the dot product of column k with x; elements(j, V{})(k) gives those of column k from
-// row j on. After the first `head` rows come whole lines: each of the eight partial sums then
-// stands where the line has its elements. (The first one may be any of them: they are joined as if
-// in a ring.)
+// dots_with, inlined for a head of its own.
 template <int kColumns, class Elements>
-MATRIX_INLINE void dots_with(Index rows, Index head, const double* x, double* dots,
-                             Elements elements) {
-  double s[kColumns][kLanes];
-  const auto add = [&](Index from, Index end, Index at) MATRIX_INLINE_LAMBDA {
-    for (int k = 0; k < kColumns; ++k)
-      over_elements(from, end, [&]<class V>(Index j, V v) MATRIX_INLINE_LAMBDA {
-        double* const sj = s[k] + at + (j - from);
-        store(sj, load<V>(sj) + elements(j, v)(k) * load<V>(x + j));
-      });
+MATRIX_INLINE void dots_after(Index rows, Index head, const double* x, double* dots,
+                              Elements elements) {
+  // Adds the terms of column k in rows from...end - 1 to partial sums.
+  const auto add = [&](int k, Index from, Index end, double* s) MATRIX_INLINE_LAMBDA {
+    over_elements(from, end, [&]<class V>(Index j, V v) MATRIX_INLINE_LAMBDA {
+      double* const sj = s + (j - from);
+      store(sj, load<V>(sj) + elements(j, v)(k) * load<V>(x + j));
+    });
   };
   Lanes sums[kColumns] = {};
-  if (head != 0) {
-    for (int k = 0; k < kColumns; ++k) store_lanes(s[k], sums[k]);
-    add(0, head, kLanes - head);
-    for (int k = 0; k < kColumns; ++k)
-      for (int p = 0; p < kParts; ++p) sums[k].part[p] = load_vector(s[k] + p * kWidth);
-  }
+  if (head != 0)
+    for (int k = 0; k < kColumns; ++k) {
+      double s[kLanes] = {};
+      add(k, 0, head, s + kLanes - head);
+      for (int p = 0; p < kParts; ++p) sums[k].part[p] = load_vector(s + p * kWidth);
+    }
   Index whole = head;
   for (; whole + kLanes <= rows; whole += kLanes)
     for (int p = 0; p < kParts; ++p) {
@@ -54,9 +50,25 @@ MATRIX_INLINE void dots_with(Index rows, Index head, const double* x, double* do
       const auto column = elements(j, Vector{});
       for (int k = 0; k < kColumns; ++k) sums[k].part[p] += column(k) * xj;
     }
-  for (int k = 0; k < kColumns; ++k) store_lanes(s[k], sums[k]);
-  add(whole, rows, 0);
-  for (int k = 0; k < kColumns; ++k) dots[k] = join(s[k]);
+  for (int k = 0; k < kColumns; ++k) {
+    double s[kLanes];
+    store_lanes(s, sums[k]);
+    add(k, whole, rows, s);
+    dots[k] = join(s);
+  }
+}
+
+// dots[k] = the dot product of column k with x; elements(j, V{})(k) gives those of column k from
+// row j on. After the first `head` rows come whole lines: each of the eight partial sums then
+// stands where the line has its elements. (The first one may be any of them: they are joined as if
+// in a ring.)
+template <int kColumns, class Elements>
+MATRIX_INLINE void dots_with(Index rows, Index head, const double* x, double* dots,
+                             Elements elements) {
+  if (head == 0)
+    dots_after<kColumns>(rows, 0, x, dots, elements);
+  else
+    dots_after<kColumns>(rows, head, x, dots, elements);
 }
 
 // As many columns as one call takes together.
