@@ -43,7 +43,7 @@ MATRIX_INLINE void subtract_multiple(const ComplexView& row, Complex factor,
   store(row, minus_multiple(load<Row>(row), x, factor));
 }
 
-// So small a triangle is gone through element by element.
+// So small a triangle is gone through element by element, if the right-hand sides are as few.
 constexpr Index kFew = 4;
 
 void solve_lower_by_elements(Index n, const ConstComplexView& l, Index cols, const ComplexView& x) {
@@ -68,7 +68,7 @@ void solve_upper_by_elements(Index n, const ConstComplexView& u, Index cols, con
 }
 
 void solve_lower(Index n, const ConstComplexView& l, Index cols, const ComplexView& x) {
-  if (n <= kFew) return solve_lower_by_elements(n, l, cols, x);
+  if (n <= kFew && cols <= kFew) return solve_lower_by_elements(n, l, cols, x);
   for (Index j = 0; j < cols; j += kLanes) {
     Rows rows;
     gather(n, cols - j, x.column(j), rows);
@@ -114,7 +114,7 @@ void solve_upper_group(Index n, const ConstComplexView& u, Index cols, const Com
 
 void solve_upper(Index n, const ConstComplexView& u, Index cols, const ComplexView& x,
                  double* work) {
-  if (n <= kFew) return solve_upper_by_elements(n, u, cols, x);
+  if (n <= kFew && cols <= kFew) return solve_upper_by_elements(n, u, cols, x);
   alignas(64) double small[kTriangle * kUpperColumns];
   work = n <= kTriangle ? small : line_start(work);
   over_groups<4>(cols, [&]<int G>(Index j, Vectors<G>) {
