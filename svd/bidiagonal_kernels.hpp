@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pack/numeric/kernel_sets.hpp"
+#include "pack/numeric/lines.hpp"
 #include "pack/numeric/views.hpp"
 
 namespace matrix_pack {
@@ -11,7 +12,7 @@ namespace matrix_pack {
 inline constexpr Index kSumRows = 4096;
 // Doubles of work that it needs: eight partial sums for each of them, in whole lines.
 inline Index row_sums_work(Index rows) {
-  return 8 * ((rows < kSumRows ? rows : kSumRows) + 8) + 16;
+  return 8 * ((rows < kSumRows ? rows : kSumRows) + kLine) + 2 * kLine;
 }
 
 struct BidiagonalKernels {

@@ -7,11 +7,8 @@ namespace matrix_pack::MATRIX_KERNEL_SET {
 
 namespace {
 
-// A number for each of K columns: copies, which a store to an array cannot change.
 template <int K>
-struct ComplexFactors {
-  Complex of[K];
-};
+using ComplexFactors = Factors<K, Complex>;
 
 template <int K>
 MATRIX_INLINE ComplexFactors<K> complex_factors(const ConstComplexView& u, Index first) {

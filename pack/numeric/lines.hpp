@@ -12,21 +12,20 @@ namespace {
 // Doubles of a cache line.
 constexpr Index kLine = 8;
 
-// Of n doubles from p on, those before the first cache line that begins there.
-MATRIX_INLINE Index before_line(const double* p, Index n) {
+// How many doubles from p on come before a cache line: fewer than kLine.
+MATRIX_INLINE Index before_line(const double* p) {
   const auto address = reinterpret_cast<__UINTPTR_TYPE__>(p);
-  const Index before = -static_cast<Index>(address / sizeof(double)) & (kLine - 1);
-  return before < n ? before : n;
+  return -static_cast<Index>(address / sizeof(double)) & (kLine - 1);
 }
 
 // The first place from p on, fewer than kLine doubles further, that begins a cache line.
 MATRIX_INLINE double* line_start(double* p) {
-  return p + before_line(p, kLine);
+  return p + before_line(p);
 }
 
 // The same, but that is where q is in its line.
 MATRIX_INLINE double* as_in_line(double* p, const double* q) {
-  return p + ((before_line(p, kLine) - before_line(q, kLine)) & (kLine - 1));
+  return p + ((before_line(p) - before_line(q)) & (kLine - 1));
 }
 
 // A distance for columns of n doubles: whole lines, and an odd number of them, since columns that

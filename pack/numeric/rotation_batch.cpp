@@ -2,10 +2,22 @@
 
 #include <algorithm>
 
+#include "pack/numeric/copy_columns.hpp"
 #include "pack/numeric/lines.hpp"
 #include "pack/numeric/vector_kernels.hpp"
 
 namespace matrix_pack {
+
+namespace {
+
+// Calls body(row, height, panel) for the panels: each of the rows from `row` on.
+void over_panels(const RotationBatch& batch, const auto& body) {
+  RealView panel = {line_start(batch.panels.get()), kPanelRows};
+  for (Index i = 0; i < batch.rows; i += kPanelRows, panel = panel.from(0, batch.column_count))
+    body(i, std::min(kPanelRows, batch.rows - i), panel);
+}
+
+}  // namespace
 
 RotationBatch::RotationBatch(Index row_count, RealView array, Index count, Rotation* room,
                              double* panel_work)
@@ -14,23 +26,16 @@ RotationBatch::RotationBatch(Index row_count, RealView array, Index count, Rotat
   kept.capacity = kept_rotations(count);
 }
 
-// Calls body(row, rows, panel): a panel of rows from `row` on.
-void RotationBatch::over_panels(const auto& body) const {
-  RealView at = {line_start(panels.get()), kPanelRows};
-  for (Index i = 0; i < rows; i += kPanelRows, at = at.from(0, column_count))
-    body(i, std::min(kPanelRows, rows - i), at);
-}
-
 void RotationBatch::move_to_panels() {
   if (panels) return;
   const Index count = (rows + kPanelRows - 1) / kPanelRows;
   panels = new_doubles(count * kPanelRows * column_count + kLine);
   if (!panels) return;
-  over_panels([&](Index row, Index height, RealView at) {
-    for (Index k = 0; k < column_count; ++k) {
-      double* const end = std::copy_n(columns.from(row, k).x, height, at.column(k));
-      std::fill(end, at.column(k + 1), 0.0);
-    }
+  // The last panel, too, has all of its rows.
+  std::fill_n(line_start(panels.get()) + (count - 1) * kPanelRows * column_count,
+              kPanelRows * column_count, 0.0);
+  over_panels(*this, [&](Index row, Index height, RealView at) {
+    copy_columns(height, column_count, columns.from(row, 0), at);
   });
 }
 
@@ -50,7 +55,7 @@ void RotationBatch::rotate(Index p, Index q, const Rotation& rotation) {
     vector_kernels().rotate(height, rotation.c, rotation.s, x.column(p), x.column(q));
   };
   if (panels)
-    over_panels([&](Index, Index height, RealView at) { rotate_rows(height, at); });
+    over_panels(*this, [&](Index, Index height, RealView at) { rotate_rows(height, at); });
   else
     rotate_rows(rows, columns);
 }
@@ -68,9 +73,8 @@ void RotationBatch::apply() {
 void RotationBatch::finish() {
   apply();
   if (!panels) return;
-  over_panels([&](Index row, Index height, RealView at) {
-    for (Index k = 0; k < column_count; ++k)
-      std::copy_n(at.column(k), height, columns.from(row, k).x);
+  over_panels(*this, [&](Index row, Index height, RealView at) {
+    copy_columns(height, column_count, at, columns.from(row, 0));
   });
   panels.reset();
 }

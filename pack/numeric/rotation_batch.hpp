@@ -38,7 +38,6 @@ struct RotationBatch {
 
   void apply();
   void move_to_panels();
-  void over_panels(const auto& body) const;
 };
 
 }  // namespace matrix_pack

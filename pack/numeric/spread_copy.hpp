@@ -2,9 +2,8 @@
 // other. For real and complex matrices.
 #pragma once
 
-#include <algorithm>
-
 #include "pack/memory.hpp"
+#include "pack/numeric/copy_columns.hpp"
 #include "pack/numeric/lines.hpp"
 
 namespace matrix_pack {
@@ -19,10 +18,6 @@ inline RealView part(RealView view, int) {
 }
 inline RealView part(const ComplexView& view, int p) {
   return {p == 0 ? view.re : view.im, view.ld};
-}
-
-inline void copy_columns(Index rows, Index cols, ConstRealView from, RealView to) {
-  for (Index k = 0; k < cols; ++k) std::copy_n(from.column(k), rows, to.column(k));
 }
 
 // A matrix stays where it is if it has few rows, which are in the first caches wherever they stand,

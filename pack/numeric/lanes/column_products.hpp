@@ -14,7 +14,7 @@ constexpr Index kFewestInLines = 192;
 // How many rows of the columns of a come before a cache line that begins in them; 0 where it does
 // not matter, or is not the same for all.
 MATRIX_INLINE Index head_of(ConstRealView a, Index rows) {
-  return rows < kFewestInLines || a.ld % kLine != 0 ? 0 : before_line(a.x, rows);
+  return rows < kFewestInLines || a.ld % kLine != 0 ? 0 : before_line(a.x);
 }
 
 // over_elements, of `head` elements and then of those behind.
@@ -85,9 +85,9 @@ MATRIX_INLINE void by_fours(Index from, Index end, Body body) {
 }
 
 // The factors of a few columns, `step` apart: copies, which a store to the array cannot change.
-template <int kColumns>
+template <int kColumns, class T = double>
 struct Factors {
-  double of[kColumns];
+  T of[kColumns];
 };
 
 template <int kColumns>
