@@ -117,7 +117,6 @@ const char* iterate(Iteration& it, double tolerance, int most_sweeps, double* wr
     work.sweep(first, last);
   }
   work.finish();
-  work.return_z();
   return nullptr;
 }
 

@@ -52,7 +52,7 @@ Complex make_last_real(const ComplexSweepWork& work, int last) {
 }  // namespace
 
 void ComplexSweepWork::sweep(int first, int last) {
-  if (!has_z || kept.is_full(last - first)) finish();
+  if (!has_z || kept.is_full(last - first)) apply();
   begin_batch(last);
   ComplexRotation* const rotations = kept.add(last - first);
   const int left = triangularize(*this, first, last, rotations);
@@ -62,7 +62,7 @@ void ComplexSweepWork::sweep(int first, int last) {
   kept.sweeps[kept.count - 1] = {first + 1, last, rotations, phase};
 }
 
-void ComplexSweepWork::finish() {
+void ComplexSweepWork::apply() {
   const ComplexQrKernels& kernels = complex_qr_kernels();
   if (has_z && !panel_room) {
     kernels.rotate_all_columns(kept.count, kept.sweeps, z, z_begin, z_end);
@@ -78,6 +78,11 @@ void ComplexSweepWork::finish() {
     });
   }
   kept.clear();
+}
+
+void ComplexSweepWork::finish() {
+  apply();
+  return_z();
 }
 
 }  // namespace matrix_pack

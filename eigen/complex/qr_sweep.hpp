@@ -15,6 +15,8 @@ struct ComplexSweepWork : SweepWorkOf<ComplexView, ComplexRotationRun, ComplexRo
   // Sweeps the active block first..last.
   void sweep(int first, int last);
   // Applies what has been kept back.
+  void apply();
+  // The same at the end: only then is Z up to date.
   void finish();
 };
 

@@ -71,7 +71,7 @@ void make_triangular(const Iteration& it, double distance) {
   const double length = std::sqrt(s * s + c * c);
   s /= length;
   c /= length;
-  it.work.finish();
+  it.work.apply();
   for (int j = upper; j < it.n; ++j) {
     const double x = it.h(upper, j);
     it.h(upper, j) = c * x + s * it.h(last, j);
@@ -167,7 +167,6 @@ const char* iterate(Iteration& it) {
     it.work.sweep(first, last, find_start(it, first, shifts));
   }
   it.work.finish();
-  it.work.return_z();
   return nullptr;
 }
 

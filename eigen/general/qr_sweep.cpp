@@ -45,7 +45,7 @@ void SweepWork::sweep(int first, int last, const SweepStart& start) {
     if (i != m + 2) h(i, i - 3) = 0.0;
   }
   const auto [x, y, z] = start.vector;
-  if (!has_z || kept.is_full(last - m)) finish();
+  if (!has_z || kept.is_full(last - m)) apply();
   begin_batch(last);
   const Chase whole = {m, last, m, first, last, first_row(first), last_column(last), {x, y, z}};
   Reflector* const reflectors = kept.add(last - m);
@@ -57,7 +57,7 @@ void SweepWork::sweep(int first, int last, const SweepStart& start) {
 }
 
 void SweepWork::rotate_z(int k, double c, double s) {
-  finish();
+  apply();
   const auto rotate = [=](Index rows, RealView x) {
     vector_kernels().rotate(rows, c, s, x.column(k), x.column(k + 1));
   };
@@ -67,7 +67,7 @@ void SweepWork::rotate_z(int k, double c, double s) {
     rotate(z_end - z_begin, z.from(z_begin, 0));
 }
 
-void SweepWork::finish() {
+void SweepWork::apply() {
   const HessenbergKernels& kernels = hessenberg_kernels();
   if (has_z && !panel_room) {
     kernels.reflect_columns(kept.count, kept.sweeps, z, z_begin, z_end);
@@ -83,6 +83,11 @@ void SweepWork::finish() {
     });
   }
   kept.clear();
+}
+
+void SweepWork::finish() {
+  apply();
+  return_z();
 }
 
 }  // namespace matrix_pack

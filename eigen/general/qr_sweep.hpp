@@ -24,6 +24,8 @@ struct SweepWork : SweepWorkOf<RealView, ReflectorRun, Reflector> {
   // Columns k and k+1 of Z, (x, y), become (c x + s y, c y - s x).
   void rotate_z(int k, double c, double s);
   // Applies what has been kept back.
+  void apply();
+  // The same at the end: only then is Z up to date.
   void finish();
 };
 
