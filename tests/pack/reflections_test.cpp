@@ -24,7 +24,7 @@ TEST_P(Reflections, OfColumnsAreThoseOfThePlainLoops) {
       std::vector<ColumnReflection> reflections;
       for (int i = kCount - 1; i >= 0; --i) {
         const double* const v = &vectors.a[std::size_t(i * rows + i)];
-        reflections.push_back({i + 1, v + 1, i + 1 - (1 - ahead), v + ahead, 3.0 * rows, -2.0});
+        reflections.push_back({i + 1, v + 1, i + ahead, v + ahead, 3.0 * rows, -2.0});
       }
       Dense expected = start;
       for (const ColumnReflection& r : reflections)
