@@ -13,6 +13,7 @@ constexpr Index kFewestInOnePass = 1024;
 // The factors of a reflection from its sums.
 template <int K>
 MATRIX_INLINE void divide_sums(const ColumnReflection& r, double* f) {
+  if (r.d == 1.0 && r.g == 1.0) return;  // Two divisions last as long as a short sum.
   for (int k = 0; k < K; ++k) f[k] = f[k] / r.d / r.g;
 }
 
