@@ -15,6 +15,13 @@ constexpr Index kReflections = 32;
 // Columns that go through them together: they stay in the first cache, or near it.
 constexpr Index kColumns = 4;
 
+// How many of the columns make the right half: whole groups, since a column alone waits for its
+// sums.
+Index right_half(Index columns) {
+  const Index half = columns / 2;
+  return columns <= kColumns ? half : (half + kColumns - 1) / kColumns * kColumns;
+}
+
 // Forms columns first...end - 1 of an array. In plain order the steps i run down from the last:
 // step i reflects all columns beyond i by its vector (`reflection(i)`, unless !reflects(i)), then
 // makes that vector column i (`finish`). For a column j alone this means: it is finished, then
@@ -27,7 +34,7 @@ void accumulate(Index rows, RealView a, Index first, Index end, const Finish& fi
     if (first < end) finish(first);
     return;
   }
-  const Index middle = first + (end - first + 1) / 2;
+  const Index middle = end - right_half(end - first);
   accumulate(rows, a, middle, end, finish, reflects, reflection);
   for (Index i1 = middle; i1 > first; i1 -= kReflections) {
     ColumnReflection block[kReflections];
