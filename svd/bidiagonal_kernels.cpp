@@ -12,15 +12,16 @@ struct Rows {
   Index head;
 };
 
-// Columns 0, 8, 16... of a after the column step: their terms of one partial sum for each row.
+// Columns 0, 8, 16... of a after the column step: their terms of one partial sum for each row,
+// added to those before.
 template <bool kColumnStep, int kColumns>
 MATRIX_INLINE void add_terms(Rows rows, ConstRealView a, const double* f, const double* u,
-                             const double* x, double* sums) {
+                             const double* x, const double* before, double* sums) {
   Factors<kColumns> fk = {};
   if constexpr (kColumnStep) fk = factors<kColumns>(f, kLanes);
   const auto xk = factors<kColumns>(x, kLanes);
   over_lines(rows.count, rows.head, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {
-    V sum = load<V>(sums + j);
+    V sum = load<V>(before + j);
     for (int k = 0; k < kColumns; ++k) {
       V ajk = load<V>(a.column(k * kLanes) + j);
       if constexpr (kColumnStep) ajk += load<V>(u + j) * fk.of[k];
@@ -33,19 +34,19 @@ MATRIX_INLINE void add_terms(Rows rows, ConstRealView a, const double* f, const 
 // The same for those of the columns k, k + 8, k + 16 and k + 24 that exist.
 template <bool kColumnStep>
 void add_lane(Rows rows, Index k, Index cols, ConstRealView a, const double* f, const double* u,
-              const double* x, double* sums) {
+              const double* x, const double* before, double* sums) {
   a = a.from(0, k);
   x += k;
   if constexpr (kColumnStep) f += k;
   switch (smaller(4, (cols - k + kLanes - 1) / kLanes)) {
     case 1:
-      return add_terms<kColumnStep, 1>(rows, a, f, u, x, sums);
+      return add_terms<kColumnStep, 1>(rows, a, f, u, x, before, sums);
     case 2:
-      return add_terms<kColumnStep, 2>(rows, a, f, u, x, sums);
+      return add_terms<kColumnStep, 2>(rows, a, f, u, x, before, sums);
     case 3:
-      return add_terms<kColumnStep, 3>(rows, a, f, u, x, sums);
+      return add_terms<kColumnStep, 3>(rows, a, f, u, x, before, sums);
     default:
-      return add_terms<kColumnStep, 4>(rows, a, f, u, x, sums);
+      return add_terms<kColumnStep, 4>(rows, a, f, u, x, before, sums);
   }
 }
 
@@ -59,10 +60,13 @@ void sums_of_rows(Rows rows, Index cols, ConstRealView a, const double* f, const
     sums = line_start(sums) + kLine - rows.head;
     step = (rows.count / kLine + 1) * kLine;
   }
-  for (Index j = 0; j < (kLanes - 1) * step + rows.count; ++j) sums[j] = 0.0;
+  // The sums of lanes with columns begin with the zeros of t.
+  for (Index j = 0; j < rows.count; ++j) t[j] = 0.0;
+  for (Index j = cols * step; j < (kLanes - 1) * step + rows.count; ++j) sums[j] = 0.0;
   for (Index k = 0; k < cols; k += 4 * kLanes)
     for (Index q = 0; q < smaller(kLanes, cols - k); ++q)
-      add_lane<kColumnStep>(rows, k + q, cols, a, f, u, x, sums + q * step);
+      add_lane<kColumnStep>(rows, k + q, cols, a, f, u, x, k == 0 ? t : sums + q * step,
+                            sums + q * step);
   const auto pair = [=]<class V>(Index q, Index j, V) MATRIX_INLINE_LAMBDA {
     return load<V>(sums + q * step + j) + load<V>(sums + (q + 4) * step + j);
   };
