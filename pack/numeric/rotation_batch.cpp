@@ -27,7 +27,7 @@ RotationBatch::RotationBatch(Index row_count, RealView array, Index count, Rotat
 }
 
 void RotationBatch::move_to_panels() {
-  if (panels) return;
+  if (panels || rows * column_count <= kFewElements) return;
   const Index count = (rows + kPanelRows - 1) / kPanelRows;
   panels = new_doubles(count * kPanelRows * column_count + kLine);
   if (!panels) return;

@@ -33,7 +33,9 @@ struct RotationBatch {
   double* panel;
   Batch<Sweep, Rotation> kept;
   // Once there have been more rotations than are kept back, the array stands in panels of its rows
-  // until the end; without memory for them it stays where it is.
+  // until the end. It stays where it is if there is no memory for them, or if it has so few
+  // elements that they are in the first cache anyway.
+  static constexpr Index kFewElements = 4096;
   Doubles panels;
 
   void apply();
