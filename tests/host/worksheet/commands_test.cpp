@@ -88,7 +88,8 @@ TEST(Commands, AnInterruptionEndsWhateverIsUnderWay) {
       {"sleep 2 | $INT -", kEnd, 1},
       {"{ $INT --json big.ws; echo $? >st; } | sleep 1; exit $(cat st)", "output: interrupted"},
       // A pack that waits in the system cannot be left.
-      {"$W --pack ${T}sleeps.so -e 'twice([1])' & sleep 0.4; kill -INT $!; sleep 0.5; "
+      {"$W --pack ${T}sleeps.so -e 'twice([1])' & for k in 1 2 3; do sleep 0.4; kill -INT $!; "
+       "for l in $(seq 20); do grep -q 'not at' err && break 2; sleep 0.1; done; done; "
        "kill -INT $!; wait $!",
        "not at its end yet", 130},
   });
