@@ -7,6 +7,7 @@
 #include "fmt/format.h"
 #include "host/worksheet/engine/limits.hpp"
 #include "host/worksheet/engine/stack.hpp"
+#include "host/worksheet/language/foreign_signs.hpp"
 #include "host/worksheet/language/parser.hpp"
 
 namespace worksheet {
@@ -252,8 +253,10 @@ void Parser::end_of_block(std::size_t begin, std::string_view word_of_block) {
   fail("expected end");
 }
 
-SyntaxTree parse(const Source& source) {
+SyntaxTree parse(const Source& source) try {
   return Parser(source.text).whole_text();
+} catch (const SyntaxError& error) {
+  throw SyntaxError(error.offset, error.what() + suggested_sign(source.text, error.offset));
 }
 
 // Of a block those of its statements, also of those behind a mistake: they are found by their

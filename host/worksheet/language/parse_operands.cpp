@@ -106,7 +106,10 @@ Parser::Index Parser::matrix() {
     add_expressions(elements, "expected an element");
     add(rows, make(Kind::row, start, end_, elements.first));
   } while (take(';'));
-  close(']', "expected ']'");
+  const std::string_view blanks = tree_.text.substr(end_, at_ - end_);
+  const bool begins_element = is_name_character(look()) || look() == '"' || look() == '[';
+  const bool no_comma = begins_element && blanks.find('\n') == std::string_view::npos;
+  close(']', no_comma ? "expected ',' between elements" : "expected ']'");
   return make(Kind::matrix, begin, end_, rows.first);
 }
 

@@ -56,6 +56,23 @@ TEST_F(Mistakes, FunctionsAndReservedWordsAreNamedAsSuch) {
   });
 }
 
+// The sign may stand at the mistake, half before it, or a word before it.
+TEST_F(Mistakes, SignsOfOtherLanguagesBringThoseWrittenHere) {
+  expect({
+      {"x ~= 3", "syntax: unexpected text; did you mean !=? (column 3)"},
+      {"2 ** 3", "syntax: expected an operand; did you mean x^n? (column 4)"},
+      {"x === 3", "syntax: expected an operand; did you mean ==? (column 5)"},
+      {"x and y", "syntax: unexpected text; did you mean &&? (column 3)"},
+      {"x = not y", "syntax: unexpected text; did you mean !x? (column 9)"},
+      {"2≠3", "syntax: a number ends in a letter; did you mean !=? (column 2)"},
+      {"~", "syntax: expected an expression; did you mean !x? (column 1)"},
+      {"-", "syntax: expected an expression (column 1)"},
+      {"x andy", "syntax: unexpected text (column 3)"},
+      {"[1 2; 3 4]", "syntax: expected ',' between elements (column 4)"},
+      {"[1, 2 + 3", "syntax: expected ']' (column 10)"},
+  });
+}
+
 // The first error stays in sight, and those that follow from it name it.
 TEST_F(Mistakes, WhatFollowsFromAFailureNamesIt) {
   sheet.run(
