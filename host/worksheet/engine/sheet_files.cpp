@@ -14,6 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::size_t kMostAskedFor = 1000;
+
 // The path without links and dots; empty where that cannot be told.
 fs::path resolved(const fs::path& path) {
   std::error_code failed;
@@ -76,7 +78,8 @@ efi::Descriptor SheetFiles::open(const std::string& name) const {
   return file;
 }
 
-std::string SheetFiles::read(const std::string& name) const {
+std::string SheetFiles::read(const std::string& name) {
+  if (asked_for_.size() < kMostAskedFor && may_list(name)) asked_for_.insert(path(name));
   const efi::Descriptor file = open(name);
   std::string content;
   if (const int error = efi::read_all(file.get(), content)) fail_to_read(path(name), error);

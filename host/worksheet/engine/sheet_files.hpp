@@ -2,6 +2,7 @@
 // Whatever in the language opens a file by a name that the worksheet gives does it here.
 #pragma once
 
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -33,7 +34,9 @@ class SheetFiles {
   // Opens a file for reading: no directory, pipe or device. Throws FileError.
   efi::Descriptor open(const std::string& name) const;
   // The content of a file. Throws FileError, or std::bad_alloc for more than there is memory.
-  std::string read(const std::string& name) const;
+  std::string read(const std::string& name);
+  // The paths of the files that `read` was asked for and may see, found or not: the first thousand.
+  const std::set<std::string>& asked_for() const { return asked_for_; }
 
   // The file that is to stand there; its errors are for fail_to_write. Throws FileError for a name
   // that leads nowhere.
@@ -52,6 +55,7 @@ class SheetFiles {
 
   efi::Descriptor root_;   // None: nothing is confined.
   std::string root_path_;  // Without links.
+  std::set<std::string> asked_for_;
   bool output_lost_ = false;
 };
 

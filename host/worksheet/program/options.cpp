@@ -21,7 +21,8 @@ void declare(CLI::App& app, Options& options) {
       ->type_name("EXPR")
       ->allow_extra_args(false);
   app.add_flag("--prompt", options.prompt, "Start the prompt behind FILE, with its variables");
-  app.add_flag("--watch", options.watch, "Evaluate FILE again whenever it is saved, until Ctrl-C");
+  app.add_flag("--watch", options.watch,
+               "Evaluate FILE again whenever it is saved, or a file it reads, until Ctrl-C");
   app.add_flag("--json", options.json, "Print one JSON object per statement");
   app.add_option("--html", options.html, "Write a report of the worksheet to this file as well")
       ->type_name("FILE");

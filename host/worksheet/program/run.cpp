@@ -221,7 +221,8 @@ Status status_of(Session& session, bool output_lost) {
 
 namespace {
 
-// Runs once; with a watch, waits until the worksheet is saved, and then it is to run *again.
+// Runs once; with a watch, waits until the worksheet or a file that it reads is saved, and then it
+// is to run *again.
 Status run_once(const Options& options, StandardOutput& output, FileWatch* watch, bool* again) {
   DisplayOptions display = display_options(options);
   const std::unique_ptr<Report> report = wanted_report(options, display);
@@ -268,6 +269,7 @@ Status run_once(const Options& options, StandardOutput& output, FileWatch* watch
   const bool saved = options.save.empty() || save_variables(machine, options.save);
   if (report != nullptr && !write_report(options, *report, machine.interrupted)) return kWrongUsage;
   const Status status = status_of(session, printer.lost() || !saved);
+  if (watch != nullptr) watch->also(machine.files.asked_for());
   *again = watch != nullptr && watch->wait(machine.interrupted);
   return status;
 }
@@ -282,7 +284,7 @@ Status run(const Options& options, StandardOutput& output) {
     bool again = false;
     const Status status = run_once(options, output, watch ? &*watch : nullptr, &again);
     if (!again) return status;
-    complain(fmt::format("{} was saved", options.file));
+    complain(fmt::format("{} was saved", watch->saved()));
   }
 }
 

@@ -48,11 +48,11 @@ void expect_of_commands(std::initializer_list<Command> commands) {
 
 TEST(Commands, AWatchedSheetRunsAgainWhenItIsSaved) {
   expect_of_commands({
-      {"echo 1 >w.ws; $W --watch --html w.html w.ws >log & sleep 0.6; echo 1 + 41 >new; mv new "
-       "w.ws; "
-       "for k in $(seq 100); do grep -q 42 log && break; sleep 0.1; done; kill -INT $!; wait $!; "
-       "cat log w.html",
-       "1 + 41 = 42\n<!DOCTYPE", 0},
+      {"await() { for k in $(seq 100); do grep -q $1 log && break; sleep 0.1; done; }; "
+       "echo 1 >w.ws; $W --watch --html w.html w.ws >log 2>&1 & sleep 0.6; "
+       "echo 'include \"part.ws\"' >new; mv new w.ws; await part.ws; "
+       "echo 1 + 41 >part.ws; await 42; kill -INT $!; wait $!; cat log w.html",
+       "part.ws was saved\n1 + 41 = 42\n<!DOCTYPE", 0},
       {"$W --watch -e 1", "--watch wants the name of a worksheet"},
       {"$W --prompt s.ws </dev/null", "--prompt wants a terminal"},
   });

@@ -1,8 +1,10 @@
-// Waiting for a file to be saved.
+// Waiting for files to be saved.
 #pragma once
 
 #include <csignal>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace worksheet {
 
@@ -10,11 +12,17 @@ namespace worksheet {
 // do either.
 class FileWatch {
  public:
-  explicit FileWatch(std::string path) : path_(std::move(path)), seen_(look()) {}
+  explicit FileWatch(const std::string& path) : files_{{path, look(path)}} {}
 
-  // Waits until the file was saved since this was made or since the last wait. False when the flag
-  // is set before that.
+  // Watches these as well, in place of others that were named before, from what they are now on. A
+  // file that is not there is saved when it comes.
+  void also(const std::set<std::string>& paths);
+
+  // Waits until a file was saved since it was first watched or since the last wait. False when the
+  // flag is set before that.
   bool wait(const volatile std::sig_atomic_t& stop);
+  // The path of the file that was saved.
+  const std::string& saved() const { return files_[saved_].path; }
 
  private:
   struct State {
@@ -23,10 +31,16 @@ class FileWatch {
     long long seconds = 0, nanoseconds = 0;
     bool operator==(const State&) const = default;
   };
-  State look() const;  // watch_posix.cpp, watch_windows.cpp.
+  static State look(const std::string& path);  // watch_posix.cpp, watch_windows.cpp.
 
-  std::string path_;
-  State seen_;
+  struct File {
+    std::string path;
+    State seen;
+    State last = seen;  // When it was looked at last.
+    bool was_saved();
+  };
+  std::vector<File> files_;
+  std::size_t saved_ = 0;
 };
 
 }  // namespace worksheet

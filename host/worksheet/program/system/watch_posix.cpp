@@ -4,9 +4,9 @@
 
 namespace worksheet {
 
-FileWatch::State FileWatch::look() const {
+FileWatch::State FileWatch::look(const std::string& path) {
   struct stat found = {};
-  if (stat(path_.c_str(), &found) != 0) return {};
+  if (stat(path.c_str(), &found) != 0) return {};
   return {true,
           static_cast<unsigned long long>(found.st_dev),
           static_cast<unsigned long long>(found.st_ino),

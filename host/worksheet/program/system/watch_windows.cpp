@@ -14,9 +14,9 @@ unsigned long long joined(DWORD high, DWORD low) {
 
 }  // namespace
 
-FileWatch::State FileWatch::look() const {
+FileWatch::State FileWatch::look(const std::string& path) {
   constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-  const HANDLE file = CreateFileW(efi::system_path(path_).c_str(), FILE_READ_ATTRIBUTES, kShared,
+  const HANDLE file = CreateFileW(efi::system_path(path).c_str(), FILE_READ_ATTRIBUTES, kShared,
                                   nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
   if (file == INVALID_HANDLE_VALUE) return {};
   BY_HANDLE_FILE_INFORMATION found = {};
