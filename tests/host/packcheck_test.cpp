@@ -102,6 +102,7 @@ const Case kCases[] = {
     {"prints", {"output", "load"}, "wrote \"twice\\n\" on standard output"},
     {"prints_when_loaded", {"load"}, "wrote \"tiny pack\\n\" on standard output"},
     {"handles_a_signal_when_loaded", {"load"}, "loading: changed the action of signal 10"},
+    {"aborts_when_loaded", {"survives"}, "Aborted, loading the pack", "crash"},
     {"wrong_name_length", {"names"}, "the length of its name is 5, not 6"},
     {"no_handler", {"handlers"}, "it has no handler"},
     {"reserved_word", {"rows"}, "its reserved word is 1"},

@@ -139,8 +139,10 @@ void Runner::survey() {
     if (message.kind == Message::failed) failure = message.text;
     if (message.kind == Message::callable) targets_.push_back({message.function, {}});
   };
-  for (const End& end : run_work(kSurvives, nullptr, kListFunctions, load))
+  for (const End& end : run_work(kSurvives, nullptr, kListFunctions, load)) {
     add_end(kSurvives, nullptr, end, -1);
+    is_given_up_ = true;
+  }
   if (!failure.empty()) throw worksheet::PackError(failure);
   for (Target& target : targets_) {
     target.base = fallback_base(target.function);
@@ -157,6 +159,7 @@ void Runner::survey() {
 }
 
 void Runner::run(const Check& check, const Target* target) {
+  if (is_given_up_) return;
   if (target != nullptr && given_up_.contains(target->function.name)) return;
   if (target != nullptr && is_left_out(check.name, *target)) return;
   const auto failed = [&](const Message& message) {

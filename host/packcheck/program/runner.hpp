@@ -55,6 +55,8 @@ class Runner {
   // ended too many, or for which there was no time, is given up.
   std::map<std::string, std::set<int>> lethal_;
   std::set<std::string> given_up_;
+  // The pack itself: a process that loaded it came to its end.
+  bool is_given_up_ = false;
 };
 
 }  // namespace packcheck
