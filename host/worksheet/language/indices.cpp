@@ -26,7 +26,7 @@ Block IndexList::block_of(Machine& machine, const aMatrix* m, Value* error) cons
   }
   const double first = origin->value.re;
   const Subscript single = {1, 0, 1, {}, true};
-  if (is_everything()) return {{m->rows}, {m->cols}};
+  if (is_everything()) return {{m->rows}, {m->cols}, true};
   if (indices.size() == 1 && m->rows != 1 && m->cols != 1) {
     *error = machine.fail(span, fmt::format("a {} matrix needs two indices", shape_text(m)));
     return {};

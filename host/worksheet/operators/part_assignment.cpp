@@ -12,14 +12,15 @@ namespace worksheet {
 
 namespace {
 
-bool is_vector(const Block& block) {
-  return block.rows.count == 1 || block.cols.count == 1;
+// Whether a vector stands for the block: column after column where that is everything.
+bool takes_vector(const Block& block) {
+  return block.is_everything || block.rows.count == 1 || block.cols.count == 1;
 }
 
 // Whether the elements of x are as many as the block's, and lie like them.
 bool fits(const Block& block, const aMatrix* x) {
   if (x->rows == block.rows.count && x->cols == block.cols.count) return true;
-  return is_vector(block) && (x->rows == 1 || x->cols == 1) && element_count(x) == block.count();
+  return takes_vector(block) && (x->rows == 1 || x->cols == 1) && element_count(x) == block.count();
 }
 
 // The factor that brings x to the unit of the variable, which may adopt that of x.

@@ -94,7 +94,8 @@ Value gathered(Machine& machine, const aMatrix* m, std::ptrdiff_t rows, std::ptr
 }  // namespace
 
 Value part_of(Machine& machine, const aMatrix* m, const Block& block) {
-  const auto& [rows, cols] = block;
+  const Subscript& rows = block.rows;
+  const Subscript& cols = block.cols;
   const std::ptrdiff_t ld = m->leading_dimension;
   if (block.is_element()) return element_of(m, cols.first * ld + rows.first);
   return gathered(machine, m, rows.count, cols.count,

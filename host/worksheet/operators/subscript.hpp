@@ -41,6 +41,7 @@ Subscript subscript_of(Machine& machine, const Range& range, const Extent& exten
 struct Block {
   Subscript rows;
   Subscript cols;
+  bool is_everything = false;  // The matrix as a whole, by the one index ":".
 
   std::ptrdiff_t count() const { return rows.count * cols.count; }
   bool is_element() const { return rows.is_single && cols.is_single; }

@@ -83,6 +83,8 @@ TEST_F(Blocks, AssignmentToParts) {
       {"A[[2, 0], :] = A[[0, 2], :]", "[14 8 9; 6 4 5; 2 2 0]"},
       {"C = A\nA[:] = 1\nC[0, 0]", "14"},
       {"A[0:1, 0:1] = [1, 2, 3]", "error: a 2 x 2 part does not take a 1 x 3 matrix (0, 0)"},
+      {"B[:] = 1:9", "[1 4 7; 2 5 8; 3 6 9]"},
+      {"B[:] = 1:8", "error: a 3 x 3 part does not take a 8 x 1 matrix (0, 0)"},
       {"A[3, 0] = 1", "error: index 3 is outside of 0 to 2 (0, 0)"},
       {"A[0, 0] = \"t\"", "error: A holds numbers, not text (0, 0)"},
       {"A[0, 0] = 1{m}", "error: A holds plain numbers, not m (0, 0)"},
