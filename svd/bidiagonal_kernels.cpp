@@ -87,10 +87,11 @@ void row_sums(Index rows, Index cols, ConstRealView a, const double* f, const do
   }
 }
 
-// Both updates of a few columns, and their dot products with x, which replace f.
+// Both updates of a few columns, and their dot products with x, which replace f. A function of its
+// own: where nothing is optimised, what is inlined shares no stack.
 template <int kColumns>
-MATRIX_INLINE void update_and_dot(Index rows, RealView a, double* f, const double* u,
-                                  const double* t, const double* y, const double* x) {
+void update_and_dot(Index rows, RealView a, double* f, const double* u, const double* t,
+                    const double* y, const double* x) {
   const auto fk = factors<kColumns>(f);
   const auto yk = factors<kColumns>(y);
   dots_with<kColumns>(rows, head_of(a, rows), x, f, [=]<class V>(Index j, V) MATRIX_INLINE_LAMBDA {

@@ -74,23 +74,29 @@ MATRIX_INLINE void update_reflect_and_add(Index n, const ComplexFactors<K>& f,
   });
 }
 
-// Columns begin..end-1. Both reflections end with the same row.
+// K columns from j on. Both reflections end with the same row. A function of its own: where nothing
+// is optimised, what is inlined shares no stack.
+template <bool kBefore, bool kNow, int K>
+void reflect_group(const UnitaryReflection* before, const UnitaryReflection* now,
+                   const ComplexView& a, Index j) {
+  ComplexFactors<K> f = {}, g = {};
+  ComplexView w = {}, y = {};
+  if constexpr (kBefore) f = complex_factors<K>(before->u, j), w = before->w;
+  if constexpr (kNow) g = complex_factors<K>(now->u, j), y = now->w;
+  const ComplexView x = a.column(j);
+  const Index m = kNow ? now->m : before->end;
+  // Rows above m: only the product needs them.
+  update_and_add<K, kBefore, kNow>(m, f, w, g, y, x);
+  if constexpr (kNow)
+    update_reflect_and_add<K, kBefore, true>(now->end - m, f, kBefore ? w + m : w, now->u + m,
+                                             now->h, g, y + m, x + m);
+}
+
 template <bool kBefore, bool kNow>
-MATRIX_INLINE void reflect_two_sided(const UnitaryReflection* before, const UnitaryReflection* now,
-                                     const ComplexView& a, Index begin, Index end) {
-  by_fours(begin, end, [=]<int K>(Index j, Group<K>) MATRIX_INLINE_LAMBDA {
-    ComplexFactors<K> f, g;
-    ComplexView w, y;
-    if constexpr (kBefore) f = complex_factors<K>(before->u, j), w = before->w;
-    if constexpr (kNow) g = complex_factors<K>(now->u, j), y = now->w;
-    const ComplexView x = a.column(j);
-    const Index m = kNow ? now->m : before->end;
-    // Rows above m: only the product needs them.
-    update_and_add<K, kBefore, kNow>(m, f, w, g, y, x);
-    if constexpr (kNow)
-      update_reflect_and_add<K, kBefore, true>(now->end - m, f, kBefore ? w + m : w, now->u + m,
-                                               now->h, g, y + m, x + m);
-  });
+void reflect_two_sided(const UnitaryReflection* before, const UnitaryReflection* now,
+                       const ComplexView& a, Index begin, Index end) {
+  by_fours(begin, end,
+           [&]<int K>(Index j, Group<K>) { reflect_group<kBefore, kNow, K>(before, now, a, j); });
 }
 
 void reflect(const UnitaryReflection* before, const UnitaryReflection* now, const ComplexView& a,

@@ -20,8 +20,8 @@ MATRIX_INLINE void divide_sums(const ColumnReflection& r, double* f) {
 // One reflection of K columns, whose factors are f, and in the same pass the sums of the next one.
 // The eights of rows in which the sums begin before the reflection does are reflected beforehand.
 template <int K>
-MATRIX_INLINE void reflect_and_sum(Index rows, RealView a, const ColumnReflection& now,
-                                   const ColumnReflection& next, double* f) {
+void reflect_and_sum(Index rows, RealView a, const ColumnReflection& now,
+                     const ColumnReflection& next, double* f) {
   const RealView summed = a.from(next.sum_row, 0);
   const Index count = rows - next.sum_row;
   const Index head = head_of(summed, count);
@@ -53,25 +53,31 @@ MATRIX_INLINE void reflect(Index rows, RealView a, const ColumnReflection& r, co
   add_outer_to<K>(rows - r.row, a.from(r.row, 0), r.v, f);
 }
 
+// All reflections of K columns. A function of its own: where nothing is optimised, what is inlined
+// shares no stack.
+template <int K>
+void reflect_group(Index rows, RealView columns, const ColumnReflection* reflections, Index count) {
+  double f[K];
+  sum<K>(rows, columns, reflections[0], f);
+  divide_sums<K>(reflections[0], f);
+  for (Index i = 1; i < count; ++i) {
+    const ColumnReflection& now = reflections[i - 1];
+    const ColumnReflection& next = reflections[i];
+    if (rows >= kFewestInOnePass) {
+      reflect_and_sum<K>(rows, columns, now, next, f);
+    } else {
+      reflect<K>(rows, columns, now, f);
+      sum<K>(rows, columns, next, f);
+    }
+    divide_sums<K>(next, f);
+  }
+  reflect<K>(rows, columns, reflections[count - 1], f);
+}
+
 void reflect_columns(Index rows, Index cols, RealView a, const ColumnReflection* reflections,
                      Index count) {
-  by_fours(0, cols, [=]<int K>(Index first, Group<K>) MATRIX_INLINE_LAMBDA {
-    const RealView columns = a.from(0, first);
-    double f[K];
-    sum<K>(rows, columns, reflections[0], f);
-    divide_sums<K>(reflections[0], f);
-    for (Index i = 1; i < count; ++i) {
-      const ColumnReflection& now = reflections[i - 1];
-      const ColumnReflection& next = reflections[i];
-      if (rows >= kFewestInOnePass) {
-        reflect_and_sum<K>(rows, columns, now, next, f);
-      } else {
-        reflect<K>(rows, columns, now, f);
-        sum<K>(rows, columns, next, f);
-      }
-      divide_sums<K>(next, f);
-    }
-    reflect<K>(rows, columns, reflections[count - 1], f);
+  by_fours(0, cols, [=]<int K>(Index first, Group<K>) {
+    reflect_group<K>(rows, a.from(0, first), reflections, count);
   });
 }
 
