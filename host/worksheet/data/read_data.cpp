@@ -49,7 +49,7 @@ bool is_matrix_market(const DataFile& file) {
   return file.content().starts_with("%%");
 }
 
-DataFile opened(Machine& machine, const std::string& name) {
+DataFile opened(const Machine& machine, const std::string& name) {
   return {machine.files.path(name), machine.files.read(name), &machine.interrupted};
 }
 

@@ -14,8 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kMostAskedFor = 1000;
-
 // The path without links and dots; empty where that cannot be told.
 fs::path resolved(const fs::path& path) {
   std::error_code failed;
@@ -78,8 +76,8 @@ efi::Descriptor SheetFiles::open(const std::string& name) const {
   return file;
 }
 
-std::string SheetFiles::read(const std::string& name) {
-  if (asked_for_.size() < kMostAskedFor && may_list(name)) asked_for_.insert(path(name));
+std::string SheetFiles::read(const std::string& name) const {
+  if (on_read && may_list(name)) on_read(path(name));
   const efi::Descriptor file = open(name);
   std::string content;
   if (const int error = efi::read_all(file.get(), content)) fail_to_read(path(name), error);
@@ -87,6 +85,7 @@ std::string SheetFiles::read(const std::string& name) {
 }
 
 efi::NewFile SheetFiles::create(const std::string& name) {
+  if (on_read) written_.insert(path(name));
   if (root_.get() < 0) return efi::NewFile(path(name));
   const fs::path relative = efi::path_of(below_root(name));
   const fs::path parent = relative.has_parent_path() ? relative.parent_path() : ".";

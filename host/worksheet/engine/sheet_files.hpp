@@ -2,6 +2,7 @@
 // Whatever in the language opens a file by a name that the worksheet gives does it here.
 #pragma once
 
+#include <functional>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -34,9 +35,9 @@ class SheetFiles {
   // Opens a file for reading: no directory, pipe or device. Throws FileError.
   efi::Descriptor open(const std::string& name) const;
   // The content of a file. Throws FileError, or std::bad_alloc for more than there is memory.
-  std::string read(const std::string& name);
-  // The paths of the files that `read` was asked for and may see, found or not: the first thousand.
-  const std::set<std::string>& asked_for() const { return asked_for_; }
+  std::string read(const std::string& name) const;
+  // Called with the path of each file that is to be read, before it is looked for.
+  std::function<void(const std::string&)> on_read;
 
   // The file that is to stand there; its errors are for fail_to_write. Throws FileError for a name
   // that leads nowhere.
@@ -46,6 +47,8 @@ class SheetFiles {
   // Writes the content to a new file that takes the place of what stands there. Throws FileError:
   // nothing has changed.
   void write(const std::string& name, std::string_view content);
+  // The paths of the files that were to be written.
+  const std::set<std::string>& written() const { return written_; }
   // Whether a file could not be written, which the program's status tells.
   bool output_lost() const { return output_lost_; }
 
@@ -55,7 +58,7 @@ class SheetFiles {
 
   efi::Descriptor root_;   // None: nothing is confined.
   std::string root_path_;  // Without links.
-  std::set<std::string> asked_for_;
+  std::set<std::string> written_;
   bool output_lost_ = false;
 };
 

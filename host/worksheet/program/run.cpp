@@ -246,6 +246,10 @@ Status run_once(const Options& options, StandardOutput& output, FileWatch* watch
   machine.trust.effort = options.audit;
   machine.seconds_allowed = options.timeout;
   if (!options.sandbox.empty()) machine.files.confine(options.sandbox);
+  if (watch != nullptr) {
+    watch->begin();
+    machine.files.on_read = [watch](const std::string& path) { watch->also(path); };
+  }
   if (options.max_memory != 0) limit_memory(options.max_memory);
   load_packs(machine, options.packs, complain);
   check_state_file(options);
@@ -269,7 +273,7 @@ Status run_once(const Options& options, StandardOutput& output, FileWatch* watch
   const bool saved = options.save.empty() || save_variables(machine, options.save);
   if (report != nullptr && !write_report(options, *report, machine.interrupted)) return kWrongUsage;
   const Status status = status_of(session, printer.lost() || !saved);
-  if (watch != nullptr) watch->also(machine.files.asked_for());
+  if (watch != nullptr) watch->leave_out(machine.files.written());
   *again = watch != nullptr && watch->wait(machine.interrupted);
   return status;
 }

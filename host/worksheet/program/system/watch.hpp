@@ -2,9 +2,9 @@
 #pragma once
 
 #include <csignal>
+#include <map>
 #include <set>
 #include <string>
-#include <vector>
 
 namespace worksheet {
 
@@ -12,17 +12,22 @@ namespace worksheet {
 // do either.
 class FileWatch {
  public:
-  explicit FileWatch(const std::string& path) : files_{{path, look(path)}} {}
+  explicit FileWatch(const std::string& worksheet)
+      : worksheet_(worksheet), files_{{worksheet, {look(worksheet)}}} {}
 
-  // Watches these as well, in place of others that were named before, from what they are now on. A
-  // file that is not there is saved when it comes.
-  void also(const std::set<std::string>& paths);
+  // Watches the worksheet alone.
+  void begin();
+  // Watches one more file, at most a thousand: from what it is when this is called first. A file
+  // that is not there is saved when it comes.
+  void also(const std::string& path);
+  // Does not watch what the worksheet writes itself.
+  void leave_out(const std::set<std::string>& paths);
 
   // Waits until a file was saved since it was first watched or since the last wait. False when the
   // flag is set before that.
   bool wait(const volatile std::sig_atomic_t& stop);
   // The path of the file that was saved.
-  const std::string& saved() const { return files_[saved_].path; }
+  const std::string& saved() const { return saved_; }
 
  private:
   struct State {
@@ -34,13 +39,13 @@ class FileWatch {
   static State look(const std::string& path);  // watch_posix.cpp, watch_windows.cpp.
 
   struct File {
-    std::string path;
     State seen;
     State last = seen;  // When it was looked at last.
-    bool was_saved();
+    bool was_saved(const State& now);
   };
-  std::vector<File> files_;
-  std::size_t saved_ = 0;
+  std::string worksheet_;
+  std::map<std::string, File> files_;
+  std::string saved_;
 };
 
 }  // namespace worksheet
